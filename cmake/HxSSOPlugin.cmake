@@ -1,0 +1,33 @@
+# hxsso_add_plugin(<target> <sources>...)
+#
+# Makes a client plugin: a module without a prefix that exports the factory
+# procedure under the name that the library looks for. The sources define
+# GetSSOClientFactory as plugin/ISSOClientFactory.h declares it.
+
+set(HXSSO_FACTORY_EXPORT
+    "?GetSSOClientFactory@@YA?AV?$shared_ptr@VISSOClientFactory@SSOServices@Halvorix@@@std@@XZ")
+
+function(hxsso_add_plugin target)
+    add_library(${target} MODULE ${ARGN})
+    set_target_properties(${target} PROPERTIES PREFIX "")
+    target_link_libraries(${target} PRIVATE HxSSOServices::Plugin)
+    if(MSVC)
+        target_link_options(${target} PRIVATE "/EXPORT:${HXSSO_FACTORY_EXPORT}")
+    elseif(WIN32)
+        # GCC decorates the name its own way: the export carries the other one.
+        if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+            set(symbol _Z19GetSSOClientFactoryv)
+        else()
+            set(symbol _Z19GetSSOClientFactoryv)
+        endif()
+        set(definition ${CMAKE_CURRENT_BINARY_DIR}/${target}.def)
+        file(WRITE ${definition} "EXPORTS\n    \"${HXSSO_FACTORY_EXPORT}\"=${symbol}\n")
+        target_sources(${target} PRIVATE ${definition})
+    else()
+        # The declaration in the header says nothing about visibility.
+        set_target_properties(${target} PROPERTIES
+            CXX_VISIBILITY_PRESET default
+            BUILD_RPATH_USE_ORIGIN ON
+            INSTALL_RPATH "$ORIGIN")
+    endif()
+endfunction()

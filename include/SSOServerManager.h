@@ -1,0 +1,48 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+
+#include "HxSSOServicesExport.h"
+#include "plugin/PluginTypes.h"
+
+namespace Halvorix::SSOServices {
+
+/// Control of the sign-on server, which is a process that the plugin starts and
+/// talks to. From any thread; a call blocks for as long as the plugin takes,
+/// with no lock held. Timeouts are passed on unchecked. No Initialize is needed.
+/// The plugin's exceptions reach the caller.
+class HXSSO_API SSOServerManager {
+public:
+    /// The server's file as the plugin reports it. A null buffer asks for the
+    /// length; otherwise a text too long is cut, and the buffer is always
+    /// terminated.
+    /// @param capacity in wchar_t units, terminator included
+    /// @return units stored, or the length, without terminator; 0 and nothing
+    ///     written for a capacity below 1 and with no plugin
+    static int GetSSOServerAppFile(wchar_t* buffer, int capacity);
+    /// The server's executable, by the same rules.
+    static int GetSSOServerAppExeFile(wchar_t* buffer, int capacity);
+    /// With no plugin false, and the id stays as it was.
+    static bool StartSSOServerProcess(std::chrono::milliseconds timeout, long long& processId);
+    static bool IsSSOServerProcessRunning(); ///< False with no plugin.
+    /// With no plugin false, and the id stays as it was.
+    static bool IsSSOServerProcessRunning(long long& processId);
+    static bool IsSSOServerProcessReady();                               ///< False with no plugin.
+    static bool QuitSSOServerProcess(std::chrono::milliseconds timeout); ///< False with no plugin.
+    /// False with no plugin.
+    static bool QuitAllSSOServerProcesses(std::chrono::milliseconds timeout);
+};
+
+/// The cryptor with which plugin and trusted callers encrypt tokens. Threads and
+/// exceptions as SSOServerManager.
+class HXSSO_API SSOServicesManager {
+public:
+    /// The plugin's cryptor; empty with no plugin. The library keeps none.
+    static std::shared_ptr<WebServices::IRsaCryptor> GetRsaCryptor();
+    /// Shared with the plugin from then on. With no plugin it is released, and
+    /// not kept for later.
+    static void SetRsaCryptor(std::shared_ptr<WebServices::IRsaCryptor> cryptor);
+};
+
+} // namespace Halvorix::SSOServices

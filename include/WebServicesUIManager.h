@@ -1,0 +1,95 @@
+#pragma once
+
+#include <string>
+
+#include "HxSSOServicesExport.h"
+#include "plugin/PluginTypes.h"
+
+namespace Halvorix::WebServices {
+class OAuth2TokenSpec;
+}
+
+namespace Halvorix::WebServicesUI {
+
+/// The interactive sign-on: dialogs, which are the plugin's, and the host's
+/// window. It wraps the life of WebServicesManager.
+///
+/// Threads, exceptions and texts as in WebServicesManager; a plugin may demand
+/// more of the thread that shows a dialog. With no plugin each member gives the
+/// answer stated at it.
+class HXSSO_API WebServicesUIManager {
+public:
+    /// @name Life
+    /// Counted like WebServicesManager, on its own. To be called from one thread
+    /// at a time; the last Uninitialize must not overlap any other call into the
+    /// library, since it also ends the library's plugin manager: the next call
+    /// loads the plugin anew.
+    /// @{
+
+    /// The same as Initialize(false).
+    static bool Initialize();
+    /// The first call tells the plugin, handing on the flag, then runs
+    /// WebServicesManager::Initialize(flag). Always true, with no plugin too.
+    static bool Initialize(bool flag);
+    /// The same as Initialize(flag): the second argument is ignored.
+    static bool Initialize(bool flag, bool ignored);
+    /// As Initialize(bool), but hands the spec to the plugin in place of flags.
+    static bool Initialize(WebServices::OAuth2TokenSpec const& spec);
+    /// The last call tells the plugin, runs WebServicesManager::Uninitialize and
+    /// releases the plugin manager. One too many changes nothing. Always true.
+    static bool Uninitialize();
+    /// The instance, owned by the library; null outside Initialize and
+    /// Uninitialize.
+    static WebServicesUIManager* GetInstance();
+    /// Whether Initialize ran more often than Uninitialize.
+    static bool IsInitialized();
+    /// @}
+
+    /// Does nothing: dialogs are the plugin's.
+    static void EnablePlatformIndependentMessageBoxStyle(bool enable);
+    /// Always true.
+    static bool IsPlatformIndependentMessageBoxStyleEnabled();
+    /// Does nothing: the library has no locale. The argument is not read.
+    void SetCurrentLocale(wchar_t const* locale);
+    /// Always the empty text and 0; a buffer that is not null, of a capacity
+    /// above 0 (wchar_t units), receives the terminator.
+    int GetCurrentLocale(wchar_t* buffer, int capacity) const;
+
+    /// The native window handle that the plugin stores. 0 with no plugin.
+    unsigned long long GetHostApplicationWindow();
+    /// Hands the native window handle of the host to the plugin. No effect with
+    /// no plugin.
+    void SetHostApplicationWindow(unsigned long long window);
+    bool Login();                    ///< False with no plugin.
+    bool Login(wchar_t const* text); ///< False with no plugin.
+    bool Logout();                   ///< False with no plugin.
+    bool ShowAccountSettings();      ///< False with no plugin.
+    bool IsLoginInProgress() const;  ///< False with no plugin.
+    bool IsLoggedIn() const;         ///< As WebServicesManager::IsLoggedIn.
+    bool IsLoginValid() const;       ///< As WebServicesManager::IsLoginValid.
+    /// The plugin keeps the pointer until RemoveObserver and calls the observer
+    /// itself. No effect with no plugin.
+    void AddObserver(IWebServicesUIObserver* observer);
+    void RemoveObserver(IWebServicesUIObserver* observer); ///< No effect with no plugin.
+
+private:
+    WebServicesUIManager();
+    ~WebServicesUIManager();
+    WebServicesUIManager(WebServicesUIManager const&) = delete;
+    WebServicesUIManager& operator=(WebServicesUIManager const&) = delete;
+
+    struct Implementation;
+    Implementation* implementation;
+};
+
+/// Scripted sign-on, without any Initialize. Arguments go to the plugin unseen.
+class HXSSO_API WebServicesAutomation {
+public:
+    /// False with no plugin.
+    static bool Login(wchar_t const* first, wchar_t const* second, bool flag);
+    /// With no plugin false, and `text` stays as it was.
+    static bool Login(wchar_t const* first, wchar_t const* second, bool flag, bool secondFlag,
+                      std::wstring& text);
+};
+
+} // namespace Halvorix::WebServicesUI

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "PluginTypes.h"
+
+namespace Halvorix::SSOServices {
+
+/// The plugin's log. It outlives every manager object of the library, up to
+/// the end of the process.
+class ILogger {
+public:
+    virtual ~ILogger() = default;
+    virtual void Reserved1() {}
+    virtual void Reserved2() {}
+    virtual void Reserved3() {}
+    virtual void Reserved4() {}
+    virtual void Reserved5() {}
+    virtual void Reserved6() {}
+    virtual void Reserved7() {}
+    virtual void Reserved8() {}
+    virtual void Reserved9() {}
+    /// One finished line of the library's log, without a line end; some hold
+    /// line feeds inside. Called from any thread with the library's lock held,
+    /// which is recursive: calls back into the library on the same thread work,
+    /// waiting for another thread that uses the library does not.
+    /// @param message terminated, valid for the call only
+    virtual void WriteLine(wchar_t const* message, Log::LogLevel level) = 0;
+};
+
+} // namespace Halvorix::SSOServices

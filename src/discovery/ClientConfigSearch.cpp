@@ -1,0 +1,108 @@
+// SSOPathResolver: the client configuration file, found, read once, overridden.
+
+#include <utility>
+
+#include <boost/algorithm/string/join.hpp>
+#include <json/value.h>
+
+#include "../support/TextConversion.h"
+#include "FileSearch.h"
+#include "JsonFile.h"
+#include "PathText.h"
+#include "SSOPathResolver.h"
+
+namespace Halvorix::SSOServices {
+
+std::wstring SSOPathResolver::GetSSOClientConfigFile()
+{
+    if (clientConfigFile.empty())
+        FindClientConfigFile();
+    return clientConfigFile;
+}
+
+std::wstring SSOPathResolver::GetSSOClientConfigFileOverride() const
+{
+    return clientConfigFileOverride;
+}
+
+void SSOPathResolver::SetSSOClientConfigFileOverride(std::wstring path)
+{
+    // A load that failed counts as loaded.
+    if (clientConfigState != NotLoaded) {
+        LogLine(Messages::ConfigOverrideTooLate, path, clientConfigFile);
+        return;
+    }
+    // An earlier search result must not shadow the override.
+    clientConfigFile.clear();
+    LogLine(Messages::ConfigOverrideSet, path);
+    clientConfigFileOverride = std::move(path);
+}
+
+bool SSOPathResolver::FindClientConfigFile()
+{
+    if (!clientConfigFile.empty())
+        return true;
+    if (!clientConfigFileOverride.empty()) {
+        clientConfigFile = clientConfigFileOverride;
+        LogLine(PathExists(clientConfigFile) ? Messages::ConfigOverrideFound
+                                             : Messages::ConfigOverrideMissing,
+                clientConfigFile);
+        return true;
+    }
+    std::vector<std::wstring> paths{L"%ExePath%", L"%SSOServicesModulePath%"};
+    paths.insert(paths.end(), supportFileSearchPaths.begin(), supportFileSearchPaths.end());
+    std::wstring const shown = boost::algorithm::join(ResolvedSearchPaths(paths), L"\n");
+    LogLine(Messages::ConfigSearching, ClientConfigFileName, shown);
+    if (FindFileInPaths(ClientConfigFileName, ResolvedSearchPaths(paths), clientConfigFile)) {
+        LogLine(Messages::ConfigFound, clientConfigFile);
+        return true;
+    }
+    // The bare name: the search is over, and the file may still lie in the
+    // current directory.
+    clientConfigFile = ClientConfigFileName;
+    LogLine(Messages::ConfigMissing, ClientConfigFileName, shown);
+    return false;
+}
+
+bool SSOPathResolver::LoadClientConfig()
+{
+    if (clientConfigState != NotLoaded)
+        return clientConfigState == Loaded;
+    clientConfigState = LoadBegun;
+    ReadClientConfig();
+    ApplyClientConfigDefaults(clientConfig);
+    return true; // after a failure too, on purpose
+}
+
+void SSOPathResolver::ReadClientConfig()
+{
+    std::wstring const file = GetSSOClientConfigFile();
+    if (!PathExists(file))
+        return;
+    LogLine(Messages::ConfigLoading, file);
+    Json::Value root;
+    if (!ReadJsonFile(file, std::ios::binary, root)) {
+        LogLine(Messages::ConfigInvalid, file);
+        return;
+    }
+    Json::Value& ssoServer = root["ssoServer"];
+    clientConfig.appName = Utf8ToWide(ssoServer["appName"].asString());
+    clientConfig.exeName = Utf8ToWide(ssoServer["exeName"].asString());
+    clientConfig.processName = ssoServer["processName"].asString();
+    clientConfig.serverName = ssoServer["serverName"].asString();
+    clientConfig.bundleId = Utf8ToWide(ssoServer["bundleId"].asString());
+    clientConfig.versionCompatibilityConfigFilePath =
+        Utf8ToWide(ssoServer["VersionCompatibilityConfigfilePath"].asString());
+    std::wstring const searchPaths = Utf8ToWide(ssoServer["searchPaths"].asString());
+    if (!searchPaths.empty()) {
+        clientConfig.searchPaths = SplitPathList(searchPaths);
+        ResolveSearchPaths(clientConfig.searchPaths);
+    }
+    AddRegistrySearchPath();
+    Json::Value& openssl = root["openssl"];
+    clientConfig.openSslModuleName = Utf8ToWide(openssl["moduleName"].asString());
+    clientConfig.openSslModulePath = Utf8ToWide(openssl["modulePath"].asString());
+    clientConfigState = Loaded;
+}
+
+} // namespace Halvorix::SSOServices

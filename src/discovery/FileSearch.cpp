@@ -1,0 +1,38 @@
+#include "FileSearch.h"
+
+#include <boost/filesystem/operations.hpp>
+#include <boost/filesystem/path.hpp>
+
+#include "PathText.h"
+
+namespace Halvorix::SSOServices {
+
+namespace {
+
+bool Exists(boost::filesystem::path const& path)
+{
+    boost::filesystem::file_type const type = boost::filesystem::status(path).type();
+    return type != boost::filesystem::status_error && type != boost::filesystem::file_not_found;
+}
+
+} // namespace
+
+bool PathExists(std::wstring const& path) { return Exists(path); }
+
+bool PathExists(std::string const& path) { return Exists(path); }
+
+bool FindFileInPaths(std::wstring const& fileName, std::vector<std::wstring> const& paths,
+                     std::wstring& foundFile)
+{
+    foundFile.clear();
+    for (std::wstring const& directory : paths) {
+        std::wstring const file = JoinPath(directory, fileName);
+        if (PathExists(file)) {
+            foundFile = file;
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace Halvorix::SSOServices

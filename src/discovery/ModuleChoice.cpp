@@ -1,0 +1,214 @@
+// SSOPathResolver: the version compatibility file, and the client plugin and
+// the OpenSSL module chosen from it.
+
+#include <utility>
+
+#include <boost/algorithm/string/join.hpp>
+#include <json/value.h>
+
+#include "../platform/Platform.h"
+#include "../support/TextConversion.h"
+#include "FileSearch.h"
+#include "JsonFile.h"
+#include "PathText.h"
+#include "SSOPathResolver.h"
+
+namespace Halvorix::SSOServices {
+
+namespace {
+
+constexpr wchar_t const* CompatibilityFileName = L"SSOVersionCompatibility.config";
+
+std::wstring Widen(Version const& version) { return Utf8ToWide(VersionToString(version)); }
+
+} // namespace
+
+/// What differs between the two choices.
+struct SSOPathResolver::ModuleKind {
+    char const* key;
+    Message const& searching;
+    Message const& found;
+    Message const& missing;
+    Message const& missingNoFile;
+};
+
+std::wstring SSOPathResolver::GetVersionCompatibilityFile()
+{
+    if (versionCompatibilityFile.empty())
+        FindVersionCompatibilityFile();
+    return versionCompatibilityFile;
+}
+
+bool SSOPathResolver::FindVersionCompatibilityFile()
+{
+    if (!versionCompatibilityFile.empty())
+        return PathExists(versionCompatibilityFile);
+    if (!versionCompatibilityFileOverride.empty()) {
+        versionCompatibilityFile = versionCompatibilityFileOverride;
+        LogLine(PathExists(versionCompatibilityFile) ? Messages::CompatibilityOverrideFound
+                                                     : Messages::CompatibilityOverrideMissing,
+                versionCompatibilityFile);
+        return true;
+    }
+    std::vector<std::wstring> paths{L"%SSOServerAppPath%"};
+    std::wstring const shown = boost::algorithm::join(ResolvedSearchPaths(paths), L"\n");
+    LogLine(Messages::CompatibilitySearching, CompatibilityFileName, shown);
+    std::wstring found;
+    bool hit = FindFileInPaths(CompatibilityFileName, ResolvedSearchPaths(paths), found);
+    if (!hit) {
+        paths.push_back(clientConfig.versionCompatibilityConfigFilePath);
+        hit = FindFileInPaths(CompatibilityFileName, ResolvedSearchPaths(paths), found);
+    }
+    if (!hit) {
+        // The bare name ends the search; it is read from the current directory
+        // if it lies there. The line does not show the second place, on purpose.
+        versionCompatibilityFile = CompatibilityFileName;
+        LogLine(Messages::CompatibilityMissing, CompatibilityFileName, shown);
+        return false;
+    }
+    versionCompatibilityFile = found;
+    LogLine(Messages::CompatibilityFound, found);
+    return true;
+}
+
+bool SSOPathResolver::LoadVersionCompatibilityFile(std::wstring file, std::string key,
+                                                   std::vector<CompatibleModule>& list)
+{
+    if (!PathExists(file))
+        return false;
+    Json::Value root;
+    if (!ReadJsonFile(file, std::ios::in, root)) {
+        LogLine(Messages::CompatibilityInvalid, file);
+        return false;
+    }
+    char const* const pathKey = Platform::IsWow64Process() ? "modulePathWoW64" : "modulePath";
+    std::wstring const wideKey = Utf8ToWide(key);
+    Json::Value& group = root[key];
+    for (Json::ArrayIndex i = 0; i < group.size(); ++i) {
+        // Read as a constant first: a group that is an object fails here.
+        if (std::as_const(group)[i].isNull())
+            continue;
+        Json::Value& element = group[i];
+        CompatibleModule record;
+        record.module = Utf8ToWide(element["module"].asString());
+        if (record.module.empty()) {
+            LogLine(Messages::ModuleBlank, wideKey, file);
+            continue;
+        }
+        record.modulePath = Utf8ToWide(element[pathKey].asString());
+        if (record.modulePath.empty()) {
+            LogLine(Messages::ModulePathBlank, wideKey, file);
+            continue;
+        }
+        ExpandPathVariables(record.modulePath);
+        ParseVersion(record.version, element["version"].asString());
+        // Looks at the path and not at the version, on purpose: a blank version
+        // passes, a path of nothing but slashes does not.
+        if (record.modulePath.empty()) {
+            LogLine(Messages::ModuleVersionBlank, wideKey, file);
+            continue;
+        }
+        Json::Value const& versions = element["compatibleSsoServicesVersion"];
+        if (versions.isNull()) {
+            LogLine(Messages::RangeMissing, file);
+            continue;
+        }
+        VersionRange range = VersionRange::FromJson(versions);
+        if (range.IsEmpty()) {
+            LogLine(Messages::RangeInvalid, file);
+            continue;
+        }
+        record.compatibleVersions.push_back(std::move(range));
+        list.push_back(std::move(record));
+    }
+    SortByVersion(list);
+    return !list.empty();
+}
+
+bool SSOPathResolver::FindCompatibleModule(std::string key, Version const& version,
+                                           CompatibleModule& selected)
+{
+    std::wstring const file = GetVersionCompatibilityFile();
+    if (!PathExists(file)) {
+        LogLine(Messages::CompatibilityAbsent, file);
+        return false;
+    }
+    std::vector<CompatibleModule> list;
+    LoadVersionCompatibilityFile(file, key, list);
+    if (list.empty()) {
+        LogLine(Messages::CompatibilityListEmpty, Utf8ToWide(key), file);
+        return false;
+    }
+    return SelectCompatibleModule(version, list, selected);
+}
+
+void SSOPathResolver::ChooseModule(ModuleKind const& kind, std::wstring& chosen)
+{
+    std::wstring const version = Widen(ssoServicesVersion);
+    LogLine(kind.searching, version, GetVersionCompatibilityFile());
+    CompatibleModule record;
+    if (FindCompatibleModule(kind.key, ssoServicesVersion, record)) {
+        chosen = NormalizePath(JoinPath(record.modulePath, record.module));
+        LogLine(kind.found, version, chosen);
+        return;
+    }
+    std::wstring const file = GetVersionCompatibilityFile();
+    LogLine(PathExists(file) ? kind.missing : kind.missingNoFile, version, file);
+}
+
+void SSOPathResolver::FindSSOClientPlugin()
+{
+    if (!ssoClientPluginModule.empty())
+        return;
+    ChooseModule({"ssoClientPlugin", Messages::PluginSearching, Messages::PluginFound,
+                  Messages::PluginMissing, Messages::PluginMissingNoFile},
+                 ssoClientPluginModule);
+}
+
+void SSOPathResolver::FindOpenSslModule()
+{
+    if (!openSslModule.empty())
+        return;
+    if (clientConfigState == NotLoaded)
+        LoadClientConfig();
+    if (clientConfigState == Loaded && UseOpenSslOverride())
+        return;
+    ChooseModule({"openssl", Messages::OpenSslSearching, Messages::OpenSslFound,
+                  Messages::OpenSslMissing, Messages::OpenSslMissingNoFile},
+                 openSslModule);
+}
+
+bool SSOPathResolver::UseOpenSslOverride()
+{
+    LogLine(Messages::OpenSslOverrideSearching, GetSSOClientConfigFile());
+    if (clientConfig.openSslModuleName.empty() || clientConfig.openSslModulePath.empty()) {
+        LogLine(Messages::OpenSslOverrideNone, GetSSOClientConfigFile());
+        return false;
+    }
+    openSslModule =
+        NormalizePath(JoinPath(clientConfig.openSslModulePath, clientConfig.openSslModuleName));
+    ExpandPathVariables(openSslModule);
+    // The version in the place of the file, on purpose.
+    LogLine(Messages::OpenSslOverrideFound, Widen(ssoServicesVersion), openSslModule);
+    return true;
+}
+
+std::wstring SSOPathResolver::GetSSOClientPluginModule()
+{
+    FindSSOClientPlugin();
+    return ssoClientPluginModule;
+}
+
+std::wstring SSOPathResolver::GetSSOClientPluginFileName()
+{
+    FindSSOClientPlugin();
+    return FileName(ssoClientPluginModule);
+}
+
+std::wstring SSOPathResolver::GetOpenSslModule()
+{
+    FindOpenSslModule();
+    return openSslModule;
+}
+
+} // namespace Halvorix::SSOServices

@@ -1,0 +1,27 @@
+#include "ModuleFiles.h"
+
+#include "PathText.h"
+
+namespace Halvorix::SSOServices {
+
+std::wstring ResolveModuleFile(std::wstring const& moduleName)
+{
+    return NormalizePath(Platform::LoadedModuleFile(moduleName));
+}
+
+std::wstring GetModuleDirPath(std::wstring const& moduleName)
+{
+    return ParentPath(ResolveModuleFile(moduleName));
+}
+
+std::wstring GetExecutableDirPath()
+{
+    return ParentPath(NormalizePath(Platform::ExecutableFile()));
+}
+
+std::wstring GetKnownFolderPath(Platform::KnownFolder folder)
+{
+    return Platform::KnownFolderPath(folder);
+}
+
+} // namespace Halvorix::SSOServices

@@ -1,0 +1,71 @@
+#include "PathText.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <set>
+
+#include <boost/algorithm/string/classification.hpp>
+#include <boost/algorithm/string/split.hpp>
+#include <boost/filesystem/path.hpp>
+
+#include "../platform/Platform.h"
+
+namespace Halvorix::SSOServices {
+
+namespace {
+
+// Leaves what is a root, such as C:/ or the sole leading slash.
+void RemoveTrailingSlashes(std::wstring& text)
+{
+    // No root ends in two slashes, so all but the last go unseen.
+    while (text.size() > 1 && text.back() == L'/' && text[text.size() - 2] == L'/')
+        text.pop_back();
+    if (!text.empty() && text.back() == L'/' && !Platform::IsRootPath(text))
+        text.pop_back();
+}
+
+} // namespace
+
+std::wstring NormalizePath(std::wstring const& path)
+{
+    std::wstring text = path;
+    std::replace(text.begin(), text.end(), L'\\', L'/');
+    std::size_t const leading = std::min(text.find_first_not_of(L'/'), text.size());
+    text.erase(0, leading > 0 && Platform::LeadingSlashIsRoot() ? leading - 1 : leading);
+    RemoveTrailingSlashes(text);
+    auto const doubled = [](wchar_t a, wchar_t b) { return a == L'/' && b == L'/'; };
+    text.erase(std::unique(text.begin(), text.end(), doubled), text.end());
+    return text;
+}
+
+void RemoveDuplicatePaths(std::vector<std::wstring>& paths)
+{
+    std::set<std::wstring> seen;
+    auto const repeated = [&seen](std::wstring const& path) { return !seen.insert(path).second; };
+    paths.erase(std::remove_if(paths.begin(), paths.end(), repeated), paths.end());
+}
+
+std::vector<std::wstring> SplitPathList(std::wstring const& text)
+{
+    std::vector<std::wstring> paths;
+    if (!text.empty())
+        boost::algorithm::split(paths, text, boost::algorithm::is_any_of(L";"));
+    return paths;
+}
+
+std::wstring JoinPath(std::wstring const& directory, std::wstring const& name)
+{
+    return (boost::filesystem::path(directory) / name).generic_wstring();
+}
+
+std::wstring ParentPath(std::wstring const& path)
+{
+    return boost::filesystem::path(path).parent_path().generic_wstring();
+}
+
+std::wstring FileName(std::wstring const& path)
+{
+    return boost::filesystem::path(path).filename().generic_wstring();
+}
+
+} // namespace Halvorix::SSOServices

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace Halvorix::SSOServices {
+
+/// Name of the client configuration file.
+inline constexpr wchar_t const* ClientConfigFileName = L"SSOClient.config";
+
+/// The values of the client configuration file. The two narrow ones go to the
+/// plugin as the file spells them.
+struct SSOClientConfig {
+    std::wstring appName;
+    std::wstring exeName;
+    std::vector<std::wstring> searchPaths;
+    std::string processName;
+    std::string serverName;
+    std::wstring bundleId; // read and kept; nothing uses it
+    std::wstring versionCompatibilityConfigFilePath;
+    std::wstring openSslModuleName;
+    std::wstring openSslModulePath;
+};
+
+/// Fills in what the file left empty.
+void ApplyClientConfigDefaults(SSOClientConfig& config);
+
+} // namespace Halvorix::SSOServices

@@ -1,0 +1,105 @@
+// SSOPathResolver: where the server application lies and how it is named.
+
+#include <memory>
+#include <utility>
+
+#include <boost/algorithm/string/join.hpp>
+
+#include "../platform/Platform.h"
+#include "../support/SystemError.h"
+#include "FileSearch.h"
+#include "PathText.h"
+#include "SSOPathResolver.h"
+
+namespace Halvorix::SSOServices {
+
+namespace {
+
+// A search that is entered again from its own variables must find nothing
+// instead of recursing.
+class SearchUnderWay {
+public:
+    explicit SearchUnderWay(bool& mark) : mark(mark) { mark = true; }
+    ~SearchUnderWay() { mark = false; }
+    SearchUnderWay(SearchUnderWay const&) = delete;
+    SearchUnderWay& operator=(SearchUnderWay const&) = delete;
+
+private:
+    bool& mark;
+};
+
+} // namespace
+
+std::wstring SSOPathResolver::GetSSOServerAppPath()
+{
+    if (ssoServerAppPath.empty())
+        FindSSOServerApp();
+    return ssoServerAppPath;
+}
+
+std::wstring SSOPathResolver::GetSSOServerAppExeDirPath() { return GetSSOServerAppPath(); }
+
+std::wstring SSOPathResolver::GetSSOServerAppExeFile()
+{
+    return GetSSOServerAppPath().empty() ? std::wstring() : ServerAppExeFile();
+}
+
+std::wstring SSOPathResolver::ServerAppExeFile() const
+{
+    return NormalizePath(JoinPath(ssoServerAppPath, clientConfig.exeName));
+}
+
+std::string SSOPathResolver::GetSSOServerProcessName() const { return clientConfig.processName; }
+
+std::string SSOPathResolver::GetSSOServerName() const { return clientConfig.serverName; }
+
+bool SSOPathResolver::FindSSOServerApp()
+{
+    if (!ssoServerAppPath.empty())
+        return true;
+    if (searchingServerApp)
+        return false;
+    SearchUnderWay const underWay(searchingServerApp);
+    if (clientConfigState == NotLoaded)
+        LoadClientConfig();
+    std::vector<std::wstring> paths{L"%SSOServicesModulePath%", L"%ExePath%"};
+    paths.insert(paths.end(), clientConfig.searchPaths.begin(), clientConfig.searchPaths.end());
+    std::wstring const shown = boost::algorithm::join(ResolvedSearchPaths(paths), L"\n");
+    LogLine(Messages::ServerSearching, clientConfig.appName, shown);
+    // Blank only after a load that ended in an exception.
+    if (clientConfig.appName.empty())
+        return false;
+    std::wstring found;
+    if (!FindFileInPaths(clientConfig.appName, ResolvedSearchPaths(paths), found)) {
+        LogLine(Messages::ServerMissing, clientConfig.appName, shown);
+        return false;
+    }
+    // Empty for a hit in the current directory: then the next question searches
+    // again, and the line is built without asking one.
+    ssoServerAppPath = ParentPath(found);
+    LogLine(Messages::ServerFound, ServerAppExeFile());
+    return true;
+}
+
+void SSOPathResolver::AddRegistrySearchPath()
+{
+    using Platform::LocationView;
+    Platform::LocationKey opened = nullptr;
+    Platform::ErrorCode error = Platform::OpenLocationKey(LocationView::Own, opened);
+    if (error != 0 && Platform::IsWow64Process())
+        error = Platform::OpenLocationKey(LocationView::Native64, opened);
+    if (error != 0) {
+        LogLine(Messages::RegistryUnavailable, FormatSystemError(error));
+        return;
+    }
+    std::unique_ptr<void, decltype(&Platform::CloseLocationKey)> const key(
+        opened, &Platform::CloseLocationKey);
+    std::wstring location;
+    if (!Platform::ReadLocation(key.get(), location))
+        return;
+    // As it stands, unresolved and even if empty.
+    clientConfig.searchPaths.push_back(location);
+    LogLine(Messages::RegistryRead, location);
+}
+
+} // namespace Halvorix::SSOServices

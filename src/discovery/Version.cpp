@@ -1,0 +1,75 @@
+#include "Version.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <exception>
+#include <locale>
+#include <utility>
+
+#include <boost/algorithm/string/classification.hpp>
+#include <boost/algorithm/string/join.hpp>
+#include <boost/algorithm/string/split.hpp>
+#include <boost/algorithm/string/trim.hpp>
+
+#include "../platform/Platform.h"
+
+namespace Halvorix::SSOServices {
+
+namespace {
+
+int Sign(long long value) { return value > 0 ? 1 : value < 0 ? -1 : 0; }
+
+// 0 where one of the texts is no number or is too large.
+long long NumericDifference(std::string const& x, std::string const& y)
+{
+    try {
+        auto const left = static_cast<unsigned long long>(std::stoll(x));
+        auto const right = static_cast<unsigned long long>(std::stoll(y));
+        return static_cast<long long>(left - right); // wraps at 64 bits
+    } catch (std::exception const&) {
+        return 0;
+    }
+}
+
+int CompareComponents(std::string const& x, std::string const& y)
+{
+    if (long long const difference = NumericDifference(x, y))
+        return Sign(difference);
+    return Sign(Platform::CompareIgnoringCase(x.c_str(), y.c_str()));
+}
+
+} // namespace
+
+bool ParseVersion(Version& out, std::string text)
+{
+    out.clear();
+    std::locale const locale;
+    boost::algorithm::trim(text, locale);
+    Version pieces;
+    boost::algorithm::split(pieces, text, boost::algorithm::is_any_of("."));
+    for (std::string& piece : pieces) {
+        boost::algorithm::trim(piece, locale);
+        if (!piece.empty())
+            out.push_back(std::move(piece));
+    }
+    return true;
+}
+
+std::string VersionToString(Version const& version) { return boost::algorithm::join(version, "."); }
+
+int CompareVersions(Version const& a, Version const& b, int depth)
+{
+    static std::string const missing;
+    std::size_t const count = std::max(a.size(), b.size());
+    for (std::size_t i = 0; i < count; ++i) {
+        std::string const& x = i < a.size() ? a[i] : missing;
+        std::string const& y = i < b.size() ? b[i] : missing;
+        if (int const result = CompareComponents(x, y))
+            return result;
+        if (depth > 0 && i + 1 >= static_cast<std::size_t>(depth))
+            return 0;
+    }
+    return 0;
+}
+
+} // namespace Halvorix::SSOServices

@@ -1,0 +1,119 @@
+// SSOClientManager: the road from the first request for an interface to a
+// working plugin.
+
+#include <mutex>
+
+#include "../../include/plugin/ILogger.h"
+#include "../../include/plugin/ISSOClientFactory.h"
+#include "../../include/plugin/ISSOClientModule.h"
+#include "../../include/plugin/ISSOLogManager.h"
+#include "../../include/plugin/ISSOServerManager.h"
+#include "../discovery/FileSearch.h"
+#include "../discovery/ModuleFiles.h"
+#include "../discovery/PathText.h"
+#include "../support/LibraryIdentity.h"
+#include "../support/LogSink.h"
+#include "../support/ProcessState.h"
+#include "../support/SystemError.h"
+#include "../support/TextConversion.h"
+#include "SSOClientManager.h"
+
+namespace Halvorix::SSOServices {
+
+namespace {
+
+using FactoryProcedure = std::shared_ptr<ISSOClientFactory> (*)();
+
+} // namespace
+
+bool SSOClientManager::EnsurePluginLoaded()
+{
+    std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
+    if (clientFactory)
+        return true;
+    // Every call without a factory says so again, on purpose.
+    std::wstring const library = Platform::LibraryFileName();
+    LogLine(Messages::Banner, library, Utf8ToWide(LibraryVersion), BuildName(),
+            ResolveModuleFile(library));
+    SetSupportFileSearchPaths(SSOServices::supportFileSearchPaths);
+    return LoadPlugin() && clientFactory;
+}
+
+bool SSOClientManager::LoadPlugin()
+{
+    std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
+    if (moduleHandle != nullptr)
+        return true;
+    if (loadState == LoadBegun)
+        return false;
+    loadState = LoadBegun;
+    std::wstring const file = GetSSOClientPluginModule();
+    if (file.empty() || !PathExists(WideToUtf8(file))) {
+        LogLine(Messages::PluginNotFound, file);
+        FlushEarlyLog(); // the one failure that shows the whole log
+        return false;
+    }
+    if (!LoadPluginModule(file))
+        return false;
+    // From here on the lines name the file that the system mapped.
+    if (!GetFactory(ResolveModuleFile(FileName(file))))
+        return false;
+    SetUpPlugin();
+    loadState = LoadEnded;
+    return true;
+}
+
+bool SSOClientManager::LoadPluginModule(std::wstring const& file)
+{
+    LogLine(Messages::PluginLoading, file);
+    Platform::SetDependencyDirectory(ParentPath(file).c_str());
+    moduleHandle = Platform::LoadModule(file);
+    // The system's own order, not what the host may have set before.
+    Platform::SetDependencyDirectory(nullptr);
+    if (moduleHandle == nullptr) {
+        LogLine(Messages::PluginLoadFailed, file, FormatSystemError(Platform::LastError()));
+        return false;
+    }
+    return true;
+}
+
+bool SSOClientManager::GetFactory(std::wstring const& file)
+{
+    LogLine(Messages::PluginLoaded, file);
+    LogLine(Messages::FactoryProcGetting, file);
+    auto const procedure = reinterpret_cast<FactoryProcedure>(
+        Platform::FindProcedure(moduleHandle, Platform::FactoryProcedureName()));
+    if (procedure == nullptr) {
+        LogLine(Messages::FactoryProcMissing, file, FormatSystemError(Platform::LastError()));
+        return false;
+    }
+    LogLine(Messages::FactoryGetting, file);
+    clientFactory = procedure();
+    return clientFactory != nullptr; // an empty factory is not logged, on purpose
+}
+
+void SSOClientManager::SetUpPlugin()
+{
+    std::shared_ptr<ISSOServerManager> const server = clientFactory->GetSSOServerManager();
+    if (server) {
+        std::wstring const exeFile = GetSSOServerAppExeFile();
+        std::wstring const appPath = GetSSOServerAppPath();
+        server->SetSSOServerAppFiles(appPath.c_str(), exeFile.c_str());
+    }
+    if (std::shared_ptr<ISSOLogManager> const logs = clientFactory->GetSSOLogManager()) {
+        InstallLogger(logs->GetLogger(L"HxSSOServices"));
+        FlushEarlyLog();
+    }
+    if (server) {
+        server->SetSSOServerProcessName(GetSSOServerProcessName().c_str());
+        server->SetSSOServerName(GetSSOServerName().c_str());
+    }
+    if (std::shared_ptr<ISSOClientModule> const module = clientFactory->GetSSOClientModule()) {
+        std::wstring const openSsl = GetOpenSslModule();
+        if (openSsl.empty() || !PathExists(openSsl))
+            LogLine(Messages::OpenSslModuleNotFound, openSsl);
+        module->SetOpenSslModule(openSsl.c_str());
+    }
+}
+
+} // namespace Halvorix::SSOServices

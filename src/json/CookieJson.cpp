@@ -1,0 +1,98 @@
+// SSOServicesPrivate: cookies and cookie jars.
+
+#include <json/value.h>
+
+#include "../../include/SSOServicesPrivate.h"
+#include "../support/TextConversion.h"
+#include "../types/NetworkCookieRecord.h"
+#include "JsonDocument.h"
+
+using namespace Halvorix::SSOServices;
+using namespace Halvorix::WebServices;
+
+// Name and value are bytes and undergo no conversion, unlike domain and path.
+bool SSOServicesPrivate::NetworkCookieToJson(NetworkCookie const& cookie, Json::Value& json)
+{
+    json["Name"] = cookie.record->name;
+    json["Value"] = cookie.record->value;
+    json["Domain"] = WideToUtf8(cookie.record->domain);
+    json["Path"] = WideToUtf8(cookie.record->path);
+    json["IsSecure"] = cookie.record->secure;
+    json["IsHttpOnly"] = cookie.record->httpOnly;
+    json["ExpiryDate"] = Json::Int64{cookie.record->expiryDate};
+    return true;
+}
+
+bool SSOServicesPrivate::NetworkCookieToJson(NetworkCookie const& cookie, std::string& text)
+{
+    text.clear();
+    Json::Value json;
+    NetworkCookieToJson(cookie, json);
+    text = WriteJsonDocument(json);
+    return true;
+}
+
+// Each key replaces its field at once, so that an exception leaves the earlier
+// ones read.
+bool SSOServicesPrivate::JsonToNetworkCookie(Json::Value const& json, NetworkCookie& cookie)
+{
+    if (json.isNull())
+        return false;
+    cookie.record->name = json["Name"].asString();
+    cookie.record->value = json["Value"].asString();
+    cookie.record->domain = Utf8ToWide(json["Domain"].asString());
+    cookie.record->path = Utf8ToWide(json["Path"].asString());
+    cookie.record->secure = json["IsSecure"].asBool();
+    cookie.record->httpOnly = json["IsHttpOnly"].asBool();
+    cookie.record->expiryDate = json["ExpiryDate"].asInt64();
+    return true;
+}
+
+bool SSOServicesPrivate::JsonToNetworkCookie(char const* text, NetworkCookie& cookie)
+{
+    Json::Value json;
+    return ParseJsonDocument(text, json) && JsonToNetworkCookie(json, cookie);
+}
+
+bool SSOServicesPrivate::NetworkCookieJarToJson(NetworkCookieJar const& jar, Json::Value& json)
+{
+    Json::Value cookies(Json::arrayValue);
+    for (int i = 0; i < jar.GetCookieCount(); ++i) {
+        Json::Value cookie;
+        NetworkCookieToJson(jar.GetCookie(i), cookie);
+        cookies.append(cookie);
+    }
+    json["Cookies"] = cookies;
+    return true;
+}
+
+bool SSOServicesPrivate::NetworkCookieJarToJson(NetworkCookieJar const& jar, std::string& text)
+{
+    text.clear();
+    Json::Value json;
+    NetworkCookieJarToJson(jar, json);
+    text = WriteJsonDocument(json);
+    return true;
+}
+
+bool SSOServicesPrivate::JsonToNetworkCookieJar(Json::Value const& json, NetworkCookieJar& jar)
+{
+    if (json.isNull())
+        return false;
+    // Emptied before the document is looked at, on purpose.
+    jar.DeleteAll();
+    Json::Value const cookies = json["Cookies"];
+    for (Json::Value const& member : cookies) {
+        // A member that is null gives a default cookie, so that the counts agree.
+        NetworkCookie cookie;
+        JsonToNetworkCookie(member, cookie);
+        jar.AddCookie(cookie);
+    }
+    return true;
+}
+
+bool SSOServicesPrivate::JsonToNetworkCookieJar(char const* text, NetworkCookieJar& jar)
+{
+    Json::Value json;
+    return ParseJsonDocument(text, json) && JsonToNetworkCookieJar(json, jar);
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+namespace Json {
+class Value;
+}
+
+namespace Halvorix::SSOServices {
+
+/// False for null, for the empty text and for what is no JSON. Comments and
+/// what follows the first value are ignored; the last of equal keys wins.
+bool ParseJsonDocument(char const* text, Json::Value& value);
+
+/// The value as a styled document.
+std::string WriteJsonDocument(Json::Value const& value);
+
+} // namespace Halvorix::SSOServices

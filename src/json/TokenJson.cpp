@@ -1,0 +1,183 @@
+// SSOServicesPrivate: OAuth2 specs and tokens.
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
+#include <json/value.h>
+
+#include "../../include/SSOServicesPrivate.h"
+#include "../../include/plugin/IRsaCryptor.h"
+#include "../support/TextConversion.h"
+#include "../types/OAuth2Records.h"
+#include "Base64.h"
+#include "JsonDocument.h"
+
+using namespace Halvorix::SSOServices;
+using namespace Halvorix::WebServices;
+
+namespace {
+
+using Operation = bool (IRsaCryptor::*)(unsigned char const*, unsigned long long, unsigned char*,
+                                        unsigned long long, unsigned long long*);
+
+// False if the cryptor fails, or claims more than it had room for.
+bool Transform(IRsaCryptor& cryptor, Operation operation, std::string const& input,
+               std::uint64_t capacity, std::string& output)
+{
+    output.assign(capacity, '\0');
+    unsigned long long length = 0;
+    if (!(cryptor.*operation)(reinterpret_cast<unsigned char const*>(input.data()), input.size(),
+                              reinterpret_cast<unsigned char*>(output.data()), capacity, &length) ||
+        length > capacity)
+        return false;
+    output.resize(length);
+    return true;
+}
+
+std::uint64_t RsaCapacity(IRsaCryptor& cryptor)
+{
+    return static_cast<std::uint64_t>(
+        std::max<std::int64_t>(0, std::int64_t{cryptor.GetMaxBlockSize()} + 1));
+}
+
+// The buffer pair gets its capacities in 32 bits.
+std::uint32_t Low32Bits(std::size_t size) { return static_cast<std::uint32_t>(size); }
+
+bool Encrypt(IRsaCryptor& cryptor, OAuth2TokenType type, std::string const& clear,
+             std::string& encrypted)
+{
+    if (type == OAuth2TokenTypeDefault)
+        return Transform(cryptor, &IRsaCryptor::RsaEncrypt, clear, RsaCapacity(cryptor), encrypted);
+    return Transform(cryptor, &IRsaCryptor::EncryptBuffer, clear, Low32Bits(2 * clear.size()),
+                     encrypted);
+}
+
+bool Decrypt(IRsaCryptor& cryptor, OAuth2TokenType type, std::string const& encrypted,
+             std::string& clear)
+{
+    if (type == OAuth2TokenTypeDefault)
+        return Transform(cryptor, &IRsaCryptor::RsaDecrypt, encrypted, RsaCapacity(cryptor), clear);
+    return Transform(cryptor, &IRsaCryptor::DecryptBuffer, encrypted, Low32Bits(encrypted.size()),
+                     clear);
+}
+
+} // namespace
+
+bool SSOServicesPrivate::OAuth2TokenSpecToJson(OAuth2TokenSpec const& spec, Json::Value& json)
+{
+    json["type"] = static_cast<Json::Int>(spec.record->type);
+    json["scope"] = WideToUtf8(spec.record->scope);
+    json["legacy"] = spec.record->legacy;
+    return true;
+}
+
+bool SSOServicesPrivate::OAuth2TokenSpecToJson(OAuth2TokenSpec const& spec, std::string& text)
+{
+    Json::Value json;
+    OAuth2TokenSpecToJson(spec, json);
+    text = WriteJsonDocument(json);
+    return true;
+}
+
+bool SSOServicesPrivate::JsonToOAuth2TokenSpec(Json::Value const& json, OAuth2TokenSpec& spec)
+{
+    if (json.isNull())
+        return false;
+    // A missing type is 0 and not the default. The scope ends at its first zero
+    // and is not brought into normal form.
+    spec.record->type = static_cast<OAuth2TokenType>(json["type"].asInt());
+    spec.record->scope = Utf8ToWide(json["scope"].asString()).c_str();
+    spec.record->legacy = json["legacy"].asBool();
+    return true;
+}
+
+bool SSOServicesPrivate::JsonToOAuth2TokenSpec(char const* text, OAuth2TokenSpec& spec)
+{
+    Json::Value json;
+    return ParseJsonDocument(text, json) && JsonToOAuth2TokenSpec(json, spec);
+}
+
+bool SSOServicesPrivate::OAuth2TokenToJson(OAuth2Token const& token, Json::Value& json)
+{
+    return OAuth2TokenToJson(token, json, nullptr);
+}
+
+bool SSOServicesPrivate::OAuth2TokenToJson(OAuth2Token const& token, std::string& text)
+{
+    return OAuth2TokenToJson(token, text, nullptr);
+}
+
+bool SSOServicesPrivate::OAuth2TokenToJson(OAuth2Token const& token, Json::Value& json,
+                                           std::shared_ptr<IRsaCryptor> cryptor)
+{
+    std::string const clear = WideToUtf8(token.record->token);
+    if (cryptor) {
+        std::string encrypted;
+        if (!Encrypt(*cryptor, token.record->spec.GetType(), clear, encrypted))
+            return false;
+        json["EncryptedOAuth2AccessToken"] = Base64Encode(encrypted);
+    } else {
+        json["OAuth2AccessToken"] = clear;
+    }
+    Json::Value spec;
+    OAuth2TokenSpecToJson(token.record->spec, spec);
+    json["OAuth2TokenSpec"] = spec;
+    return true;
+}
+
+bool SSOServicesPrivate::OAuth2TokenToJson(OAuth2Token const& token, std::string& text,
+                                           std::shared_ptr<IRsaCryptor> cryptor)
+{
+    text.clear();
+    Json::Value json;
+    if (!OAuth2TokenToJson(token, json, std::move(cryptor)))
+        return false;
+    text = WriteJsonDocument(json);
+    return true;
+}
+
+bool SSOServicesPrivate::JsonToOAuth2Token(Json::Value const& json, OAuth2Token& token)
+{
+    return JsonToOAuth2Token(json, token, nullptr);
+}
+
+bool SSOServicesPrivate::JsonToOAuth2Token(char const* text, OAuth2Token& token)
+{
+    return JsonToOAuth2Token(text, token, nullptr);
+}
+
+bool SSOServicesPrivate::JsonToOAuth2Token(Json::Value const& json, OAuth2Token& token,
+                                           std::shared_ptr<IRsaCryptor> cryptor)
+{
+    if (json.isNull())
+        return false;
+    // The spec is replaced even if the text then fails to read.
+    JsonToOAuth2TokenSpec(json["OAuth2TokenSpec"], token.record->spec);
+    std::string const clear = json["OAuth2AccessToken"].asString();
+    // Decoded before the clear text is looked at: malformed base64 always fails.
+    std::string const encrypted = Base64Decode(json["EncryptedOAuth2AccessToken"].asString());
+    if (!clear.empty()) {
+        token.record->token = Utf8ToWide(clear);
+        return true;
+    }
+    std::string decrypted;
+    if (!cryptor || !Decrypt(*cryptor, token.record->spec.GetType(), encrypted, decrypted))
+        return false;
+    token.record->token = Utf8ToWide(decrypted);
+    return true;
+}
+
+bool SSOServicesPrivate::JsonToOAuth2Token(char const* text, OAuth2Token& token,
+                                           std::shared_ptr<IRsaCryptor> cryptor)
+{
+    Json::Value json;
+    return ParseJsonDocument(text, json) && JsonToOAuth2Token(json, token, std::move(cryptor));
+}
+
+void SSOServicesPrivate::Initialize(OAuth2Token& token, std::wstring const& text,
+                                    OAuth2TokenSpec const& spec)
+{
+    token.record->token = text;
+    token.record->spec = spec;
+}

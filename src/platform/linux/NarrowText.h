@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+namespace Halvorix::Platform {
+
+/// The system's narrow texts are UTF-8; what is not valid is left out, so that
+/// no name and no error text can make a conversion fail.
+std::wstring FromSystem(std::string const& text);
+std::string ToSystem(std::wstring const& text);
+
+} // namespace Halvorix::Platform

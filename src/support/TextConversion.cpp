@@ -1,0 +1,93 @@
+#include "TextConversion.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Halvorix::SSOServices {
+
+namespace {
+
+constexpr std::uint32_t HighestCodePoint = 0x10FFFF;
+constexpr std::uint32_t ReplacementCharacter = 0xFFFD;
+
+struct Lead {
+    int followers;
+    std::uint32_t bits;
+};
+
+// 0xFE and 0xFF go with the six-byte forms, where their value is always too high.
+Lead ReadLead(std::uint32_t byte)
+{
+    if (byte < 0xE0)
+        return {1, byte - 0xC0};
+    if (byte < 0xF0)
+        return {2, byte - 0xE0};
+    if (byte < 0xF8)
+        return {3, byte - 0xF0};
+    if (byte < 0xFC)
+        return {4, byte - 0xF8};
+    return {5, byte - 0xFC};
+}
+
+} // namespace
+
+std::wstring Utf8ToWide(std::string const& text)
+{
+    std::wstring wide;
+    wide.reserve(text.size());
+    for (std::size_t at = 0; at < text.size();) {
+        std::uint32_t const first = static_cast<unsigned char>(text[at++]);
+        if (first < 0x80) {
+            wide.push_back(static_cast<wchar_t>(first));
+            continue;
+        }
+        if (first < 0xC0)
+            return {};
+        auto [followers, bits] = ReadLead(first);
+        if (text.size() - at < static_cast<std::size_t>(followers))
+            return {};
+        std::uint64_t value = bits;
+        for (; followers > 0; --followers) {
+            std::uint32_t const next = static_cast<unsigned char>(text[at++]);
+            if (next < 0x80 || next > 0xBF)
+                return {};
+            value = value << 6 | (next & 0x3F);
+        }
+        if (value > HighestCodePoint)
+            return {};
+        wide.push_back(static_cast<wchar_t>(value));
+    }
+    return wide;
+}
+
+std::string WideToUtf8(std::wstring const& text)
+{
+    std::string narrow;
+    narrow.reserve(text.size());
+    auto const append = [&narrow](std::uint32_t byte) {
+        narrow.push_back(static_cast<char>(byte));
+    };
+    for (wchar_t const unit : text) {
+        auto value = static_cast<std::uint32_t>(unit);
+        if (value > HighestCodePoint)
+            value = ReplacementCharacter;
+        if (value < 0x80) {
+            append(value);
+        } else if (value < 0x800) {
+            append(0xC0 | value >> 6);
+            append(0x80 | (value & 0x3F));
+        } else if (value < 0x10000) {
+            append(0xE0 | value >> 12);
+            append(0x80 | (value >> 6 & 0x3F));
+            append(0x80 | (value & 0x3F));
+        } else {
+            append(0xF0 | value >> 18);
+            append(0x80 | (value >> 12 & 0x3F));
+            append(0x80 | (value >> 6 & 0x3F));
+            append(0x80 | (value & 0x3F));
+        }
+    }
+    return narrow;
+}
+
+} // namespace Halvorix::SSOServices

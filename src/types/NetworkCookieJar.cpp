@@ -1,0 +1,36 @@
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "../../include/NetworkCookie.h"
+
+namespace Halvorix::WebServices {
+
+static_assert(sizeof(NetworkCookieJar) == sizeof(void*));
+
+struct NetworkCookieJar::Record {
+    std::vector<std::unique_ptr<NetworkCookie>> cookies;
+};
+
+NetworkCookieJar::NetworkCookieJar() : record(new Record) {}
+
+NetworkCookieJar::~NetworkCookieJar() { delete record; }
+
+bool NetworkCookieJar::AddCookie(NetworkCookie const& cookie)
+{
+    record->cookies.push_back(std::make_unique<NetworkCookie>(cookie));
+    return true;
+}
+
+int NetworkCookieJar::GetCookieCount() const { return static_cast<int>(record->cookies.size()); }
+
+NetworkCookie NetworkCookieJar::GetCookie(int index) const
+{
+    if (index < 0 || index >= GetCookieCount())
+        return {};
+    return *record->cookies[static_cast<std::size_t>(index)];
+}
+
+void NetworkCookieJar::DeleteAll() { record->cookies.clear(); }
+
+} // namespace Halvorix::WebServices

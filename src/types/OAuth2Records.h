@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+#include "../../include/OAuth2Token.h"
+
+namespace Halvorix::WebServices {
+
+struct OAuth2TokenSpec::Record {
+    bool legacy = false; // no accessor: travels by JSON, copies and comparison
+    OAuth2TokenType type = OAuth2TokenTypeDefault;
+    std::wstring scope;
+};
+
+struct OAuth2Token::Record {
+    std::wstring token;
+    OAuth2TokenSpec spec;
+};
+
+} // namespace Halvorix::WebServices
