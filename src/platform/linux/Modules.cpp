@@ -3,8 +3,8 @@
 #include <link.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstdlib>
+#include <filesystem>
+#include <string>
 #include <system_error>
 
 #include "../Platform.h"
@@ -47,14 +47,14 @@ int VisitModule(dl_phdr_info* info, std::size_t, void* context)
     return 1;
 }
 
-std::string AbsolutePath(std::string const& file)
+// The loader spells a file as its run path does, with "..", say.
+std::string InCanonicalFolder(std::string const& file)
 {
-    if (file.empty() || file.front() == '/')
-        return file;
-    char* const directory = ::getcwd(nullptr, 0);
-    std::string const absolute = directory == nullptr ? file : directory + ("/" + file);
-    std::free(directory);
-    return absolute;
+    std::filesystem::path const path = file;
+    std::error_code unknown;
+    std::filesystem::path const folder =
+        std::filesystem::canonical(path.has_parent_path() ? path.parent_path() : ".", unknown);
+    return unknown ? file : (folder / path.filename()).string();
 }
 
 } // namespace
@@ -97,7 +97,7 @@ std::wstring LoadedModuleFile(std::wstring const& moduleName)
     ModuleSearch search{ToSystem(moduleName), {}};
     if (!search.name.empty())
         ::dl_iterate_phdr(VisitModule, &search);
-    return FromSystem(AbsolutePath(search.file));
+    return search.file.empty() ? std::wstring() : FromSystem(InCanonicalFolder(search.file));
 }
 
 std::wstring ExecutableFile()

@@ -1,0 +1,289 @@
+#include "Installation.h"
+
+#include <algorithm>
+#include <fstream>
+#include <ostream>
+#include <sstream>
+#include <stdexcept>
+
+#include <json/reader.h>
+#include <json/writer.h>
+
+#include "Variable.h"
+
+namespace Rig {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string ReadWhole(fs::path const& file)
+{
+    std::ifstream stream(file, std::ios::binary);
+    std::ostringstream content;
+    content << stream.rdbuf();
+    return content.str();
+}
+
+std::vector<std::string> Lines(std::string const& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+Json::Value Parsed(std::string const& text)
+{
+    Json::Value value;
+    std::istringstream stream(text);
+    std::string errors;
+    if (!Json::parseFromStream(Json::CharReaderBuilder(), stream, &value, &errors))
+        throw std::runtime_error("not JSON: " + text + ": " + errors);
+    return value;
+}
+
+std::string Replaced(std::string text, std::string const& from, std::string const& to)
+{
+    for (std::size_t at = text.find(from); at != std::string::npos;
+         at = text.find(from, at + to.size()))
+        text.replace(at, from.size(), to);
+    return text;
+}
+
+// A call as it reads best in a test: name(argument, argument).
+std::string Spelled(Json::Value const& call)
+{
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    builder["emitUTF8"] = true;
+    std::string text = call[0].asString() + "(";
+    for (Json::ArrayIndex i = 1; i < call.size(); ++i)
+        text += (i > 1 ? ", " : "") + Json::writeString(builder, call[i]);
+    return text + ")";
+}
+
+fs::path NewRoot(std::string const& folderName)
+{
+    static int count = 0;
+    return ThisExecutable().parent_path().parent_path() / "rig" /
+           (std::to_string(ProcessNumber()) + "-" + std::to_string(++count)) /
+           fs::u8path(folderName);
+}
+
+} // namespace
+
+bool operator==(LogLine const& left, LogLine const& right)
+{
+    return left.level == right.level && left.text == right.text;
+}
+
+std::ostream& operator<<(std::ostream& out, LogLine const& line)
+{
+    return out << '[' << line.level << "] " << line.text;
+}
+
+Json::Value Outcome::operator[](std::string const& name) const
+{
+    auto const found = values.find(name);
+    return found == values.end() ? Json::Value() : found->second;
+}
+
+int Outcome::Logged(std::string const& text) const
+{
+    return static_cast<int>(std::count_if(
+        log.begin(), log.end(), [&text](LogLine const& line) { return line.text == text; }));
+}
+
+int Outcome::LoggedAt(int level, std::string const& text) const
+{
+    return static_cast<int>(std::count(log.begin(), log.end(), LogLine{level, text}));
+}
+
+int Outcome::OnConsole(std::string const& text) const
+{
+    return static_cast<int>(std::count(console.begin(), console.end(), text));
+}
+
+int Outcome::Called(std::string const& call) const
+{
+    return static_cast<int>(std::count(calls.begin(), calls.end(), call));
+}
+
+Installation::Installation() : Installation("tree") {}
+
+Installation::Installation(std::string const& folderName) : root(NewRoot(folderName))
+{
+    fs::remove_all(root.parent_path());
+    for (char const* folder : {"app", "lib", "server", "work", "home", "xdg"})
+        Folder(folder);
+    Place(ThisExecutable().filename().string(), "app", ExecutableName("host"));
+    for (std::string const& file : LibraryFiles())
+        Place(file, "lib", file);
+    environment["HOME"] = Path("home").u8string();
+    environment["XDG_CONFIG_DIRS"] = Path("xdg").u8string();
+    environment["XDG_CONFIG_HOME"] = "";
+    environment["XDG_DATA_HOME"] = "";
+    environment["LC_ALL"] = "C.UTF-8";
+    environment["HXSSO_REPORT"] = Path("report").u8string();
+    environment["HXSSO_PLUGIN_RECORD"] = Path("record").u8string();
+    environment["HXSSO_PLUGIN_SCRIPT"] = Path("script").u8string();
+    if (IsWindows())
+        environment["PATH"] = Path("lib").u8string() + ";" + Variable("PATH");
+}
+
+Installation::~Installation()
+{
+    std::error_code ignored;
+    fs::remove_all(root.parent_path(), ignored);
+}
+
+Installation& Installation::Complete()
+{
+    ClientConfig(R"({"ssoServer": {"searchPaths": "{root}/server"}})");
+    ServerApp();
+    Compatibility(CompatibilityFor("RecordingPlugin"));
+    Plugin();
+    return File("server/openssl/" + ModuleName("openssl"), "placeholder");
+}
+
+fs::path Installation::Path(std::string const& relative) const
+{
+    return root / fs::u8path(relative);
+}
+
+std::string Installation::Text(std::string const& relative) const
+{
+    return Path(relative).generic_u8string();
+}
+
+Installation& Installation::File(std::string const& relative, std::string const& content)
+{
+    fs::create_directories(Path(relative).parent_path());
+    std::ofstream(Path(relative), std::ios::binary) << content;
+    return *this;
+}
+
+Installation& Installation::Folder(std::string const& relative)
+{
+    fs::create_directories(Path(relative));
+    return *this;
+}
+
+Installation& Installation::Remove(std::string const& relative)
+{
+    fs::remove_all(Path(relative));
+    return *this;
+}
+
+Installation& Installation::ClientConfig(std::string const& content, std::string const& folder)
+{
+    return File(folder + "/SSOClient.config", WithRoot(content));
+}
+
+Installation& Installation::Compatibility(std::string const& content, std::string const& folder)
+{
+    return File(folder + "/SSOVersionCompatibility.config", WithRoot(content));
+}
+
+Installation& Installation::ServerApp(std::string const& folder)
+{
+    return File(folder + "/HxSSO.exe", "placeholder");
+}
+
+Installation& Installation::Plugin(std::string const& kind, std::string const& folder)
+{
+    Place(ModuleName(kind), folder, ModuleName(kind));
+    return *this;
+}
+
+Installation& Installation::LibraryBesideExecutable()
+{
+    for (std::string const& file : LibraryFiles()) {
+        Place(file, "app", file);
+        Remove("lib/" + file);
+    }
+    return *this;
+}
+
+Installation& Installation::Script(std::string const& operation, std::string const& action)
+{
+    script[operation] = Parsed(WithRoot(action));
+    return *this;
+}
+
+Installation& Installation::Environment(std::string const& name, std::string const& value)
+{
+    environment[name] = WithRoot(value);
+    return *this;
+}
+
+Outcome Installation::Run(std::string const& program, std::vector<std::string> const& arguments)
+{
+    for (char const* file : {"report", "record", "output", "errors"})
+        Remove(file);
+    File("script", Json::writeString(Json::StreamWriterBuilder(), script));
+    Process process;
+    process.program = Path("app/" + ExecutableName("host"));
+    process.arguments = {"--host-program", program};
+    process.arguments.insert(process.arguments.end(), arguments.begin(), arguments.end());
+    process.environment = environment;
+    process.directory = Path("work");
+    process.output = Path("output");
+    process.errors = Path("errors");
+
+    Outcome outcome;
+    outcome.ending = RunToEnd(process);
+    outcome.console = Lines(WithoutRoot(ReadWhole(process.output)));
+    outcome.errors = ReadWhole(process.errors);
+    for (std::string const& line : Lines(ReadWhole(Path("report")))) {
+        Json::Value const entry = Parsed(WithoutRoot(line));
+        outcome.values[entry[0].asString()] = entry[1];
+    }
+    for (std::string const& line : Lines(ReadWhole(Path("record")))) {
+        Json::Value const call = Parsed(WithoutRoot(line));
+        if (call[0] == "ILogger::WriteLine")
+            outcome.log.push_back({call[2].asInt(), call[1].asString()});
+        else
+            outcome.calls.push_back(Spelled(call));
+    }
+    return outcome;
+}
+
+void Installation::Place(std::string const& file, std::string const& folder, std::string const& as)
+{
+    fs::path const source = ThisExecutable().parent_path() / file;
+    fs::path const target = Path(folder) / as;
+    fs::create_directories(target.parent_path());
+    // A link costs nothing and looks like a file; some systems have none.
+    std::error_code refused;
+    fs::create_hard_link(fs::canonical(source), target, refused);
+    if (refused)
+        fs::copy_file(source, target, fs::copy_options::overwrite_existing);
+}
+
+std::string Installation::WithRoot(std::string content) const
+{
+    return Replaced(std::move(content), "{root}", root.generic_u8string());
+}
+
+std::string Installation::WithoutRoot(std::string text) const
+{
+    return Replaced(std::move(text), root.generic_u8string(), "{root}");
+}
+
+std::string CompatibilityFor(std::string const& plugin)
+{
+    std::string const range =
+        R"("compatibleSsoServicesVersion": {"minVersion": "10.22", "maxVersion": "10.22.00.1800"})";
+    return R"({"ssoClientPlugin": [{"module": ")" + ModuleName(plugin) +
+           R"(", "modulePath": "%SSOServerAppPath%/plugin", "version": "1.0", )" + range +
+           R"(}], "openssl": [{"module": ")" + ModuleName("openssl") +
+           R"(", "modulePath": "%SSOServerAppPath%/openssl", "version": "3.0", )" + range + "}]}";
+}
+
+} // namespace Rig

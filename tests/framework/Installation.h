@@ -1,0 +1,104 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <json/value.h>
+#include <json/writer.h> // tests print values
+
+#include "System.h"
+
+namespace Rig {
+
+struct LogLine {
+    int level;
+    std::string text;
+};
+bool operator==(LogLine const& left, LogLine const& right);
+std::ostream& operator<<(std::ostream& out, LogLine const& line);
+
+constexpr int Error = 2;
+constexpr int Warning = 4;
+constexpr int Info = 8;
+
+/// What came of a run. In all texts the installation's own directory reads
+/// "{root}".
+class Outcome {
+public:
+    Ending ending;
+    std::vector<LogLine> log;         // what the plugin's logger was given
+    std::vector<std::string> calls;   // what else of the plugin was called
+    std::vector<std::string> console; // lines of the standard output
+    std::string errors;               // the standard error
+
+    /// What the host program reported; null if it did not.
+    Json::Value operator[](std::string const& name) const;
+    std::map<std::string, Json::Value> values;
+
+    /// Whether a line with this text was logged, and how often.
+    int Logged(std::string const& text) const;
+    int LoggedAt(int level, std::string const& text) const;
+    int OnConsole(std::string const& text) const;
+    int Called(std::string const& call) const;
+};
+
+/// A directory tree with a host program, the library and whatever a test puts
+/// there, removed again at the end:
+///   app/     the host program's executable
+///   lib/     the library
+///   server/  for the server application, its files and the plugin
+///   work/    the current directory of the host program
+///   home/    the user's home, where the system allows another one
+class Installation {
+public:
+    Installation();
+    /// With a name that is no ASCII in all paths.
+    explicit Installation(std::string const& folderName);
+    ~Installation();
+    Installation(Installation const&) = delete;
+    Installation& operator=(Installation const&) = delete;
+
+    /// Everything that a sign-in needs: configuration, server application,
+    /// compatibility file, recording plugin.
+    Installation& Complete();
+
+    std::filesystem::path Path(std::string const& relative) const;
+    /// The same in forward slashes, as the library spells it.
+    std::string Text(std::string const& relative) const;
+
+    Installation& File(std::string const& relative, std::string const& content);
+    Installation& Folder(std::string const& relative);
+    Installation& Remove(std::string const& relative);
+
+    /// "{root}" in the content becomes the installation's directory.
+    Installation& ClientConfig(std::string const& content, std::string const& folder = "app");
+    Installation& Compatibility(std::string const& content, std::string const& folder = "server");
+    Installation& ServerApp(std::string const& folder = "server");
+    /// A module of the rig: RecordingPlugin, PlainNamePlugin, DependentPlugin.
+    Installation& Plugin(std::string const& kind = "RecordingPlugin",
+                         std::string const& folder = "server/plugin");
+    /// The library beside the executable instead of in lib/.
+    Installation& LibraryBesideExecutable();
+    /// What the recording plugin does in place of its default, by operation.
+    Installation& Script(std::string const& operation, std::string const& action);
+    Installation& Environment(std::string const& name, std::string const& value);
+
+    Outcome Run(std::string const& program, std::vector<std::string> const& arguments = {});
+
+private:
+    void Place(std::string const& file, std::string const& folder, std::string const& as);
+    std::string WithRoot(std::string content) const;
+    std::string WithoutRoot(std::string text) const;
+
+    std::filesystem::path root;
+    std::map<std::string, std::string> environment;
+    Json::Value script{Json::objectValue};
+};
+
+/// A compatibility file whose only plugin is the rig's in %SSOServerAppPath%,
+/// with an OpenSSL module that may be missing.
+std::string CompatibilityFor(std::string const& plugin);
+
+} // namespace Rig

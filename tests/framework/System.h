@@ -1,0 +1,58 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+// What the rig needs of the operating system. Each system has a folder of its
+// own beside this header.
+namespace Rig {
+
+struct Process {
+    std::filesystem::path program;
+    std::vector<std::string> arguments;
+    std::map<std::string, std::string> environment; // on top of the rig's own
+    std::filesystem::path directory;
+    std::filesystem::path output; // standard output goes here
+    std::filesystem::path errors; // standard error goes here
+};
+
+struct Ending {
+    bool timedOut = false;
+    bool crashed = false; // ended by a signal or an unhandled exception
+    int status = -1;
+};
+
+/// Runs a program to its end, for at most a minute.
+Ending RunToEnd(Process const& process);
+
+/// Whether this is the system that the product is for.
+bool IsWindows();
+
+std::filesystem::path ThisExecutable();
+std::string ExecutableName(std::string const& name);
+
+/// Files of the library as they lie in its directory, its own module first.
+std::vector<std::string> LibraryFiles();
+std::string ModuleName(std::string const& name);
+
+/// The log's name for the library, and for the file it is mapped from.
+std::string LibraryName();
+std::string MappedLibraryFile();
+
+/// Removes a variable from the rig's own environment, and so from its children's.
+void UnsetVariable(std::string const& name);
+
+int ProcessNumber();
+
+/// Leaves the server application's directory where its installation leaves it,
+/// below `root` where the system allows that; `bytes` are the value as stored
+/// on Windows, UTF-16 text elsewhere UTF-8.
+void SetLocation(std::filesystem::path const& root, std::wstring const& location);
+void RemoveLocation(std::filesystem::path const& root);
+
+/// The system's text for an error.
+std::string SystemErrorText(unsigned long code);
+
+} // namespace Rig

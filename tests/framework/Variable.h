@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace Rig {
+
+/// A variable of the process's environment, UTF-8; empty if it is not set.
+std::string Variable(char const* name);
+
+} // namespace Rig

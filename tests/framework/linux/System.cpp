@@ -1,0 +1,119 @@
+#include "../System.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <stdexcept>
+#include <thread>
+
+#include "support/TextConversion.h"
+
+extern char** environ;
+
+namespace Rig {
+
+namespace {
+
+std::vector<char*> Pointers(std::vector<std::string>& texts)
+{
+    std::vector<char*> pointers;
+    for (std::string& text : texts)
+        pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+std::vector<std::string> EnvironmentWith(std::map<std::string, std::string> const& changes)
+{
+    std::vector<std::string> environment;
+    for (char** entry = environ; *entry != nullptr; ++entry) {
+        std::string const text = *entry;
+        if (changes.count(text.substr(0, text.find('='))) == 0)
+            environment.push_back(text);
+    }
+    for (auto const& [name, value] : changes)
+        environment.push_back(name + "=" + value);
+    return environment;
+}
+
+void Redirect(int descriptor, std::filesystem::path const& file)
+{
+    int const opened = ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    ::dup2(opened, descriptor);
+    ::close(opened);
+}
+
+} // namespace
+
+Ending RunToEnd(Process const& process)
+{
+    std::vector<std::string> arguments{process.program.string()};
+    arguments.insert(arguments.end(), process.arguments.begin(), process.arguments.end());
+    std::vector<std::string> environment = EnvironmentWith(process.environment);
+    std::vector<char*> const argv = Pointers(arguments);
+    std::vector<char*> const envp = Pointers(environment);
+    pid_t const child = ::fork();
+    if (child < 0)
+        throw std::runtime_error("fork failed");
+    if (child == 0) {
+        Redirect(STDOUT_FILENO, process.output);
+        Redirect(STDERR_FILENO, process.errors);
+        if (::chdir(process.directory.c_str()) == 0)
+            ::execve(argv[0], argv.data(), envp.data());
+        ::_exit(127);
+    }
+    auto const deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    int status = 0;
+    while (::waitpid(child, &status, WNOHANG) == 0) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            ::kill(child, SIGKILL);
+            ::waitpid(child, &status, 0);
+            return {true, false, -1};
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    if (WIFSIGNALED(status))
+        return {false, true, WTERMSIG(status)};
+    return {false, false, WEXITSTATUS(status)};
+}
+
+bool IsWindows() { return false; }
+
+std::filesystem::path ThisExecutable() { return std::filesystem::read_symlink("/proc/self/exe"); }
+
+std::string ExecutableName(std::string const& name) { return name; }
+
+std::vector<std::string> LibraryFiles() { return {"libHxSSOServices.so.10"}; }
+
+std::string ModuleName(std::string const& name) { return name + ".so"; }
+
+std::string LibraryName() { return "libHxSSOServices.so"; }
+
+std::string MappedLibraryFile() { return "libHxSSOServices.so.10"; }
+
+void UnsetVariable(std::string const& name) { ::unsetenv(name.c_str()); }
+
+int ProcessNumber() { return ::getpid(); }
+
+void SetLocation(std::filesystem::path const& root, std::wstring const& location)
+{
+    std::filesystem::path const folder = root / "xdg/Halvorix/HxSSO";
+    std::filesystem::create_directories(folder);
+    std::ofstream(folder / "Location", std::ios::binary)
+        << Halvorix::SSOServices::WideToUtf8(location) << '\n';
+}
+
+void RemoveLocation(std::filesystem::path const& root)
+{
+    std::filesystem::remove(root / "xdg/Halvorix/HxSSO/Location");
+}
+
+std::string SystemErrorText(unsigned long code) { return std::strerror(static_cast<int>(code)); }
+
+} // namespace Rig

@@ -1,0 +1,178 @@
+#include "Call.h"
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <mutex>
+#include <sstream>
+#include <stdexcept>
+#include <thread>
+
+#include <json/reader.h>
+#include <json/writer.h>
+
+#include "../Variable.h"
+#include "SSOClientPrivate.h"
+#include "WebServicesManager.h"
+
+namespace Rig {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Halvorix::SSOServices::SSOClientPrivate;
+using Halvorix::SSOServices::Utf8ToWide;
+using Halvorix::WebServices::WebServicesManager;
+
+Json::Value ReadScript()
+{
+    Json::Value script(Json::objectValue);
+    std::ifstream stream(fs::u8path(Variable("HXSSO_PLUGIN_SCRIPT")), std::ios::binary);
+    std::string errors;
+    if (stream.is_open())
+        Json::parseFromStream(Json::CharReaderBuilder(), stream, &script, &errors);
+    return script;
+}
+
+void WaitFor(fs::path const& file)
+{
+    fs::path announcement = file;
+    announcement += ".waiting";
+    std::ofstream(announcement) << "waiting";
+    for (int i = 0; i < 10000 && !fs::exists(file); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+}
+
+// Uses what needs the lock, what needs an interface, and what needs neither.
+void CallBack()
+{
+    std::wstring path = L"%ExePath%";
+    SSOClientPrivate::ExpandPathVariables(path);
+    bool const initialized = WebServicesManager::IsInitialized();
+    std::string const state = SSOClientPrivate::GetSessionState();
+    Call("CalledBack", path, initialized, state);
+}
+
+template <class Unit>
+int FillBuffer(std::basic_string<Unit> const& text, Unit* buffer, int capacity)
+{
+    if (buffer == nullptr)
+        return static_cast<int>(text.size());
+    if (capacity < 1)
+        return 0;
+    std::size_t const count = std::min(text.size(), static_cast<std::size_t>(capacity) - 1);
+    std::copy_n(text.data(), count, buffer);
+    buffer[count] = Unit{};
+    return static_cast<int>(count);
+}
+
+template <class Unit>
+Unit* NewCopy(std::basic_string<Unit> const& text)
+{
+    Unit* const copy = new Unit[text.size() + 1];
+    std::copy_n(text.c_str(), text.size() + 1, copy);
+    return copy;
+}
+
+} // namespace
+
+bool Call::Text(std::string& text) const
+{
+    if (!action.isMember("text")) {
+        text = usualText;
+        return true;
+    }
+    text = action["text"].asString();
+    return !action["text"].isNull();
+}
+
+std::string Call::Text() const
+{
+    std::string text;
+    Text(text);
+    return text;
+}
+
+std::wstring Call::WideText() const { return Utf8ToWide(Text()); }
+
+int Call::Fill(wchar_t* buffer, int capacity) const
+{
+    return Answer(FillBuffer(WideText(), buffer, capacity));
+}
+
+int Call::Fill(char* buffer, int capacity) const
+{
+    return Answer(FillBuffer(Text(), buffer, capacity));
+}
+
+wchar_t* Call::NewWideText() const
+{
+    std::string text;
+    return Text(text) ? NewCopy(Utf8ToWide(text)) : nullptr;
+}
+
+char* Call::NewText() const
+{
+    std::string text;
+    return Text(text) ? NewCopy(text) : nullptr;
+}
+
+Json::Value Call::AsJson(char const* text) { return text == nullptr ? Json::Value() : text; }
+
+Json::Value Call::AsJson(wchar_t const* text)
+{
+    return text == nullptr ? Json::Value() : AsJson(std::wstring(text));
+}
+
+Json::Value Call::AsJson(std::vector<std::string> const& texts)
+{
+    Json::Value list(Json::arrayValue);
+    for (std::string const& text : texts)
+        list.append(text);
+    return list;
+}
+
+Json::Value Call::AsJson(std::map<std::wstring, std::wstring> const& texts)
+{
+    Json::Value object(Json::objectValue);
+    for (auto const& [name, value] : texts)
+        object[AsJson(name).asString()] = AsJson(value);
+    return object;
+}
+
+Json::Value Call::AsJson(std::map<std::string, std::string> const& texts)
+{
+    Json::Value object(Json::objectValue);
+    for (auto const& [name, value] : texts)
+        object[name] = value;
+    return object;
+}
+
+void Call::WriteDown(Json::Value const& line)
+{
+    static std::mutex mutex;
+    std::lock_guard<std::mutex> const lock(mutex);
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    builder["emitUTF8"] = true;
+    // Opened anew each time: what was written survives whatever comes next.
+    std::ofstream(fs::u8path(Variable("HXSSO_PLUGIN_RECORD")), std::ios::binary | std::ios::app)
+        << Json::writeString(builder, line) << '\n';
+}
+
+void Call::Act(char const* operation)
+{
+    usualText = operation;
+    action = ReadScript()[operation];
+    if (action.isMember("wait"))
+        WaitFor(fs::u8path(action["wait"].asString()));
+    if (action["callBack"].asBool())
+        CallBack();
+    if (action["throw"].isInt())
+        throw action["throw"].asInt();
+    if (action["throw"].isString())
+        throw std::runtime_error(action["throw"].asString());
+}
+
+} // namespace Rig

@@ -1,0 +1,139 @@
+#include "../System.h"
+
+#include <algorithm>
+#include <cwctype>
+#include <stdexcept>
+
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#include <windows.h>
+
+#include "support/TextConversion.h"
+
+namespace Rig {
+
+namespace {
+
+using Halvorix::SSOServices::Utf8ToWide;
+using Halvorix::SSOServices::WideToUtf8;
+
+constexpr wchar_t const* LocationKey = L"SOFTWARE\\Halvorix\\Halvorix HxSSO";
+
+std::wstring Upper(std::wstring text)
+{
+    std::transform(text.begin(), text.end(), text.begin(), std::towupper);
+    return text;
+}
+
+std::wstring EnvironmentWith(std::map<std::string, std::string> const& changes)
+{
+    std::map<std::wstring, std::wstring> wide;
+    for (auto const& [name, value] : changes)
+        wide[Upper(Utf8ToWide(name))] = Utf8ToWide(value);
+    std::wstring block;
+    wchar_t* const own = ::GetEnvironmentStringsW();
+    for (wchar_t const* entry = own; *entry != L'\0';) {
+        std::wstring const text = entry;
+        entry += text.size() + 1;
+        if (wide.count(Upper(text.substr(0, text.find(L'=', 1)))) == 0)
+            block += text + L'\0';
+    }
+    ::FreeEnvironmentStringsW(own);
+    for (auto const& [name, value] : wide)
+        block += name + L"=" + value + L'\0';
+    return block + L'\0';
+}
+
+HANDLE OpenForWriting(std::filesystem::path const& file)
+{
+    SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+    return ::CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inheritable, CREATE_ALWAYS,
+                         FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+} // namespace
+
+Ending RunToEnd(Process const& process)
+{
+    std::wstring command = L"\"" + process.program.wstring() + L"\"";
+    for (std::string const& argument : process.arguments)
+        command += L" \"" + Utf8ToWide(argument) + L"\"";
+    std::wstring environment = EnvironmentWith(process.environment);
+    STARTUPINFOW start{};
+    start.cb = sizeof(start);
+    start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdOutput = OpenForWriting(process.output);
+    start.hStdError = OpenForWriting(process.errors);
+    PROCESS_INFORMATION child{};
+    BOOL const started = ::CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE,
+                                          CREATE_UNICODE_ENVIRONMENT, environment.data(),
+                                          process.directory.c_str(), &start, &child);
+    ::CloseHandle(start.hStdOutput);
+    ::CloseHandle(start.hStdError);
+    if (!started)
+        throw std::runtime_error("CreateProcess failed: " + std::to_string(::GetLastError()));
+    bool const timedOut = ::WaitForSingleObject(child.hProcess, 60000) != WAIT_OBJECT_0;
+    if (timedOut) {
+        ::TerminateProcess(child.hProcess, 1);
+        ::WaitForSingleObject(child.hProcess, INFINITE);
+    }
+    DWORD status = 0;
+    ::GetExitCodeProcess(child.hProcess, &status);
+    ::CloseHandle(child.hProcess);
+    ::CloseHandle(child.hThread);
+    // Unhandled exceptions end a process with an NTSTATUS of severity error;
+    // the runtime's abort() with 3, which no host program of the tests uses.
+    return {timedOut, !timedOut && (status >= 0xC0000000 || status == 3), static_cast<int>(status)};
+}
+
+bool IsWindows() { return true; }
+
+std::filesystem::path ThisExecutable()
+{
+    wchar_t name[MAX_PATH] = {};
+    ::GetModuleFileNameW(nullptr, name, MAX_PATH);
+    return name;
+}
+
+std::string ExecutableName(std::string const& name) { return name + ".exe"; }
+
+std::vector<std::string> LibraryFiles() { return {"HxSSOServices.dll"}; }
+
+std::string ModuleName(std::string const& name) { return name + ".dll"; }
+
+std::string LibraryName() { return "HxSSOServices.dll"; }
+
+std::string MappedLibraryFile() { return "HxSSOServices.dll"; }
+
+void UnsetVariable(std::string const& name)
+{
+    ::SetEnvironmentVariableW(Utf8ToWide(name).c_str(), nullptr);
+}
+
+int ProcessNumber() { return static_cast<int>(::GetCurrentProcessId()); }
+
+void SetLocation(std::filesystem::path const&, std::wstring const& location)
+{
+    HKEY key = nullptr;
+    ::RegCreateKeyExW(HKEY_LOCAL_MACHINE, LocationKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
+                      nullptr);
+    ::RegSetValueExW(key, L"Location", 0, REG_SZ, reinterpret_cast<BYTE const*>(location.c_str()),
+                     static_cast<DWORD>((location.size() + 1) * sizeof(wchar_t)));
+    ::RegCloseKey(key);
+}
+
+void RemoveLocation(std::filesystem::path const&)
+{
+    ::RegDeleteKeyW(HKEY_LOCAL_MACHINE, LocationKey);
+    ::RegDeleteKeyW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Halvorix");
+}
+
+std::string SystemErrorText(unsigned long code)
+{
+    wchar_t text[512] = {};
+    ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, code, 0, text, 512, nullptr);
+    return WideToUtf8(text);
+}
+
+} // namespace Rig
