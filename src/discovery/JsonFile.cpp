@@ -4,6 +4,7 @@
 #include <fstream>
 #include <sstream>
 
+#include <boost/filesystem/path.hpp>
 #include <json/reader.h>
 #include <json/value.h>
 
@@ -14,7 +15,9 @@ namespace {
 // Empty for a file that cannot be read, such as a directory: that is no JSON.
 std::string ReadWhole(std::wstring const& file, std::ios::openmode mode)
 {
-    std::ifstream stream(std::filesystem::path(file), mode | std::ios::in);
+    // Wide on Windows; Boost's own file streams would narrow the name there.
+    std::filesystem::path const path = boost::filesystem::path(file).native();
+    std::ifstream stream(path, mode | std::ios::in);
     std::ostringstream content;
     content << stream.rdbuf();
     return content.str();

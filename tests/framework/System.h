@@ -52,6 +52,11 @@ int ProcessNumber();
 void SetLocation(std::filesystem::path const& root, std::wstring const& location);
 void RemoveLocation(std::filesystem::path const& root);
 
+/// The host's own choice for the dependencies of its modules; empty on a system
+/// that has none.
+void SetHostModuleDirectory(std::string const& directory);
+std::string HostModuleDirectory();
+
 /// The system's text for an error.
 std::string SystemErrorText(unsigned long code);
 

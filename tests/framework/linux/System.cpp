@@ -114,6 +114,10 @@ void RemoveLocation(std::filesystem::path const& root)
     std::filesystem::remove(root / "xdg/Halvorix/HxSSO/Location");
 }
 
+void SetHostModuleDirectory(std::string const&) {}
+
+std::string HostModuleDirectory() { return {}; }
+
 std::string SystemErrorText(unsigned long code) { return std::strerror(static_cast<int>(code)); }
 
 } // namespace Rig

@@ -1,3 +1,3 @@
 // What DependentPlugin needs; tests leave it out.
-int DependencyOfPlugin();
-int DependencyOfPlugin() { return 1; }
+void UseDependency();
+void UseDependency() {}

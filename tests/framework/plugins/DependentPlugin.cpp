@@ -1,10 +1,11 @@
-// A plugin that needs another module.
+// A plugin that needs another module, and declines when it has it.
 
 #include "plugin/ISSOClientFactory.h"
 
-int DependencyOfPlugin();
+void UseDependency();
 
 std::shared_ptr<Halvorix::SSOServices::ISSOClientFactory> GetSSOClientFactory()
 {
-    return DependencyOfPlugin() != 0 ? nullptr : nullptr;
+    UseDependency();
+    return nullptr;
 }

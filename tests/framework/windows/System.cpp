@@ -129,6 +129,18 @@ void RemoveLocation(std::filesystem::path const&)
     ::RegDeleteKeyW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Halvorix");
 }
 
+void SetHostModuleDirectory(std::string const& directory)
+{
+    ::SetDllDirectoryW(Utf8ToWide(directory).c_str());
+}
+
+std::string HostModuleDirectory()
+{
+    wchar_t directory[MAX_PATH] = {};
+    ::GetDllDirectoryW(MAX_PATH, directory);
+    return WideToUtf8(directory);
+}
+
 std::string SystemErrorText(unsigned long code)
 {
     wchar_t text[512] = {};

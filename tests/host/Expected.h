@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "framework/Installation.h"
+
+namespace Rig {
+
+/// The banner as it is logged in an Installation.
+inline std::string Banner(std::string const& libraryFolder = "lib")
+{
+    return LibraryName() +
+           " module loaded (Version: 10.22.00.1800 Config: x64-Release File: " + "{root}/" +
+           libraryFolder + "/" + MappedLibraryFile() + ")";
+}
+
+/// The lines of a good load in a complete Installation, in order.
+std::vector<LogLine> LinesOfGoodLoad();
+
+/// What the console shows of it: each line feed of a message begins a new line.
+std::vector<std::string> AsConsoleLines(std::vector<LogLine> const& lines);
+
+} // namespace Rig

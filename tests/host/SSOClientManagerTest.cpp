@@ -1,0 +1,86 @@
+#include "host/SSOClientManager.h"
+
+#include <iostream>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "support/LogSink.h"
+#include "support/ProcessState.h"
+
+using namespace Halvorix;
+using namespace Halvorix::SSOServices;
+
+namespace {
+
+/// What goes to the console meanwhile.
+class Console {
+public:
+    Console() : original(std::wcout.rdbuf(text.rdbuf())) {}
+    ~Console() { std::wcout.rdbuf(original); }
+    Console(Console const&) = delete;
+    Console& operator=(Console const&) = delete;
+
+    std::wstring Text() const { return text.str(); }
+
+private:
+    std::wostringstream text;
+    std::wstreambuf* original;
+};
+
+} // namespace
+
+TEST(SSOClientManager, IsOneUntilItIsReleased)
+{
+    std::shared_ptr<SSOClientManager> const first = SSOClientManager::GetInstance();
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(SSOClientManager::GetInstance(), first);
+    EXPECT_TRUE(SSOClientManager::ReleaseInstance());
+    std::shared_ptr<SSOClientManager> const second = SSOClientManager::GetInstance();
+    EXPECT_NE(second, nullptr);
+    EXPECT_NE(second, first);
+    EXPECT_EQ(first.use_count(), 1);
+    SSOClientManager::ReleaseInstance();
+}
+
+TEST(EarlyLog, HoldsEveryLineAndShowsErrorsAtOnce)
+{
+    Console const console;
+    for (int const level : {1, 3, 4, 8, 16})
+        SSOClientManager::LogWrite(L"line", static_cast<Log::LogLevel>(level));
+    EXPECT_EQ(console.Text(), L"");
+    EXPECT_EQ(earlyLogQueue.size(), 5u);
+    SSOClientManager::LogWrite(L"error", Log::LogLevel::Error);
+    EXPECT_EQ(console.Text(), L"error\n");
+    ASSERT_EQ(earlyLogQueue.size(), 6u);
+    EXPECT_EQ(earlyLogQueue[5].text, L"error");
+    EXPECT_EQ(earlyLogQueue[5].level, Log::LogLevel::Error);
+    EXPECT_EQ(static_cast<int>(earlyLogQueue[4].level), 16);
+}
+
+TEST(EarlyLog, IsShownWholeAndEmptiedByAFlush)
+{
+    Console const console;
+    FlushEarlyLog();
+    EXPECT_EQ(console.Text(), L"");
+    SSOClientManager::LogWrite(L"first", Log::LogLevel::Info);
+    SSOClientManager::LogWrite(L"second", Log::LogLevel::Error);
+    SSOClientManager::LogWrite(L"third", Log::LogLevel::Warning);
+    FlushEarlyLog();
+    EXPECT_EQ(console.Text(), L"second\nfirst\nsecond\nthird\n");
+    EXPECT_TRUE(earlyLogQueue.empty());
+    EXPECT_GE(earlyLogQueue.capacity(), 3u);
+}
+
+TEST(Resolver, LosesItsLinesWithoutACallback)
+{
+    SSOPathResolver resolver({"10"}, LogFunction());
+    Console const console;
+    EXPECT_EQ(resolver.GetSSOServerProcessName(), "");
+    EXPECT_EQ(resolver.GetSSOServerName(), "");
+    EXPECT_EQ(resolver.GetSSOServerAppPath(), L"");
+    EXPECT_EQ(resolver.GetSSOServerName(), "Halvorix.SSO.DefaultServer-v2");
+    EXPECT_EQ(resolver.GetSSOServerProcessName(), "Halvorix.SSO.DefaultServer-v2");
+    EXPECT_EQ(console.Text(), L"");
+    EXPECT_TRUE(earlyLogQueue.empty());
+}
