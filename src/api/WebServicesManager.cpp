@@ -5,7 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/split.hpp>
 
 #include "../../include/NetworkCookie.h"
@@ -73,8 +72,8 @@ void WebServicesManager::SetSupportFileSearchPaths(wchar_t const* paths)
     std::wstring const text = paths;
     std::vector<std::wstring> list;
     if (!text.empty())
-        boost::algorithm::split(list, text, boost::algorithm::is_any_of(L";"),
-                                boost::algorithm::token_compress_on);
+        boost::algorithm::split(
+            list, text, [](wchar_t c) { return c == L';'; }, boost::algorithm::token_compress_on);
     // Stored first: the next step may be the load, which reads the list.
     supportFileSearchPaths = std::move(list);
     AskModule([&](auto& module) { module.SetSupportFileSearchPaths(paths); });

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <set>
 
-#include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/split.hpp>
 #include <boost/filesystem/path.hpp>
 
@@ -49,7 +48,7 @@ std::vector<std::wstring> SplitPathList(std::wstring const& text)
 {
     std::vector<std::wstring> paths;
     if (!text.empty())
-        boost::algorithm::split(paths, text, boost::algorithm::is_any_of(L";"));
+        boost::algorithm::split(paths, text, [](wchar_t c) { return c == L';'; });
     return paths;
 }
 

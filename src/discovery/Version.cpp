@@ -6,7 +6,6 @@
 #include <locale>
 #include <utility>
 
-#include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/join.hpp>
 #include <boost/algorithm/string/split.hpp>
 #include <boost/algorithm/string/trim.hpp>
@@ -46,7 +45,7 @@ bool ParseVersion(Version& out, std::string text)
     std::locale const locale;
     boost::algorithm::trim(text, locale);
     Version pieces;
-    boost::algorithm::split(pieces, text, boost::algorithm::is_any_of("."));
+    boost::algorithm::split(pieces, text, [](char c) { return c == '.'; });
     for (std::string& piece : pieces) {
         boost::algorithm::trim(piece, locale);
         if (!piece.empty())

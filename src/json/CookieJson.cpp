@@ -81,7 +81,7 @@ bool SSOServicesPrivate::JsonToNetworkCookieJar(Json::Value const& json, Network
         return false;
     // Emptied before the document is looked at, on purpose.
     jar.DeleteAll();
-    Json::Value const cookies = json["Cookies"];
+    Json::Value const& cookies = json["Cookies"];
     for (Json::Value const& member : cookies) {
         // A member that is null gives a default cookie, so that the counts agree.
         NetworkCookie cookie;

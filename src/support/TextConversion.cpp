@@ -68,7 +68,7 @@ std::string WideToUtf8(std::wstring const& text)
         narrow.push_back(static_cast<char>(byte));
     };
     for (wchar_t const unit : text) {
-        auto value = static_cast<std::uint32_t>(unit);
+        std::uint32_t value = std::char_traits<wchar_t>::to_int_type(unit);
         if (value > HighestCodePoint)
             value = ReplacementCharacter;
         if (value < 0x80) {

@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 
-#include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/join.hpp>
 #include <boost/algorithm/string/split.hpp>
 #include <boost/algorithm/string/trim.hpp>
@@ -25,7 +24,7 @@ std::wstring NormalizeScope(std::wstring scope)
     std::locale const locale;
     boost::algorithm::trim(scope, locale);
     std::vector<std::wstring> words;
-    boost::algorithm::split(words, scope, boost::algorithm::is_any_of(L" "));
+    boost::algorithm::split(words, scope, [](wchar_t c) { return c == L' '; });
     for (std::wstring& word : words)
         boost::algorithm::trim(word, locale);
     words.erase(std::remove(words.begin(), words.end(), std::wstring()), words.end());

@@ -15,7 +15,7 @@ std::wstring Environment(char const* name)
 
 std::wstring UserFolder(char const* variable, wchar_t const* belowHome)
 {
-    std::wstring const folder = Environment(variable);
+    std::wstring folder = Environment(variable);
     if (!folder.empty())
         return folder;
     std::wstring const home = Environment("HOME");

@@ -42,7 +42,7 @@ bool ReadLocation(LocationKey key, std::wstring& location)
     if (!std::getline(*static_cast<std::ifstream*>(key), line))
         return false;
     // Text up to its first zero, as in a registry value.
-    location = FromSystem(line.c_str());
+    location = FromSystem(line.substr(0, line.find('\0')));
     return true;
 }
 

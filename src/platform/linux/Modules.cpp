@@ -1,8 +1,8 @@
 #include <dlfcn.h>
-#include <limits.h>
 #include <link.h>
 #include <unistd.h>
 
+#include <climits>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -68,8 +68,7 @@ void SetDependencyDirectory(wchar_t const*) {}
 
 ModuleHandle LoadModule(std::wstring const& file)
 {
-    ModuleHandle const module =
-        ::dlopen(ToSystem(file).c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+    ModuleHandle module = ::dlopen(ToSystem(file).c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     if (module == nullptr)
         RememberModuleError();
     return module;

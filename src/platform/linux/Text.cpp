@@ -1,5 +1,4 @@
 #include <strings.h>
-#include <wchar.h>
 
 #include <algorithm>
 #include <cwchar>
