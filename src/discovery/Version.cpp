@@ -10,8 +10,6 @@
 #include <boost/algorithm/string/split.hpp>
 #include <boost/algorithm/string/trim.hpp>
 
-#include "../platform/Platform.h"
-
 namespace Halvorix::SSOServices {
 
 namespace {
@@ -30,11 +28,27 @@ long long NumericDifference(std::string const& x, std::string const& y)
     }
 }
 
+unsigned char Folded(char c)
+{
+    return static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+}
+
+// By bytes. The comparisons of the systems' runtimes follow the locale, and
+// disagree on what is not ASCII.
+int CompareIgnoringCase(char const* x, char const* y)
+{
+    while (*x != '\0' && Folded(*x) == Folded(*y)) {
+        ++x;
+        ++y;
+    }
+    return Sign(Folded(*x) - Folded(*y));
+}
+
 int CompareComponents(std::string const& x, std::string const& y)
 {
     if (long long const difference = NumericDifference(x, y))
         return Sign(difference);
-    return Sign(Platform::CompareIgnoringCase(x.c_str(), y.c_str()));
+    return CompareIgnoringCase(x.c_str(), y.c_str());
 }
 
 } // namespace

@@ -77,8 +77,7 @@ constexpr int CopyWasTruncated = 80;
 /// 0 if the whole source fitted.
 int CopyBounded(wchar_t* destination, std::size_t capacity, wchar_t const* source);
 
-/// Terminated texts by order, ignoring case: negative, 0 or positive.
+/// Order of two terminated texts, ignoring case: negative, 0 or positive.
 int CompareIgnoringCase(wchar_t const* left, wchar_t const* right);
-int CompareIgnoringCase(char const* left, char const* right);
 
 } // namespace Halvorix::Platform

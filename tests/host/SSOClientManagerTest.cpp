@@ -45,6 +45,7 @@ TEST(SSOClientManager, IsOneUntilItIsReleased)
 
 TEST(EarlyLog, HoldsEveryLineAndShowsErrorsAtOnce)
 {
+    earlyLogQueue.clear();
     Console const console;
     for (int const level : {1, 3, 4, 8, 16})
         SSOClientManager::LogWrite(L"line", static_cast<Log::LogLevel>(level));
@@ -60,6 +61,7 @@ TEST(EarlyLog, HoldsEveryLineAndShowsErrorsAtOnce)
 
 TEST(EarlyLog, IsShownWholeAndEmptiedByAFlush)
 {
+    earlyLogQueue.clear();
     Console const console;
     FlushEarlyLog();
     EXPECT_EQ(console.Text(), L"");
@@ -75,6 +77,7 @@ TEST(EarlyLog, IsShownWholeAndEmptiedByAFlush)
 TEST(Resolver, LosesItsLinesWithoutACallback)
 {
     SSOPathResolver resolver({"10"}, LogFunction());
+    earlyLogQueue.clear();
     Console const console;
     EXPECT_EQ(resolver.GetSSOServerProcessName(), "");
     EXPECT_EQ(resolver.GetSSOServerName(), "");

@@ -1,5 +1,3 @@
-#include <strings.h>
-
 #include <algorithm>
 #include <cwchar>
 
@@ -33,7 +31,5 @@ int CompareIgnoringCase(wchar_t const* left, wchar_t const* right)
 {
     return ::wcscasecmp(left, right);
 }
-
-int CompareIgnoringCase(char const* left, char const* right) { return ::strcasecmp(left, right); }
 
 } // namespace Halvorix::Platform

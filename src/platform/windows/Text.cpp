@@ -17,6 +17,4 @@ int CompareIgnoringCase(wchar_t const* left, wchar_t const* right)
     return ::_wcsicmp(left, right);
 }
 
-int CompareIgnoringCase(char const* left, char const* right) { return ::_stricmp(left, right); }
-
 } // namespace Halvorix::Platform
