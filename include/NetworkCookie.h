@@ -14,14 +14,15 @@ class HXSSO_API NetworkCookie {
 public:
     /// Empty texts, flags false, expiry 0.
     NetworkCookie();
-    NetworkCookie(NetworkCookie const& other);
-    NetworkCookie& operator=(NetworkCookie const& other);
+    NetworkCookie(NetworkCookie const& other);            ///< An independent copy.
+    NetworkCookie& operator=(NetworkCookie const& other); ///< An independent copy.
     ~NetworkCookie();
 
     /// Name in bytes, in the encoding it was set in. A null buffer asks for the
     /// count; otherwise a name too long is cut. A terminator is stored only if
     /// there is room behind the bytes: an answer equal to `size` means there was
     /// none. An empty name stores a terminator.
+    /// @param buffer the caller's, or null
     /// @param size capacity in bytes, not negative
     /// @return bytes stored
     int GetName(char* buffer, int size) const;
@@ -33,6 +34,7 @@ public:
     void SetValue(char const* value);
     /// Domain attribute. A null buffer asks for the length; otherwise a text too
     /// long is cut, and the buffer is always terminated.
+    /// @param buffer the caller's, or null
     /// @param size capacity in wchar_t units, terminator included
     /// @return units stored, or the length, without terminator; 0 and nothing
     ///     written for a size below 1

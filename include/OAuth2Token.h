@@ -19,8 +19,8 @@ public:
     /// @param type any number, unchecked
     /// @param scope terminated text, not null, stored in normal form (SetScope)
     OAuth2TokenSpec(OAuth2TokenType type, wchar_t const* scope);
-    OAuth2TokenSpec(OAuth2TokenSpec const& other);
-    OAuth2TokenSpec& operator=(OAuth2TokenSpec const& other);
+    OAuth2TokenSpec(OAuth2TokenSpec const& other);            ///< An independent copy.
+    OAuth2TokenSpec& operator=(OAuth2TokenSpec const& other); ///< An independent copy.
     ~OAuth2TokenSpec();
 
     /// Same legacy mark, same type, and scopes that differ at most in case.
@@ -33,6 +33,7 @@ public:
     bool SetType(OAuth2TokenType type);
     /// The scope. A null buffer asks for the length; otherwise a scope too long
     /// is cut. The buffer is always terminated if it has room for a unit.
+    /// @param buffer the caller's, or null
     /// @param size capacity in wchar_t units, terminator included
     /// @return units stored, or the length, without terminator; 0 and nothing
     ///     written for a size below 1
@@ -58,8 +59,8 @@ class HXSSO_API OAuth2Token {
 public:
     /// An empty text, which is no valid token, and a default spec.
     OAuth2Token();
-    OAuth2Token(OAuth2Token const& other);
-    OAuth2Token& operator=(OAuth2Token const& other);
+    OAuth2Token(OAuth2Token const& other);            ///< An independent copy.
+    OAuth2Token& operator=(OAuth2Token const& other); ///< An independent copy.
     ~OAuth2Token();
 
     /// Equal texts, case included, and equal specs.
@@ -76,6 +77,7 @@ public:
     wchar_t const* GetToken() const;
     /// The text, whole or not at all: if it does not fit, the buffer becomes the
     /// empty text and the answer is 0. A null buffer asks for the length.
+    /// @param buffer the caller's, or null
     /// @param size capacity in wchar_t units, terminator included
     /// @return units stored, without terminator
     int GetToken(wchar_t* buffer, int size) const;

@@ -72,6 +72,7 @@ public:
     static std::chrono::seconds GetKillFrozenServerTimeout();             ///< 0 s with no plugin.
     static bool SetKillFrozenServerTimeout(std::chrono::seconds timeout); ///< Passed unchecked.
     static std::string GetSessionState();                                 ///< The plugin's text.
+    /// @param arguments the server's command line, copied by the plugin
     /// @param timeout passed unchecked; blocks as long as the plugin does
     /// @param processId set by the plugin
     static bool StartSSOServerProcess(std::vector<std::string> const& arguments,

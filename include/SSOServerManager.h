@@ -17,6 +17,7 @@ public:
     /// The server's file as the plugin reports it. A null buffer asks for the
     /// length; otherwise a text too long is cut, and the buffer is always
     /// terminated.
+    /// @param buffer the caller's, or null
     /// @param capacity in wchar_t units, terminator included
     /// @return units stored, or the length, without terminator; 0 and nothing
     ///     written for a capacity below 1 and with no plugin

@@ -21,7 +21,9 @@ class HXSSO_API WebServicesConfiguration {
 public:
     /// Every text empty, server 0.
     WebServicesConfiguration();
+    /// An independent copy.
     WebServicesConfiguration(WebServicesConfiguration const& other);
+    /// An independent copy.
     WebServicesConfiguration& operator=(WebServicesConfiguration const& other);
     virtual ~WebServicesConfiguration();
 

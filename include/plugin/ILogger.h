@@ -9,20 +9,21 @@ namespace Halvorix::SSOServices {
 class ILogger {
 public:
     virtual ~ILogger() = default;
-    virtual void Reserved1() {}
-    virtual void Reserved2() {}
-    virtual void Reserved3() {}
-    virtual void Reserved4() {}
-    virtual void Reserved5() {}
-    virtual void Reserved6() {}
-    virtual void Reserved7() {}
-    virtual void Reserved8() {}
-    virtual void Reserved9() {}
+    virtual void Reserved1() {} ///< Never called.
+    virtual void Reserved2() {} ///< Never called.
+    virtual void Reserved3() {} ///< Never called.
+    virtual void Reserved4() {} ///< Never called.
+    virtual void Reserved5() {} ///< Never called.
+    virtual void Reserved6() {} ///< Never called.
+    virtual void Reserved7() {} ///< Never called.
+    virtual void Reserved8() {} ///< Never called.
+    virtual void Reserved9() {} ///< Never called.
     /// One finished line of the library's log, without a line end; some hold
     /// line feeds inside. Called from any thread with the library's lock held,
     /// which is recursive: calls back into the library on the same thread work,
     /// waiting for another thread that uses the library does not.
     /// @param message terminated, valid for the call only
+    /// @param level one of the three, passed on unexamined
     virtual void WriteLine(wchar_t const* message, Log::LogLevel level) = 0;
 };
 

@@ -13,17 +13,21 @@ public:
     virtual ~IRsaCryptor() = default;
     /// Size in bytes, one less than the capacity that the RSA pair is given.
     virtual int GetMaxBlockSize() = 0;
-    virtual void Reserved1() {}
-    virtual void Reserved2() {}
+    virtual void Reserved1() {} ///< Never called.
+    virtual void Reserved2() {} ///< Never called.
+    /// For tokens of the default type.
     virtual bool RsaEncrypt(unsigned char const* input, unsigned long long inputSize,
                             unsigned char* output, unsigned long long outputCapacity,
                             unsigned long long* outputLength) = 0;
+    /// For tokens of the default type.
     virtual bool RsaDecrypt(unsigned char const* input, unsigned long long inputSize,
                             unsigned char* output, unsigned long long outputCapacity,
                             unsigned long long* outputLength) = 0;
+    /// For tokens of any other type.
     virtual bool EncryptBuffer(unsigned char const* input, unsigned long long inputSize,
                                unsigned char* output, unsigned long long outputCapacity,
                                unsigned long long* outputLength) = 0;
+    /// For tokens of any other type.
     virtual bool DecryptBuffer(unsigned char const* input, unsigned long long inputSize,
                                unsigned char* output, unsigned long long outputCapacity,
                                unsigned long long* outputLength) = 0;

@@ -18,6 +18,10 @@ namespace Halvorix::SSOServices {
 class ISSOClient {
 public:
     virtual ~ISSOClient() = default;
+    /// @name Operations
+    /// @{
+
+    /// As the public method of this name.
     virtual WebServices::WebServicesConfiguration const& GetConfiguration() = 0;
     virtual bool SetConfiguration(WebServices::WebServicesConfiguration const& configuration) = 0;
     virtual int GetCachePath(wchar_t* buffer, int capacity) = 0;
@@ -83,7 +87,7 @@ public:
     virtual bool SetProxyAuthentication(wchar_t const* host, int port, wchar_t const* user,
                                         wchar_t const* password,
                                         BufferTransformCallback callback) = 0;
-    virtual void Reserved1() {}
+    virtual void Reserved1() {} ///< Never called.
     virtual bool HasProxyInfo() = 0;
     virtual bool ClearProxyInfo() = 0;
     virtual bool IsOAuth2Enabled() = 0;
@@ -111,6 +115,7 @@ public:
     virtual bool InitiateLogout(wchar_t* buffer, int capacity, char*& networkCookieJarJson,
                                 BufferTransformCallback callback) = 0;
     virtual bool CompleteLogout() = 0;
+    /// @}
 };
 
 } // namespace Halvorix::SSOServices

@@ -22,12 +22,17 @@ class ISSOServerManager;
 class ISSOClientFactory {
 public:
     virtual ~ISSOClientFactory() = default;
+    /// @name Operations
+    /// @{
+
+    /// The interface, or an empty pointer.
     virtual std::shared_ptr<ISSOLogManager> GetSSOLogManager() = 0;
     virtual std::shared_ptr<ISSOClientModule> GetSSOClientModule() = 0;
     virtual std::shared_ptr<ISSOClient> GetSSOClient() = 0;
     virtual std::shared_ptr<ISSOClientUI> GetSSOClientUI() = 0;
     virtual std::shared_ptr<ISSOClientPrivate> GetSSOClientPrivate() = 0;
     virtual std::shared_ptr<ISSOServerManager> GetSSOServerManager() = 0;
+    /// @}
 };
 
 } // namespace Halvorix::SSOServices

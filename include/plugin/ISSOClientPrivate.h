@@ -15,8 +15,12 @@ namespace Halvorix::SSOServices {
 class ISSOClientPrivate {
 public:
     virtual ~ISSOClientPrivate() = default;
+    /// @name Operations
+    /// @{
+
+    /// As the public function of this name.
     virtual std::wstring GetLoginInfo(BufferTransformCallback callback) = 0;
-    virtual void Reserved1() {}
+    virtual void Reserved1() {} ///< Never called.
     HXSSO_OVERLOADS_2(virtual std::wstring GetUrl(std::wstring name) = 0,
                       virtual std::wstring GetUrl(WebServices::WebServicesUrlCode code) = 0);
     virtual std::map<std::wstring, std::wstring> GetUrlOverrides(WebServices::Server server) = 0;
@@ -29,9 +33,9 @@ public:
     virtual void GetCurrentConfigurationConsumerKey(std::wstring&, std::wstring&) = 0;
     virtual std::wstring GetSettingsPath() = 0;
     virtual std::wstring GetLoginStateFile() = 0;
-    virtual void Reserved2() {}
-    virtual void Reserved3() {}
-    virtual void Reserved4() {}
+    virtual void Reserved2() {} ///< Never called.
+    virtual void Reserved3() {} ///< Never called.
+    virtual void Reserved4() {} ///< Never called.
     virtual StdUtil::RetrySchedule GetActiveOAuth2TokenRefreshRetrySchedule() = 0;
     virtual bool SetOAuth2TokenRefreshRetrySchedule(StdUtil::RetrySchedule const& schedule) = 0;
     HXSSO_OVERLOADS_2(virtual std::wstring GetLoginStateCacheFile(std::wstring,
@@ -50,12 +54,13 @@ public:
     virtual void LockLoginStateFile() = 0;
     virtual void UnlockLoginStateFile() = 0;
     virtual bool Ping(std::map<std::string, std::string>& answers) = 0;
-    virtual void Reserved5() {}
+    virtual void Reserved5() {} ///< Never called.
     virtual void ClearEventQueue() = 0;
     virtual bool FreezeSSOServerProcess(BufferTransformCallback callback) = 0;
     virtual std::chrono::seconds GetKillFrozenServerTimeout() = 0;
     virtual bool SetKillFrozenServerTimeout(std::chrono::seconds timeout) = 0;
     virtual std::string GetSessionState() = 0;
+    /// @}
 };
 
 } // namespace Halvorix::SSOServices

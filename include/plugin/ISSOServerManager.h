@@ -15,13 +15,17 @@ namespace Halvorix::SSOServices {
 class ISSOServerManager {
 public:
     virtual ~ISSOServerManager() = default;
-    virtual void Reserved1() {}
+    virtual void Reserved1() {} ///< Never called.
     /// @param appPath directory of the server application, empty if not found
     /// @param appExeFile full name of its executable, empty if not found
     virtual void SetSSOServerAppFiles(wchar_t const* appPath, wchar_t const* appExeFile) = 0;
+    /// @name Operations
+    /// @{
+
+    /// As the public function of this name.
     virtual std::wstring GetSSOServerAppFile() = 0;
     virtual std::wstring GetSSOServerAppExeFile() = 0;
-    virtual void Reserved2() {}
+    virtual void Reserved2() {} ///< Never called.
     /// UTF-8, as the configuration file spells it.
     virtual void SetSSOServerProcessName(char const* processName) = 0;
     virtual int GetSSOServerName(char* buffer, int capacity) = 0;
@@ -39,6 +43,7 @@ public:
     virtual bool IsSSOServerProcessReady() = 0;
     virtual bool QuitSSOServerProcess(std::chrono::milliseconds timeout) = 0;
     virtual bool QuitAllSSOServerProcesses(std::chrono::milliseconds timeout) = 0;
+    /// @}
 };
 
 } // namespace Halvorix::SSOServices

@@ -20,10 +20,11 @@ using BufferTransformCallback = int (*)(char const* input, int inputLength, char
 
 namespace Halvorix::Log {
 
+/// How much a line of the log matters.
 enum class LogLevel : std::int32_t {
-    Error = 2,
-    Warning = 4,
-    Info = 8,
+    Error = 2,   ///< a step failed
+    Warning = 4, ///< the client configuration file is missing; nothing else
+    Info = 8,    ///< progress
 };
 
 } // namespace Halvorix::Log
@@ -32,14 +33,14 @@ namespace Halvorix::StdUtil {
 
 /// One entry of a retry schedule: 16 plain bytes, copied bit for bit.
 struct RetryScheduleEntry {
-    std::int64_t first;
-    std::int64_t second;
+    std::int64_t first;  ///< the plugin's
+    std::int64_t second; ///< the plugin's
 };
 
 /// When a failed token refresh is tried again. Units are the plugin's.
 struct RetrySchedule {
-    std::int64_t first = 0;
-    std::vector<RetryScheduleEntry> second;
+    std::int64_t first = 0;                 ///< the plugin's
+    std::vector<RetryScheduleEntry> second; ///< the schedule's entries
 };
 
 } // namespace Halvorix::StdUtil
@@ -50,17 +51,24 @@ namespace Halvorix::WebServices {
 /// only a plugin could have named one.
 enum class Server : std::int32_t {};
 
+/// A cache of the plugin.
 enum class CacheType : std::int32_t {};
+/// Method of a request that is to be signed.
 enum class HttpMethod : std::int32_t {};
+/// How a request that is to be signed is read.
 enum class ParsingMode : std::int32_t {};
+/// A URL of the service.
 enum class WebServicesUrlCode : std::int32_t {};
+/// What a licence allows.
 enum class ServiceEntitlement : std::int32_t {};
 
+/// Why a login could not be initiated.
 enum class LoginError : std::int32_t {
     /// What the library stores before it asks the plugin.
     Preset = 2,
 };
 
+/// Why a login could not be initiated, in the finer division.
 enum class LoginErrorEx : std::int32_t {
     /// What the library stores before it asks the plugin.
     Preset = 7,
@@ -74,6 +82,7 @@ enum OAuth2TokenType : std::int32_t {
 /// Home of the events that a trusted caller can raise.
 class WebServicesPrivateCore {
 public:
+    /// An event, by the plugin's number.
     enum class WebServicesEvent : std::int32_t {};
 };
 
