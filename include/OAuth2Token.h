@@ -45,7 +45,6 @@ public:
     bool SetScope(wchar_t const* scope) const;
 
 private:
-    friend class OAuth2Token;
     friend class ::SSOServicesPrivate;
     struct Record;
     Record* record;
@@ -79,7 +78,8 @@ public:
     /// empty text and the answer is 0. A null buffer asks for the length.
     /// @param buffer the caller's, or null
     /// @param size capacity in wchar_t units, terminator included
-    /// @return units stored, without terminator
+    /// @return units stored, without terminator; 0 and nothing written for a size
+    ///     below 1
     int GetToken(wchar_t* buffer, int size) const;
     /// A copy of the spec.
     OAuth2TokenSpec GetSpec() const;

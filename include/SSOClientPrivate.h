@@ -15,12 +15,14 @@ namespace Halvorix::SSOServices {
 /// its parts lie. No instance and no state of its own; no Initialize is needed.
 ///
 /// Wide texts are UTF-16 on Windows and UTF-32 on Linux, narrow ones UTF-8.
+/// The first use changes the process's locale (WebServicesManager tells how).
 /// Exceptions of the plugin, of the allocator, and of the JSON library for a
 /// configuration file of wrong types reach the caller.
 class HXSSO_API SSOClientPrivate {
 public:
     /// @name Asking the plugin
-    /// From any thread; no lock is held while the plugin works. With no plugin:
+    /// From any thread; no lock is held while the plugin works. With no plugin,
+    /// or one that refuses the interface behind a function:
     /// texts and maps are empty, bool is false, numbers are 0, actions have no
     /// effect and outputs stay as they are, except where stated.
     /// @{
@@ -68,7 +70,7 @@ public:
     static bool Ping(std::map<std::string, std::string>& answers);
     static bool Ping();            ///< The same, without the details.
     static void ClearEventQueue(); ///< Drops the plugin's waiting events.
-    static bool FreezeSSOServerProcess(BufferTransformCallback callback); ///< For tests of hosts.
+    static bool FreezeSSOServerProcess(BufferTransformCallback callback); ///< The plugin's.
     static std::chrono::seconds GetKillFrozenServerTimeout();             ///< 0 s with no plugin.
     static bool SetKillFrozenServerTimeout(std::chrono::seconds timeout); ///< Passed unchecked.
     static std::string GetSessionState();                                 ///< The plugin's text.
@@ -77,9 +79,9 @@ public:
     /// @param processId set by the plugin
     static bool StartSSOServerProcess(std::vector<std::string> const& arguments,
                                       std::chrono::milliseconds timeout, long long& processId);
-    /// The arguments with which the server runs.
+    /// The arguments that the plugin holds for the server.
     static bool GetSSOServerProcessArguments(std::vector<std::string>& arguments);
-    /// The arguments for the next start.
+    /// Copied by the plugin.
     static void SetSSOServerProcessArguments(std::vector<std::string> const& arguments);
     /// Filled by the plugin, by its convention; bytes, terminator included.
     static int GetSSOServerName(char* buffer, int capacity);
@@ -113,10 +115,12 @@ public:
     static std::wstring GetSSOClientConfigFile();
     static std::wstring GetSSOClientConfigFileOverride(); ///< The override, empty for none.
     /// Names the client configuration file, in place of the search. Refused, with
-    /// an error in the log, once the file was read; empty turns it off.
+    /// an error in the log, as soon as the file's load has begun, however it ended;
+    /// empty turns it off.
     static void SetSSOClientConfigFileOverride(std::wstring path);
     /// Where the service's log file belongs. The library neither opens nor
-    /// writes it, and does not look whether it exists. Takes no lock.
+    /// writes it, and does not look whether it exists. Relative where the system
+    /// knows no folder for it. Takes no lock.
     static std::wstring GetLogFile();
     /// @}
 };

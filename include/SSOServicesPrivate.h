@@ -25,8 +25,10 @@ class OAuth2TokenSpec;
 /// that is no JSON and the document `null` read as false.
 ///
 /// Nothing is kept and no lock is taken: any thread, as far as the arguments
-/// allow it. A document of wrong types lets an exception of jsoncpp
-/// (std::exception) reach the caller, with what was read before it stored.
+/// allow it. A document of wrong types lets an exception of jsoncpp reach the
+/// caller, malformed base64 a boost::archive::iterators::dataflow_exception or a
+/// std::out_of_range (all of them std::exception), with what was read before it
+/// stored.
 /// None of these functions needs a plugin.
 class HXSSO_API SSOServicesPrivate {
 public:

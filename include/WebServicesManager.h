@@ -13,8 +13,14 @@ class OAuth2TokenSpec;
 /// sign-on service.
 ///
 /// Nearly every member asks the client plugin. The first call that needs the
-/// plugin loads it, whether or not Initialize ran; a load is tried once. With
-/// no plugin a member gives the answer stated at it, and only the log says why.
+/// plugin loads it, whether or not Initialize ran; a load is tried once. With no
+/// plugin, or one that refuses its interface, a member gives the answer stated
+/// at it as "with no plugin", and only the log says why.
+///
+/// The first use of the library changes the process: the global C++ locale and
+/// Boost's path locale become the system's default. On Windows a load leaves
+/// SetDllDirectoryW at the system's default. Until a plugin has a logger, errors
+/// are shown on std::wcout.
 ///
 /// Texts are terminated wide texts: UTF-16 on Windows, UTF-32 on Linux. They
 /// must not be null unless the plugin's documentation allows it; the library
@@ -24,13 +30,12 @@ class OAuth2TokenSpec;
 /// included, and answer a count of units without terminator. The plugin fills
 /// the buffer, by the convention that a null buffer asks for the length and
 /// that a text too long is cut and terminated. With no plugin they answer 0 and
-/// leave the buffer as it is.
+/// leave the buffer as it is. Dates are in the plugin's count.
 ///
-/// Dates are seconds since 1970-01-01 UTC as the plugin counts them.
-///
-/// Threads: everything but Initialize, Uninitialize and GetInstance may be
-/// called from any thread, at the same time; no lock is held while the plugin
-/// works. A call blocks for as long as the plugin takes.
+/// Threads: Initialize, Uninitialize, GetInstance, IsInitialized and
+/// SetSupportFileSearchPaths belong to one thread at a time, with no other call
+/// beside them. Everything else may be called from any thread at the same time;
+/// no lock is held while the plugin works, and a call blocks as long as it does.
 ///
 /// Exceptions: the library throws none of its own. What the plugin throws, what
 /// memory exhaustion throws, and what a configuration file of wrong types makes
@@ -168,7 +173,7 @@ public:
     bool IsTokenExpired() const;                       ///< False with no plugin.
     bool RefreshToken(bool flag);                      ///< False with no plugin.
     /// Set to null first; the plugin allocates and its documentation says how
-    /// it is released. Answers the count of bytes, 0 with no plugin.
+    /// it is released. Answers the plugin's count, 0 with no plugin.
     int GetLoginCookie(unsigned char*& cookie);
     /// The plugin allocates the answer and its documentation says how it is
     /// released. Null with no plugin.

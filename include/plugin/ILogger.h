@@ -4,8 +4,8 @@
 
 namespace Halvorix::SSOServices {
 
-/// The plugin's log. It outlives every manager object of the library, up to
-/// the end of the process.
+/// The plugin's log. The library holds it until a later load brings another, at
+/// most to the end of the process.
 class ILogger {
 public:
     virtual ~ILogger() = default;

@@ -11,8 +11,9 @@ namespace Halvorix::SSOServices {
 /// Called with no lock held, from any thread, several at once. Value objects
 /// arrive as JSON text, terminated and valid for the call only. A JSON result
 /// goes into a `char*&` that arrives null: allocate it with `new char[]`; the
-/// library reads it only if the operation returns true, and releases it with
-/// `delete[]`. Buffers through `wchar_t*&` and `unsigned char*&` and returned
+/// library reads it only if the operation returns true, and then releases it with
+/// `delete[]`; a text beside a false is the plugin's to release. An exception of
+/// an operation reaches the host. Buffers through `wchar_t*&` and `unsigned char*&` and returned
 /// `wchar_t*` pass straight to the host, so the plugin's documentation has to
 /// say how the host releases them.
 class ISSOClient {

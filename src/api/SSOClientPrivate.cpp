@@ -1,11 +1,12 @@
 #include "../../include/SSOClientPrivate.h"
 
+#include <algorithm>
 #include <mutex>
 #include <utility>
 
 #include "../discovery/ModuleFiles.h"
-#include "../discovery/PathText.h"
 #include "../support/ProcessState.h"
+#include "EventNames.h"
 #include "Forward.h"
 
 namespace Halvorix::SSOServices {
@@ -280,9 +281,13 @@ void SSOClientPrivate::SetSSOClientConfigFileOverride(std::wstring path)
 
 std::wstring SSOClientPrivate::GetLogFile()
 {
-    std::wstring const folder = GetKnownFolderPath(Platform::KnownFolder::LocalAppData);
-    return JoinPath(JoinPath(JoinPath(folder, L"Halvorix/Web Services"), L"Log"),
-                    L"WebServices.log");
+    // Joined by hand: a conversion by Boost's path would not be safe beside the
+    // creation of the manager on another thread, and no lock is taken here.
+    std::wstring folder = GetKnownFolderPath(Platform::KnownFolder::LocalAppData);
+    std::replace(folder.begin(), folder.end(), L'\\', L'/');
+    if (!folder.empty() && folder.back() != L'/')
+        folder += L'/';
+    return folder + L"Halvorix/Web Services/Log/WebServices.log";
 }
 
 } // namespace Halvorix::SSOServices

@@ -2,13 +2,6 @@
 
 namespace Halvorix::SSOServices {
 
-namespace {
-
-constexpr wchar_t const* DefaultServerApp = L"HxSSO.exe";
-constexpr char const* DefaultServerName = "Halvorix.SSO.DefaultServer-v2";
-
-} // namespace
-
 void ApplyClientConfigDefaults(SSOClientConfig& config)
 {
     if (config.appName.empty())

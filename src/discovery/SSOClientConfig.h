@@ -8,6 +8,15 @@ namespace Halvorix::SSOServices {
 /// Name of the client configuration file.
 inline constexpr wchar_t const* ClientConfigFileName = L"SSOClient.config";
 
+/// Defaults of the file.
+inline constexpr wchar_t const* DefaultServerApp = L"HxSSO.exe";
+inline constexpr char const* DefaultServerName = "Halvorix.SSO.DefaultServer-v2";
+
+/// Names that plugin and server share; nothing in the library reads them.
+inline constexpr char const* SSOIpcServersName = "HxSSOIpcServers-v2";
+inline constexpr char const* SSODefaultProcessName = "Halvorix.SSO.DefaultProcess-v2";
+inline constexpr char const* SSOAppStateName = "HxSSOAppState-v2";
+
 /// The values of the client configuration file. The two narrow ones go to the
 /// plugin as the file spells them.
 struct SSOClientConfig {

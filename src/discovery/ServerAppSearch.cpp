@@ -10,25 +10,9 @@
 #include "FileSearch.h"
 #include "PathText.h"
 #include "SSOPathResolver.h"
+#include "SearchUnderWay.h"
 
 namespace Halvorix::SSOServices {
-
-namespace {
-
-// A search that is entered again from its own variables must find nothing
-// instead of recursing.
-class SearchUnderWay {
-public:
-    explicit SearchUnderWay(bool& mark) : mark(mark) { mark = true; }
-    ~SearchUnderWay() { mark = false; }
-    SearchUnderWay(SearchUnderWay const&) = delete;
-    SearchUnderWay& operator=(SearchUnderWay const&) = delete;
-
-private:
-    bool& mark;
-};
-
-} // namespace
 
 std::wstring SSOPathResolver::GetSSOServerAppPath()
 {
@@ -57,11 +41,13 @@ bool SSOPathResolver::FindSSOServerApp()
 {
     if (!ssoServerAppPath.empty())
         return true;
+    // Entered again from a variable in its own list: nothing found, instead of
+    // recursing until the stack ends.
     if (searchingServerApp)
         return false;
-    SearchUnderWay const underWay(searchingServerApp);
     if (clientConfigState == NotLoaded)
         LoadClientConfig();
+    SearchUnderWay const underWay(searchingServerApp);
     std::vector<std::wstring> paths{L"%SSOServicesModulePath%", L"%ExePath%"};
     paths.insert(paths.end(), clientConfig.searchPaths.begin(), clientConfig.searchPaths.end());
     std::wstring const shown = boost::algorithm::join(ResolvedSearchPaths(paths), L"\n");

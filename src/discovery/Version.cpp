@@ -72,7 +72,7 @@ std::string VersionToString(Version const& version) { return boost::algorithm::j
 
 int CompareVersions(Version const& a, Version const& b, int depth)
 {
-    static std::string const missing;
+    std::string const missing;
     std::size_t const count = std::max(a.size(), b.size());
     for (std::size_t i = 0; i < count; ++i) {
         std::string const& x = i < a.size() ? a[i] : missing;

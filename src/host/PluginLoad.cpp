@@ -59,7 +59,6 @@ bool SSOClientManager::LoadPlugin()
     if (!GetFactory(ResolveModuleFile(FileName(file))))
         return false;
     SetUpPlugin();
-    loadState = LoadEnded;
     return true;
 }
 
@@ -100,7 +99,8 @@ void SSOClientManager::SetUpPlugin()
         std::wstring const appPath = GetSSOServerAppPath();
         server->SetSSOServerAppFiles(appPath.c_str(), exeFile.c_str());
     }
-    if (std::shared_ptr<ISSOLogManager> const logs = clientFactory->GetSSOLogManager()) {
+    std::shared_ptr<ISSOLogManager> const logs = clientFactory->GetSSOLogManager();
+    if (logs) {
         InstallLogger(logs->GetLogger(L"HxSSOServices"));
         FlushEarlyLog();
     }
@@ -108,12 +108,14 @@ void SSOClientManager::SetUpPlugin()
         server->SetSSOServerProcessName(GetSSOServerProcessName().c_str());
         server->SetSSOServerName(GetSSOServerName().c_str());
     }
-    if (std::shared_ptr<ISSOClientModule> const module = clientFactory->GetSSOClientModule()) {
+    std::shared_ptr<ISSOClientModule> const module = clientFactory->GetSSOClientModule();
+    if (module) {
         std::wstring const openSsl = GetOpenSslModule();
         if (openSsl.empty() || !PathExists(openSsl))
             LogLine(Messages::OpenSslModuleNotFound, openSsl);
         module->SetOpenSslModule(openSsl.c_str());
     }
+    loadState = LoadEnded;
 }
 
 } // namespace Halvorix::SSOServices

@@ -40,6 +40,7 @@ std::shared_ptr<SSOClientManager> SSOClientManager::GetInstance()
     if (!clientManagerPublished.load(std::memory_order_acquire)) {
         std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
         if (!clientManager) {
+            releasePlugin = &SSOClientManager::ReleasePlugin;
             clientManager = std::make_shared<SSOClientManager>();
             clientManagerPublished.store(true, std::memory_order_release);
             SetProcessLocale();
@@ -58,6 +59,18 @@ bool SSOClientManager::ReleaseInstance()
 void SSOClientManager::LogWrite(std::wstring message, Log::LogLevel level)
 {
     WriteLogLine(message, level);
+}
+
+void SSOClientManager::FlushEarlyLog() { SSOServices::FlushEarlyLog(); }
+
+// At the end of the process. First the factory, while the manager still answers
+// what the plugin may ask meanwhile, then the logger, then the manager.
+void SSOClientManager::ReleasePlugin()
+{
+    if (clientManager)
+        std::shared_ptr<ISSOClientFactory>().swap(clientManager->clientFactory);
+    InstallLogger(nullptr);
+    ReleaseInstance();
 }
 
 template <class Interface>

@@ -28,7 +28,9 @@ public:
     /// loads again. Takes no lock: not to run beside any other call. Always true.
     static bool ReleaseInstance();
 
+    /// The log sink, as the resolver and the load use it.
     static void LogWrite(std::wstring message, Log::LogLevel level);
+    static void FlushEarlyLog();
 
     SSOClientManager();
 
@@ -47,6 +49,8 @@ private:
     template <class Interface>
     void GetInterface(std::shared_ptr<Interface> (ISSOClientFactory::*getter)(),
                       Message const& refused, std::shared_ptr<Interface>& result);
+
+    static void ReleasePlugin();
 
     bool EnsurePluginLoaded();
     bool LoadPlugin();

@@ -7,10 +7,7 @@ namespace Halvorix::SSOServices {
 /// Version of this library. The zeros count: versions keep their spelling.
 inline constexpr char const* LibraryVersion = "10.22.00.1800";
 
-/// Names that plugin and server share; nothing in the library reads them.
-inline constexpr char const* SSOIpcServersName = "HxSSOIpcServers-v2";
-inline constexpr char const* SSODefaultProcessName = "Halvorix.SSO.DefaultProcess-v2";
-inline constexpr char const* SSOAppStateName = "HxSSOAppState-v2";
+/// What a plugin's logger may read; nothing in the library does.
 inline constexpr char const* LogConfigFileName = "WebServices.logconfig";
 
 /// What this build is, such as "x64-Release".

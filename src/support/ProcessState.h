@@ -34,14 +34,20 @@ struct EarlyLogEntry {
 /// the log. Recursive: the load logs while it holds it.
 extern std::recursive_mutex SSOClientManagerMutex;
 
-/// Both under SSOClientManagerMutex.
+/// All under SSOClientManagerMutex. The count is of the logger's calls under
+/// way, one inside the other.
 extern std::vector<EarlyLogEntry> earlyLogQueue;
 extern std::shared_ptr<ILogger> logger;
+extern int loggerNesting;
 
-/// Written under SSOClientManagerMutex, and read without it once
-/// clientManagerPublished is set.
+/// Created under SSOClientManagerMutex, and read without it once
+/// clientManagerPublished is set; released without it.
 extern std::shared_ptr<SSOClientManager> clientManager;
 extern std::atomic<bool> clientManagerPublished;
+
+/// Set by the manager: what is to happen at the end of the process while all of
+/// this state is still alive.
+extern void (*releasePlugin)();
 
 // Unguarded: hosts initialise and uninitialise from one thread at a time.
 extern int webServicesManagerCount;

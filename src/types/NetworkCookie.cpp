@@ -17,12 +17,23 @@ NetworkCookie::NetworkCookie(NetworkCookie const& other) : record(new Record(*ot
 
 NetworkCookie& NetworkCookie::operator=(NetworkCookie const& other)
 {
-    if (this != &other)
-        *record = *other.record;
+    if (this != &other) {
+        record->name = other.record->name;
+        record->value = other.record->value;
+        record->secure = other.record->secure;
+        record->httpOnly = other.record->httpOnly;
+        record->expiryDate = other.record->expiryDate;
+        record->domain = other.record->domain;
+        record->path = other.record->path;
+    }
     return *this;
 }
 
-NetworkCookie::~NetworkCookie() { delete record; }
+NetworkCookie::~NetworkCookie()
+{
+    delete record;
+    record = nullptr;
+}
 
 int NetworkCookie::GetName(char* buffer, int size) const
 {

@@ -54,7 +54,11 @@ OAuth2TokenSpec& OAuth2TokenSpec::operator=(OAuth2TokenSpec const& other)
     return *this;
 }
 
-OAuth2TokenSpec::~OAuth2TokenSpec() { delete record; }
+OAuth2TokenSpec::~OAuth2TokenSpec()
+{
+    delete record;
+    record = nullptr;
+}
 
 bool OAuth2TokenSpec::operator==(OAuth2TokenSpec const& other) const
 {

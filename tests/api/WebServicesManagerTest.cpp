@@ -162,6 +162,25 @@ TEST(WebServicesManager, SearchesTheSupportPathsInTheLoadThatTheySetOff)
     EXPECT_EQ(outcome["paths"], "ISSOClientModul");
 }
 
+TEST(WebServicesManager, SearchesForAServerThatItsOwnSupportPathsName)
+{
+    Installation installation;
+    installation.Complete();
+    Outcome const outcome = installation.Run("SetsSearchPathsFirst", {"%SSOServerAppPath%"});
+    EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
+    // Each time that the list is resolved, with the names still unread.
+    std::string const search =
+        "Searching for SSO server app  in the following paths:\n{root}/lib\n{root}/app";
+    EXPECT_EQ(outcome.LoggedAt(Info, search), 2);
+    ASSERT_GT(outcome.log.size(), 3u);
+    EXPECT_EQ(outcome.log[1].text, search);
+    EXPECT_EQ(outcome.log[2].text, "Searching for client config file SSOClient.config in the "
+                                   "following paths:\n{root}/app\n{root}/lib\n"
+                                   "%SSOServerAppPath%");
+    EXPECT_EQ(outcome.log[3].text, search);
+    EXPECT_EQ(outcome.LoggedAt(Info, "Found SSO server app at {root}/server/HxSSO.exe"), 1);
+}
+
 TEST(WebServicesManager, TakesAnEmptyTextForNoSupportPaths)
 {
     Installation installation;

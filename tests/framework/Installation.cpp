@@ -259,10 +259,12 @@ void Installation::Place(std::string const& file, std::string const& folder, std
     fs::path const source = ThisExecutable().parent_path() / file;
     fs::path const target = Path(folder) / as;
     fs::create_directories(target.parent_path());
-    // A link costs nothing and looks like a file; some systems have none.
+    // A link costs nothing and looks like a file. But Windows removes none while
+    // the file is in use under any name, as this process's own executable is.
     std::error_code refused;
-    fs::create_hard_link(fs::canonical(source), target, refused);
-    if (refused)
+    if (!IsWindows())
+        fs::create_hard_link(fs::canonical(source), target, refused);
+    if (IsWindows() || refused)
         fs::copy_file(source, target, fs::copy_options::overwrite_existing);
 }
 

@@ -52,6 +52,12 @@ int ProcessNumber();
 void SetLocation(std::filesystem::path const& root, std::wstring const& location);
 void RemoveLocation(std::filesystem::path const& root);
 
+/// A value beside or in place of that one, of any type and size; there are such
+/// on Windows only.
+void SetRawLocation(unsigned type, std::string const& bytes, std::string const& name = "Location");
+/// Removes the value alone, not its key.
+void RemoveLocationValue();
+
 /// The host's own choice for the dependencies of its modules; empty on a system
 /// that has none.
 void SetHostModuleDirectory(std::string const& directory);

@@ -124,7 +124,65 @@ TEST(Manager, RunsTheWholeLoadAgainAfterItsRelease)
     EXPECT_EQ(outcome.Called("ISSOClientModule::UninitializeUI()"), 2);
 }
 
+TEST(Manager, SurvivesALoggerThatCallsBackInASecondLoad)
+{
+    Installation installation;
+    installation.Complete().Script("ILogger::WriteLine", R"({"callBack": true})");
+    Outcome const outcome = installation.Run("UsesThePluginOfTwoManagers");
+    EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
+    EXPECT_FALSE(outcome.ending.crashed);
+    EXPECT_EQ(outcome["program"], "returned");
+    EXPECT_EQ(outcome.Called("GetSSOClientFactory()"), 2);
+    EXPECT_EQ(outcome.Called("ISSOClientModule::UninitializeUI()"), 2);
+}
+
+TEST(Manager, SurvivesALoggerThatAsksForWhatTheFactoryRefuses)
+{
+    Installation installation;
+    installation.Complete()
+        .Script("ILogger::WriteLine", R"({"callBack": true})")
+        .Script("ISSOClientFactory::GetSSOClientPrivate", R"({"empty": true})");
+    Outcome const outcome = installation.Run("UsesThePluginOfTwoManagers");
+    EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
+    EXPECT_EQ(outcome["program"], "returned");
+    EXPECT_GE(outcome.LoggedAt(Error, "Failed to obtain ISSOClientPrivate. "
+                                      "ISSOClientFactory::GetSSOClientPrivate returned null."),
+              1);
+}
+
+TEST(Manager, SurvivesALoggerThatAsksForWhatIsBeingSearched)
+{
+    Installation installation;
+    installation.Complete()
+        .Script("ILogger::WriteLine", R"({"askForPaths": true})")
+        .Compatibility(R"({"ssoClientPlugin": [{"module": ")" + Rig::ModuleName("RecordingPlugin") +
+                       R"(",
+            "modulePath": "%SSOServerAppPath%/plugin",
+            "compatibleSsoServicesVersion": {"minVersion": "10"}}]})");
+    Outcome const outcome = installation.Run("UsesThePluginOfTwoManagers");
+    EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
+    EXPECT_EQ(outcome["program"], "returned");
+    EXPECT_GE(outcome.Called(R"(AskedForPaths(""))"), 1);
+}
+
+TEST(Manager, LetsAPluginCallBackWhileTheProcessEnds)
+{
+    Installation installation;
+    installation.Complete()
+        .Script("GetSSOClientFactory", R"({"fresh": true})")
+        .Script("~ISSOClientFactory", R"({"callBack": true})");
+    Outcome const outcome = installation.Run("LeavesThePluginLoaded");
+    EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
+    EXPECT_FALSE(outcome.ending.crashed) << outcome.errors;
+    EXPECT_EQ(outcome.Called("~ISSOClientFactory()"), 1);
+    // The library answers, by then without the plugin.
+    EXPECT_EQ(outcome.Called(R"(CalledBack("{root}/app", true, ""))"), 1);
+    EXPECT_EQ(outcome.Called("GetSSOClientFactory()"), 1);
+}
+
 namespace {
+
+HOST_PROGRAM(LeavesThePluginLoaded) { WebServicesManager::Initialize(); }
 
 HOST_PROGRAM(OverridesTheConfiguration)
 {

@@ -31,7 +31,9 @@ ErrorCode OpenLocationKey(LocationView, LocationKey& key)
             key = file.release();
             return 0;
         }
-        error = errno == 0 ? ENOENT : static_cast<ErrorCode>(errno);
+        // A file that is there and cannot be read tells more than one that is not.
+        if (errno != 0 && errno != ENOENT)
+            error = static_cast<ErrorCode>(errno);
     }
     return error;
 }

@@ -41,9 +41,12 @@ bool IsNamed(std::string const& file, std::string const& name)
 int VisitModule(dl_phdr_info* info, std::size_t, void* context)
 {
     auto& search = *static_cast<ModuleSearch*>(context);
-    if (!IsNamed(info->dlpi_name, search.name))
+    // The executable has no name here.
+    std::string const file =
+        *info->dlpi_name == '\0' ? ToSystem(ExecutableFile()) : std::string(info->dlpi_name);
+    if (!IsNamed(file, search.name))
         return 0;
-    search.file = info->dlpi_name;
+    search.file = file;
     return 1;
 }
 

@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <cstdint>
 #include <cwchar>
+#include <string>
 
 #include <boost/locale/encoding_utf.hpp>
 
@@ -7,6 +9,18 @@
 #include "NarrowText.h"
 
 namespace Halvorix::Platform {
+
+namespace {
+
+// As the other system does it in its default locale. wcscasecmp follows the
+// locale that the host has set: in Turkish, %PROGRAMFILES% would be unknown.
+std::uint32_t Folded(wchar_t unit)
+{
+    return std::char_traits<wchar_t>::to_int_type(
+        unit >= L'A' && unit <= L'Z' ? static_cast<wchar_t>(unit - L'A' + L'a') : unit);
+}
+
+} // namespace
 
 std::wstring FromSystem(std::string const& text)
 {
@@ -29,7 +43,13 @@ int CopyBounded(wchar_t* destination, std::size_t capacity, wchar_t const* sourc
 
 int CompareIgnoringCase(wchar_t const* left, wchar_t const* right)
 {
-    return ::wcscasecmp(left, right);
+    while (*left != L'\0' && Folded(*left) == Folded(*right)) {
+        ++left;
+        ++right;
+    }
+    std::uint32_t const l = Folded(*left);
+    std::uint32_t const r = Folded(*right);
+    return l < r ? -1 : l > r ? 1 : 0;
 }
 
 } // namespace Halvorix::Platform

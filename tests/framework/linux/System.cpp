@@ -114,6 +114,10 @@ void RemoveLocation(std::filesystem::path const& root)
     std::filesystem::remove(root / "xdg/Halvorix/HxSSO/Location");
 }
 
+void SetRawLocation(unsigned, std::string const&, std::string const&) {}
+
+void RemoveLocationValue() {}
+
 void SetHostModuleDirectory(std::string const&) {}
 
 std::string HostModuleDirectory() { return {}; }

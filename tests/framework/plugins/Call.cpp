@@ -4,7 +4,10 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <future>
+#include <memory>
 #include <mutex>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
@@ -52,6 +55,32 @@ void CallBack()
     bool const initialized = WebServicesManager::IsInitialized();
     std::string const state = SSOClientPrivate::GetSessionState();
     Call("CalledBack", path, initialized, state);
+}
+
+// Asks what is searched for, with its lines, each time that it is asked.
+void AskForPaths() { Call("AskedForPaths", SSOClientPrivate::GetOpenSslModule()); }
+
+// Detached: where the lock is held, the thread ends when it is released.
+bool LockIsFree(std::chrono::seconds patience)
+{
+    auto const taken = std::make_shared<std::promise<void>>();
+    std::future<void> const done = taken->get_future();
+    std::thread([taken] {
+        SSOClientPrivate::GetModuleDirPath(std::wstring());
+        taken->set_value();
+    }).detach();
+    return done.wait_for(patience) == std::future_status::ready;
+}
+
+bool IsReachedByPublicCalls(std::string const& operation)
+{
+    static std::set<std::string> const interfaces{
+        "ISSOClient", "ISSOClientModule", "ISSOClientPrivate", "ISSOClientUI", "ISSOServerManager"};
+    static std::set<std::string> const ofTheLoad{
+        "ISSOServerManager::SetSSOServerAppFiles", "ISSOServerManager::SetSSOServerProcessName",
+        "ISSOServerManager::SetSSOServerName", "ISSOClientModule::SetOpenSslModule"};
+    return interfaces.count(operation.substr(0, operation.find(':'))) > 0 &&
+           ofTheLoad.count(operation) == 0;
 }
 
 template <class Unit>
@@ -164,11 +193,22 @@ void Call::WriteDown(Json::Value const& line)
 void Call::Act(char const* operation)
 {
     usualText = operation;
-    action = ReadScript()[operation];
+    Json::Value const script = ReadScript();
+    bool const takesTheCommonOne = !script.isMember(operation) && IsReachedByPublicCalls(operation);
+    action = script[takesTheCommonOne ? "*" : operation];
     if (action.isMember("wait"))
         WaitFor(fs::u8path(action["wait"].asString()));
     if (action["callBack"].asBool())
         CallBack();
+    if (action["askForPaths"].asBool())
+        AskForPaths();
+    if (action["probe"].isInt()) {
+        Json::Value line(Json::arrayValue);
+        line.append("LockIsFree");
+        line.append(operation);
+        line.append(LockIsFree(std::chrono::seconds(action["probe"].asInt())));
+        WriteDown(line);
+    }
     if (action["throw"].isInt())
         throw action["throw"].asInt();
     if (action["throw"].isString())

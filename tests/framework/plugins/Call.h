@@ -22,6 +22,12 @@ namespace Rig {
 ///   {"throw": "text"}        std::runtime_error; of a number, that int
 ///   {"wait": "file"}         until the file exists, announced by file + ".waiting"
 ///   {"callBack": true}       uses the library on the same thread
+///   {"askForPaths": true}    likewise, for what starts a search
+///   {"fresh": true}          a factory of its own, whose end is written down
+///   {"probe": seconds}       writes down ["LockIsFree", operation, bool]: whether
+///                            another thread can take the library's lock meanwhile
+/// The script's "*" is for each operation without an entry of its own that a
+/// public call reaches.
 class Call {
 public:
     template <class... Arguments>
@@ -34,6 +40,7 @@ public:
         Act(operation);
     }
 
+    bool IsFresh() const { return action["fresh"].asBool(); }
     bool IsEmpty() const { return action["empty"].asBool(); }
 
     template <class Value>

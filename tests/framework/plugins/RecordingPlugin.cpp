@@ -97,7 +97,7 @@ public:
     }
     bool SetConfiguration(WebServices::WebServicesConfiguration const& given) override
     {
-        return Call("ISSOClient::SetConfiguration", ConsumerKeyOf(given)).Answer(true);
+        return Call("ISSOClient::SetConfiguration", ConsumerKeyOf(given), &given).Answer(true);
     }
     int GetCachePath(wchar_t* buffer, int capacity) override
     {
@@ -488,7 +488,7 @@ public:
     }
     std::wstring Encrypt(std::wstring const& text) override
     {
-        return Call("ISSOClientPrivate::Encrypt", text).WideText();
+        return Call("ISSOClientPrivate::Encrypt", text, &text).WideText();
     }
     void GetCurrentConfigurationConsumerKey(std::wstring& key, std::wstring& secret) override
     {
@@ -514,8 +514,11 @@ public:
     }
     bool SetOAuth2TokenRefreshRetrySchedule(StdUtil::RetrySchedule const& schedule) override
     {
+        std::vector<std::string> entries;
+        for (StdUtil::RetryScheduleEntry const& entry : schedule.second)
+            entries.push_back(std::to_string(entry.first) + " " + std::to_string(entry.second));
         return Call("ISSOClientPrivate::SetOAuth2TokenRefreshRetrySchedule", schedule.first,
-                    schedule.second.size(), schedule.second.back().second)
+                    entries)
             .Answer(true);
     }
     std::wstring GetLoginStateCacheFile(std::wstring text, WebServices::Server server,
@@ -537,19 +540,22 @@ public:
     }
     std::string ToJsonString(WebServices::WebServicesConfiguration const* configuration) override
     {
-        return Call("ISSOClientPrivate::ToJsonString", ConsumerKeyOf(*configuration)).Text();
+        return Call("ISSOClientPrivate::ToJsonString", ConsumerKeyOf(*configuration), configuration)
+            .Text();
     }
     bool FromJsonString(WebServices::WebServicesConfiguration* configuration,
                         std::string const& text) override
     {
-        Call const call("ISSOClientPrivate::FromJsonString", ConsumerKeyOf(*configuration), text);
+        Call const call("ISSOClientPrivate::FromJsonString", ConsumerKeyOf(*configuration),
+                        configuration, text);
         configuration->SetConsumerKey(call.WideText().c_str());
         return call.Answer(true);
     }
     bool Equals(WebServices::WebServicesConfiguration const& left,
                 WebServices::WebServicesConfiguration const& right) override
     {
-        return Call("ISSOClientPrivate::Equals", ConsumerKeyOf(left), ConsumerKeyOf(right))
+        return Call("ISSOClientPrivate::Equals", ConsumerKeyOf(left), &left, ConsumerKeyOf(right),
+                    &right)
             .Answer(true);
     }
     void LockLoginStateFile() override { Call("ISSOClientPrivate::LockLoginStateFile"); }
@@ -696,11 +702,19 @@ private:
     std::shared_ptr<ISSOServerManager> serverManager = std::make_shared<ServerManager>();
 };
 
+class FreshFactory : public Factory {
+public:
+    ~FreshFactory() override { Call("~ISSOClientFactory"); }
+};
+
 } // namespace
 
 std::shared_ptr<ISSOClientFactory> GetSSOClientFactory()
 {
     // One state for the process: a second load asks the same module again.
     static std::shared_ptr<ISSOClientFactory> const factory = std::make_shared<Factory>();
-    return Call("GetSSOClientFactory").IsEmpty() ? nullptr : factory;
+    Call const call("GetSSOClientFactory");
+    if (call.IsFresh())
+        return std::make_shared<FreshFactory>();
+    return call.IsEmpty() ? nullptr : factory;
 }

@@ -115,13 +115,21 @@ int ProcessNumber() { return static_cast<int>(::GetCurrentProcessId()); }
 
 void SetLocation(std::filesystem::path const&, std::wstring const& location)
 {
+    char const* const bytes = reinterpret_cast<char const*>(location.c_str());
+    SetRawLocation(REG_SZ, std::string(bytes, (location.size() + 1) * sizeof(wchar_t)));
+}
+
+void SetRawLocation(unsigned type, std::string const& bytes, std::string const& name)
+{
     HKEY key = nullptr;
     ::RegCreateKeyExW(HKEY_LOCAL_MACHINE, LocationKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
                       nullptr);
-    ::RegSetValueExW(key, L"Location", 0, REG_SZ, reinterpret_cast<BYTE const*>(location.c_str()),
-                     static_cast<DWORD>((location.size() + 1) * sizeof(wchar_t)));
+    ::RegSetValueExW(key, Utf8ToWide(name).c_str(), 0, type,
+                     reinterpret_cast<BYTE const*>(bytes.data()), static_cast<DWORD>(bytes.size()));
     ::RegCloseKey(key);
 }
+
+void RemoveLocationValue() { ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, LocationKey, L"Location"); }
 
 void RemoveLocation(std::filesystem::path const&)
 {
