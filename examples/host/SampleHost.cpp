@@ -1,5 +1,6 @@
 // A host in its smallest form: signs the user in and asks for a token. It has an
-// answer for every state, also for a machine that has no plugin.
+// answer for every state, also for a machine that has no plugin. What a host may
+// want besides is in the files beside this one.
 
 #include <ctime>
 #include <iostream>
@@ -11,14 +12,20 @@
 
 #include <OAuth2Token.h>
 #include <WebServicesManager.h>
+#include <WebServicesUIManager.h>
+
+#include "Show.h"
 
 using namespace Halvorix::WebServices;
-
-namespace {
+using namespace Halvorix::WebServicesUI;
 
 // The standard library has no conversion left that is neither deprecated nor at
 // the mercy of the process's locale.
 std::string Utf8(std::wstring const& text) { return boost::locale::conv::utf_to_utf<char>(text); }
+
+char const* Answer(bool answer) { return answer ? "true" : "false"; }
+
+namespace {
 
 using TextGetter = int (WebServicesManager::*)(wchar_t*, int) const;
 
@@ -39,20 +46,6 @@ std::string DateText(unsigned int secondsSince1970)
     return text;
 }
 
-char const* Answer(bool answer) { return answer ? "true" : "false"; }
-
-void ShowUser(WebServicesManager const& manager)
-{
-    if (manager.IsLoggedIn()) {
-        std::cout << "signed in: " << GetText(manager, &WebServicesManager::GetUserNameW) << " "
-                  << GetText(manager, &WebServicesManager::GetUserEmail) << std::endl;
-        return;
-    }
-    std::cout << "signed in: no (IsLoggedIn answers false)\n"
-              << "user name: none (GetUserNameW answers " << manager.GetUserNameW(nullptr, 0) << ")"
-              << std::endl;
-}
-
 void ShowToken(WebServicesManager& manager)
 {
     OAuth2TokenSpec const spec(OAuth2TokenTypeDefault, L"user:profile data:read");
@@ -68,6 +61,18 @@ void ShowToken(WebServicesManager& manager)
 }
 
 } // namespace
+
+void ShowUser(WebServicesManager const& manager)
+{
+    if (manager.IsLoggedIn()) {
+        std::cout << "signed in: " << GetText(manager, &WebServicesManager::GetUserNameW) << " "
+                  << GetText(manager, &WebServicesManager::GetUserEmail) << std::endl;
+        return;
+    }
+    std::cout << "signed in: no (IsLoggedIn answers false)\n"
+              << "user name: none (GetUserNameW answers " << manager.GetUserNameW(nullptr, 0) << ")"
+              << std::endl;
+}
 
 int main()
 {
@@ -86,6 +91,16 @@ int main()
     ShowUser(manager);
     ShowToken(manager);
 
+    ShowCookieLogin(manager);
+    ShowUrlOverrides();
+    ShowServer();
+    ShowEncryptedToken();
+    WebServicesUIManager::Initialize();
+    ShowUserInterface(*WebServicesUIManager::GetInstance());
+
+    // In this order: the end of the user interface also ends the library's hold on
+    // the plugin, and a call behind it would load the plugin once more.
     WebServicesManager::Uninitialize();
+    WebServicesUIManager::Uninitialize();
     return 0;
 }
