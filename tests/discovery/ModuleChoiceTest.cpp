@@ -137,6 +137,10 @@ TEST(ModuleChoice, PrefersTheHighestVersionThatFits)
     EXPECT_EQ(Choice::From(Entry("a", R"("1")") + "," + Entry("b", R"("2")") + "," +
                            Entry("c", R"("2")") + "," + Entry("d", R"("1")")),
               ExePath + "b");
+    std::string many = Entry("first", R"("3.0")");
+    for (int i = 0; i < 40; ++i)
+        many += "," + Entry("later", i % 2 == 0 ? R"("3.0")" : R"("2.0")");
+    EXPECT_EQ(Choice::From(many), ExePath + "first");
     // The highest does not fit, so the next one does.
     EXPECT_EQ(Choice::From(Entry("a", R"("3.0")") + "," + Entry("b", R"("5.0")", none) + "," +
                            Entry("c", R"("4.0")")),

@@ -5,12 +5,13 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
-#include <memory>
+#include <iterator>
 #include <mutex>
-#include <set>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include <json/reader.h>
 #include <json/writer.h>
@@ -60,27 +61,51 @@ void CallBack()
 // Asks what is searched for, with its lines, each time that it is asked.
 void AskForPaths() { Call("AskedForPaths", SSOClientPrivate::GetOpenSslModule()); }
 
-// Detached: where the lock is held, the thread ends when it is released.
+// A thread that waits for the lock goes on waiting until it is released. Joined
+// then: Wine loses a detached thread that ends beside other work.
+std::vector<std::thread>& ThreadsBehindTheLock()
+{
+    static std::vector<std::thread> threads;
+    return threads;
+}
+
 bool LockIsFree(std::chrono::seconds patience)
 {
-    auto const taken = std::make_shared<std::promise<void>>();
-    std::future<void> const done = taken->get_future();
-    std::thread([taken] {
-        SSOClientPrivate::GetModuleDirPath(std::wstring());
-        taken->set_value();
-    }).detach();
-    return done.wait_for(patience) == std::future_status::ready;
+    std::packaged_task<void()> take([] { SSOClientPrivate::GetModuleDirPath(std::wstring()); });
+    std::future<void> const taken = take.get_future();
+    std::thread thread(std::move(take));
+    bool const isFree = taken.wait_for(patience) == std::future_status::ready;
+    if (isFree)
+        thread.join();
+    else
+        ThreadsBehindTheLock().push_back(std::move(thread));
+    return isFree;
+}
+
+void JoinThreadsBehindTheLock()
+{
+    for (std::thread& thread : ThreadsBehindTheLock())
+        thread.join();
+    ThreadsBehindTheLock().clear();
+}
+
+// No statics with destructors: the plugin is used until the process is gone.
+template <std::size_t Count>
+bool IsOneOf(char const* const (&texts)[Count], std::string const& text)
+{
+    return std::any_of(std::begin(texts), std::end(texts),
+                       [&text](char const* candidate) { return text == candidate; });
 }
 
 bool IsReachedByPublicCalls(std::string const& operation)
 {
-    static std::set<std::string> const interfaces{
+    static constexpr char const* interfaces[] = {
         "ISSOClient", "ISSOClientModule", "ISSOClientPrivate", "ISSOClientUI", "ISSOServerManager"};
-    static std::set<std::string> const ofTheLoad{
+    static constexpr char const* ofTheLoad[] = {
         "ISSOServerManager::SetSSOServerAppFiles", "ISSOServerManager::SetSSOServerProcessName",
         "ISSOServerManager::SetSSOServerName", "ISSOClientModule::SetOpenSslModule"};
-    return interfaces.count(operation.substr(0, operation.find(':'))) > 0 &&
-           ofTheLoad.count(operation) == 0;
+    return IsOneOf(interfaces, operation.substr(0, operation.find(':'))) &&
+           !IsOneOf(ofTheLoad, operation);
 }
 
 template <class Unit>
@@ -194,8 +219,10 @@ void Call::Act(char const* operation)
 {
     usualText = operation;
     Json::Value const script = ReadScript();
-    bool const takesTheCommonOne = !script.isMember(operation) && IsReachedByPublicCalls(operation);
-    action = script[takesTheCommonOne ? "*" : operation];
+    bool const holdsNoLock = IsReachedByPublicCalls(operation);
+    action = script[holdsNoLock && !script.isMember(operation) ? "*" : operation];
+    if (holdsNoLock)
+        JoinThreadsBehindTheLock();
     if (action.isMember("wait"))
         WaitFor(fs::u8path(action["wait"].asString()));
     if (action["callBack"].asBool())

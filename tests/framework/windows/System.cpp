@@ -121,11 +121,14 @@ void SetLocation(std::filesystem::path const&, std::wstring const& location)
 
 void SetRawLocation(unsigned type, std::string const& bytes, std::string const& name)
 {
+    // Else the system ends a text by itself, with the zeros that it finds there.
+    std::string const guarded = bytes + "\xFF\xFF";
     HKEY key = nullptr;
     ::RegCreateKeyExW(HKEY_LOCAL_MACHINE, LocationKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
                       nullptr);
     ::RegSetValueExW(key, Utf8ToWide(name).c_str(), 0, type,
-                     reinterpret_cast<BYTE const*>(bytes.data()), static_cast<DWORD>(bytes.size()));
+                     reinterpret_cast<BYTE const*>(guarded.data()),
+                     static_cast<DWORD>(bytes.size()));
     ::RegCloseKey(key);
 }
 
