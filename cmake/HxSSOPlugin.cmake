@@ -4,19 +4,18 @@
 # procedure under the name that the library looks for. The sources define
 # GetSSOClientFactory as plugin/ISSOClientFactory.h declares it.
 
-set(HXSSO_FACTORY_EXPORT
-    "?GetSSOClientFactory@@YA?AV?$shared_ptr@VISSOClientFactory@SSOServices@Halvorix@@@std@@XZ")
-
 function(hxsso_add_plugin target)
+    set(factory_export
+        "?GetSSOClientFactory@@YA?AV?$shared_ptr@VISSOClientFactory@SSOServices@Halvorix@@@std@@XZ")
     add_library(${target} MODULE ${ARGN})
     set_target_properties(${target} PROPERTIES PREFIX "")
     target_link_libraries(${target} PRIVATE HxSSOServices::Plugin)
     if(MSVC)
-        target_link_options(${target} PRIVATE "/EXPORT:${HXSSO_FACTORY_EXPORT}")
+        target_link_options(${target} PRIVATE "/EXPORT:${factory_export}")
     elseif(WIN32)
         # GCC decorates the name its own way: the export carries the other one.
         set(definition ${CMAKE_CURRENT_BINARY_DIR}/${target}.def)
-        file(WRITE ${definition} "EXPORTS\n    \"${HXSSO_FACTORY_EXPORT}\"=_Z19GetSSOClientFactoryv\n")
+        file(WRITE ${definition} "EXPORTS\n    \"${factory_export}\"=_Z19GetSSOClientFactoryv\n")
         target_sources(${target} PRIVATE ${definition})
     else()
         # The declaration in the header says nothing about visibility.

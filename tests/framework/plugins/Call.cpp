@@ -65,7 +65,8 @@ void AskForPaths() { Call("AskedForPaths", SSOClientPrivate::GetOpenSslModule())
 // then: Wine loses a detached thread that ends beside other work.
 std::vector<std::thread>& ThreadsBehindTheLock()
 {
-    static std::vector<std::thread> threads;
+    // Never destroyed: the plugin is used until the process is gone.
+    static auto& threads = *new std::vector<std::thread>;
     return threads;
 }
 

@@ -1,0 +1,118 @@
+#include "Dependencies.h"
+
+#include <fstream>
+#include <iterator>
+#include <set>
+
+#include "System.h"
+#include "platform/Platform.h"
+
+namespace Halvorix::PluginCheck {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+bool IsLibrary(std::string const& name)
+{
+    std::string const library = FromWide(Platform::LibraryFileName()).u8string();
+    return name == library || name.rfind(library + ".", 0) == 0;
+}
+
+class Search {
+public:
+    Search(fs::path const& pluginFile, ModuleImage const& ownImage)
+        : plugin(pluginFile), own(ownImage)
+    {
+    }
+
+    void Follow(fs::path const& file, ModuleImage const& image)
+    {
+        for (std::string const& name : image.imports)
+            if (seen.insert(name).second)
+                Find(name, file, image);
+    }
+
+    Dependencies found;
+
+private:
+    void Find(std::string const& name, fs::path const& file, ModuleImage const& image)
+    {
+        std::string hint;
+        fs::path const wanted = fs::u8path(name);
+        if (!Platform::LoadedModuleFile(Wide(wanted)).empty()) {
+            found.inProcess.push_back(name);
+            return;
+        }
+        for (fs::path const& folder : DependencyFolders(image, file, plugin)) {
+            if (Take(folder / wanted, hint)) {
+                found.inFolders.push_back(name);
+                return;
+            }
+        }
+        // The loader of Windows stops at the first file of the name.
+        bool const isStopped = !hint.empty() && own.format == ImageFormat::Pe;
+        if (!isStopped && IsFoundBySystem(name)) {
+            found.ofSystem.push_back(name);
+            return;
+        }
+        if (IsLibrary(name)) {
+            fs::path const here = FromWide(Platform::ExecutableFile()).parent_path();
+            for (fs::path const& folder : {here, here / HXSSO_LIBRARY_FOLDER}) {
+                if (Take(folder / wanted, hint)) {
+                    found.library = folder / wanted;
+                    return;
+                }
+            }
+        }
+        std::error_code unknown;
+        if (hint.empty() && fs::exists(file.parent_path() / wanted, unknown))
+            hint = HintForDependencyBeside();
+        found.missing.push_back({name, file.filename().u8string(), hint});
+    }
+
+    // Whether this is the file, with all that it needs in turn.
+    bool Take(fs::path const& file, std::string& hint)
+    {
+        std::optional<std::string> const content = ReadWhole(file);
+        if (!content)
+            return false;
+        ModuleImage const image = ReadModuleImage(*content);
+        if (image.format != own.format || image.machine != own.machine) {
+            hint = image.format == own.format
+                       ? "the one in " + file.parent_path().u8string() + " is for " + image.machine
+                       : "the one in " + file.parent_path().u8string() + " is no module";
+            return false;
+        }
+        Follow(file, image);
+        return true;
+    }
+
+    fs::path const& plugin;
+    ModuleImage const& own;
+    std::set<std::string> seen;
+};
+
+} // namespace
+
+Dependencies FindDependencies(fs::path const& plugin, ModuleImage const& image,
+                              ModuleImage const& own)
+{
+    Search search(plugin, own);
+    search.Follow(plugin, image);
+    return std::move(search.found);
+}
+
+std::optional<std::string> ReadWhole(fs::path const& file)
+{
+    std::error_code unknown;
+    if (!fs::is_regular_file(file, unknown))
+        return std::nullopt;
+    std::ifstream stream(file, std::ios::binary);
+    std::string content{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    if (!stream.is_open() || stream.bad())
+        return std::nullopt;
+    return content;
+}
+
+} // namespace Halvorix::PluginCheck

@@ -1,0 +1,81 @@
+// hxsso-plugin-check: says line by line what of a client plugin holds and what
+// does not, in the order in which the library would stumble.
+
+#include <exception>
+#include <iostream>
+
+#include "FileChecks.h"
+#include "LoadChecks.h"
+#include "Report.h"
+#include "System.h"
+
+namespace Halvorix::PluginCheck {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int AllHolds = 0;
+constexpr int SomethingFails = 1;
+constexpr int WrongUse = 2;
+
+constexpr char const* Usage = "usage: hxsso-plugin-check [--json] <module>\n"
+                              "\n"
+                              "Loads a client plugin as the library does and says what holds.\n"
+                              "Exit status: 0 all holds, 1 something does not, 2 wrong use.\n";
+
+int Check(fs::path const& module, bool asJson)
+{
+    fs::path const file = fs::absolute(module).lexically_normal();
+    Report report(asJson);
+    try {
+        FileFindings const findings = CheckFile(file, report);
+        // Nothing of a module runs here that is known not to work.
+        if (report.HasFailed())
+            report.Add("load", Result::Note, "not tried, for what is said above");
+        else
+            CheckLoaded(file, findings, report);
+    } catch (std::exception const& exception) {
+        report.Add("check", Result::Failed, std::string("given up: ") + exception.what());
+    }
+    report.Close(file.generic_u8string());
+    return report.HasFailed() ? SomethingFails : AllHolds;
+}
+
+int Run(std::vector<fs::path> const& arguments)
+{
+    bool asJson = false;
+    std::vector<fs::path> modules;
+    for (fs::path const& argument : arguments) {
+        std::string const text = argument.u8string();
+        if (text == "--help") {
+            std::cout << Usage;
+            return AllHolds;
+        }
+        if (text == "--json")
+            asJson = true;
+        else if (!text.empty() && text.front() != '-')
+            modules.push_back(argument);
+        else
+            modules.insert(modules.end(), 2, argument); // unknown: wrong use
+    }
+    if (modules.size() != 1) {
+        std::cerr << Usage;
+        return WrongUse;
+    }
+    return Check(modules.front(), asJson);
+}
+
+} // namespace
+
+} // namespace Halvorix::PluginCheck
+
+int main(int count, char** arguments)
+{
+    try {
+        return Halvorix::PluginCheck::Run(Halvorix::PluginCheck::BeginProgram(count, arguments));
+    } catch (std::exception const& exception) {
+        std::cerr << "hxsso-plugin-check: " << exception.what() << '\n';
+        return 1;
+    }
+}

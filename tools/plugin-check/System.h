@@ -1,0 +1,33 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "ModuleImage.h"
+
+// What the tool needs of the operating system beyond the library's own seam. Each
+// system has a folder of its own beside this header.
+namespace Halvorix::PluginCheck {
+
+/// The arguments without the program's name. Also sees to it that the system
+/// reports a module that it cannot load to this program, not to the user.
+std::vector<std::filesystem::path> BeginProgram(int count, char** arguments);
+
+/// Between the library's texts and file names; neither side depends on a locale.
+std::wstring Wide(std::filesystem::path const& path);
+std::filesystem::path FromWide(std::wstring const& text);
+
+/// Folders in which the loader looks for what the module `file` needs, before
+/// the system's own. `plugin` is the module that the library loads.
+std::vector<std::filesystem::path> DependencyFolders(ModuleImage const& image,
+                                                     std::filesystem::path const& file,
+                                                     std::filesystem::path const& plugin);
+
+/// Whether the loader finds a module by its name alone.
+bool IsFoundBySystem(std::string const& name);
+
+/// What helps the loader to a dependency that lies beside the module unseen.
+char const* HintForDependencyBeside();
+
+} // namespace Halvorix::PluginCheck
