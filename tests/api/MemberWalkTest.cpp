@@ -192,9 +192,12 @@ TEST(MemberWalk, WouldNoticeALockThatIsHeld)
 TEST(MemberWalk, BringsARefusalBack)
 {
     Installation installation;
-    Outcome const outcome = WithDocuments(installation, R"(, "answer": 0)")
-                                .Script("*", R"({"answer": 0})")
-                                .Run("WalksAllMembers");
+    installation.Complete().Script("*", R"({"answer": 0})");
+    // Nothing says who releases a text that comes with a refusal.
+    for (char const* const operation : {"GetOAuth2AccessToken", "InitiateLogout"})
+        installation.Script(std::string("ISSOClient::") + operation,
+                            R"({"answer": 0, "text": null})");
+    Outcome const outcome = installation.Run("WalksAllMembers");
     EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
     int refusals = 0;
     for (Member const& member : AllMembers()) {

@@ -47,6 +47,15 @@ def shortened(name):
     return re.sub(r"Halvorix::(WebServices|WebServicesUI|SSOServices|StdUtil)::", "", name)
 
 
+def is_of_the_library(name):
+    """Not tables of virtual operations, nor templates of others for its types.
+
+    Those are named with what they return in front.
+    """
+    before_arguments = name.split("(", 1)[0]
+    return name.startswith(("Halvorix::", "SSOServicesPrivate::")) and " " not in before_arguments
+
+
 def output_of(command, **options):
     return subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True, **options).stdout
 
@@ -72,12 +81,7 @@ def main():
     parser.add_argument("command", nargs=argparse.REMAINDER)
     arguments = parser.parse_args()
 
-    # Tables of virtual operations and type descriptions begin otherwise.
-    exported = {
-        shortened(name)
-        for name in exports_of(arguments)
-        if name.startswith(("Halvorix::", "SSOServicesPrivate::"))
-    }
+    exported = {shortened(name) for name in exports_of(arguments) if is_of_the_library(name)}
     listed = output_of(arguments.command).splitlines()
     walked = set(listed)
 
@@ -93,4 +97,9 @@ def main():
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    try:
+        sys.exit(main())
+    except subprocess.CalledProcessError as error:
+        # Its status says whether the host could be run here at all.
+        print(error)
+        sys.exit(error.returncode if error.returncode > 0 else 1)

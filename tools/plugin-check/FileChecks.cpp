@@ -50,13 +50,13 @@ bool IsJsoncpp(std::string const& lowerName)
 
 // Microsoft divides one runtime into several modules, msvcp140_1.dll say, of
 // which each program needs others.
-std::string WithoutPart(std::string name)
+std::string Undivided(std::string name)
 {
-    std::size_t const part = name.find('_');
+    std::size_t const cut = name.find('_');
     std::size_t const extension = name.rfind('.');
     bool const isDivided = BeginsWith(name, "msvcp") || BeginsWith(name, "vcruntime");
-    if (isDivided && part < extension && extension != std::string::npos)
-        name.erase(part, extension - part);
+    if (isDivided && cut < extension && extension != std::string::npos)
+        name.erase(cut, extension - cut);
     return name;
 }
 
@@ -67,7 +67,7 @@ std::set<std::string> Selected(std::vector<std::string> const& names, NameTest t
     std::set<std::string> selected;
     for (std::string const& name : names)
         if (test(Lower(name)))
-            selected.insert(WithoutPart(Lower(name)));
+            selected.insert(Undivided(Lower(name)));
     return selected;
 }
 
