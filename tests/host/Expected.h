@@ -11,8 +11,8 @@ namespace Rig {
 inline std::string Banner(std::string const& libraryFolder = "lib")
 {
     return LibraryName() +
-           " module loaded (Version: 10.22.00.1800 Config: x64-Release File: " + "{root}/" +
-           libraryFolder + "/" + MappedLibraryFile() + ")";
+           " module loaded (Version: 10.22.00.1800 Config: " HXSSO_EXPECTED_BUILD " File: " +
+           "{root}/" + libraryFolder + "/" + MappedLibraryFile() + ")";
 }
 
 /// The lines of a good load in a complete Installation, in order.
