@@ -68,20 +68,23 @@ def check_names(options, report):
 
 
 def check_exports(options, report):
-    for target, library in (("linux", options.linux), ("mingw", options.windows)):
+    # MinGW decorates alike for both machine types, so they share a list.
+    for what, target, library in (("linux", "linux", options.linux),
+                                  ("mingw", "mingw", options.windows),
+                                  ("mingw, 32 bits", "mingw", options.windows_x86)):
         try:
             found = exports.exports(library, target)
         except CompilerError as error:
-            report.add(f"exports, {target}: {library}", [f"not built? {error}"])
+            report.add(f"exports, {what}: {library}", [f"not built? {error}"])
             continue
         file = options.abi / exports.LISTS[target]
         if options.update:
             names.write_list(file, found)
-        report.add(f"exports, {target}: {len(found)} names leave {library.name}",
+        report.add(f"exports, {what}: {len(found)} names leave {library.name}",
                    names.differ(found, names.read_list(file), library.name))
         # A member that is declared and marked, and defined nowhere.
         promised, _ = names.symbols(options.include, target)
-        report.add(f"exports, {target}: all {len(promised)} names of the headers leave it",
+        report.add(f"exports, {what}: all {len(promised)} names of the headers leave it",
                    [f"{name} is in the headers and not in {library.name}"
                     for name in sorted(promised - found)])
 
@@ -116,6 +119,9 @@ def main():
     parser.add_argument("--windows", type=pathlib.Path, metavar="FILE",
                         default=ROOT / "build/windows/bin/HxSSOServices.dll",
                         help="the Windows library, else that of the preset windows")
+    parser.add_argument("--windows-x86", type=pathlib.Path, metavar="FILE",
+                        default=ROOT / "build/windows-x86/bin/HxSSOServices.dll",
+                        help="the 32-bit one, else that of the preset windows-x86")
     options = parser.parse_args()
     options.contract = ROOT / "tests/abi/contract.txt"
     unknown = set(options.checks) - set(CHECKS)
