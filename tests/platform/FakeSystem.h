@@ -1,0 +1,30 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/Platform.h"
+
+namespace Rig {
+
+/// What the seam answers in this executable, in place of the system's own
+/// answers. The comparison and the copying of text stay the system's.
+struct FakeSystem {
+    std::wstring executable;
+    std::wstring library;
+    bool wow64 = false;
+
+    /// Result of opening each view, and what is then read there.
+    std::map<Halvorix::Platform::LocationView, Halvorix::Platform::ErrorCode> openings;
+    std::map<Halvorix::Platform::LocationView, std::wstring> locations;
+
+    Halvorix::Platform::ErrorCode lastError = 0;
+
+    /// What was asked that changes something, in order.
+    std::vector<std::wstring> calls;
+};
+
+extern FakeSystem fakeSystem;
+
+} // namespace Rig
