@@ -58,7 +58,7 @@ bool SSOClientManager::ReleaseInstance()
 
 void SSOClientManager::LogWrite(std::wstring message, Log::LogLevel level)
 {
-    WriteLogLine(message, level);
+    WriteLogLine(std::move(message), level);
 }
 
 void SSOClientManager::FlushEarlyLog() { SSOServices::FlushEarlyLog(); }
