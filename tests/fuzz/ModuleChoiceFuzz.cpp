@@ -354,10 +354,12 @@ int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {
     static bool const prepared = [] {
         SSOClientManager::GetInstance(); // sets the locale by which paths are converted
+        // A name that lies nowhere else.
         Json::Value config;
+        config["ssoServer"]["appName"] = "fuzzed-server";
         config["ssoServer"]["searchPaths"] = Reference::Narrow(Folder().File("server"));
         Folder().Write(ConfigFile, Json::writeString(Json::StreamWriterBuilder(), config));
-        Folder().Write("server/HxSSO.exe", "");
+        Folder().Write("server/fuzzed-server", "");
         return true;
     }();
     Holds(prepared, "the folder is there");
