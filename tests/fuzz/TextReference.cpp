@@ -62,15 +62,21 @@ std::wstring Widen(std::string const& text)
     return wide;
 }
 
+bool IsCharacter(wchar_t unit)
+{
+    if (WideHas16Bits)
+        return true;
+    std::uint32_t value = static_cast<std::uint32_t>(unit);
+    return value <= Highest;
+}
+
 std::string Narrow(std::wstring const& text)
 {
     std::string narrow;
     for (wchar_t const unit : text) {
-        std::uint32_t value = static_cast<std::uint32_t>(unit);
+        std::uint32_t value = IsCharacter(unit) ? static_cast<std::uint32_t>(unit) : 0xFFFD;
         if (WideHas16Bits)
             value %= 0x10000;
-        else if (value > Highest)
-            value = 0xFFFD; // no character at all
         std::size_t const bytes = value < 0x80 ? 1 : value < 0x800 ? 2 : value < 0x10000 ? 3 : 4;
         std::string reversed;
         for (std::size_t i = 1; i < bytes; ++i, value /= 64)

@@ -7,6 +7,9 @@ namespace Fuzz::Reference {
 
 /// The empty text for what cannot be decoded.
 std::wstring Widen(std::string const& text);
+/// Whether a unit is the number of a character; lone halves of pairs count as one.
+bool IsCharacter(wchar_t unit);
+/// What is no character becomes U+FFFD.
 std::string Narrow(std::wstring const& text);
 
 std::string Encode64(std::string const& bytes);
