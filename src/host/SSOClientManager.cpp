@@ -1,7 +1,9 @@
 #include "SSOClientManager.h"
 
+#include <chrono>
 #include <locale>
 #include <mutex>
+#include <thread>
 #include <utility>
 
 #include <boost/filesystem/path.hpp>
@@ -31,6 +33,27 @@ void SetProcessLocale()
     boost::filesystem::path::imbue(std::locale());
 }
 
+// Another thread may hold the lock for a moment, or for ever: it waits in the
+// plugin, or the system has ended it before it told the library.
+std::unique_lock<std::recursive_mutex> LockAtProcessEnd()
+{
+    std::unique_lock<std::recursive_mutex> lock(SSOClientManagerMutex, std::defer_lock);
+    for (int attempt = 0; attempt < 50 && !lock.try_lock(); ++attempt)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    return lock;
+}
+
+// Let go without the lock: the plugin may wait there for a thread of its own.
+template <class Interface>
+bool ReleaseAtProcessEnd(std::shared_ptr<Interface>& held)
+{
+    std::shared_ptr<Interface> released; // outlives the lock
+    std::unique_lock<std::recursive_mutex> const lock = LockAtProcessEnd();
+    if (lock)
+        released.swap(held);
+    return lock.owns_lock();
+}
+
 } // namespace
 
 SSOClientManager::SSOClientManager() : SSOPathResolver(OwnVersion(), &SSOClientManager::LogWrite) {}
@@ -42,9 +65,14 @@ std::shared_ptr<SSOClientManager> SSOClientManager::GetInstance()
         if (!clientManager) {
             releasePlugin = &SSOClientManager::ReleasePlugin;
             clientManager = std::make_shared<SSOClientManager>();
-            clientManagerPublished.store(true, std::memory_order_release);
-            SetProcessLocale();
+            if (!processIsEnding) {
+                // The locale is code of this library, and the process keeps it.
+                Platform::KeepLibraryLoaded();
+                SetProcessLocale();
+            }
         }
+        // Not before the locale is set: whoever needs no lock goes on from here.
+        clientManagerPublished.store(true, std::memory_order_release);
     }
     return clientManager;
 }
@@ -63,14 +91,12 @@ void SSOClientManager::LogWrite(std::wstring message, Log::LogLevel level)
 
 void SSOClientManager::FlushEarlyLog() { SSOServices::FlushEarlyLog(); }
 
-// At the end of the process. First the factory, while the manager still answers
-// what the plugin may ask meanwhile, then the logger, then the manager.
+// At the end of the process. First the factory, while there is still a logger for
+// what the plugin may do meanwhile. The manager stays: other threads may use it.
 void SSOClientManager::ReleasePlugin()
 {
-    if (clientManager)
-        std::shared_ptr<ISSOClientFactory>().swap(clientManager->clientFactory);
-    InstallLogger(nullptr);
-    ReleaseInstance();
+    if (!clientManager || ReleaseAtProcessEnd(clientManager->clientFactory))
+        ReleaseAtProcessEnd(logger);
 }
 
 template <class Interface>

@@ -216,6 +216,21 @@ Installation& Installation::Script(std::string const& operation, std::string con
     return *this;
 }
 
+Installation& Installation::Quiet() { return Environment("HXSSO_PLUGIN_QUIET", "1"); }
+
+Installation& Installation::Limit(std::chrono::seconds longest)
+{
+    limit = longest;
+    return *this;
+}
+
+Installation& Installation::Host(std::string const& executable)
+{
+    Remove("app/" + ExecutableName("host"));
+    Place(ExecutableName(executable), "app", ExecutableName("host"));
+    return *this;
+}
+
 Installation& Installation::Environment(std::string const& name, std::string const& value)
 {
     environment[name] = WithRoot(value);
@@ -235,6 +250,7 @@ Outcome Installation::Run(std::string const& program, std::vector<std::string> c
     process.directory = Path("work");
     process.output = Path("output");
     process.errors = Path("errors");
+    process.limit = limit;
 
     Outcome outcome;
     outcome.ending = RunToEnd(process);

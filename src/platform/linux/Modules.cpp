@@ -96,6 +96,14 @@ std::wstring ErrorText(ErrorCode code)
     return FromSystem(std::generic_category().message(static_cast<int>(code)));
 }
 
+void KeepLibraryLoaded()
+{
+    Dl_info library{};
+    // The handle is never closed; in an executable there is none, nor need for it.
+    if (::dladdr(reinterpret_cast<void const*>(&KeepLibraryLoaded), &library) != 0)
+        ::dlopen(library.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+}
+
 std::wstring LoadedModuleFile(std::wstring const& moduleName)
 {
     std::string const name = ToSystem(moduleName);

@@ -29,7 +29,7 @@ using Halvorix::SSOServices::SSOClientPrivate;
 using Halvorix::SSOServices::Utf8ToWide;
 using Halvorix::WebServices::WebServicesManager;
 
-Json::Value ReadScript()
+Json::Value ParseScript()
 {
     Json::Value script(Json::objectValue);
     std::ifstream stream(fs::u8path(Variable("HXSSO_PLUGIN_SCRIPT")), std::ios::binary);
@@ -37,6 +37,21 @@ Json::Value ReadScript()
     if (stream.is_open())
         Json::parseFromStream(Json::CharReaderBuilder(), stream, &script, &errors);
     return script;
+}
+
+// Never destroyed: threads go on calling while the process ends.
+Json::Value const& ScriptOfQuietPlugin()
+{
+    static auto const& script = *new Json::Value(ParseScript());
+    return script;
+}
+
+// By pointers, since a Json::Value shares a static of its own for what is missing.
+Json::Value ActionFor(Json::Value const& script, std::string const& operation)
+{
+    Json::Value const* const action =
+        script.find(operation.data(), operation.data() + operation.size());
+    return action == nullptr ? Json::Value() : *action;
 }
 
 void WaitFor(fs::path const& file)
@@ -216,14 +231,26 @@ void Call::WriteDown(Json::Value const& line)
         << Json::writeString(builder, line) << '\n';
 }
 
+bool Call::IsQuiet()
+{
+    static bool const quiet = !Variable("HXSSO_PLUGIN_QUIET").empty();
+    return quiet;
+}
+
 void Call::Act(char const* operation)
 {
     usualText = operation;
-    Json::Value const script = ReadScript();
-    bool const holdsNoLock = IsReachedByPublicCalls(operation);
-    action = script[holdsNoLock && !script.isMember(operation) ? "*" : operation];
-    if (holdsNoLock)
-        JoinThreadsBehindTheLock();
+    if (IsQuiet()) {
+        action = ActionFor(ScriptOfQuietPlugin(), operation);
+        if (action.isNull())
+            return;
+    } else {
+        Json::Value const script = ParseScript();
+        bool const holdsNoLock = IsReachedByPublicCalls(operation);
+        action = ActionFor(script, holdsNoLock && !script.isMember(operation) ? "*" : operation);
+        if (holdsNoLock)
+            JoinThreadsBehindTheLock();
+    }
     if (action.isMember("wait"))
         WaitFor(fs::u8path(action["wait"].asString()));
     if (action["callBack"].asBool())

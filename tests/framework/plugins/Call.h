@@ -28,15 +28,19 @@ namespace Rig {
 ///                            another thread can take the library's lock meanwhile
 /// The script's "*" is for each operation without an entry of its own that a
 /// public call reaches.
+/// With HXSSO_PLUGIN_QUIET set nothing is written down and the script is read
+/// once: for hosts that call a million times, or while the process ends.
 class Call {
 public:
     template <class... Arguments>
     explicit Call(char const* operation, Arguments const&... arguments)
     {
-        Json::Value line(Json::arrayValue);
-        line.append(operation);
-        (line.append(AsJson(arguments)), ...);
-        WriteDown(line);
+        if (!IsQuiet()) {
+            Json::Value line(Json::arrayValue);
+            line.append(operation);
+            (line.append(AsJson(arguments)), ...);
+            WriteDown(line);
+        }
         Act(operation);
     }
 
@@ -96,6 +100,7 @@ private:
             return static_cast<Json::Int64>(value);
     }
 
+    static bool IsQuiet();
     static void WriteDown(Json::Value const& line);
     void Act(char const* operation);
 
