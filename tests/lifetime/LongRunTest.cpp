@@ -53,6 +53,8 @@ struct Kind {
     int longCalls; // with HXSSO_LONG
 };
 
+void PrintTo(Kind const& kind, std::ostream* out) { *out << kind.name; }
+
 class LongRun : public testing::TestWithParam<Kind> {
 protected:
     Course Run(Installation& installation)

@@ -78,21 +78,24 @@ TEST_F(Unload, LeavesThePluginsObjectsUsable)
     EXPECT_EQ(outcome.Called("~IRsaCryptor()"), 1);
 }
 
-// The library's own end comes before these: it answers, without the plugin.
+// The library's own end comes before these where a module that came later ends
+// first: it answers, without the plugin. Windows ends all modules behind the
+// executable: there it loads once more after it was released.
 TEST_F(Unload, AnswersCallsThatComeBehindItsEnd)
 {
+    int const loads = Rig::IsWindows() ? 2 : 1;
     for (bool const hasPlugin : {false, true}) {
         SCOPED_TRACE(hasPlugin);
         if (hasPlugin)
             installation.Complete();
         Outcome const outcome = RunLateBound("CallsBehindTheEnd");
         EXPECT_EQ(outcome["ready"], hasPlugin);
-        EXPECT_TRUE(outcome["readyAtTheEnd"].isBool());
+        EXPECT_EQ(outcome["readyAtTheEnd"], hasPlugin && Rig::IsWindows());
         EXPECT_EQ(outcome["initializedAtTheEnd"], true);
         EXPECT_EQ(outcome["uninitializedAtTheEnd"], true);
-        EXPECT_TRUE(outcome["readyAfterAll"].isBool());
+        EXPECT_EQ(outcome["readyAfterAll"], hasPlugin && Rig::IsWindows());
         EXPECT_EQ(outcome["localeAtTheEnd"], goodLocale);
-        EXPECT_EQ(outcome.Called("GetSSOClientFactory()"), hasPlugin ? 1 : 0);
+        EXPECT_EQ(outcome.Called("GetSSOClientFactory()"), hasPlugin ? loads : 0);
     }
 }
 
@@ -103,7 +106,7 @@ TEST_F(Unload, AnswersAFirstCallThatComesBehindItsEnd)
         if (hasPlugin)
             installation.Complete();
         Outcome const outcome = RunLateBound("CallsFirstBehindTheEnd");
-        EXPECT_TRUE(outcome["readyAtTheEnd"].isBool());
+        EXPECT_EQ(outcome["readyAtTheEnd"], hasPlugin && Rig::IsWindows());
         EXPECT_EQ(outcome["localeAtTheEnd"], goodLocale);
     }
 }
