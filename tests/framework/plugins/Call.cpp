@@ -124,6 +124,23 @@ bool IsReachedByPublicCalls(std::string const& operation)
            !IsOneOf(ofTheLoad, operation);
 }
 
+std::string FromHexadecimal(std::string const& digits)
+{
+    std::string bytes;
+    for (std::size_t at = 0; at + 1 < digits.size(); at += 2)
+        bytes.push_back(static_cast<char>(std::stoi(digits.substr(at, 2), nullptr, 16)));
+    return bytes;
+}
+
+std::string Repeated(std::string const& text, std::size_t count)
+{
+    std::string whole;
+    whole.reserve(text.size() * count);
+    for (std::size_t i = 0; i < count; ++i)
+        whole += text;
+    return whole;
+}
+
 template <class Unit>
 int FillBuffer(std::basic_string<Unit> const& text, Unit* buffer, int capacity)
 {
@@ -149,12 +166,12 @@ Unit* NewCopy(std::basic_string<Unit> const& text)
 
 bool Call::Text(std::string& text) const
 {
-    if (!action.isMember("text")) {
-        text = usualText;
-        return true;
-    }
-    text = action["text"].asString();
-    return !action["text"].isNull();
+    text = action.isMember("text") ? action["text"].asString() : usualText;
+    if (action.isMember("bytes"))
+        text = FromHexadecimal(action["bytes"].asString());
+    if (action.isMember("repeat"))
+        text = Repeated(text, action["repeat"].asUInt());
+    return !action.isMember("text") || !action["text"].isNull();
 }
 
 std::string Call::Text() const

@@ -18,6 +18,8 @@ namespace Rig {
 /// arguments as they arrived, and then does what the script says:
 ///   {"answer": value}        in place of the default answer
 ///   {"text": value}          in place of the default text, null for a null one
+///   {"bytes": "c3ff"}        likewise, for bytes that a script cannot spell
+///   {"repeat": count}        that text so many times over
 ///   {"empty": true}          an empty interface, from a getter
 ///   {"throw": "text"}        std::runtime_error; of a number, that int
 ///   {"wait": "file"}         until the file exists, announced by file + ".waiting"
