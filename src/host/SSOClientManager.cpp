@@ -1,13 +1,19 @@
 #include "SSOClientManager.h"
 
+#include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <locale>
 #include <mutex>
+#include <stdexcept>
+#include <string>
 #include <thread>
 #include <utility>
 
 #include <boost/filesystem/path.hpp>
+#include <boost/locale/encoding_errors.hpp>
 #include <boost/locale/generator.hpp>
+#include <boost/locale/util.hpp>
 
 #include "../../include/plugin/ISSOClientFactory.h"
 #include "../support/LibraryIdentity.h"
@@ -25,12 +31,39 @@ Version OwnVersion()
     return version;
 }
 
+// Boost's generator ends the process over a language longer than any that there
+// is.
+bool NamesALanguage(std::string const& locale)
+{
+    constexpr std::size_t longest = 8;
+    return std::min(locale.find_first_of("_.-@"), locale.size()) <= longest;
+}
+
+// The environment may hold what is no locale, or one with a character set that
+// does not exist.
+std::locale SystemLocale()
+{
+    boost::locale::generator const generate;
+    if (!NamesALanguage(boost::locale::util::get_system_locale()))
+        return generate("C.UTF-8");
+    try {
+        return generate("");
+    } catch (boost::locale::conv::invalid_charset_error const&) {
+        return generate("C.UTF-8");
+    }
+}
+
 // The host's global locale changes with the first use of the library, on
 // purpose: narrow path text is converted by it from then on.
 void SetProcessLocale()
 {
-    std::locale::global(boost::locale::generator()(""));
-    boost::filesystem::path::imbue(std::locale());
+    std::locale::global(SystemLocale());
+    try {
+        boost::filesystem::path::imbue(std::locale());
+    } catch (std::runtime_error const&) {
+        // It is imbued by then. What cannot be made is the answer, the locale
+        // before it, where the environment names one that is not installed.
+    }
 }
 
 // Another thread may hold the lock for a moment, or for ever: it waits in the
@@ -64,15 +97,17 @@ std::shared_ptr<SSOClientManager> SSOClientManager::GetInstance()
         std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
         if (!clientManager) {
             releasePlugin = &SSOClientManager::ReleasePlugin;
-            clientManager = std::make_shared<SSOClientManager>();
+            auto manager = std::make_shared<SSOClientManager>();
+            // Before anyone sees the manager: if this fails, the next use does
+            // both again.
             if (!processIsEnding) {
                 // The locale is code of this library, and the process keeps it.
                 Platform::KeepLibraryLoaded();
                 SetProcessLocale();
             }
+            clientManager = std::move(manager);
+            clientManagerPublished.store(true, std::memory_order_release);
         }
-        // Not before the locale is set: whoever needs no lock goes on from here.
-        clientManagerPublished.store(true, std::memory_order_release);
     }
     return clientManager;
 }

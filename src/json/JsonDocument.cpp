@@ -1,5 +1,6 @@
 #include "JsonDocument.h"
 
+#include <memory>
 #include <sstream>
 
 #include <json/reader.h>
@@ -19,9 +20,15 @@ bool ParseJsonDocument(char const* text, Json::Value& value)
     return Json::parseFromStream(builder, stream, &value, &errors);
 }
 
+// As Json::writeString, whose stream would swallow std::bad_alloc and leave the
+// document cut.
 std::string WriteJsonDocument(Json::Value const& value)
 {
-    return Json::writeString(Json::StreamWriterBuilder(), value);
+    std::ostringstream stream;
+    stream.exceptions(std::ios::badbit);
+    std::unique_ptr<Json::StreamWriter> const writer(Json::StreamWriterBuilder().newStreamWriter());
+    writer->write(value, &stream);
+    return stream.str();
 }
 
 } // namespace Halvorix::SSOServices

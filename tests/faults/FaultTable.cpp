@@ -30,9 +30,13 @@ constexpr char const* BlankVersion = "Blank or missing key 'version' in ";
 constexpr char const* NoRange = "Missing object 'compatibleSsoServicesVersion' in ";
 constexpr char const* EmptyRange = "Invalid version range in ";
 
+constexpr char const* Range = R"("compatibleSsoServicesVersion": {"minVersion": "10"})";
+
 std::string Nested() { return std::string(5000, '['); }
 
 std::string Module(std::string const& members) { return "[{" + members + "}]"; }
+
+std::string Endless() { return std::string(70000, 'x'); }
 
 std::string const Named = R"("module": "m", "modulePath": "/p", "version": "1")";
 
@@ -121,6 +125,8 @@ private:
         Config("client config with a number for an object", Presence::File, R"({"openssl": 7})", "",
                MemberOfNoObject);
         Config("client config too deep", Presence::File, Nested(), "", TooDeep);
+        Config("client config with an endless path", Presence::File,
+               R"({"ssoServer": {"searchPaths": ")" + Endless() + R"("}})", "");
     }
 
     void AddServerAndCompatibility()
@@ -159,9 +165,14 @@ private:
                 Module(Named + R"(, "compatibleSsoServicesVersion": {"minVersion": "11"})"),
                 {NoPluginFits});
 
+        Plugins("plugin with an endless name",
+                Module(R"("module": ")" + Endless() + R"(", "modulePath": "/p", )" + Range), {});
+
         std::vector<std::string> const noOpenSsl = {NoOpenSslListed, NoOpenSslFits};
         OpenSsl("no openssl", "null", noOpenSsl);
         OpenSsl("openssl an object", R"({"a": {}})", {}, IndexOfNoArray);
+        OpenSsl("openssl with an endless name",
+                Module(R"("module": ")" + Endless() + R"(", "modulePath": "/p", )" + Range), {});
         Add("openssl file missing", "openssl", [](Circumstances& c) { c.openSslFile = false; });
     }
 
