@@ -139,6 +139,14 @@ void LentPlugin::GiveText(char const* text, bool doesSucceed)
     succeeds = doesSucceed;
 }
 
+void LentPlugin::RenewManager() const
+{
+    Reset();
+    clientManager = std::make_shared<SSOClientManager>();
+    clientManagerPublished = true;
+    clientManager->SetSSOClientConfigFileOverride(ConfigFile());
+}
+
 void LentPlugin::Reset()
 {
     SSOClientManager::ReleaseInstance();

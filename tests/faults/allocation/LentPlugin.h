@@ -28,6 +28,10 @@ public:
     /// says that it succeeded.
     static void GiveText(char const* text, bool succeeds = true);
 
+    /// A new manager that is to use that file. Not by its GetInstance: setting the
+    /// process's locale takes longer than all the rest.
+    void RenewManager() const;
+
     /// The library as it is before its first use, but for the module that stays.
     static void Reset();
 

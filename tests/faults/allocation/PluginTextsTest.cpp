@@ -21,8 +21,6 @@ class PluginTexts : public testing::Test {
 protected:
     void SetUp() override
     {
-        // The plugin and the library are in this executable, so that these
-        // arrays are counted on every system.
         SSOClientManager::GetInstance()->SetSSOClientConfigFileOverride(plugin.ConfigFile());
         WebServicesManager::Initialize(false);
     }

@@ -18,6 +18,8 @@ struct Operation {
     std::function<void()> useAfterwards = [] {};
     /// Drops all of it again.
     std::function<void()> discard = [] {};
+    /// What a library under this one leaves behind at most when it fails.
+    long blocksThatOthersLose = 0;
 };
 
 /// Fails the first allocation, then the second and so on, until the operation
