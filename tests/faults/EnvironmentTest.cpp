@@ -2,7 +2,7 @@
 
 #include <iostream>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "SSOClientPrivate.h"
 #include "WebServicesManager.h"
@@ -44,7 +44,7 @@ std::vector<Setting> Settings()
                                      {"TMPDIR", "/nowhere"}};
     for (char const* const variable : {"LC_ALL", "LANG", "LC_CTYPE"})
         for (char const* const value : {"", "C", "POSIX", "xx_YY", "xx_YY.UTF-8", "de_DE.nonsense",
-                                        "tr_TR.UTF-8", ".", "@", "/", "a_b.c@d", "en_US.UTF-16"})
+                                        "tr_TR.UTF-8", ".", "@", "/", "a_b.c@d"})
             settings.push_back({variable, value});
     for (std::size_t const length : {9, 12, 13, 200, 5000})
         settings.push_back({"LC_ALL", std::string(length, 'x') + ".UTF-8"});
@@ -66,6 +66,28 @@ TEST(Environment, MayHoldAnything)
         for (char const* const call : {"initialize", "call", "expand", "program"})
             EXPECT_EQ(outcome[call], "returned") << call;
         EXPECT_EQ(outcome["state"], "ISSOClientPrivate::GetSessionState");
+        ++tried;
+    }
+    std::cout << "faults tried: " << tried << std::endl;
+}
+
+// Where the locale's character set has no place for a path, the conversion's
+// exception reaches the caller, who can go on.
+TEST(Environment, MayHaveNoWordsForAPath)
+{
+    int tried = 0;
+    for (char const* const locale : {"C", "POSIX", "en_US.UTF-16", "en_US.ISO-8859-1"}) {
+        SCOPED_TRACE(locale);
+        Installation installation("Bücher ☃");
+        installation.Complete().Environment("LC_ALL", locale);
+        Outcome const outcome = installation.Run("LoadsInAnyEnvironment");
+        EXPECT_FALSE(outcome.ending.timedOut);
+        EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
+        EXPECT_EQ(outcome["program"], "returned");
+        for (char const* const call : {"initialize", "call", "expand"})
+            EXPECT_THAT(outcome[call].asString(),
+                        testing::AnyOf("returned", testing::HasSubstr("path codecvt")))
+                << call;
         ++tried;
     }
     std::cout << "faults tried: " << tried << std::endl;

@@ -241,10 +241,10 @@ TEST(PluginTexts, ByValueMayBeAnything)
         Outcome const outcome = installation.Run("TakesTexts");
         EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
         EXPECT_EQ(outcome["program"], "returned");
-        EXPECT_EQ(outcome["wide"], wanted.wide);
-        EXPECT_EQ(outcome["map"], wanted.wide);
-        EXPECT_EQ(outcome["narrow"], wanted.narrow);
-        EXPECT_EQ(outcome["ping.text"], wanted.narrow);
+        EXPECT_EQ(outcome["wide"].asUInt64(), wanted.wide);
+        EXPECT_EQ(outcome["map"].asUInt64(), wanted.wide);
+        EXPECT_EQ(outcome["narrow"].asUInt64(), wanted.narrow);
+        EXPECT_EQ(outcome["ping.text"].asUInt64(), wanted.narrow);
         EXPECT_EQ(outcome["buffer"], wanted.buffer);
         // A text with a zero in it ends there in a buffer.
         EXPECT_EQ(outcome["cut"], wanted.wide == 3 ? 1 : wanted.buffer);
