@@ -6,9 +6,11 @@
 #include <sstream>
 #include <stdexcept>
 
+#include <gtest/gtest.h>
 #include <json/reader.h>
 #include <json/writer.h>
 
+#include "Secrets.h"
 #include "Variable.h"
 
 namespace Rig {
@@ -73,6 +75,22 @@ fs::path NewRoot(std::string const& folderName)
     return ThisExecutable().parent_path().parent_path() / "rig" /
            (std::to_string(ProcessNumber()) + "-" + std::to_string(++count)) /
            fs::u8path(folderName);
+}
+
+void ExpectNoSecretIn(std::string const& text, char const* where)
+{
+    for (std::string const& secret : Secrets::FoundIn(text))
+        ADD_FAILURE() << "the " << where << " tells the secret " << secret << ":\n" << text;
+}
+
+// The report and the record are the test's own: only there may a secret show.
+void ExpectNoSecretIn(Outcome const& outcome)
+{
+    for (LogLine const& line : outcome.log)
+        ExpectNoSecretIn(line.text, "log");
+    for (std::string const& line : outcome.console)
+        ExpectNoSecretIn(line, "console");
+    ExpectNoSecretIn(outcome.errors, "standard error");
 }
 
 } // namespace
@@ -267,6 +285,7 @@ Outcome Installation::Run(std::string const& program, std::vector<std::string> c
         else
             outcome.calls.push_back(Spelled(call));
     }
+    ExpectNoSecretIn(outcome);
     return outcome;
 }
 

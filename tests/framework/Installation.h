@@ -93,6 +93,8 @@ public:
     Installation& Host(std::string const& executable);
     Installation& Environment(std::string const& name, std::string const& value);
 
+    /// Runs a host program in the tree. A secret of Secrets.h in what the library
+    /// logged, or on the console, is a failure of the test.
     Outcome Run(std::string const& program, std::vector<std::string> const& arguments = {});
 
 private:
