@@ -94,11 +94,10 @@ void* NewBlock(std::size_t size)
     return block;
 }
 
-void FreeBlock(void* block)
+void Examine(void* block)
 {
     if (block != nullptr && watching)
         Search(block);
-    std::free(block);
 }
 
 } // namespace Rig
@@ -119,14 +118,19 @@ void* operator new[](std::size_t size, std::nothrow_t const&) noexcept
     return Rig::NewBlock(size);
 }
 
-void operator delete(void* block) noexcept { Rig::FreeBlock(block); }
+// Not by a jump to a common end: it is looked for among the callers.
+void operator delete(void* block) noexcept
+{
+    Rig::Examine(block);
+    std::free(block);
+}
 
-void operator delete[](void* block) noexcept { Rig::FreeBlock(block); }
+void operator delete[](void* block) noexcept { ::operator delete(block); }
 
-void operator delete(void* block, std::size_t) noexcept { Rig::FreeBlock(block); }
+void operator delete(void* block, std::size_t) noexcept { ::operator delete(block); }
 
-void operator delete[](void* block, std::size_t) noexcept { Rig::FreeBlock(block); }
+void operator delete[](void* block, std::size_t) noexcept { ::operator delete(block); }
 
-void operator delete(void* block, std::nothrow_t const&) noexcept { Rig::FreeBlock(block); }
+void operator delete(void* block, std::nothrow_t const&) noexcept { ::operator delete(block); }
 
-void operator delete[](void* block, std::nothrow_t const&) noexcept { Rig::FreeBlock(block); }
+void operator delete[](void* block, std::nothrow_t const&) noexcept { ::operator delete(block); }
