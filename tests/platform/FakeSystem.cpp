@@ -44,6 +44,8 @@ std::wstring ErrorText(ErrorCode code)
     return fakeSystem.hasErrorTexts ? L"error " + std::to_wstring(code) : std::wstring();
 }
 
+void KeepLibraryLoaded() {}
+
 std::wstring LoadedModuleFile(std::wstring const& moduleName)
 {
     return moduleName == LibraryFileName() ? fakeSystem.library : std::wstring();
