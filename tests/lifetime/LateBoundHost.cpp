@@ -147,7 +147,11 @@ HOST_PROGRAM(CallsBehindTheEnd)
     report("ready", atTheEnd.library->IsServerReady());
 }
 
-HOST_PROGRAM(CallsFirstBehindTheEnd) { AtTheEnd().library = new Library(arguments[0]); }
+HOST_PROGRAM(CallsFirstBehindTheEnd)
+{
+    CallsAtTheEnd& atTheEnd = AtTheEnd(); // before the library
+    atTheEnd.library = new Library(arguments[0]);
+}
 
 } // namespace
 
