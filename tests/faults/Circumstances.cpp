@@ -28,6 +28,9 @@ bool Place(Installation& installation, std::string const& file, Presence presenc
            std::string const& content)
 {
     namespace fs = std::filesystem;
+    std::error_code ignored;
+    // Windows removes no file that is read-only.
+    fs::permissions(installation.Path(file), fs::perms::owner_all, ignored);
     installation.Remove(file);
     switch (presence) {
     case Presence::Missing:
@@ -42,9 +45,11 @@ bool Place(Installation& installation, std::string const& file, Presence presenc
     installation.File(file, content);
     if (presence == Presence::File)
         return true;
-    std::error_code ignored;
     fs::permissions(installation.Path(file), fs::perms::none, ignored);
-    return !CanBeRead(installation.Path(file));
+    if (!CanBeRead(installation.Path(file)))
+        return true;
+    fs::permissions(installation.Path(file), fs::perms::owner_all, ignored);
+    return false;
 }
 
 std::string ScriptOf(std::string const& operation, Reaction reaction)
