@@ -71,7 +71,8 @@ void SetForms(std::string const& secret)
 FreedMemory::FreedMemory(std::string_view secret)
 {
     PrepareForQuestions();
-    SetForms(std::string(secret));
+    // Its first units may be gone with a terminator: a part is as bad as the whole.
+    SetForms(std::string(secret.substr(6)));
     found = foundOfOthers = searched = 0;
     watching = true;
 }
