@@ -1,6 +1,5 @@
 #include "../../include/WebServicesManager.h"
 
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,7 +10,9 @@
 #include "../../include/OAuth2Token.h"
 #include "../../include/WebServicesConfiguration.h"
 #include "../support/ProcessState.h"
+#include "../support/SecretText.h"
 #include "Forward.h"
+#include "PluginText.h"
 #include "ReferenceCount.h"
 #include "SpecText.h"
 
@@ -260,9 +261,9 @@ bool WebServicesManager::InitiateLogin(wchar_t* buffer, int capacity)
 bool WebServicesManager::CompleteLogin(NetworkCookieJar const& jar)
 {
     return AskClient(false, [&](auto& client) {
-        std::string text;
-        SSOServicesPrivate::NetworkCookieJarToJson(jar, text);
-        return client.CompleteLogin(text.c_str());
+        SecretText<char> text;
+        SSOServicesPrivate::NetworkCookieJarToJson(jar, *text);
+        return client.CompleteLogin(text->c_str());
     });
 }
 
@@ -291,7 +292,7 @@ bool WebServicesManager::InitiateLogout(wchar_t* buffer, int capacity, NetworkCo
         char* text = nullptr;
         if (!client.InitiateLogout(buffer, capacity, text, callback))
             return false;
-        std::unique_ptr<char[]> const owned(text);
+        PluginText const owned(text);
         // No text is no failure here, unlike in GetOAuth2AccessToken, on purpose.
         return text == nullptr || SSOServicesPrivate::JsonToNetworkCookieJar(text, jar);
     });
@@ -469,7 +470,7 @@ bool WebServicesManager::GetOAuth2AccessToken(OAuth2TokenSpec const& spec, OAuth
         // A text that comes with a refusal is neither read nor released.
         if (!client.GetOAuth2AccessToken(SpecText(spec).c_str(), text, callback, flag))
             return false;
-        std::unique_ptr<char[]> const owned(text);
+        PluginText const owned(text);
         return text != nullptr && SSOServicesPrivate::JsonToOAuth2Token(text, token);
     });
 }

@@ -44,7 +44,7 @@ bool SSOClientManager::LoadPlugin()
     std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
     if (moduleHandle != nullptr)
         return true;
-    if (loadState == LoadBegun)
+    if (loadState == LoadBegun || processIsEnding)
         return false;
     loadState = LoadBegun;
     std::wstring const file = GetSSOClientPluginModule();

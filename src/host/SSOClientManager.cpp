@@ -1,11 +1,19 @@
 #include "SSOClientManager.h"
 
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
 #include <locale>
 #include <mutex>
+#include <stdexcept>
+#include <string>
+#include <thread>
 #include <utility>
 
 #include <boost/filesystem/path.hpp>
+#include <boost/locale/encoding_errors.hpp>
 #include <boost/locale/generator.hpp>
+#include <boost/locale/util.hpp>
 
 #include "../../include/plugin/ISSOClientFactory.h"
 #include "../support/LibraryIdentity.h"
@@ -23,12 +31,60 @@ Version OwnVersion()
     return version;
 }
 
+// Boost's generator ends the process over a language longer than any that there
+// is.
+bool NamesALanguage(std::string const& locale)
+{
+    constexpr std::size_t longest = 8;
+    return std::min(locale.find_first_of("_.-@"), locale.size()) <= longest;
+}
+
+// The environment may hold what is no locale, or one with a character set that
+// does not exist.
+std::locale SystemLocale()
+{
+    boost::locale::generator const generate;
+    if (!NamesALanguage(boost::locale::util::get_system_locale()))
+        return generate("C.UTF-8");
+    try {
+        return generate("");
+    } catch (boost::locale::conv::invalid_charset_error const&) {
+        return generate("C.UTF-8");
+    }
+}
+
 // The host's global locale changes with the first use of the library, on
 // purpose: narrow path text is converted by it from then on.
 void SetProcessLocale()
 {
-    std::locale::global(boost::locale::generator()(""));
-    boost::filesystem::path::imbue(std::locale());
+    std::locale::global(SystemLocale());
+    try {
+        boost::filesystem::path::imbue(std::locale());
+    } catch (std::runtime_error const&) {
+        // It is imbued by then. What cannot be made is the answer, the locale
+        // before it, where the environment names one that is not installed.
+    }
+}
+
+// Another thread may hold the lock for a moment, or for ever: it waits in the
+// plugin, or the system has ended it before it told the library.
+std::unique_lock<std::recursive_mutex> LockAtProcessEnd()
+{
+    std::unique_lock<std::recursive_mutex> lock(SSOClientManagerMutex, std::defer_lock);
+    for (int attempt = 0; attempt < 50 && !lock.try_lock(); ++attempt)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    return lock;
+}
+
+// Let go without the lock: the plugin may wait there for a thread of its own.
+template <class Interface>
+bool ReleaseAtProcessEnd(std::shared_ptr<Interface>& held)
+{
+    std::shared_ptr<Interface> released; // outlives the lock
+    std::unique_lock<std::recursive_mutex> const lock = LockAtProcessEnd();
+    if (lock)
+        released.swap(held);
+    return lock.owns_lock();
 }
 
 } // namespace
@@ -41,9 +97,16 @@ std::shared_ptr<SSOClientManager> SSOClientManager::GetInstance()
         std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
         if (!clientManager) {
             releasePlugin = &SSOClientManager::ReleasePlugin;
-            clientManager = std::make_shared<SSOClientManager>();
+            auto manager = std::make_shared<SSOClientManager>();
+            // Before anyone sees the manager: if this fails, the next use does
+            // both again.
+            if (!processIsEnding) {
+                // The locale is code of this library, and the process keeps it.
+                Platform::KeepLibraryLoaded();
+                SetProcessLocale();
+            }
+            clientManager = std::move(manager);
             clientManagerPublished.store(true, std::memory_order_release);
-            SetProcessLocale();
         }
     }
     return clientManager;
@@ -58,19 +121,17 @@ bool SSOClientManager::ReleaseInstance()
 
 void SSOClientManager::LogWrite(std::wstring message, Log::LogLevel level)
 {
-    WriteLogLine(message, level);
+    WriteLogLine(std::move(message), level);
 }
 
 void SSOClientManager::FlushEarlyLog() { SSOServices::FlushEarlyLog(); }
 
-// At the end of the process. First the factory, while the manager still answers
-// what the plugin may ask meanwhile, then the logger, then the manager.
+// At the end of the process. First the factory, while there is still a logger for
+// what the plugin may do meanwhile. The manager stays: other threads may use it.
 void SSOClientManager::ReleasePlugin()
 {
-    if (clientManager)
-        std::shared_ptr<ISSOClientFactory>().swap(clientManager->clientFactory);
-    InstallLogger(nullptr);
-    ReleaseInstance();
+    if (!clientManager || ReleaseAtProcessEnd(clientManager->clientFactory))
+        ReleaseAtProcessEnd(logger);
 }
 
 template <class Interface>

@@ -2,12 +2,16 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <stdexcept>
+#include <utility>
 
 #include <boost/archive/iterators/base64_from_binary.hpp>
 #include <boost/archive/iterators/binary_from_base64.hpp>
 #include <boost/archive/iterators/dataflow_exception.hpp>
 #include <boost/archive/iterators/transform_width.hpp>
+
+#include "../support/SecretText.h"
 
 namespace Halvorix::SSOServices {
 
@@ -23,25 +27,31 @@ using Decoder = iterators::transform_width<iterators::binary_from_base64<Positio
 
 std::string Base64Encode(std::string const& bytes)
 {
-    std::string text(Encoder(bytes.begin()), Encoder(bytes.end()));
+    // With all room at once: growth would leave copies behind.
+    std::string text;
+    text.reserve((bytes.size() + 2) / 3 * 4);
+    std::copy(Encoder(bytes.begin()), Encoder(bytes.end()), std::back_inserter(text));
     text.append((3 - bytes.size() % 3) % 3, '=');
     return text;
 }
 
-std::string Base64Decode(std::string text)
+std::string Base64Decode(std::string encoded)
 {
-    auto const padding = static_cast<std::size_t>(std::count(text.begin(), text.end(), '='));
-    std::replace(text.begin(), text.end(), '=', 'A');
+    SecretText<char> text(std::move(encoded));
+    auto const padding = static_cast<std::size_t>(std::count(text->begin(), text->end(), '='));
+    std::replace(text->begin(), text->end(), '=', 'A');
     // Six bits alone make no byte: the iterator would look for more behind the
     // end, find none of the alphabet and throw just this.
-    if (text.size() % 4 == 1)
+    if (text->size() % 4 == 1)
         throw iterators::dataflow_exception(
             iterators::dataflow_exception::invalid_base64_character);
-    std::string bytes(Decoder(text.cbegin()), Decoder(text.cend()));
-    if (padding > bytes.size())
+    SecretText<char> bytes;
+    bytes->reserve(text->size() / 4 * 3 + 3);
+    std::copy(Decoder(text->cbegin()), Decoder(text->cend()), std::back_inserter(*bytes));
+    if (padding > bytes->size())
         throw std::out_of_range("invalid string position");
-    bytes.erase(bytes.size() - padding);
-    return bytes;
+    bytes->erase(bytes->size() - padding);
+    return std::move(*bytes);
 }
 
 } // namespace Halvorix::SSOServices

@@ -11,6 +11,6 @@ std::string Base64Encode(std::string const& bytes);
 /// characters outside the alphabet, white space included, throw
 /// boost::archive::iterators::dataflow_exception; more "=" than bytes throws
 /// std::out_of_range.
-std::string Base64Decode(std::string text);
+std::string Base64Decode(std::string encoded);
 
 } // namespace Halvorix::SSOServices

@@ -1,11 +1,15 @@
 // SSOServicesPrivate: cookies and cookie jars.
 
+#include <utility>
+
 #include <json/value.h>
 
 #include "../../include/SSOServicesPrivate.h"
+#include "../support/SecretText.h"
 #include "../support/TextConversion.h"
 #include "../types/NetworkCookieRecord.h"
 #include "JsonDocument.h"
+#include "SecretDocument.h"
 
 using namespace Halvorix::SSOServices;
 using namespace Halvorix::WebServices;
@@ -14,7 +18,7 @@ using namespace Halvorix::WebServices;
 bool SSOServicesPrivate::NetworkCookieToJson(NetworkCookie const& cookie, Json::Value& json)
 {
     json["Name"] = cookie.record->name;
-    json["Value"] = cookie.record->value;
+    json["Value"] = *cookie.record->value;
     json["Domain"] = WideToUtf8(cookie.record->domain);
     json["Path"] = WideToUtf8(cookie.record->path);
     json["IsSecure"] = cookie.record->secure;
@@ -25,10 +29,10 @@ bool SSOServicesPrivate::NetworkCookieToJson(NetworkCookie const& cookie, Json::
 
 bool SSOServicesPrivate::NetworkCookieToJson(NetworkCookie const& cookie, std::string& text)
 {
-    text.clear();
-    Json::Value json;
-    NetworkCookieToJson(cookie, json);
-    text = WriteJsonDocument(json);
+    Wipe(text);
+    SecretDocument json;
+    NetworkCookieToJson(cookie, *json);
+    text = WriteJsonDocument(*json);
     return true;
 }
 
@@ -39,7 +43,7 @@ bool SSOServicesPrivate::JsonToNetworkCookie(Json::Value const& json, NetworkCoo
     if (json.isNull())
         return false;
     cookie.record->name = json["Name"].asString();
-    cookie.record->value = json["Value"].asString();
+    cookie.record->value = SecretText<char>(json["Value"].asString());
     cookie.record->domain = Utf8ToWide(json["Domain"].asString());
     cookie.record->path = Utf8ToWide(json["Path"].asString());
     cookie.record->secure = json["IsSecure"].asBool();
@@ -50,28 +54,27 @@ bool SSOServicesPrivate::JsonToNetworkCookie(Json::Value const& json, NetworkCoo
 
 bool SSOServicesPrivate::JsonToNetworkCookie(char const* text, NetworkCookie& cookie)
 {
-    Json::Value json;
-    return ParseJsonDocument(text, json) && JsonToNetworkCookie(json, cookie);
+    SecretDocument json;
+    return ParseJsonDocument(text, *json) && JsonToNetworkCookie(*json, cookie);
 }
 
 bool SSOServicesPrivate::NetworkCookieJarToJson(NetworkCookieJar const& jar, Json::Value& json)
 {
-    Json::Value cookies(Json::arrayValue);
-    for (int i = 0; i < jar.GetCookieCount(); ++i) {
-        Json::Value cookie;
-        NetworkCookieToJson(jar.GetCookie(i), cookie);
-        cookies.append(cookie);
-    }
-    json["Cookies"] = cookies;
+    SecretDocument cookies(Json::arrayValue);
+    for (int i = 0; i < jar.GetCookieCount(); ++i)
+        NetworkCookieToJson(jar.GetCookie(i), cookies->append(Json::Value()));
+    Json::Value& member = json["Cookies"];
+    member = Json::Value(); // what was there is the caller's, and not to be wiped
+    member = std::move(*cookies);
     return true;
 }
 
 bool SSOServicesPrivate::NetworkCookieJarToJson(NetworkCookieJar const& jar, std::string& text)
 {
-    text.clear();
-    Json::Value json;
-    NetworkCookieJarToJson(jar, json);
-    text = WriteJsonDocument(json);
+    Wipe(text);
+    SecretDocument json;
+    NetworkCookieJarToJson(jar, *json);
+    text = WriteJsonDocument(*json);
     return true;
 }
 
@@ -93,6 +96,6 @@ bool SSOServicesPrivate::JsonToNetworkCookieJar(Json::Value const& json, Network
 
 bool SSOServicesPrivate::JsonToNetworkCookieJar(char const* text, NetworkCookieJar& jar)
 {
-    Json::Value json;
-    return ParseJsonDocument(text, json) && JsonToNetworkCookieJar(json, jar);
+    SecretDocument json;
+    return ParseJsonDocument(text, *json) && JsonToNetworkCookieJar(*json, jar);
 }

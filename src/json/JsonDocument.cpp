@@ -1,27 +1,80 @@
 #include "JsonDocument.h"
 
-#include <sstream>
+#include <cstring>
+#include <memory>
+#include <ostream>
+#include <streambuf>
+#include <utility>
 
 #include <json/reader.h>
 #include <json/value.h>
 #include <json/writer.h>
 
+#include "../support/SecretText.h"
+
 namespace Halvorix::SSOServices {
+
+namespace {
+
+// Unlike a string stream's, a buffer that leaves nothing behind when it grows.
+class DocumentBuffer : public std::streambuf {
+public:
+    std::string Release() { return std::move(*document); }
+
+protected:
+    std::streamsize xsputn(char const* text, std::streamsize count) override
+    {
+        MakeRoomFor(static_cast<std::size_t>(count));
+        document->append(text, static_cast<std::size_t>(count));
+        return count;
+    }
+
+    int_type overflow(int_type unit) override
+    {
+        if (!traits_type::eq_int_type(unit, traits_type::eof())) {
+            MakeRoomFor(1);
+            document->push_back(traits_type::to_char_type(unit));
+        }
+        return traits_type::not_eof(unit);
+    }
+
+private:
+    void MakeRoomFor(std::size_t count)
+    {
+        if (document->capacity() - document->size() >= count)
+            return;
+        SecretText<char> larger;
+        larger->reserve(2 * (document->size() + count));
+        larger->append(*document);
+        document->swap(*larger);
+    }
+
+    SecretText<char> document;
+};
+
+} // namespace
 
 bool ParseJsonDocument(char const* text, Json::Value& value)
 {
     if (text == nullptr || *text == '\0')
         return false;
-    std::istringstream stream(text);
     Json::CharReaderBuilder builder;
     builder["collectComments"] = false;
-    std::string errors;
-    return Json::parseFromStream(builder, stream, &value, &errors);
+    // In place: parseFromStream would copy the text, with the secrets in it.
+    std::unique_ptr<Json::CharReader> const reader(builder.newCharReader());
+    return reader->parse(text, text + std::strlen(text), &value, nullptr);
 }
 
+// As Json::writeString, whose stream would swallow std::bad_alloc and leave the
+// document cut.
 std::string WriteJsonDocument(Json::Value const& value)
 {
-    return Json::writeString(Json::StreamWriterBuilder(), value);
+    DocumentBuffer document;
+    std::ostream stream(&document);
+    stream.exceptions(std::ios::badbit);
+    std::unique_ptr<Json::StreamWriter> const writer(Json::StreamWriterBuilder().newStreamWriter());
+    writer->write(value, &stream);
+    return document.Release();
 }
 
 } // namespace Halvorix::SSOServices

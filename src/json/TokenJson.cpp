@@ -8,10 +8,12 @@
 
 #include "../../include/SSOServicesPrivate.h"
 #include "../../include/plugin/IRsaCryptor.h"
+#include "../support/SecretText.h"
 #include "../support/TextConversion.h"
 #include "../types/OAuth2Records.h"
 #include "Base64.h"
 #include "JsonDocument.h"
+#include "SecretDocument.h"
 
 using namespace Halvorix::SSOServices;
 using namespace Halvorix::WebServices;
@@ -23,15 +25,16 @@ using Operation = bool (IRsaCryptor::*)(unsigned char const*, unsigned long long
 
 // False if the cryptor fails, or claims more than it had room for.
 bool Transform(IRsaCryptor& cryptor, Operation operation, std::string const& input,
-               std::uint64_t capacity, std::string& output)
+               std::uint64_t capacity, SecretText<char>& output)
 {
-    output.assign(capacity, '\0');
+    output->assign(capacity, '\0');
     unsigned long long length = 0;
     if (!(cryptor.*operation)(reinterpret_cast<unsigned char const*>(input.data()), input.size(),
-                              reinterpret_cast<unsigned char*>(output.data()), capacity, &length) ||
+                              reinterpret_cast<unsigned char*>(output->data()), capacity,
+                              &length) ||
         length > capacity)
         return false;
-    output.resize(length);
+    output->resize(length);
     return true;
 }
 
@@ -45,7 +48,7 @@ std::uint64_t RsaCapacity(IRsaCryptor& cryptor)
 std::uint32_t Low32Bits(std::size_t size) { return static_cast<std::uint32_t>(size); }
 
 bool Encrypt(IRsaCryptor& cryptor, OAuth2TokenType type, std::string const& clear,
-             std::string& encrypted)
+             SecretText<char>& encrypted)
 {
     if (type == OAuth2TokenTypeDefault)
         return Transform(cryptor, &IRsaCryptor::RsaEncrypt, clear, RsaCapacity(cryptor), encrypted);
@@ -54,7 +57,7 @@ bool Encrypt(IRsaCryptor& cryptor, OAuth2TokenType type, std::string const& clea
 }
 
 bool Decrypt(IRsaCryptor& cryptor, OAuth2TokenType type, std::string const& encrypted,
-             std::string& clear)
+             SecretText<char>& clear)
 {
     if (type == OAuth2TokenTypeDefault)
         return Transform(cryptor, &IRsaCryptor::RsaDecrypt, encrypted, RsaCapacity(cryptor), clear);
@@ -112,14 +115,14 @@ bool SSOServicesPrivate::OAuth2TokenToJson(OAuth2Token const& token, std::string
 bool SSOServicesPrivate::OAuth2TokenToJson(OAuth2Token const& token, Json::Value& json,
                                            std::shared_ptr<IRsaCryptor> cryptor)
 {
-    std::string const clear = WideToUtf8(token.record->token);
+    SecretText<char> const clear(WideToUtf8(*token.record->token));
     if (cryptor) {
-        std::string encrypted;
-        if (!Encrypt(*cryptor, token.record->spec.GetType(), clear, encrypted))
+        SecretText<char> encrypted;
+        if (!Encrypt(*cryptor, token.record->spec.GetType(), *clear, encrypted))
             return false;
-        json["EncryptedOAuth2AccessToken"] = Base64Encode(encrypted);
+        json["EncryptedOAuth2AccessToken"] = *SecretText<char>(Base64Encode(*encrypted));
     } else {
-        json["OAuth2AccessToken"] = clear;
+        json["OAuth2AccessToken"] = *clear;
     }
     Json::Value spec;
     OAuth2TokenSpecToJson(token.record->spec, spec);
@@ -130,11 +133,11 @@ bool SSOServicesPrivate::OAuth2TokenToJson(OAuth2Token const& token, Json::Value
 bool SSOServicesPrivate::OAuth2TokenToJson(OAuth2Token const& token, std::string& text,
                                            std::shared_ptr<IRsaCryptor> cryptor)
 {
-    text.clear();
-    Json::Value json;
-    if (!OAuth2TokenToJson(token, json, std::move(cryptor)))
+    Wipe(text);
+    SecretDocument json;
+    if (!OAuth2TokenToJson(token, *json, std::move(cryptor)))
         return false;
-    text = WriteJsonDocument(json);
+    text = WriteJsonDocument(*json);
     return true;
 }
 
@@ -155,30 +158,30 @@ bool SSOServicesPrivate::JsonToOAuth2Token(Json::Value const& json, OAuth2Token&
         return false;
     // The spec is replaced even if the text then fails to read.
     JsonToOAuth2TokenSpec(json["OAuth2TokenSpec"], token.record->spec);
-    std::string const clear = json["OAuth2AccessToken"].asString();
+    SecretText<char> const clear(json["OAuth2AccessToken"].asString());
     // Decoded before the clear text is looked at: malformed base64 always fails.
-    std::string const encrypted = Base64Decode(json["EncryptedOAuth2AccessToken"].asString());
-    if (!clear.empty()) {
-        token.record->token = Utf8ToWide(clear);
+    SecretText<char> const encrypted(Base64Decode(json["EncryptedOAuth2AccessToken"].asString()));
+    if (!clear->empty()) {
+        token.record->token = SecretText<wchar_t>(Utf8ToWide(*clear));
         return true;
     }
-    std::string decrypted;
-    if (!cryptor || !Decrypt(*cryptor, token.record->spec.GetType(), encrypted, decrypted))
+    SecretText<char> decrypted;
+    if (!cryptor || !Decrypt(*cryptor, token.record->spec.GetType(), *encrypted, decrypted))
         return false;
-    token.record->token = Utf8ToWide(decrypted);
+    token.record->token = SecretText<wchar_t>(Utf8ToWide(*decrypted));
     return true;
 }
 
 bool SSOServicesPrivate::JsonToOAuth2Token(char const* text, OAuth2Token& token,
                                            std::shared_ptr<IRsaCryptor> cryptor)
 {
-    Json::Value json;
-    return ParseJsonDocument(text, json) && JsonToOAuth2Token(json, token, std::move(cryptor));
+    SecretDocument json;
+    return ParseJsonDocument(text, *json) && JsonToOAuth2Token(*json, token, std::move(cryptor));
 }
 
 void SSOServicesPrivate::Initialize(OAuth2Token& token, std::wstring const& text,
                                     OAuth2TokenSpec const& spec)
 {
-    token.record->token = text;
+    token.record->token = SecretText<wchar_t>(text);
     token.record->spec = spec;
 }

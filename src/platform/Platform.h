@@ -37,6 +37,9 @@ ErrorCode LastError();
 /// The system's text for an error, its line end included; empty if it has none.
 std::wstring ErrorText(ErrorCode code);
 
+/// Keeps this library in the process to its end, whatever the host lets go.
+void KeepLibraryLoaded();
+
 /// Full file name of a module that is in the process already, as the system
 /// spells it; empty if there is none.
 std::wstring LoadedModuleFile(std::wstring const& moduleName);

@@ -35,7 +35,7 @@ std::shared_ptr<ILogger> LoggerToCall()
 
 } // namespace
 
-void WriteLogLine(std::wstring const& message, Log::LogLevel level)
+void WriteLogLine(std::wstring message, Log::LogLevel level)
 {
     std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
     if (std::shared_ptr<ILogger> const target = LoggerToCall()) {
@@ -43,9 +43,12 @@ void WriteLogLine(std::wstring const& message, Log::LogLevel level)
         target->WriteLine(message.c_str(), level);
         return;
     }
+    if (level != Log::LogLevel::Error) {
+        earlyLogQueue.push_back({std::move(message), level});
+        return;
+    }
     earlyLogQueue.push_back({message, level});
-    if (level == Log::LogLevel::Error)
-        ShowOnConsole(message);
+    ShowOnConsole(message); // not the entry: a console that calls back adds others
 }
 
 void FlushEarlyLog()

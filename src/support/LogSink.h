@@ -14,7 +14,7 @@ using LogFunction = std::function<void(std::wstring, Log::LogLevel)>;
 
 /// To the plugin's logger; without one the line waits in the early log, and an
 /// error is also shown on the console at once.
-void WriteLogLine(std::wstring const& message, Log::LogLevel level);
+void WriteLogLine(std::wstring message, Log::LogLevel level);
 
 /// Sends the early log to the logger, or to the console if there is none.
 void FlushEarlyLog();

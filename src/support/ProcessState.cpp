@@ -2,28 +2,48 @@
 
 namespace Halvorix::SSOServices {
 
-// The mutex first: it is destroyed last.
-std::recursive_mutex SSOClientManagerMutex;
-std::vector<EarlyLogEntry> earlyLogQueue;
-std::vector<std::wstring> supportFileSearchPaths;
-std::shared_ptr<ILogger> logger;
+namespace {
+
+// Construction without destruction.
+template <class Value>
+union Undestroyed {
+    Undestroyed() : value() {}
+    ~Undestroyed() {}
+    Undestroyed(Undestroyed const&) = delete;
+    Undestroyed& operator=(Undestroyed const&) = delete;
+    Value value;
+};
+
+Undestroyed<std::recursive_mutex> mutexObject;
+Undestroyed<std::vector<EarlyLogEntry>> earlyLogQueueObject;
+Undestroyed<std::vector<std::wstring>> supportFileSearchPathsObject;
+Undestroyed<std::shared_ptr<ILogger>> loggerObject;
+Undestroyed<std::shared_ptr<SSOClientManager>> clientManagerObject;
+
+} // namespace
+
+std::recursive_mutex& SSOClientManagerMutex = mutexObject.value;
+std::vector<EarlyLogEntry>& earlyLogQueue = earlyLogQueueObject.value;
+std::vector<std::wstring>& supportFileSearchPaths = supportFileSearchPathsObject.value;
+std::shared_ptr<ILogger>& logger = loggerObject.value;
 int loggerNesting = 0;
-std::shared_ptr<SSOClientManager> clientManager;
+std::shared_ptr<SSOClientManager>& clientManager = clientManagerObject.value;
 std::atomic<bool> clientManagerPublished{false};
 int webServicesManagerCount = 0;
 WebServices::WebServicesManager* webServicesManager = nullptr;
 int webServicesUIManagerCount = 0;
 WebServicesUI::WebServicesUIManager* webServicesUIManager = nullptr;
 void (*releasePlugin)() = nullptr;
+std::atomic<bool> processIsEnding{false};
 
 namespace {
 
-// The last one, and so destroyed first: a plugin that is let go may call the
-// library from its destructors.
+// A plugin that is let go may call the library from its destructors.
 struct ProcessEnd {
     ProcessEnd() = default;
     ~ProcessEnd()
     {
+        processIsEnding = true;
         if (releasePlugin != nullptr)
             releasePlugin();
     }

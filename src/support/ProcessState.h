@@ -27,27 +27,31 @@ struct EarlyLogEntry {
     Log::LogLevel level;
 };
 
-// All state of the library that belongs to the process, in one place, so that
-// the order of construction and destruction is plain to see.
+// All state of the library that belongs to the process, in one place. It is never
+// destroyed: threads of the host may use the library until the process is gone,
+// and so may destructors that run after the library's own end.
 
 /// Serialises the creation of the manager, the load, the factory's getters and
 /// the log. Recursive: the load logs while it holds it.
-extern std::recursive_mutex SSOClientManagerMutex;
+extern std::recursive_mutex& SSOClientManagerMutex;
 
 /// All under SSOClientManagerMutex. The count is of the logger's calls under
 /// way, one inside the other.
-extern std::vector<EarlyLogEntry> earlyLogQueue;
-extern std::shared_ptr<ILogger> logger;
+extern std::vector<EarlyLogEntry>& earlyLogQueue;
+extern std::shared_ptr<ILogger>& logger;
 extern int loggerNesting;
 
 /// Created under SSOClientManagerMutex, and read without it once
 /// clientManagerPublished is set; released without it.
-extern std::shared_ptr<SSOClientManager> clientManager;
+extern std::shared_ptr<SSOClientManager>& clientManager;
 extern std::atomic<bool> clientManagerPublished;
 
-/// Set by the manager: what is to happen at the end of the process while all of
-/// this state is still alive.
+/// Set by the manager: how to let the plugin go at the end of the process.
 extern void (*releasePlugin)();
+
+/// From then on nothing is loaded any more: the modules that it takes may have
+/// ended, too.
+extern std::atomic<bool> processIsEnding;
 
 // Unguarded: hosts initialise and uninitialise from one thread at a time.
 extern int webServicesManagerCount;
@@ -57,6 +61,6 @@ extern WebServicesUI::WebServicesUIManager* webServicesUIManager;
 
 /// Given to WebServicesManager::SetSupportFileSearchPaths; survives
 /// Uninitialize.
-extern std::vector<std::wstring> supportFileSearchPaths;
+extern std::vector<std::wstring>& supportFileSearchPaths;
 
 } // namespace Halvorix::SSOServices

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "SecretText.h"
+
 namespace Halvorix::SSOServices {
 
 namespace {
@@ -29,6 +31,29 @@ Lead ReadLead(std::uint32_t byte)
     return {5, byte - 0xFC};
 }
 
+// What was read so far may be a part of a secret.
+std::wstring Rejected(std::wstring& wide)
+{
+    Wipe(wide);
+    return {};
+}
+
+std::uint32_t CodePoint(wchar_t unit)
+{
+    std::uint32_t const value = std::char_traits<wchar_t>::to_int_type(unit);
+    return value > HighestCodePoint ? ReplacementCharacter : value;
+}
+
+std::size_t Utf8Size(std::wstring const& text)
+{
+    std::size_t size = 0;
+    for (wchar_t const unit : text) {
+        std::uint32_t const value = CodePoint(unit);
+        size += value < 0x80 ? 1 : value < 0x800 ? 2 : value < 0x10000 ? 3 : 4;
+    }
+    return size;
+}
+
 } // namespace
 
 std::wstring Utf8ToWide(std::string const& text)
@@ -42,19 +67,19 @@ std::wstring Utf8ToWide(std::string const& text)
             continue;
         }
         if (first < 0xC0)
-            return {};
+            return Rejected(wide);
         auto [followers, bits] = ReadLead(first);
         if (text.size() - at < static_cast<std::size_t>(followers))
-            return {};
+            return Rejected(wide);
         std::uint64_t value = bits;
         for (; followers > 0; --followers) {
             std::uint32_t const next = static_cast<unsigned char>(text[at++]);
             if (next < 0x80 || next > 0xBF)
-                return {};
+                return Rejected(wide);
             value = value << 6 | (next & 0x3F);
         }
         if (value > HighestCodePoint)
-            return {};
+            return Rejected(wide);
         wide.push_back(static_cast<wchar_t>(value));
     }
     return wide;
@@ -63,14 +88,12 @@ std::wstring Utf8ToWide(std::string const& text)
 std::string WideToUtf8(std::wstring const& text)
 {
     std::string narrow;
-    narrow.reserve(text.size());
+    narrow.reserve(Utf8Size(text)); // growth would leave copies of secrets behind
     auto const append = [&narrow](std::uint32_t byte) {
         narrow.push_back(static_cast<char>(byte));
     };
     for (wchar_t const unit : text) {
-        std::uint32_t value = std::char_traits<wchar_t>::to_int_type(unit);
-        if (value > HighestCodePoint)
-            value = ReplacementCharacter;
+        std::uint32_t const value = CodePoint(unit);
         if (value < 0x80) {
             append(value);
         } else if (value < 0x800) {

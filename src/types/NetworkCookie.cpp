@@ -44,10 +44,13 @@ void NetworkCookie::SetName(char const* name) { record->name = name; }
 
 int NetworkCookie::GetValue(char* buffer, int size) const
 {
-    return SSOServices::CopyBytesToBuffer(record->value, buffer, size);
+    return SSOServices::CopyBytesToBuffer(*record->value, buffer, size);
 }
 
-void NetworkCookie::SetValue(char const* value) { record->value = value; }
+void NetworkCookie::SetValue(char const* value)
+{
+    record->value = SSOServices::SecretText<char>(value);
+}
 
 int NetworkCookie::GetDomain(wchar_t* buffer, int size) const
 {

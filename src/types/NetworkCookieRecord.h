@@ -3,12 +3,13 @@
 #include <string>
 
 #include "../../include/NetworkCookie.h"
+#include "../support/SecretText.h"
 
 namespace Halvorix::WebServices {
 
 struct NetworkCookie::Record {
-    std::string name;  // bytes
-    std::string value; // bytes
+    std::string name;                    // bytes
+    SSOServices::SecretText<char> value; // bytes
     std::wstring domain;
     std::wstring path;
     bool secure = false;

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "../../include/OAuth2Token.h"
+#include "../support/SecretText.h"
 
 namespace Halvorix::WebServices {
 
@@ -13,7 +14,7 @@ struct OAuth2TokenSpec::Record {
 };
 
 struct OAuth2Token::Record {
-    std::wstring token;
+    SSOServices::SecretText<wchar_t> token;
     OAuth2TokenSpec spec;
 };
 

@@ -22,23 +22,23 @@ bool OAuth2Token::operator==(OAuth2Token const& other) const
 {
     if (this == &other || record == other.record)
         return true;
-    return record->token == other.record->token && record->spec == other.record->spec;
+    return *record->token == *other.record->token && record->spec == other.record->spec;
 }
 
 bool OAuth2Token::operator!=(OAuth2Token const& other) const { return !(*this == other); }
 
-bool OAuth2Token::IsValid() const { return !record->token.empty(); }
+bool OAuth2Token::IsValid() const { return !record->token->empty(); }
 
 int OAuth2Token::GetTokenSize() const
 {
-    return SSOServices::GetTruncated(record->token, nullptr, 0);
+    return SSOServices::GetTruncated(*record->token, nullptr, 0);
 }
 
-wchar_t const* OAuth2Token::GetToken() const { return record->token.c_str(); }
+wchar_t const* OAuth2Token::GetToken() const { return record->token->c_str(); }
 
 int OAuth2Token::GetToken(wchar_t* buffer, int size) const
 {
-    return SSOServices::GetAllOrNothing(record->token, buffer, size);
+    return SSOServices::GetAllOrNothing(*record->token, buffer, size);
 }
 
 OAuth2TokenSpec OAuth2Token::GetSpec() const { return record->spec; }

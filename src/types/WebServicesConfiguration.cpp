@@ -3,6 +3,7 @@
 #include <string>
 
 #include "../support/ReturnBuffers.h"
+#include "../support/SecretText.h"
 
 namespace Halvorix::WebServices {
 
@@ -11,7 +12,7 @@ static_assert(sizeof(WebServicesConfiguration) == 2 * sizeof(void*));
 struct WebServicesConfiguration::Record {
     WebServices::Server server{};
     std::wstring consumerKey;
-    std::wstring consumerSecret;
+    SSOServices::SecretText<wchar_t> consumerSecret;
     std::wstring serialNumber;
     std::wstring productLineCode;
     std::wstring cipUserId; // inert: nothing writes or reads it
@@ -21,7 +22,7 @@ struct WebServicesConfiguration::Record {
     std::wstring featureName;
     std::wstring featureVersion;
     std::wstring oauth2ConsumerKey;
-    std::wstring oauth2ConsumerSecret;
+    SSOServices::SecretText<wchar_t> oauth2ConsumerSecret;
     std::wstring oauth2AccessTokenScope;
 };
 
@@ -54,12 +55,12 @@ void WebServicesConfiguration::SetConsumerKey(wchar_t const* text) { record->con
 
 int WebServicesConfiguration::GetConsumerSecret(wchar_t* buffer, int size) const
 {
-    return SSOServices::GetTruncated(record->consumerSecret, buffer, size);
+    return SSOServices::GetTruncated(*record->consumerSecret, buffer, size);
 }
 
 void WebServicesConfiguration::SetConsumerSecret(wchar_t const* text)
 {
-    record->consumerSecret = text;
+    record->consumerSecret = SSOServices::SecretText<wchar_t>(text);
 }
 
 int WebServicesConfiguration::GetSerialNumber(wchar_t* buffer, int size) const
@@ -137,12 +138,12 @@ void WebServicesConfiguration::SetOAuth2ConsumerKey(wchar_t const* text)
 
 int WebServicesConfiguration::GetOAuth2ConsumerSecret(wchar_t* buffer, int size) const
 {
-    return SSOServices::GetTruncated(record->oauth2ConsumerSecret, buffer, size);
+    return SSOServices::GetTruncated(*record->oauth2ConsumerSecret, buffer, size);
 }
 
 void WebServicesConfiguration::SetOAuth2ConsumerSecret(wchar_t const* text)
 {
-    record->oauth2ConsumerSecret = text;
+    record->oauth2ConsumerSecret = SSOServices::SecretText<wchar_t>(text);
 }
 
 int WebServicesConfiguration::GetOAuth2AccessTokenScope(wchar_t* buffer, int size) const

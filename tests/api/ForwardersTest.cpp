@@ -14,6 +14,7 @@
 #include "api/MemberWalk.h"
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
+#include "framework/Secrets.h"
 
 using namespace Halvorix::WebServices;
 using Halvorix::SSOServices::SSOClientPrivate;
@@ -396,19 +397,20 @@ HOST_PROGRAM(CompletesALogin)
     report("empty", WebServicesManager::GetInstance()->CompleteLogin(jar));
     NetworkCookie cookie;
     cookie.SetName("n\xC3\xA4");
+    cookie.SetValue(Rig::Secrets::CookieValue);
     cookie.SetDomain(L"d\u00E4");
     jar.AddCookie(NetworkCookie());
     jar.AddCookie(cookie);
     report("filled", WebServicesManager::GetInstance()->CompleteLogin(jar));
 }
 
-std::string CookieText(std::string const& name, std::string const& domain)
+std::string CookieText(std::string const& name, std::string const& domain, std::string const& value)
 {
     std::string const next = R"(\n\t\t\t)";
     return R"(\n\t\t{)" + next + R"(\"Domain\" : \")" + domain + R"(\",)" + next +
            R"(\"ExpiryDate\" : 0,)" + next + R"(\"IsHttpOnly\" : false,)" + next +
            R"(\"IsSecure\" : false,)" + next + R"(\"Name\" : \")" + name + R"(\",)" + next +
-           R"(\"Path\" : \"\",)" + next + R"(\"Value\" : \"\"\n\t\t})";
+           R"(\"Path\" : \"\",)" + next + R"(\"Value\" : \")" + value + R"(\"\n\t\t})";
 }
 
 } // namespace
@@ -422,7 +424,8 @@ TEST(WebServicesManager, HandsTheCookiesOfALoginOnAsADocument)
     EXPECT_EQ(outcome.Called(R"(ISSOClient::CompleteLogin("{\n\t\"Cookies\" : []\n}"))"), 1);
     // The writer escapes what is no ASCII.
     EXPECT_EQ(outcome.Called(R"(ISSOClient::CompleteLogin("{\n\t\"Cookies\" : \n\t[)" +
-                             CookieText("", "") + "," + CookieText(R"(n\\u00e4)", R"(d\\u00e4)") +
+                             CookieText("", "", "") + "," +
+                             CookieText(R"(n\\u00e4)", R"(d\\u00e4)", Rig::Secrets::CookieValue) +
                              R"(\n\t]\n}"))"),
               1)
         << testing::PrintToString(outcome.calls);

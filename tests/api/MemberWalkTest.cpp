@@ -10,6 +10,7 @@
 #include "SSOClientPrivate.h"
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
+#include "framework/Secrets.h"
 #include "framework/Variable.h"
 
 using Halvorix::SSOServices::SSOClientPrivate;
@@ -20,6 +21,8 @@ using Rig::Outcome;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
 using testing::StartsWith;
+using namespace std::string_literals;
+namespace Secrets = Rig::Secrets;
 
 namespace {
 
@@ -115,12 +118,11 @@ Installation& WithDocuments(Installation& installation, std::string const& more 
 {
     return installation.Complete()
         .Script("ISSOClient::GetOAuth2AccessToken",
-                R"({"text": "{\"OAuth2AccessToken\": \"secret\", )"
-                R"(\"OAuth2TokenSpec\": {\"type\": 3, \"scope\": \"c\"}}")" +
-                    more + "}")
+                R"({"text": "{\"OAuth2AccessToken\": \")"s + Secrets::AccessToken +
+                    R"(\", \"OAuth2TokenSpec\": {\"type\": 3, \"scope\": \"c\"}}")" + more + "}")
         .Script("ISSOClient::InitiateLogout",
-                R"({"text": "{\"Cookies\": [{\"Name\": \"first\"}, {\"Name\": \"second\"}]}")" +
-                    more + "}");
+                R"({"text": "{\"Cookies\": [{\"Name\": \"first\", \"Value\": \")"s +
+                    Secrets::CookieValue + R"(\"}, {\"Name\": \"second\"}]}")" + more + "}");
 }
 
 } // namespace

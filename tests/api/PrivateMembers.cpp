@@ -3,6 +3,7 @@
 #include <map>
 
 #include "SSOClientPrivate.h"
+#include "framework/Secrets.h"
 #include "framework/System.h"
 
 using namespace Halvorix::WebServices;
@@ -191,13 +192,14 @@ std::vector<Member> PrivateMembers()
         // The same text reaches the plugin, not a copy.
         {"SSOClientPrivate::Encrypt(std::wstring const&)",
          [] {
-             static std::wstring const text = L"plain";
+             static std::wstring const text = Rig::Secrets::Wide(Rig::Secrets::ClearText);
              AddressOf("plain text", &text);
              return Told(SSOClientPrivate::Encrypt(text));
          },
          empty,
          "'ISSOClientPrivate::Encrypt'",
-         {R"(ISSOClientPrivate::Encrypt("plain", {plain text}))"}},
+         {R"(ISSOClientPrivate::Encrypt(")" + std::string(Rig::Secrets::ClearText) +
+          R"(", {plain text}))"}},
         {"SSOClientPrivate::GetCurrentConfigurationConsumerKey(std::wstring&, std::wstring&)",
          [] {
              std::wstring key = L"old key";

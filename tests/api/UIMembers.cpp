@@ -3,6 +3,7 @@
 #include "OAuth2Token.h"
 #include "WebServicesManager.h"
 #include "WebServicesUIManager.h"
+#include "framework/Secrets.h"
 
 using namespace Halvorix::WebServicesUI;
 using Halvorix::WebServices::OAuth2TokenSpec;
@@ -14,6 +15,9 @@ namespace MemberWalk {
 namespace {
 
 WebServicesUIManager& Manager() { return *WebServicesUIManager::GetInstance(); }
+
+std::string const loginPassword = Rig::Secrets::LoginPassword;
+std::wstring const wideLoginPassword = Rig::Secrets::Wide(loginPassword);
 
 OAuth2TokenSpec Spec() { return OAuth2TokenSpec(static_cast<OAuth2TokenType>(4), L"d c"); }
 
@@ -78,25 +82,27 @@ std::vector<Member> UIMembers()
             "true"),
         {"WebServicesAutomation::Login(wchar_t const*, wchar_t const*, bool)",
          [] {
-             bool const first = WebServicesAutomation::Login(L"first", L"second", true);
+             bool const first =
+                 WebServicesAutomation::Login(L"first", wideLoginPassword.c_str(), true);
              return Told(first, WebServicesAutomation::Login(L"third", L"fourth", false));
          },
          "false, false",
          "true, true",
-         {R"(ISSOClientUI::Login("first", "second", true))",
+         {R"(ISSOClientUI::Login("first", ")" + loginPassword + R"(", true))",
           R"(ISSOClientUI::Login("third", "fourth", false))"}},
         {"WebServicesAutomation::Login(wchar_t const*, wchar_t const*, bool, bool, std::wstring&)",
          [] {
              std::wstring text = L"before";
              std::wstring other = L"other";
-             bool const first = WebServicesAutomation::Login(L"one", L"two", true, false, text);
+             bool const first =
+                 WebServicesAutomation::Login(L"one", wideLoginPassword.c_str(), true, false, text);
              bool const second =
                  WebServicesAutomation::Login(L"three", L"four", false, true, other);
              return Told(first, text, second, other);
          },
          "false, 'before', false, 'other'",
          "true, 'ISSOClientUI::Login', true, 'ISSOClientUI::Login'",
-         {R"(ISSOClientUI::Login("one", "two", true, false, "before"))",
+         {R"(ISSOClientUI::Login("one", ")" + loginPassword + R"(", true, false, "before"))",
           R"(ISSOClientUI::Login("three", "four", false, true, "other"))"}},
         // Leaves the manager initialized for the members that follow.
         {"WebServicesUIManager::Initialize(bool)",

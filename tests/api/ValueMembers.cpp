@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "SSOServicesPrivate.h"
+#include "framework/Secrets.h"
 
 using namespace Halvorix::WebServices;
 
@@ -11,12 +12,16 @@ namespace MemberWalk {
 
 namespace {
 
+std::string const secret = Rig::Secrets::AccessToken;
+std::wstring const wideSecret = Rig::Secrets::Wide(secret);
+std::string const consumerSecret = Rig::Secrets::ConsumerSecret;
+
 /// A configuration with all its texts, each of its own.
 void Fill(WebServicesConfiguration& configuration)
 {
     configuration.SetServer(static_cast<Server>(-7));
     configuration.SetConsumerKey(L"a");
-    configuration.SetConsumerSecret(L"b");
+    configuration.SetConsumerSecret(Rig::Secrets::Wide(consumerSecret).c_str());
     configuration.SetSerialNumber(L"c");
     configuration.SetProductLineCode(L"d");
     configuration.SetCIPUserId(L"e");
@@ -31,7 +36,8 @@ void Fill(WebServicesConfiguration& configuration)
 }
 
 std::string const filledConfiguration =
-    "-7 ConsumerKey=a ConsumerSecret=b SerialNumber=c ProductLineCode=d UPIRelease=f UPIMaster=g "
+    "-7 ConsumerKey=a ConsumerSecret=" + consumerSecret +
+    " SerialNumber=c ProductLineCode=d UPIRelease=f UPIMaster=g "
     "UPIBuild=h FeatureName=i FeatureVersion=j OAuth2ConsumerKey=k OAuth2ConsumerSecret=l "
     "OAuth2AccessTokenScope= m  n ";
 
@@ -297,16 +303,16 @@ std::vector<Member> TokenMembers()
         OfTheLibrary(
             "OAuth2Token::OAuth2Token(OAuth2Token const&)",
             [] {
-                OAuth2Token source = Token(L"secret", LegacySpec());
+                OAuth2Token source = Token(wideSecret, LegacySpec());
                 OAuth2Token const copy(source);
                 source = OAuth2Token();
                 return Told(copy);
             },
-            "'secret' of -7 'b A' legacy"),
+            "'" + secret + "' of -7 'b A' legacy"),
         OfTheLibrary(
             "OAuth2Token::operator=(OAuth2Token const&)",
             [] {
-                OAuth2Token source = Token(L"secret", LegacySpec());
+                OAuth2Token source = Token(wideSecret, LegacySpec());
                 OAuth2Token copy;
                 bool const same = &(copy = source) == &copy;
                 OAuth2Token const& itself = copy;
@@ -314,16 +320,16 @@ std::vector<Member> TokenMembers()
                 source = OAuth2Token();
                 return Told(same, copy);
             },
-            "true, 'secret' of -7 'b A' legacy"),
+            "true, '" + secret + "' of -7 'b A' legacy"),
         OfTheLibrary(
             "OAuth2Token::~OAuth2Token()",
             [] {
-                std::optional<OAuth2Token> source = Token(L"secret", LegacySpec());
+                std::optional<OAuth2Token> source = Token(wideSecret, LegacySpec());
                 OAuth2Token const copy(*source);
                 source.reset();
                 return Told(copy);
             },
-            "'secret' of -7 'b A' legacy"),
+            "'" + secret + "' of -7 'b A' legacy"),
         OfTheLibrary(
             "OAuth2Token::operator==(OAuth2Token const&) const",
             [] {

@@ -1,6 +1,7 @@
 #include "MemberWalk.h"
 
 #include "WebServicesManager.h"
+#include "framework/Secrets.h"
 
 using namespace Halvorix::WebServices;
 
@@ -10,11 +11,19 @@ namespace {
 
 WebServicesManager& Manager() { return *WebServicesManager::GetInstance(); }
 
-OAuth2TokenSpec Spec() { return OAuth2TokenSpec(static_cast<OAuth2TokenType>(2), L"b a"); }
+namespace Secrets = Rig::Secrets;
+
+std::wstring const password = Secrets::Wide(Secrets::ProxyPassword);
+
+OAuth2TokenSpec Spec()
+{
+    return OAuth2TokenSpec(static_cast<OAuth2TokenType>(2),
+                           (Secrets::Wide(Secrets::Scope) + L" a").c_str());
+}
 
 // The same as the plugin is given it, in the record's spelling.
-std::string const specDocument =
-    R"("{\n\t\"legacy\" : false,\n\t\"scope\" : \"a b\",\n\t\"type\" : 2\n}")";
+std::string const specDocument = R"("{\n\t\"legacy\" : false,\n\t\"scope\" : \"a )" +
+                                 std::string(Secrets::Scope) + R"(\",\n\t\"type\" : 2\n}")";
 
 std::string const noText = "0, untouched";
 
@@ -378,7 +387,7 @@ std::vector<Member> LoginMembers()
              return Told(answer, room, jar);
          },
          R"(false, '\0', [=;;;;;0])",
-         R"(true, '\0', [first=;;;;;0 second=;;;;;0])",
+         R"(true, '\0', [first=)" + std::string(Secrets::CookieValue) + ";;;;;0 second=;;;;;0]",
          {R"(ISSOClient::InitiateLogout("", 55, true, 86))"}},
         Action("CompleteLogout", &WebServicesManager::CompleteLogout),
     };
@@ -521,12 +530,13 @@ std::vector<Member> ServerAndProxyMembers()
         {"WebServicesManager::SetProxyAuthentication(wchar_t const*, int, wchar_t const*, "
          "wchar_t const*, BufferTransformCallback)",
          [] {
-             return Told(
-                 Manager().SetProxyAuthentication(L"host", 73, L"user", L"password", Callback));
+             return Told(Manager().SetProxyAuthentication(L"host", 73, L"user", password.c_str(),
+                                                          Callback));
          },
          "false",
          "true",
-         {R"(ISSOClient::SetProxyAuthentication("host", 73, "user", "password", 86))"}},
+         {R"(ISSOClient::SetProxyAuthentication("host", 73, "user", ")" +
+          std::string(Secrets::ProxyPassword) + R"(", 86))"}},
         Question("HasProxyInfo", &WebServicesManager::HasProxyInfo),
         Action("ClearProxyInfo", &WebServicesManager::ClearProxyInfo),
         {"WebServicesManager::AddObserver(IWebServicesObserver*)",
@@ -577,7 +587,7 @@ std::vector<Member> OAuth2Members()
              return Told(answer, token);
          },
          "false, '' of 1 ''",
-         "true, 'secret' of 3 'c'",
+         "true, '" + std::string(Secrets::AccessToken) + "' of 3 'c'",
          {"ISSOClient::GetOAuth2AccessToken(" + specDocument + ", true, 86, true)"}},
         {"WebServicesManager::GetOAuth2AccessToken(wchar_t*, int, BufferTransformCallback, bool)",
          [] {

@@ -222,22 +222,15 @@ TEST(ServerApp, MayNotSearchWhereItIsItself)
     }
 }
 
-TEST(ServerApp, HandsOnWhatTheFileSystemThrows)
+TEST(ServerApp, TakesANameTooLongForTheSystemAsMissing)
 {
-    if (IsWindows())
-        GTEST_SKIP() << "a name too long is a missing file on Windows";
     Installation installation;
     std::string const name(300, 'a');
     installation.ClientConfig(Paths("{root}/server", R"(, "appName": ")" + name + "\""));
     Asked const asked = Ask(installation, {"GetSSOServerAppPath", "GetSSOServerAppExeDirPath",
                                            "ExpandPathVariables=%SSOServerAppPath%",
                                            "GetSessionState", "GetSSOClientConfigFile"});
-    ASSERT_EQ(asked.answers.size(), 5u);
-    for (int const question : {0, 1, 2, 3})
-        EXPECT_THAT(asked.answers[static_cast<std::size_t>(question)],
-                    testing::AllOf(testing::StartsWith("std::exception: boost::filesystem::status"),
-                                   HasSubstr("File name too long")));
-    EXPECT_EQ(asked.answers[4], AppConfig);
+    EXPECT_THAT(asked.answers, ElementsAre("", "", "%SSOServerAppPath%", "", AppConfig));
 }
 
 TEST(ServerApp, LosesWhatDoesNotFitIntoAUnit)

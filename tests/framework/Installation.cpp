@@ -6,9 +6,11 @@
 #include <sstream>
 #include <stdexcept>
 
+#include <gtest/gtest.h>
 #include <json/reader.h>
 #include <json/writer.h>
 
+#include "Secrets.h"
 #include "Variable.h"
 
 namespace Rig {
@@ -73,6 +75,22 @@ fs::path NewRoot(std::string const& folderName)
     return ThisExecutable().parent_path().parent_path() / "rig" /
            (std::to_string(ProcessNumber()) + "-" + std::to_string(++count)) /
            fs::u8path(folderName);
+}
+
+void ExpectNoSecretIn(std::string const& text, char const* where)
+{
+    for (std::string const& secret : Secrets::FoundIn(text))
+        ADD_FAILURE() << "the " << where << " tells the secret " << secret << ":\n" << text;
+}
+
+// The report and the record are the test's own: only there may a secret show.
+void ExpectNoSecretIn(Outcome const& outcome)
+{
+    for (LogLine const& line : outcome.log)
+        ExpectNoSecretIn(line.text, "log");
+    for (std::string const& line : outcome.console)
+        ExpectNoSecretIn(line, "console");
+    ExpectNoSecretIn(outcome.errors, "standard error");
 }
 
 } // namespace
@@ -216,6 +234,21 @@ Installation& Installation::Script(std::string const& operation, std::string con
     return *this;
 }
 
+Installation& Installation::Quiet() { return Environment("HXSSO_PLUGIN_QUIET", "1"); }
+
+Installation& Installation::Limit(std::chrono::seconds longest)
+{
+    limit = longest;
+    return *this;
+}
+
+Installation& Installation::Host(std::string const& executable)
+{
+    Remove("app/" + ExecutableName("host"));
+    Place(ExecutableName(executable), "app", ExecutableName("host"));
+    return *this;
+}
+
 Installation& Installation::Environment(std::string const& name, std::string const& value)
 {
     environment[name] = WithRoot(value);
@@ -235,6 +268,7 @@ Outcome Installation::Run(std::string const& program, std::vector<std::string> c
     process.directory = Path("work");
     process.output = Path("output");
     process.errors = Path("errors");
+    process.limit = limit;
 
     Outcome outcome;
     outcome.ending = RunToEnd(process);
@@ -251,6 +285,7 @@ Outcome Installation::Run(std::string const& program, std::vector<std::string> c
         else
             outcome.calls.push_back(Spelled(call));
     }
+    ExpectNoSecretIn(outcome);
     return outcome;
 }
 

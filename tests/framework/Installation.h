@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <map>
 #include <string>
@@ -83,8 +84,17 @@ public:
     Installation& LibraryBesideExecutable();
     /// What the recording plugin does in place of its default, by operation.
     Installation& Script(std::string const& operation, std::string const& action);
+    /// The plugin writes nothing down: for hosts that call it very often, or while
+    /// they end.
+    Installation& Quiet();
+    /// How long a run may take; a minute without this.
+    Installation& Limit(std::chrono::seconds longest);
+    /// Another executable of the rig in place of this one.
+    Installation& Host(std::string const& executable);
     Installation& Environment(std::string const& name, std::string const& value);
 
+    /// Runs a host program in the tree. A secret of Secrets.h in what the library
+    /// logged, or on the console, is a failure of the test.
     Outcome Run(std::string const& program, std::vector<std::string> const& arguments = {});
 
 private:
@@ -93,6 +103,7 @@ private:
     std::string WithoutRoot(std::string text) const;
 
     std::filesystem::path root;
+    std::chrono::seconds limit = std::chrono::minutes(1);
     std::map<std::string, std::string> environment;
     Json::Value script{Json::objectValue};
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <map>
 #include <string>
@@ -16,6 +17,7 @@ struct Process {
     std::filesystem::path directory;
     std::filesystem::path output; // standard output goes here
     std::filesystem::path errors; // standard error goes here
+    std::chrono::seconds limit = std::chrono::minutes(1);
 };
 
 struct Ending {
@@ -24,7 +26,7 @@ struct Ending {
     int status = -1;
 };
 
-/// Runs a program to its end, for at most a minute.
+/// Runs a program to its end, or ends it at its limit.
 Ending RunToEnd(Process const& process);
 
 /// Whether this is the system that the product is for.
@@ -62,6 +64,10 @@ void RemoveLocationValue();
 /// that has none.
 void SetHostModuleDirectory(std::string const& directory);
 std::string HostModuleDirectory();
+
+/// Ends this process past the destructors of its executable: by quick_exit, or
+/// by ExitProcess, which still tells the modules.
+[[noreturn]] void EndQuickly(int status);
 
 /// The system's text for an error.
 std::string SystemErrorText(unsigned long code);

@@ -39,7 +39,12 @@ ErrorCode LastError()
     return fakeSystem.lastError;
 }
 
-std::wstring ErrorText(ErrorCode code) { return L"error " + std::to_wstring(code); }
+std::wstring ErrorText(ErrorCode code)
+{
+    return fakeSystem.hasErrorTexts ? L"error " + std::to_wstring(code) : std::wstring();
+}
+
+void KeepLibraryLoaded() {}
 
 std::wstring LoadedModuleFile(std::wstring const& moduleName)
 {
@@ -63,13 +68,14 @@ ErrorCode OpenLocationKey(LocationView view, LocationKey& key)
 
 bool ReadLocation(LocationKey key, std::wstring& location)
 {
-    location = *static_cast<std::wstring*>(key);
-    return true;
+    if (fakeSystem.locationIsReadable)
+        location = *static_cast<std::wstring*>(key);
+    return fakeSystem.locationIsReadable;
 }
 
 void CloseLocationKey(LocationKey) { fakeSystem.calls.emplace_back(L"close"); }
 
-bool LeadingSlashIsRoot() { return true; }
+bool LeadingSlashIsRoot() { return fakeSystem.leadingSlashIsRoot; }
 
 bool IsRootPath(std::wstring const& path) { return path == L"/"; }
 

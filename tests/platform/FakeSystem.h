@@ -14,10 +14,13 @@ struct FakeSystem {
     std::wstring executable;
     std::wstring library;
     bool wow64 = false;
+    bool leadingSlashIsRoot = true;
+    bool hasErrorTexts = true;
 
     /// Result of opening each view, and what is then read there.
     std::map<Halvorix::Platform::LocationView, Halvorix::Platform::ErrorCode> openings;
     std::map<Halvorix::Platform::LocationView, std::wstring> locations;
+    bool locationIsReadable = true;
 
     Halvorix::Platform::ErrorCode lastError = 0;
 

@@ -321,3 +321,12 @@ TEST(WideToUtf8, WritesAValueAboveSixteenBitsWhole)
     }
     EXPECT_EQ(WideToUtf8(Units({0x1F600})), "\xF0\x9F\x98\x80");
 }
+
+TEST(WideToUtf8, ReplacesAValueThatIsNoCharacter)
+{
+    if (sizeof(wchar_t) == 2) {
+        GTEST_SKIP() << "units have 16 bits";
+    }
+    EXPECT_EQ(WideToUtf8(Units({'a', 0x110000, 'b'})), "a\xEF\xBF\xBD"s + "b");
+    EXPECT_EQ(WideToUtf8(Units({0xFFFFFFFF})), "\xEF\xBF\xBD");
+}

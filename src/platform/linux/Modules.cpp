@@ -5,6 +5,7 @@
 #include <climits>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 #include "../Platform.h"
@@ -26,33 +27,34 @@ void RememberModuleError()
 }
 
 struct ModuleSearch {
-    std::string name;
+    std::string const& name;
     std::string file;
 };
 
 // A library may be mapped under its versioned name.
-bool IsNamed(std::string const& file, std::string const& name)
+bool IsNamed(std::string_view file, std::string_view name)
 {
-    std::string const base = file.substr(file.rfind('/') + 1);
-    std::string const& text = name.find('/') == std::string::npos ? base : file;
-    return text == name || text.compare(0, name.size() + 1, name + ".") == 0;
+    bool const whole = name.find('/') != std::string_view::npos;
+    std::string_view const text = whole ? file : file.substr(file.rfind('/') + 1);
+    return text.substr(0, name.size()) == name &&
+           (text.size() == name.size() || text[name.size()] == '.');
 }
 
 int VisitModule(dl_phdr_info* info, std::size_t, void* context)
 {
     auto& search = *static_cast<ModuleSearch*>(context);
-    // The executable has no name here.
-    std::string const file =
-        *info->dlpi_name == '\0' ? ToSystem(ExecutableFile()) : std::string(info->dlpi_name);
-    if (!IsNamed(file, search.name))
+    if (!IsNamed(info->dlpi_name, search.name))
         return 0;
-    search.file = file;
+    search.file = info->dlpi_name;
     return 1;
 }
 
-// The loader spells a file as its run path does, with "..", say.
+// The loader spells a file as its run path does, with "..", say. Most are plain,
+// and a banner asks for the library's own with every call after a failed load.
 std::string InCanonicalFolder(std::string const& file)
 {
+    if (file.front() == '/' && file.find("/.") == std::string::npos)
+        return file;
     std::filesystem::path const path = file;
     std::error_code unknown;
     std::filesystem::path const folder =
@@ -94,12 +96,28 @@ std::wstring ErrorText(ErrorCode code)
     return FromSystem(std::generic_category().message(static_cast<int>(code)));
 }
 
+void KeepLibraryLoaded()
+{
+    Dl_info library{};
+    // The handle is never closed; in an executable there is none, nor need for it.
+    if (::dladdr(reinterpret_cast<void const*>(&KeepLibraryLoaded), &library) != 0)
+        ::dlopen(library.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+}
+
 std::wstring LoadedModuleFile(std::wstring const& moduleName)
 {
-    ModuleSearch search{ToSystem(moduleName), {}};
-    if (!search.name.empty())
-        ::dl_iterate_phdr(VisitModule, &search);
-    return search.file.empty() ? std::wstring() : FromSystem(InCanonicalFolder(search.file));
+    std::string const name = ToSystem(moduleName);
+    if (name.empty())
+        return {};
+    ModuleSearch search{name, {}};
+    if (::dl_iterate_phdr(VisitModule, &search) == 0) {
+        // The executable is listed without a name.
+        std::string const executable = ToSystem(ExecutableFile());
+        if (!IsNamed(executable, name))
+            return {};
+        search.file = executable;
+    }
+    return FromSystem(InCanonicalFolder(search.file));
 }
 
 std::wstring ExecutableFile()

@@ -54,6 +54,13 @@ std::wstring ErrorText(ErrorCode code)
     return text;
 }
 
+void KeepLibraryLoaded()
+{
+    HMODULE module = nullptr;
+    ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                         reinterpret_cast<wchar_t const*>(&KeepLibraryLoaded), &module);
+}
+
 std::wstring LoadedModuleFile(std::wstring const& moduleName)
 {
     HMODULE const module = ::GetModuleHandleW(moduleName.c_str());

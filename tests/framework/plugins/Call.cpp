@@ -29,7 +29,7 @@ using Halvorix::SSOServices::SSOClientPrivate;
 using Halvorix::SSOServices::Utf8ToWide;
 using Halvorix::WebServices::WebServicesManager;
 
-Json::Value ReadScript()
+Json::Value ParseScript()
 {
     Json::Value script(Json::objectValue);
     std::ifstream stream(fs::u8path(Variable("HXSSO_PLUGIN_SCRIPT")), std::ios::binary);
@@ -37,6 +37,21 @@ Json::Value ReadScript()
     if (stream.is_open())
         Json::parseFromStream(Json::CharReaderBuilder(), stream, &script, &errors);
     return script;
+}
+
+// Never destroyed: threads go on calling while the process ends.
+Json::Value const& ScriptOfQuietPlugin()
+{
+    static auto const& script = *new Json::Value(ParseScript());
+    return script;
+}
+
+// By pointers, since a Json::Value shares a static of its own for what is missing.
+Json::Value ActionFor(Json::Value const& script, std::string const& operation)
+{
+    Json::Value const* const action =
+        script.find(operation.data(), operation.data() + operation.size());
+    return action == nullptr ? Json::Value() : *action;
 }
 
 void WaitFor(fs::path const& file)
@@ -109,6 +124,23 @@ bool IsReachedByPublicCalls(std::string const& operation)
            !IsOneOf(ofTheLoad, operation);
 }
 
+std::string FromHexadecimal(std::string const& digits)
+{
+    std::string bytes;
+    for (std::size_t at = 0; at + 1 < digits.size(); at += 2)
+        bytes.push_back(static_cast<char>(std::stoi(digits.substr(at, 2), nullptr, 16)));
+    return bytes;
+}
+
+std::string Repeated(std::string const& text, std::size_t count)
+{
+    std::string whole;
+    whole.reserve(text.size() * count);
+    for (std::size_t i = 0; i < count; ++i)
+        whole += text;
+    return whole;
+}
+
 template <class Unit>
 int FillBuffer(std::basic_string<Unit> const& text, Unit* buffer, int capacity)
 {
@@ -134,12 +166,12 @@ Unit* NewCopy(std::basic_string<Unit> const& text)
 
 bool Call::Text(std::string& text) const
 {
-    if (!action.isMember("text")) {
-        text = usualText;
-        return true;
-    }
-    text = action["text"].asString();
-    return !action["text"].isNull();
+    text = action.isMember("text") ? action["text"].asString() : usualText;
+    if (action.isMember("bytes"))
+        text = FromHexadecimal(action["bytes"].asString());
+    if (action.isMember("repeat"))
+        text = Repeated(text, action["repeat"].asUInt());
+    return !action.isMember("text") || !action["text"].isNull();
 }
 
 std::string Call::Text() const
@@ -216,14 +248,26 @@ void Call::WriteDown(Json::Value const& line)
         << Json::writeString(builder, line) << '\n';
 }
 
+bool Call::IsQuiet()
+{
+    static bool const quiet = !Variable("HXSSO_PLUGIN_QUIET").empty();
+    return quiet;
+}
+
 void Call::Act(char const* operation)
 {
     usualText = operation;
-    Json::Value const script = ReadScript();
-    bool const holdsNoLock = IsReachedByPublicCalls(operation);
-    action = script[holdsNoLock && !script.isMember(operation) ? "*" : operation];
-    if (holdsNoLock)
-        JoinThreadsBehindTheLock();
+    if (IsQuiet()) {
+        action = ActionFor(ScriptOfQuietPlugin(), operation);
+        if (action.isNull())
+            return;
+    } else {
+        Json::Value const script = ParseScript();
+        bool const holdsNoLock = IsReachedByPublicCalls(operation);
+        action = ActionFor(script, holdsNoLock && !script.isMember(operation) ? "*" : operation);
+        if (holdsNoLock)
+            JoinThreadsBehindTheLock();
+    }
     if (action.isMember("wait"))
         WaitFor(fs::u8path(action["wait"].asString()));
     if (action["callBack"].asBool())

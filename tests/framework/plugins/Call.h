@@ -18,6 +18,8 @@ namespace Rig {
 /// arguments as they arrived, and then does what the script says:
 ///   {"answer": value}        in place of the default answer
 ///   {"text": value}          in place of the default text, null for a null one
+///   {"bytes": "c3ff"}        likewise, for bytes that a script cannot spell
+///   {"repeat": count}        that text so many times over
 ///   {"empty": true}          an empty interface, from a getter
 ///   {"throw": "text"}        std::runtime_error; of a number, that int
 ///   {"wait": "file"}         until the file exists, announced by file + ".waiting"
@@ -28,15 +30,19 @@ namespace Rig {
 ///                            another thread can take the library's lock meanwhile
 /// The script's "*" is for each operation without an entry of its own that a
 /// public call reaches.
+/// With HXSSO_PLUGIN_QUIET set nothing is written down and the script is read
+/// once: for hosts that call a million times, or while the process ends.
 class Call {
 public:
     template <class... Arguments>
     explicit Call(char const* operation, Arguments const&... arguments)
     {
-        Json::Value line(Json::arrayValue);
-        line.append(operation);
-        (line.append(AsJson(arguments)), ...);
-        WriteDown(line);
+        if (!IsQuiet()) {
+            Json::Value line(Json::arrayValue);
+            line.append(operation);
+            (line.append(AsJson(arguments)), ...);
+            WriteDown(line);
+        }
         Act(operation);
     }
 
@@ -96,6 +102,7 @@ private:
             return static_cast<Json::Int64>(value);
     }
 
+    static bool IsQuiet();
     static void WriteDown(Json::Value const& line);
     void Act(char const* operation);
 

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "Call.h"
+#include "FreshCryptor.h"
 #include "WebServicesConfiguration.h"
 #include "plugin/Plugin.h"
 
@@ -51,7 +52,8 @@ public:
     }
     std::shared_ptr<WebServices::IRsaCryptor> GetRsaCryptor() override
     {
-        Call("ISSOClientModule::GetRsaCryptor");
+        if (Call("ISSOClientModule::GetRsaCryptor").IsFresh())
+            return std::make_shared<Rig::FreshCryptor>();
         return cryptor;
     }
     void SetRsaCryptor(std::shared_ptr<WebServices::IRsaCryptor> newCryptor) override

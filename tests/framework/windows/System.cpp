@@ -73,7 +73,8 @@ Ending RunToEnd(Process const& process)
     ::CloseHandle(start.hStdError);
     if (!started)
         throw std::runtime_error("CreateProcess failed: " + std::to_string(::GetLastError()));
-    bool const timedOut = ::WaitForSingleObject(child.hProcess, 60000) != WAIT_OBJECT_0;
+    auto const limit = static_cast<DWORD>(std::chrono::milliseconds(process.limit).count());
+    bool const timedOut = ::WaitForSingleObject(child.hProcess, limit) != WAIT_OBJECT_0;
     if (timedOut) {
         ::TerminateProcess(child.hProcess, 1);
         ::WaitForSingleObject(child.hProcess, INFINITE);
@@ -151,6 +152,8 @@ std::string HostModuleDirectory()
     ::GetDllDirectoryW(MAX_PATH, directory);
     return WideToUtf8(directory);
 }
+
+void EndQuickly(int status) { ::ExitProcess(static_cast<UINT>(status)); }
 
 std::string SystemErrorText(unsigned long code)
 {

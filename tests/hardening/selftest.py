@@ -1,0 +1,52 @@
+#!/usr/bin/env python3
+"""The checks see a program that is built without each of the protections."""
+
+import pathlib
+import subprocess
+import sys
+
+import check
+
+SOURCE = """
+#include <cstdio>
+int main(int, char** arguments)
+{
+    char buffer[64];
+    return std::sprintf(buffer, "%s", arguments[0]);
+}
+"""
+
+ELF_LOOSE = ["-fno-stack-protector", "-fcf-protection=none", "-no-pie", "-Wl,-z,norelro",
+             "-Wl,-z,lazy", "-Wl,-z,execstack", "-Wl,-rpath,/tmp"]
+PE_LOOSE = ["-fno-stack-protector", "-Wl,--disable-dynamicbase", "-Wl,--disable-nxcompat",
+            "-Wl,--disable-high-entropy-va", "-Wl,--disable-reloc-section"]
+
+
+def main():
+    folder, compiler, *options = sys.argv[1:]
+    if "--not-hardened" in options:
+        print("skipped: not a hardened build")
+        return check.SKIPPED
+    windows = "mingw" in pathlib.Path(compiler).name
+    folder = pathlib.Path(folder)
+    source = folder / "loose.cpp"
+    source.write_text(SOURCE)
+    program = folder / ("loose.exe" if windows else "loose")
+    subprocess.run([compiler, *(PE_LOOSE if windows else ELF_LOOSE), str(source), "-o",
+                    str(program)], check=True)
+    output = subprocess.run([sys.executable, str(pathlib.Path(check.__file__)), *options,
+                             str(program)], stdout=subprocess.PIPE, text=True, check=False)
+    print(output.stdout)
+    # What a linker does not undo on request is left out.
+    expected = ["addresses of", "relocations for", "data not exec", "stack protector, inside"] \
+        if windows else ["position-ind", "RELRO seg", "all symbols", "stack not exec",
+                         "stack protector", "no run path", "branch targets"]
+    missed = [text for text in expected if f"FAILED {text}" not in output.stdout]
+    if output.returncode != 1 or missed:
+        print("not seen:", ", ".join(missed))
+        return 1
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,269 @@
+// How a process may end: in each state of the library and in each way.
+
+#include <atomic>
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "Repetitions.h"
+#include "SSOClientPrivate.h"
+#include "SSOServerManager.h"
+#include "WebServicesManager.h"
+#include "WebServicesUIManager.h"
+#include "framework/HostProgram.h"
+#include "framework/Installation.h"
+
+using Halvorix::SSOServices::SSOClientPrivate;
+using Halvorix::SSOServices::SSOServicesManager;
+using Halvorix::WebServices::IRsaCryptor;
+using Halvorix::WebServices::WebServicesManager;
+using Halvorix::WebServicesUI::WebServicesUIManager;
+using Rig::Installation;
+using Rig::Outcome;
+
+namespace {
+
+constexpr int OwnStatus = 7;
+
+/// "return" leaves it to main.
+void EndBy(std::string const& ending)
+{
+    if (ending == "exit")
+        std::exit(OwnStatus);
+    if (ending == "quick")
+        Rig::EndQuickly(OwnStatus);
+    if (ending == "_Exit")
+        std::_Exit(OwnStatus);
+    if (ending == "thread")
+        std::thread([] { std::exit(OwnStatus); }).join();
+}
+
+std::vector<std::string> Endings() { return {"return", "exit", "quick", "_Exit", "thread"}; }
+
+/// Whether the destructors of the executable's statics run.
+bool RunsDestructors(std::string const& ending) { return ending != "quick" && ending != "_Exit"; }
+
+int StatusOf(std::string const& ending) { return ending == "return" ? 0 : OwnStatus; }
+
+class CallsAtTheEnd {
+public:
+    CallsAtTheEnd() = default;
+    ~CallsAtTheEnd()
+    {
+        Rig::Report report(Rig::Variable("HXSSO_REPORT"));
+        std::wstring path = L"%ExePath%";
+        report("pathAtTheEnd", SSOClientPrivate::ExpandPathVariables(path));
+        report("stateAtTheEnd", SSOClientPrivate::GetSessionState());
+    }
+    CallsAtTheEnd(CallsAtTheEnd const&) = delete;
+    CallsAtTheEnd& operator=(CallsAtTheEnd const&) = delete;
+};
+
+void BringTo(std::string const& state)
+{
+    if (state == "Asked" || state == "AskedWithStatics")
+        SSOClientPrivate::GetSessionState();
+    if (state == "Initialized" || state == "Released")
+        WebServicesUIManager::Initialize();
+    if (state == "Released")
+        WebServicesUIManager::Uninitialize();
+    if (state == "HeldByStatics")
+        static std::shared_ptr<IRsaCryptor> const held = SSOServicesManager::GetRsaCryptor();
+}
+
+HOST_PROGRAM(EndsInAState)
+{
+    if (arguments[0] == "Statics" || arguments[0] == "AskedWithStatics")
+        static CallsAtTheEnd const callsAtTheEnd;
+    BringTo(arguments[0]);
+    report("reached", arguments[0]);
+    EndBy(arguments[1]);
+}
+
+void ExpectEnded(Outcome const& outcome, std::string const& ending)
+{
+    EXPECT_FALSE(outcome.ending.timedOut);
+    EXPECT_FALSE(outcome.ending.crashed);
+    EXPECT_EQ(outcome.ending.status, StatusOf(ending));
+    EXPECT_EQ(outcome.errors, "");
+}
+
+} // namespace
+
+class ProcessEnd : public testing::TestWithParam<char const*> {};
+
+TEST_P(ProcessEnd, IsCleanWithAPlugin)
+{
+    std::string const state = GetParam();
+    for (std::string const& ending : Endings()) {
+        SCOPED_TRACE(ending);
+        Installation installation;
+        installation.Complete()
+            .Script("GetSSOClientFactory", R"({"fresh": true})")
+            .Script("ISSOClientModule::GetRsaCryptor", R"({"fresh": true})");
+        Outcome const outcome = installation.Run("EndsInAState", {state, ending});
+        ExpectEnded(outcome, ending);
+        EXPECT_EQ(outcome["reached"], state);
+        bool const loads = state != "Untouched" && (state != "Statics" || RunsDestructors(ending));
+        EXPECT_EQ(outcome.Called("GetSSOClientFactory()"), loads ? 1 : 0);
+        // Windows tells the modules in any case.
+        bool const releases = state == "Released" || RunsDestructors(ending) || Rig::IsWindows();
+        EXPECT_EQ(outcome.Called("~ISSOClientFactory()"), loads && releases ? 1 : 0);
+        if (state == "HeldByStatics") {
+            EXPECT_EQ(outcome.Called("~IRsaCryptor()"), RunsDestructors(ending) ? 1 : 0);
+        }
+        if ((state == "Statics" || state == "AskedWithStatics") && RunsDestructors(ending)) {
+            EXPECT_EQ(outcome["pathAtTheEnd"], true);
+            EXPECT_EQ(outcome["stateAtTheEnd"], "ISSOClientPrivate::GetSessionState");
+        }
+    }
+}
+
+TEST_P(ProcessEnd, IsCleanAfterAFailedLoad)
+{
+    std::string const state = GetParam();
+    for (std::string const& ending : Endings()) {
+        SCOPED_TRACE(ending);
+        Installation installation;
+        Outcome const outcome = installation.Run("EndsInAState", {state, ending});
+        ExpectEnded(outcome, ending);
+        EXPECT_EQ(outcome["reached"], state);
+        if ((state == "Statics" || state == "AskedWithStatics") && RunsDestructors(ending)) {
+            EXPECT_EQ(outcome["pathAtTheEnd"], true);
+            EXPECT_EQ(outcome["stateAtTheEnd"], "");
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Exit, ProcessEnd,
+                         testing::Values("Untouched", "Asked", "Initialized", "Released",
+                                         "HeldByStatics", "Statics", "AskedWithStatics"),
+                         [](auto const& info) { return std::string(info.param); });
+
+// A plugin may wait there for a thread of its own that still needs the library.
+TEST(Exit, ReleasesThePluginWithoutTheLock)
+{
+    if (Rig::IsWindows())
+        GTEST_SKIP() << "no thread runs any more when this system ends its modules";
+    Installation installation;
+    installation.Complete()
+        .Script("GetSSOClientFactory", R"({"fresh": true})")
+        .Script("~ISSOClientFactory", R"({"probe": 10})");
+    Outcome const outcome = installation.Run("EndsInAState", {"Asked", "return"});
+    ExpectEnded(outcome, "return");
+    EXPECT_EQ(outcome.Called(R"(LockIsFree("~ISSOClientFactory", true))"), 1);
+}
+
+namespace {
+
+/// Threads that outlive whatever ends the process. Never destroyed, never joined.
+std::vector<std::thread>& LastingThreads()
+{
+    static auto& threads = *new std::vector<std::thread>;
+    return threads;
+}
+
+constexpr int ThreadCount = 8;
+
+template <class Action>
+void StartThreads(Action action)
+{
+    for (int i = 0; i < ThreadCount; ++i)
+        LastingThreads().emplace_back(action);
+}
+
+HOST_PROGRAM(EndsWhileThreadsCall)
+{
+    static std::atomic<int> started{0};
+    WebServicesManager::Initialize();
+    WebServicesManager* const manager = WebServicesManager::GetInstance();
+    StartThreads([manager] {
+        for (bool isFirst = true;; isFirst = false) {
+            manager->IsLoggedIn();
+            std::wstring path = L"%ExePath%";
+            SSOClientPrivate::ExpandPathVariables(path);
+            SSOClientPrivate::GetSessionState();
+            SSOServicesManager::GetRsaCryptor();
+            if (isFirst)
+                ++started;
+        }
+    });
+    while (started < ThreadCount)
+        std::this_thread::yield();
+    EndBy(arguments[0]);
+}
+
+HOST_PROGRAM(EndsWhileThePluginIsBusy)
+{
+    WebServicesManager::Initialize();
+    WebServicesManager* const manager = WebServicesManager::GetInstance();
+    StartThreads([manager] { manager->IsLoggedIn(); });
+    while (!std::filesystem::exists(std::filesystem::u8path(arguments[1])))
+        std::this_thread::yield();
+    EndBy(arguments[0]);
+}
+
+// The load itself: the plugin does not come back, and the lock is held.
+HOST_PROGRAM(EndsDuringTheLoad)
+{
+    StartThreads([] { SSOClientPrivate::GetSessionState(); });
+    while (!std::filesystem::exists(std::filesystem::u8path(arguments[1])))
+        std::this_thread::yield();
+    EndBy(arguments[0]);
+}
+
+class EndsWithThreads : public testing::TestWithParam<char const*> {
+protected:
+    void RunOften(Installation& installation, std::string const& program,
+                  std::vector<std::string> const& more = {})
+    {
+        int const repetitions = Rig::Repetitions(8, 4, 300, 50);
+        std::vector<std::string> arguments{GetParam()};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        for (int i = 0; i < repetitions && !HasFailure(); ++i) {
+            SCOPED_TRACE(i);
+            ExpectEnded(installation.Remove("never.waiting").Run(program, arguments), GetParam());
+        }
+        std::cout << repetitions << " processes, " << ThreadCount << " threads each\n";
+    }
+};
+
+} // namespace
+
+TEST_P(EndsWithThreads, ThatCallThePlugin)
+{
+    Installation installation;
+    installation.Complete().Quiet().Script("GetSSOClientFactory", R"({"fresh": true})");
+    RunOften(installation, "EndsWhileThreadsCall");
+}
+
+TEST_P(EndsWithThreads, ThatCallWithoutAPlugin)
+{
+    Installation installation;
+    RunOften(installation, "EndsWhileThreadsCall");
+}
+
+TEST_P(EndsWithThreads, ThatWaitInThePlugin)
+{
+    Installation installation;
+    installation.Complete().Script("ISSOClient::IsLoggedIn", R"({"wait": "{root}/never"})");
+    RunOften(installation, "EndsWhileThePluginIsBusy", {installation.Text("never.waiting")});
+}
+
+TEST_P(EndsWithThreads, ThatWaitForTheLoad)
+{
+    Installation installation;
+    installation.Complete().Script("ISSOServerManager::SetSSOServerAppFiles",
+                                   R"({"wait": "{root}/never"})");
+    // Below what the plugin waits before it gives up.
+    installation.Limit(std::chrono::seconds(15));
+    RunOften(installation, "EndsDuringTheLoad", {installation.Text("never.waiting")});
+}
+
+INSTANTIATE_TEST_SUITE_P(Exit, EndsWithThreads,
+                         testing::Values("return", "exit", "quick", "thread"),
+                         [](auto const& info) { return std::string("By_") + info.param; });

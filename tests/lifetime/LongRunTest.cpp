@@ -1,0 +1,156 @@
+// A library that is called for days: nothing may grow but the early log.
+
+#include <algorithm>
+#include <iomanip>
+#include <iostream>
+
+#include <gmock/gmock.h>
+
+#include "LongRun.h"
+#include "Repetitions.h"
+#include "framework/Installation.h"
+#include "host/Expected.h"
+
+using Rig::Installation;
+using Rig::Outcome;
+
+namespace {
+
+/// What ten looks at one process found.
+struct Course {
+    std::vector<double> memory;
+    std::vector<int> handles;
+    std::vector<int> threads;
+    int calls;
+};
+
+Course CourseOf(Outcome const& outcome)
+{
+    Course course{{}, {}, {}, outcome["calls"].asInt()};
+    for (Json::Value const& sample : outcome["samples"]) {
+        course.memory.push_back(sample[0].asDouble());
+        course.handles.push_back(sample[1].asInt());
+        course.threads.push_back(sample[2].asInt());
+    }
+    return course;
+}
+
+double MiB(double bytes) { return bytes / (1024 * 1024); }
+
+void Print(std::string const& kind, Outcome const& outcome, Course const& course)
+{
+    std::cout << kind << ": " << course.calls << " calls, "
+              << outcome["nanoseconds"].asInt64() / std::max(course.calls, 1) << " ns each, memory "
+              << std::fixed << std::setprecision(2) << MiB(course.memory.front()) << " -> "
+              << MiB(course.memory.back()) << " MiB, handles " << course.handles.front() << " -> "
+              << course.handles.back() << ", threads " << course.threads.front() << " -> "
+              << course.threads.back() << std::endl;
+}
+
+struct Kind {
+    char const* name;
+    int calls;     // in the suite
+    int longCalls; // with HXSSO_LONG
+};
+
+void PrintTo(Kind const& kind, std::ostream* out) { *out << kind.name; }
+
+class LongRun : public testing::TestWithParam<Kind> {
+protected:
+    Course Run(Installation& installation)
+    {
+        Kind const kind = GetParam();
+        int const calls = Rig::IsLongRun() ? kind.longCalls : kind.calls;
+        Outcome const outcome =
+            installation.Quiet()
+                .Limit(std::chrono::minutes(Rig::IsLongRun() ? 60 : 1))
+                .Run("RunsLong", {kind.name, std::to_string(calls), std::to_string(calls / 10)});
+        EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
+        EXPECT_FALSE(outcome.ending.timedOut);
+        EXPECT_EQ(outcome["program"], "returned");
+        EXPECT_EQ(outcome["failures"], 0);
+        EXPECT_EQ(outcome.errors, "");
+        Course const course = CourseOf(outcome);
+        EXPECT_EQ(course.memory.size(), static_cast<std::size_t>(Rig::Samples));
+        if (!course.memory.empty())
+            Print(kind.name, outcome, course);
+        return course;
+    }
+};
+
+void ExpectConstant(std::vector<int> const& counts)
+{
+    EXPECT_THAT(counts, testing::Each(counts.front()));
+    EXPECT_GT(counts.front(), 0);
+}
+
+} // namespace
+
+// The heap may move by some blocks; a byte for each call would show.
+TEST_P(LongRun, LeavesNothingBehind)
+{
+    Installation installation;
+    installation.Complete()
+        .Script(
+            "ISSOClient::GetOAuth2AccessToken",
+            R"({"text": "{\"OAuth2AccessToken\": \"token\", \"OAuth2TokenSpec\": {\"type\": 1}}"})")
+        .Script("ISSOClient::InitiateLogout", R"({"text": "{\"Cookies\": [{\"Name\": \"a\"}]}"})");
+    Course const course = Run(installation);
+    ASSERT_EQ(course.memory.size(), static_cast<std::size_t>(Rig::Samples));
+    ExpectConstant(course.handles);
+    ExpectConstant(course.threads);
+    if (HXSSO_SANITIZED) {
+        std::cout << "memory is the sanitizer's and not judged\n";
+        return;
+    }
+    double const tolerance = 256.0 * 1024;
+    double const highest = *std::max_element(course.memory.begin(), course.memory.end());
+    EXPECT_LE(highest - course.memory.front(), tolerance);
+}
+
+INSTANTIATE_TEST_SUITE_P(Calls, LongRun,
+                         testing::Values(Kind{"AsksWhetherLoggedIn", 20000, 1000000},
+                                         Kind{"ReadsAText", 20000, 1000000},
+                                         Kind{"GetsAToken", 20000, 1000000},
+                                         Kind{"SendsAndReceivesCookies", 20000, 1000000},
+                                         Kind{"ExpandsAPath", 20000, 1000000},
+                                         Kind{"BeginsAndEnds", 20000, 1000000},
+                                         Kind{"LoadsAnew", 100, 10000}),
+                         [](auto const& info) { return std::string(info.param.name); });
+
+class LongRunWithoutPlugin : public LongRun {};
+
+// Each call adds its banner to the early log, on purpose, and nothing else.
+TEST_P(LongRunWithoutPlugin, GrowsByOneLineWithEachCall)
+{
+    Installation installation;
+    Course const course = Run(installation);
+    ASSERT_EQ(course.memory.size(), static_cast<std::size_t>(Rig::Samples));
+    ExpectConstant(course.handles);
+    ExpectConstant(course.threads);
+    if (HXSSO_SANITIZED) {
+        std::cout << "memory is the sanitizer's and not judged\n";
+        return;
+    }
+    std::string const root = "{root}";
+    auto const units =
+        static_cast<double>(Rig::Banner().size() - root.size() + installation.Text("lib").size()) -
+        4;
+    // The text, its entry in a list that grows by doubling, and the heap's own.
+    double const least = units * sizeof(wchar_t);
+    double const most = least + 4 * 48;
+    double const whole = (course.memory.back() - course.memory.front()) / course.calls;
+    std::cout << "bytes each: " << whole << ", expected " << least << " to " << most << '\n';
+    EXPECT_GE(whole, least);
+    EXPECT_LE(whole, most);
+    for (int i = 1; i < Rig::Samples; ++i) {
+        double const part = (course.memory[i] - course.memory[i - 1]) /
+                            (course.calls / static_cast<double>(Rig::Samples - 1));
+        EXPECT_GE(part, least / 2) << i;
+        EXPECT_LE(part, most * 2) << i;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Calls, LongRunWithoutPlugin,
+                         testing::Values(Kind{"AsksWithoutAPlugin", 20000, 1000000}),
+                         [](auto const& info) { return std::string(info.param.name); });

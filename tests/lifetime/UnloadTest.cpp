@@ -1,0 +1,112 @@
+// A library that a host binds late: what is left of it when the host lets it go.
+
+#include <gmock/gmock.h>
+
+#include "framework/Installation.h"
+
+using Rig::Installation;
+using Rig::Outcome;
+
+namespace {
+
+char const* const goodLocale = "12 true good";
+
+class Unload : public testing::Test {
+protected:
+    Unload() { installation.Host("late-bound-host"); }
+
+    Outcome RunLateBound(std::string const& program)
+    {
+        Outcome outcome =
+            installation.Run(program, {installation.Text("lib/" + Rig::LibraryFiles().front())});
+        EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
+        EXPECT_FALSE(outcome.ending.crashed) << outcome.ending.status;
+        EXPECT_FALSE(outcome.ending.timedOut);
+        EXPECT_EQ(outcome.errors, "");
+        EXPECT_EQ(outcome["program"], "returned");
+        return outcome;
+    }
+
+    Installation installation;
+};
+
+} // namespace
+
+TEST_F(Unload, TakesALibraryAwayThatWasNotUsed)
+{
+    Outcome const outcome = RunLateBound("BindsWithoutUse");
+    EXPECT_EQ(outcome["gone"], true);
+    EXPECT_EQ(outcome["locale"], goodLocale);
+}
+
+TEST_F(Unload, LeavesPluginAndLocaleUsable)
+{
+    installation.Complete();
+    Outcome const outcome = RunLateBound("UnbindsAfterUse");
+    EXPECT_EQ(outcome["ready"], true);
+    EXPECT_EQ(outcome["locale"], goodLocale);
+    EXPECT_EQ(outcome["readyAgain"], true);
+    EXPECT_EQ(outcome.Called("GetSSOClientFactory()"), 1);
+}
+
+// No plugin holds the library then, but the locale that it has set is its code.
+TEST_F(Unload, LeavesTheLocaleUsableWithoutAPlugin)
+{
+    Outcome const outcome = RunLateBound("UnbindsAfterUse");
+    EXPECT_EQ(outcome["ready"], false);
+    EXPECT_EQ(outcome["locale"], goodLocale);
+    EXPECT_EQ(outcome["readyAgain"], false);
+}
+
+TEST_F(Unload, LeavesTheLocaleUsableAfterAWholeLife)
+{
+    for (bool const hasPlugin : {false, true}) {
+        SCOPED_TRACE(hasPlugin);
+        if (hasPlugin)
+            installation.Complete();
+        Outcome const outcome = RunLateBound("UnbindsAfterItsLife");
+        EXPECT_EQ(outcome["ready"], hasPlugin);
+        EXPECT_EQ(outcome["locale"], goodLocale);
+    }
+}
+
+TEST_F(Unload, LeavesThePluginsObjectsUsable)
+{
+    installation.Complete().Script("ISSOClientModule::GetRsaCryptor", R"({"fresh": true})");
+    Outcome const outcome = RunLateBound("HoldsAnObjectOverTheUnbinding");
+    EXPECT_EQ(outcome["size"], 190);
+    EXPECT_EQ(outcome.Called("~IRsaCryptor()"), 1);
+}
+
+// The library's own end comes before these where a module that came later ends
+// first: it answers, without the plugin. Windows ends all modules behind the
+// executable: there it loads once more after it was released.
+TEST_F(Unload, AnswersCallsThatComeBehindItsEnd)
+{
+    int const loads = Rig::IsWindows() ? 2 : 1;
+    for (bool const hasPlugin : {false, true}) {
+        SCOPED_TRACE(hasPlugin);
+        if (hasPlugin)
+            installation.Complete();
+        Outcome const outcome = RunLateBound("CallsBehindTheEnd");
+        EXPECT_EQ(outcome["ready"], hasPlugin);
+        EXPECT_EQ(outcome["readyAtTheEnd"], hasPlugin && Rig::IsWindows());
+        EXPECT_EQ(outcome["initializedAtTheEnd"], true);
+        EXPECT_EQ(outcome["uninitializedAtTheEnd"], true);
+        EXPECT_EQ(outcome["readyAfterAll"], hasPlugin && Rig::IsWindows());
+        EXPECT_EQ(outcome["localeAtTheEnd"], goodLocale);
+        EXPECT_EQ(outcome.Called("GetSSOClientFactory()"), hasPlugin ? loads : 0);
+    }
+}
+
+TEST_F(Unload, AnswersAFirstCallThatComesBehindItsEnd)
+{
+    for (bool const hasPlugin : {false, true}) {
+        SCOPED_TRACE(hasPlugin);
+        if (hasPlugin)
+            installation.Complete();
+        Outcome const outcome = RunLateBound("CallsFirstBehindTheEnd");
+        EXPECT_EQ(outcome["readyAtTheEnd"], hasPlugin && Rig::IsWindows());
+        EXPECT_EQ(outcome["localeAtTheEnd"], goodLocale);
+    }
+}

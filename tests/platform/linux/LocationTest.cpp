@@ -1,0 +1,70 @@
+// The file that stands for the registry value.
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "platform/Platform.h"
+
+namespace Platform = Halvorix::Platform;
+
+namespace {
+
+class Location : public testing::Test {
+protected:
+    Location() { std::filesystem::create_directories(folder / "full/Halvorix/HxSSO"); }
+    ~Location() override { std::filesystem::remove_all(folder); }
+
+    void Write(std::string const& content) const
+    {
+        std::ofstream(folder / "full/Halvorix/HxSSO/Location", std::ios::binary) << content;
+    }
+
+    /// Opens the key with these folders, which name the test's own by {}.
+    Platform::ErrorCode Open(std::string directories)
+    {
+        for (std::size_t at = 0; (at = directories.find("{}")) != std::string::npos;)
+            directories.replace(at, 2, folder.string());
+        ::setenv("XDG_CONFIG_DIRS", directories.c_str(), 1);
+        return Platform::OpenLocationKey(Platform::LocationView::Own, key);
+    }
+
+    std::filesystem::path const folder =
+        std::filesystem::temp_directory_path() /
+        ("hxsso-location-" +
+         std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
+    Platform::LocationKey key = nullptr;
+};
+
+} // namespace
+
+TEST_F(Location, PassesOverEmptyFolderNames)
+{
+    Write("/server\nmore");
+    ASSERT_EQ(Open("::{}/none::{}/full:"), 0u);
+    std::wstring text;
+    EXPECT_TRUE(Platform::ReadLocation(key, text));
+    EXPECT_EQ(text, L"/server");
+    Platform::CloseLocationKey(key);
+}
+
+TEST_F(Location, TellsWhyAFileCannotBeOpenedBeforeThatOneIsMissing)
+{
+    std::ofstream(folder / "file") << "no folder";
+    EXPECT_EQ(Open("{}/none"), static_cast<Platform::ErrorCode>(ENOENT));
+    EXPECT_EQ(Open("{}/file:{}/none"), static_cast<Platform::ErrorCode>(ENOTDIR));
+}
+
+TEST_F(Location, OfAnEmptyFileCannotBeRead)
+{
+    Write("");
+    ASSERT_EQ(Open("{}/full"), 0u);
+    std::wstring text = L"untouched";
+    EXPECT_FALSE(Platform::ReadLocation(key, text));
+    EXPECT_EQ(text, L"untouched");
+    Platform::CloseLocationKey(key);
+}
