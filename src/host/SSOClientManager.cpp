@@ -45,7 +45,11 @@ bool ReleaseAtProcessEnd(std::shared_ptr<Interface>& held)
 
 } // namespace
 
-SSOClientManager::SSOClientManager() : SSOPathResolver(OwnVersion(), &SSOClientManager::LogWrite) {}
+SSOClientManager::SSOClientManager() : SSOClientManager(&SSOClientManager::LogWrite) {}
+
+SSOClientManager::SSOClientManager(LogFunction log) : SSOPathResolver(OwnVersion(), std::move(log))
+{
+}
 
 std::shared_ptr<SSOClientManager> SSOClientManager::GetInstance()
 {

@@ -1,6 +1,6 @@
 #include "ModuleImage.h"
 
-namespace Halvorix::PluginCheck {
+namespace Halvorix::Tools {
 
 namespace {
 
@@ -40,4 +40,4 @@ ModuleImage ReadModuleImage(std::string_view content)
     return image;
 }
 
-} // namespace Halvorix::PluginCheck
+} // namespace Halvorix::Tools

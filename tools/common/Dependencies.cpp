@@ -7,7 +7,7 @@
 #include "System.h"
 #include "platform/Platform.h"
 
-namespace Halvorix::PluginCheck {
+namespace Halvorix::Tools {
 
 namespace {
 
@@ -21,8 +21,8 @@ bool IsLibrary(std::string const& name)
 
 class Search {
 public:
-    Search(fs::path const& pluginFile, ModuleImage const& ownImage)
-        : plugin(pluginFile), own(ownImage)
+    Search(fs::path const& pluginFile, ModuleImage const& ownImage, Host const& aHost)
+        : plugin(pluginFile), own(ownImage), host(aHost)
     {
     }
 
@@ -44,9 +44,11 @@ private:
             found.inProcess.push_back(name);
             return;
         }
-        for (fs::path const& folder : DependencyFolders(image, file, plugin)) {
+        for (fs::path const& folder : DependencyFolders(image, file, plugin, host.folder)) {
             if (Take(folder / wanted, hint)) {
                 found.inFolders.push_back(name);
+                if (folder == host.folder && folder != here)
+                    found.ofHost.push_back(folder / wanted);
                 return;
             }
         }
@@ -57,8 +59,7 @@ private:
             return;
         }
         if (IsLibrary(name)) {
-            fs::path const here = FromWide(Platform::ExecutableFile()).parent_path();
-            for (fs::path const& folder : {here, here / HXSSO_LIBRARY_FOLDER}) {
+            for (fs::path const& folder : host.libraryFolders) {
                 if (Take(folder / wanted, hint)) {
                     found.library = folder / wanted;
                     return;
@@ -90,15 +91,17 @@ private:
 
     fs::path const& plugin;
     ModuleImage const& own;
+    Host const& host;
+    fs::path const here = FromWide(Platform::ExecutableFile()).parent_path();
     std::set<std::string> seen;
 };
 
 } // namespace
 
 Dependencies FindDependencies(fs::path const& plugin, ModuleImage const& image,
-                              ModuleImage const& own)
+                              ModuleImage const& own, Host const& host)
 {
-    Search search(plugin, own);
+    Search search(plugin, own, host);
     search.Follow(plugin, image);
     return std::move(search.found);
 }
@@ -115,4 +118,4 @@ std::optional<std::string> ReadWhole(fs::path const& file)
     return content;
 }
 
-} // namespace Halvorix::PluginCheck
+} // namespace Halvorix::Tools

@@ -1,6 +1,6 @@
 #include "ModuleImage.h"
 
-namespace Halvorix::PluginCheck {
+namespace Halvorix::Tools {
 
 namespace {
 
@@ -137,4 +137,4 @@ private:
 
 void ReadPeImage(ByteView const& bytes, ModuleImage& image) { PeReader(bytes).Read(image); }
 
-} // namespace Halvorix::PluginCheck
+} // namespace Halvorix::Tools

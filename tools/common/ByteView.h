@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace Halvorix::PluginCheck {
+namespace Halvorix::Tools {
 
 /// The bytes of a file that may be damaged or made to harm: each read is
 /// checked, and one beyond the end gives nothing.
@@ -63,4 +63,4 @@ private:
     std::string_view bytes;
 };
 
-} // namespace Halvorix::PluginCheck
+} // namespace Halvorix::Tools

@@ -4,9 +4,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdlib>
+
 #include "support/TextConversion.h"
 
-namespace Halvorix::PluginCheck {
+namespace Halvorix::Tools {
 
 namespace {
 
@@ -40,6 +42,7 @@ std::filesystem::path FromWide(std::wstring const& text)
 // older one counts.
 std::vector<std::filesystem::path> DependencyFolders(ModuleImage const& image,
                                                      std::filesystem::path const& file,
+                                                     std::filesystem::path const&,
                                                      std::filesystem::path const&)
 {
     std::string const origin = file.parent_path().string();
@@ -66,9 +69,26 @@ bool IsFoundBySystem(std::string const& name)
            WEXITSTATUS(status) == 0;
 }
 
+// The system follows all links before it runs a program; the loader spells a
+// folder in its own way, which the library straightens out.
+std::filesystem::path ExecutableAsRun(std::filesystem::path const& file)
+{
+    std::error_code unknown;
+    std::filesystem::path const followed = std::filesystem::canonical(file, unknown);
+    return unknown ? std::filesystem::absolute(file).lexically_normal() : followed;
+}
+
+std::filesystem::path ModuleAsLoaded(std::filesystem::path const& file)
+{
+    std::filesystem::path const absolute = std::filesystem::absolute(file).lexically_normal();
+    return ExecutableAsRun(absolute.parent_path()) / absolute.filename();
+}
+
+bool BeginTerminal() { return ::isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr; }
+
 char const* HintForDependencyBeside()
 {
     return "it lies beside the module, whose run path does not name that folder ($ORIGIN)";
 }
 
-} // namespace Halvorix::PluginCheck
+} // namespace Halvorix::Tools

@@ -16,7 +16,7 @@
 #include "support/SystemError.h"
 #include "support/TextConversion.h"
 
-namespace Halvorix::PluginCheck {
+namespace Halvorix::Tools {
 
 namespace {
 
@@ -101,9 +101,12 @@ void CheckLogger(SSOServices::ISSOLogManager* logs, Report& report)
 
 void CheckLoaded(std::filesystem::path const& file, FileFindings const& findings, Report& report)
 {
-    if (findings.library && Platform::LoadModule(Wide(*findings.library)) == nullptr) {
-        report.Add("load", Result::Failed, "the library itself: " + SystemReason());
-        return;
+    for (std::filesystem::path const& needed : findings.first) {
+        if (Platform::LoadModule(Wide(needed)) == nullptr) {
+            report.Add("load", Result::Failed,
+                       needed.filename().u8string() + " of the host: " + SystemReason());
+            return;
+        }
     }
     Platform::SetDependencyDirectory(Wide(file.parent_path()).c_str());
     Platform::ModuleHandle const module = Platform::LoadModule(Wide(file));
@@ -142,4 +145,4 @@ void CheckLoaded(std::filesystem::path const& file, FileFindings const& findings
     CheckLogger(logs.get(), report);
 }
 
-} // namespace Halvorix::PluginCheck
+} // namespace Halvorix::Tools

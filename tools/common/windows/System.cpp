@@ -5,7 +5,7 @@
 
 #include <shellapi.h>
 
-namespace Halvorix::PluginCheck {
+namespace Halvorix::Tools {
 
 std::vector<std::filesystem::path> BeginProgram(int, char**)
 {
@@ -25,13 +25,14 @@ std::wstring Wide(std::filesystem::path const& path) { return path.generic_wstri
 
 std::filesystem::path FromWide(std::wstring const& text) { return text; }
 
-// This program stands for the host, whose folder comes first; then the folder
+// The host's folder comes first; then the folder
 // that the library names while it loads.
 std::vector<std::filesystem::path> DependencyFolders(ModuleImage const&,
                                                      std::filesystem::path const&,
-                                                     std::filesystem::path const& plugin)
+                                                     std::filesystem::path const& plugin,
+                                                     std::filesystem::path const& host)
 {
-    return {FromWide(Platform::ExecutableFile()).parent_path(), plugin.parent_path()};
+    return {host, plugin.parent_path()};
 }
 
 bool IsFoundBySystem(std::string const& name)
@@ -50,6 +51,34 @@ bool IsFoundBySystem(std::string const& name)
     return module != nullptr;
 }
 
+// Links are not followed.
+std::filesystem::path ExecutableAsRun(std::filesystem::path const& file)
+{
+    return std::filesystem::absolute(file).lexically_normal();
+}
+
+std::filesystem::path ModuleAsLoaded(std::filesystem::path const& file)
+{
+    return ExecutableAsRun(file);
+}
+
+bool BeginTerminal()
+{
+    HANDLE const output = ::GetStdHandle(STD_OUTPUT_HANDLE);
+    DWORD mode = 0;
+    if (::GetConsoleMode(output, &mode) == FALSE)
+        return false;
+    // The console's own way is put back at the end: it outlives this program.
+    static struct CodePage {
+        UINT before = ::GetConsoleOutputCP();
+        ~CodePage() { ::SetConsoleOutputCP(before); }
+    } const codePage;
+    ::SetConsoleOutputCP(CP_UTF8);
+    constexpr DWORD takesColours = 0x0004; // ENABLE_VIRTUAL_TERMINAL_PROCESSING
+    return ::GetEnvironmentVariableW(L"NO_COLOR", nullptr, 0) == 0 &&
+           ::SetConsoleMode(output, mode | takesColours) != FALSE;
+}
+
 char const* HintForDependencyBeside() { return "it lies beside the module"; }
 
-} // namespace Halvorix::PluginCheck
+} // namespace Halvorix::Tools

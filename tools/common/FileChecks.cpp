@@ -8,7 +8,7 @@
 #include "System.h"
 #include "platform/Platform.h"
 
-namespace Halvorix::PluginCheck {
+namespace Halvorix::Tools {
 
 namespace {
 
@@ -191,7 +191,7 @@ void CheckJsoncpp(ModuleImage const& image, ModuleImage const& own, Report& repo
 
 } // namespace
 
-FileFindings CheckFile(fs::path const& file, Report& report)
+FileFindings CheckFile(fs::path const& file, Host const& host, Report& report)
 {
     std::error_code error;
     fs::file_status const status = fs::status(file, error);
@@ -215,12 +215,15 @@ FileFindings CheckFile(fs::path const& file, Report& report)
     ModuleImage const image = ReadModuleImage(*content);
     if (!CheckModule(image, own, report))
         return {};
-    Dependencies const dependencies = FindDependencies(file, image, own);
+    Dependencies const dependencies = FindDependencies(file, image, own, host);
     CheckDependencies(dependencies, report);
     CheckExport(image, report);
     CheckRuntime(image, own, report);
     CheckJsoncpp(image, own, report);
-    return {dependencies.library};
+    std::vector<fs::path> first = dependencies.ofHost;
+    if (dependencies.library)
+        first.insert(first.begin(), *dependencies.library);
+    return {first};
 }
 
-} // namespace Halvorix::PluginCheck
+} // namespace Halvorix::Tools

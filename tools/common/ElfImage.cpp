@@ -2,7 +2,7 @@
 
 #include "ModuleImage.h"
 
-namespace Halvorix::PluginCheck {
+namespace Halvorix::Tools {
 
 namespace {
 
@@ -221,4 +221,4 @@ private:
 
 void ReadElfImage(ByteView const& bytes, ModuleImage& image) { ElfReader(bytes).Read(image); }
 
-} // namespace Halvorix::PluginCheck
+} // namespace Halvorix::Tools

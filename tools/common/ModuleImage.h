@@ -6,7 +6,7 @@
 
 #include "ByteView.h"
 
-namespace Halvorix::PluginCheck {
+namespace Halvorix::Tools {
 
 enum class ImageFormat { None, Elf, Pe };
 
@@ -37,4 +37,4 @@ bool NamesFactoryProcedure(std::string const& name);
 void ReadElfImage(ByteView const& bytes, ModuleImage& image);
 void ReadPeImage(ByteView const& bytes, ModuleImage& image);
 
-} // namespace Halvorix::PluginCheck
+} // namespace Halvorix::Tools
