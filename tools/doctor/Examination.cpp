@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <filesystem>
+#include <fstream>
 #include <utility>
 
 #include "../common/Dependencies.h"
@@ -45,10 +46,24 @@ void Try(char const* during, Findings& findings, Part part)
     });
 }
 
-Tools::ModuleImage ImageOf(fs::path const& file, std::string& content)
+// What its header says, which its first bytes hold.
+std::string MachineOf(fs::path const& file)
 {
-    content = Tools::ReadWhole(file).value_or(std::string());
-    return Tools::ReadModuleImage(content);
+    char head[4096];
+    std::ifstream stream(file, std::ios::binary);
+    stream.read(head, sizeof(head));
+    return Tools::ReadModuleImage({head, static_cast<std::size_t>(stream.gcount())}).machine;
+}
+
+void AddLibrary(fs::path const& file, Program& program)
+{
+    if (file.empty())
+        return;
+    std::string const content = Tools::ReadWhole(file).value_or(std::string());
+    Tools::ModuleImage const image = Tools::ReadModuleImage(content);
+    program.isLibraryModule = image.isModule && image.flaw.empty();
+    program.libraryMachine = image.machine;
+    program.isLibraryOfThisVersion = content.find(SSOServices::LibraryVersion) != std::string::npos;
 }
 
 void AddVariables(Resolver& resolver, Program& program)
@@ -78,18 +93,10 @@ void ExamineProgram(Resolver& resolver, Options const& options, Findings& findin
     program.directory = Shown(SSOServices::GetExecutableDirPath());
     std::error_code unknown;
     program.workingDirectory = fs::current_path(unknown).generic_u8string();
-    std::string content;
-    if (!vantage.library.empty()) {
-        Tools::ModuleImage const image = ImageOf(vantage.library, content);
-        program.isLibraryModule = image.isModule && image.flaw.empty();
-        program.libraryMachine = image.machine;
-        program.isLibraryOfThisVersion =
-            content.find(SSOServices::LibraryVersion) != std::string::npos;
-    }
-    program.ownMachine = ImageOf(Tools::FromWide(Platform::ExecutableFile()), content).machine;
-    program.executableMachine = options.executable.empty()
-                                    ? program.ownMachine
-                                    : ImageOf(vantage.executable, content).machine;
+    AddLibrary(vantage.library, program);
+    program.ownMachine = MachineOf(Tools::FromWide(Platform::ExecutableFile()));
+    program.executableMachine =
+        options.executable.empty() ? program.ownMachine : MachineOf(vantage.executable);
     for (auto const& [name, folder] :
          {std::pair("ProgramFiles", Platform::KnownFolder::ProgramFiles),
           std::pair("AppData", Platform::KnownFolder::RoamingAppData),

@@ -253,9 +253,8 @@ Json::Value ToJson(Problem const& problem)
 Json::Value ToJson(Verdict const& verdict)
 {
     Json::Value value;
-    Problem const* const first = verdict.First();
     value["canWork"] = verdict.canWork;
-    value["line"] = first == nullptr ? "sign-in can work" : first->text + ": " + first->remedy;
+    value["line"] = Told(verdict);
     value["problems"] = ToJson(verdict.problems);
     return value;
 }

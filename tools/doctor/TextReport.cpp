@@ -255,12 +255,10 @@ void TextReport::WriteVerdict(Verdict const& verdict) const
         std::cout << "  "
                   << Coloured(problem.isFatal ? Colour::Bad : Colour::Doubtful,
                               problem.isFatal ? "wrong:   " : "warning: ")
-                  << problem.text << ": " << problem.remedy << '\n';
+                  << Told(problem) << '\n';
     }
     std::cout << '\n'
-              << (first == nullptr ? Coloured(Colour::Good, "sign-in can work")
-                                   : Coloured(Colour::Bad, first->text + ": " + first->remedy))
-              << std::endl;
+              << Coloured(verdict.canWork ? Colour::Good : Colour::Bad, Told(verdict)) << std::endl;
 }
 
 } // namespace Halvorix::Doctor

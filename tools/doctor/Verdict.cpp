@@ -342,6 +342,14 @@ private:
 
 } // namespace
 
+std::string Told(Problem const& problem) { return problem.text + ". To do: " + problem.remedy; }
+
+std::string Told(Verdict const& verdict)
+{
+    Problem const* const first = verdict.First();
+    return first == nullptr ? "sign-in can work" : Told(*first);
+}
+
 Verdict Judge(Findings const& findings) { return Judgement(findings).Take(); }
 
 } // namespace Halvorix::Doctor

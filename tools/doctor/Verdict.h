@@ -24,6 +24,12 @@ struct Verdict {
     Problem const* First() const { return canWork ? nullptr : &problems.front(); }
 };
 
+/// What is wrong and what to do about it, in one line.
+std::string Told(Problem const& problem);
+
+/// The last line of all.
+std::string Told(Verdict const& verdict);
+
 Verdict Judge(Findings const& findings);
 
 } // namespace Halvorix::Doctor
