@@ -17,7 +17,7 @@ class Build:
 
     def __init__(self, folder, emulator):
         self.folder = pathlib.Path(folder)
-        self.emulator = emulator
+        self.emulator = [os.path.abspath(word) if os.path.exists(word) else word for word in emulator]
         self.is_windows = (self.folder / "hxsso-doctor.exe").exists()
         exe = ".exe" if self.is_windows else ""
         self.doctor = "hxsso-doctor" + exe

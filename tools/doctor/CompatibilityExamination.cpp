@@ -146,7 +146,9 @@ bool IsSame(CompatibleModule const& a, CompatibleModule const& b)
 }
 
 // The library's own sort and selection; the verdicts are told by their result.
-void Judge(std::vector<Read>& reads, Version const& own, bool isOverridden)
+// Without an answer of the library an exception has ended the choice.
+void Judge(std::vector<Read>& reads, Version const& own, std::string const& answer,
+           bool isOverridden)
 {
     std::vector<CompatibleModule> list;
     for (Read const& read : reads)
@@ -154,10 +156,7 @@ void Judge(std::vector<Read>& reads, Version const& own, bool isOverridden)
             list.push_back(*read.record);
     SortByVersion(list);
     CompatibleModule selected;
-    bool const isAnySelected = SelectCompatibleModule(own, list, selected);
-    bool isStopped = std::any_of(reads.begin(), reads.end(), [](Read const& read) {
-        return read.told.fit == Fit::StopsReading;
-    });
+    SelectCompatibleModule(own, list, selected);
     bool isChosen = false;
     for (Read& read : reads) {
         if (!read.record)
@@ -166,10 +165,10 @@ void Judge(std::vector<Read>& reads, Version const& own, bool isOverridden)
             TellBound(read, own);
         } else if (isOverridden) {
             read.told.fit = Fit::Overridden;
-        } else if (isStopped) {
+        } else if (answer.empty()) {
             read.told.fit = Fit::Ignored;
-            read.told.detail = "it fits, but the reading of the list ends with an exception";
-        } else if (isAnySelected && !isChosen && IsSame(*read.record, selected)) {
+            read.told.detail = "it fits, but an exception ends the choice";
+        } else if (!isChosen && IsSame(*read.record, selected)) {
             read.told.fit = Fit::Chosen;
             isChosen = true;
         } else {
@@ -195,8 +194,8 @@ void FindOddities(JsonInspection const& file, Json::Value const& element, std::s
                      {"minVersion", "maxVersion", "versions"}, oddities);
 }
 
-void ExamineList(Resolver& resolver, JsonInspection const& file, bool isOverridden,
-                 ModuleList& list, std::vector<Oddity>& oddities)
+void ExamineList(Resolver& resolver, JsonInspection const& file, std::string const& answer,
+                 bool isOverridden, ModuleList& list, std::vector<Oddity>& oddities)
 {
     Json::Value const& group = static_cast<Json::Value const&>(file.root)[list.key];
     if (group.isNull()) {
@@ -221,7 +220,7 @@ void ExamineList(Resolver& resolver, JsonInspection const& file, bool isOverridd
         told.at = file.PositionOf(group[i]);
         FindOddities(file, group[i], list.key + "[" + std::to_string(i + 1) + "]", oddities);
     }
-    Judge(reads, own, isOverridden);
+    Judge(reads, own, answer, isOverridden);
     bool const isAnyRecord = std::any_of(reads.begin(), reads.end(),
                                          [](Read const& read) { return read.record.has_value(); });
     for (Read& read : reads)
@@ -260,8 +259,9 @@ void ExamineCompatibility(Resolver& resolver, Findings& findings)
                                  true});
         return;
     }
-    ExamineList(resolver, inspection, false, told.plugins, told.oddities);
-    ExamineList(resolver, inspection, findings.openSsl.isOverride, told.openSsl, told.oddities);
+    ExamineList(resolver, inspection, findings.plugin.file, false, told.plugins, told.oddities);
+    ExamineList(resolver, inspection, findings.openSsl.file, findings.openSsl.isOverride,
+                told.openSsl, told.oddities);
     inspection.FindUnknown(inspection.root, "", {"ssoClientPlugin", "openssl"}, told.oddities);
 }
 

@@ -8,6 +8,7 @@
 #include "../common/Dependencies.h"
 #include "../common/ModuleImage.h"
 #include "../common/System.h"
+#include "FileVersion.h"
 #include "Searches.h"
 #include "Text.h"
 #include "Vantage.h"
@@ -63,7 +64,8 @@ void AddLibrary(fs::path const& file, Program& program)
     Tools::ModuleImage const image = Tools::ReadModuleImage(content);
     program.isLibraryModule = image.isModule && image.flaw.empty();
     program.libraryMachine = image.machine;
-    program.isLibraryOfThisVersion = content.find(SSOServices::LibraryVersion) != std::string::npos;
+    program.fileVersion = FileVersionOf(file, content);
+    program.ownFileVersion = HXSSO_FILE_VERSION;
 }
 
 void AddVariables(Resolver& resolver, Program& program)

@@ -57,7 +57,8 @@ struct Program {
     std::string libraryFile; ///< empty: not found
     std::string libraryMachine;
     bool isLibraryModule = false;
-    bool isLibraryOfThisVersion = false;
+    std::string fileVersion;    ///< as the library's file carries it; empty: unknown
+    std::string ownFileVersion; ///< the same for the version of this tool
     std::string executable;
     std::string executableMachine; ///< empty if that is no program of any kind
     std::string directory;

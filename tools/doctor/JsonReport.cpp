@@ -111,7 +111,7 @@ Json::Value LibraryOf(Program const& program)
     value["build"] = program.build;
     value["file"] = OrNull(program.libraryFile);
     value["machine"] = OrNull(program.libraryMachine);
-    value["isOfThisVersion"] = program.isLibraryOfThisVersion;
+    value["fileVersion"] = OrNull(program.fileVersion);
     return value;
 }
 

@@ -87,10 +87,10 @@ private:
                 program.libraryFile + " is for " + program.libraryMachine +
                     " and this doctor for " + program.ownMachine,
                 "install the library that is built for the program");
-        else if (!program.isLibraryOfThisVersion)
+        else if (!program.fileVersion.empty() && program.fileVersion != program.ownFileVersion)
             Add(Warning, "library-of-other-version",
-                program.libraryFile + " is not version " + program.version +
-                    ", for which this doctor speaks",
+                program.libraryFile + " is version " + program.fileVersion +
+                    ", and this doctor speaks for " + program.ownFileVersion,
                 "run the doctor of that version");
     }
 
