@@ -277,12 +277,19 @@ def UnreadableDirectory(test):
 def LibraryOfOtherVersion(test):
     place = test.whole()
     library = place.root / "app" / test.build.library
-    content = library.read_bytes()
-    assert b"10.22.00.1800" in content
-    library.write_bytes(content.replace(b"10.22.00.1800", b"10.23.00.0001"))
+    if test.build.is_windows:
+        wanted, other = ("10.22.0.1800".encode("utf-16-le"), "10.23.0.1801".encode("utf-16-le"))
+        content = library.read_bytes()
+        assert wanted in content
+        library.write_bytes(content.replace(wanted, other))
+    else:
+        os.rename(library, place.root / "app/libHxSSOServices.so.10.23.0.1801")
+        os.symlink("libHxSSOServices.so.10.23.0.1801", library)
     ended = place.diagnose()
     assert ended.last == rig.CAN_WORK
-    line_of(ended, "warning", "is not version 10.22.00.1800")
+    line_of(ended, "warning", "is version 10.23.0.1801, and this doctor speaks for 10.22.0.1800")
+    ours = test.whole().diagnose("--json").document["library"]["fileVersion"]
+    assert ours == ("10.22.0.1800" if test.build.is_windows else None)
 
 
 def NamesBeyondAscii(test):

@@ -66,6 +66,7 @@ void TextReport::WriteProgram(Program const& program) const
     Line("build", program.build);
     Line("file",
          program.libraryFile.empty() ? Coloured(Colour::Bad, "not found") : program.libraryFile);
+    Line("file's version", Or(program.fileVersion, "unknown"));
     Heading("Program");
     Line("executable", program.executable);
     Line("its directory", program.directory);
