@@ -64,10 +64,9 @@ def page():
             ("{decorated}", DECORATED),
             ("{portion}", "section"),
             ("|", "\\|"),
-            ("<", "&lt;"),
         ):
             last = last.replace(name, value)
-        text += f"| {case.name.replace('-', ' ')} | {last} |\n"
+        text += f"| {case.name.replace('-', ' ')} | `{last}` |\n"
     return text
 
 

@@ -112,7 +112,8 @@ void AddKeys(Resolver const& resolver, JsonInspection const* file, std::vector<K
         Json::Value const& member =
             file == nullptr ? Json::Value::nullSingleton() : Member(*file, key);
         std::string const text = TextOf(member);
-        Position const at = text.empty() ? Position() : file->PositionOf(key.name, member);
+        Position const at =
+            file == nullptr || text.empty() ? Position() : file->PositionOf(key.name, member);
         if (key.value == nullptr) {
             AddSearchPaths(config, member, at, keys);
             continue;
