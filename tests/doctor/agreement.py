@@ -16,7 +16,8 @@ import sys
 import tempfile
 import time
 
-import rig
+sys.dont_write_bytecode = True
+import rig  # noqa: E402
 
 COUNT = int(sys.argv[1])
 BUILD = rig.Build(sys.argv[2], sys.argv[3:])

@@ -11,7 +11,8 @@ import pathlib
 import sys
 import tempfile
 
-import rig
+sys.dont_write_bytecode = True
+import rig  # noqa: E402
 
 CASES = pathlib.Path(__file__).resolve().parent / "cases"
 PAGE = CASES.parents[2] / "docs" / "broken-installations.md"
@@ -66,7 +67,7 @@ def page():
             ("|", "\\|"),
         ):
             last = last.replace(name, value)
-        text += f"| {case.name.replace('-', ' ')} | `{last}` |\n"
+        text += f"| {case.name.replace('-', ' ')} | ``{last}`` |\n"
     return text
 
 

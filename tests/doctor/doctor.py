@@ -11,7 +11,8 @@ import random
 import sys
 import tempfile
 
-import rig
+sys.dont_write_bytecode = True
+import rig  # noqa: E402
 
 CASES = pathlib.Path(__file__).resolve().parent / "cases"
 SCHEMA = pathlib.Path(__file__).resolve().parents[2] / "docs/schemas/doctor.schema.json"
