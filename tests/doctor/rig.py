@@ -43,11 +43,12 @@ class Ended:
         self.bytes = process.stdout
         self.output = process.stdout.decode("utf-8")
         self.errors = process.stderr.decode("utf-8")
-        self.lines = self.output.splitlines()
+        # By line feeds alone: a name may hold what Python takes for a line end.
+        self.lines = self.output.replace("\r\n", "\n").rstrip("\n").split("\n")
 
     @property
     def last(self):
-        return self.lines[-1] if self.lines else ""
+        return self.lines[-1]
 
     @property
     def document(self):

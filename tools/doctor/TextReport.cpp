@@ -1,6 +1,7 @@
 #include "TextReport.h"
 
 #include <iostream>
+#include <sstream>
 
 #include "Text.h"
 #include "Words.h"
@@ -28,14 +29,24 @@ std::string Or(std::string const& text, char const* whenEmpty)
     return text.empty() ? whenEmpty : text;
 }
 
+// One that names directories has a line for each.
+void WriteLogLine(LogLine const& line)
+{
+    std::istringstream lines(line.text);
+    std::string before = "  [" + std::string(WordsOfLevel(line.level)) + "] ";
+    for (std::string text; std::getline(lines, text); before = "      ")
+        std::cout << before << Tools::Presentable(text) << '\n';
+}
+
 } // namespace
 
 std::string TextReport::Coloured(Colour colour, std::string const& text) const
 {
     if (!isColoured)
-        return text;
+        return Tools::Presentable(text);
     char const* const codes[] = {"32", "1;31", "33", "1"};
-    return std::string("\x1b[") + codes[static_cast<int>(colour)] + "m" + text + "\x1b[0m";
+    return std::string("\x1b[") + codes[static_cast<int>(colour)] + "m" + Tools::Presentable(text) +
+           "\x1b[0m";
 }
 
 void TextReport::Heading(char const* text) const
@@ -43,9 +54,11 @@ void TextReport::Heading(char const* text) const
     std::cout << '\n' << Coloured(Colour::Heading, text) << '\n';
 }
 
-void TextReport::Line(std::string const& name, std::string const& text) const
+void TextReport::Line(std::string const& name, std::string const& text,
+                      std::string const& coloured) const
 {
-    std::cout << "  " << Padded(name, 22) << text << '\n';
+    std::cout << "  " << Padded(name, 24) << Tools::Presentable(text)
+              << (text.empty() || coloured.empty() ? "" : "  ") << coloured << '\n';
 }
 
 void TextReport::WriteFindings(Findings const& findings) const
@@ -64,8 +77,8 @@ void TextReport::WriteProgram(Program const& program) const
     std::cout << Coloured(Colour::Heading, "Library") << '\n';
     Line("version", program.version);
     Line("build", program.build);
-    Line("file",
-         program.libraryFile.empty() ? Coloured(Colour::Bad, "not found") : program.libraryFile);
+    Line("file", program.libraryFile,
+         program.libraryFile.empty() ? Coloured(Colour::Bad, "not found") : "");
     Line("file's version", Or(program.fileVersion, "unknown"));
     Heading("Program");
     Line("executable", program.executable);
@@ -76,9 +89,8 @@ void TextReport::WriteProgram(Program const& program) const
         Line(folder.name, Or(folder.text, "unknown to the system"));
     Heading("Path variables");
     for (NamedText const& variable : program.variables)
-        Line("%" + variable.name + "%",
-             variable.text.empty() ? Coloured(Colour::Doubtful, "unresolved, stays as text")
-                                   : variable.text);
+        Line("%" + variable.name + "%", variable.text,
+             variable.text.empty() ? Coloured(Colour::Doubtful, "unresolved, stays as text") : "");
 }
 
 void TextReport::WriteSearch(Search const& search) const
@@ -87,14 +99,14 @@ void TextReport::WriteSearch(Search const& search) const
         Line("not searched", "its name is blank after a reading that ended early");
         return;
     }
-    std::cout << "  searched for " << search.file << " in\n";
+    std::cout << "  searched for " << Tools::Presentable(search.file) << " in\n";
     for (Directory const& directory : search.tried) {
         bool const isHit = directory.finding == Finding::Hit;
         std::string text = Words(directory.finding);
         if (!directory.unknown.empty())
             text += ": " + ListedVariables(directory.unknown) + " stays as text";
-        std::cout << "    " << Or(directory.path, "(the current directory)") << "  "
-                  << Coloured(isHit ? Colour::Good : Colour::Doubtful, text) << '\n';
+        std::cout << "    " << Tools::Presentable(Or(directory.path, "(the current directory)"))
+                  << "  " << Coloured(isHit ? Colour::Good : Colour::Doubtful, text) << '\n';
     }
 }
 
@@ -123,9 +135,9 @@ void TextReport::WriteClientConfig(ClientConfig const& config) const
     if (config.state == ConfigState::NoFile)
         Line("file", "none: the defaults hold");
     else
-        Line("file", config.file + "  " +
-                         Coloured(config.state == ConfigState::Read ? Colour::Good : Colour::Bad,
-                                  Words(config.state)));
+        Line("file", config.file,
+             Coloured(config.state == ConfigState::Read ? Colour::Good : Colour::Bad,
+                      Words(config.state)));
     if (config.parseError)
         WriteParseError(*config.parseError);
     for (KeyValue const& key : config.keys) {
@@ -133,8 +145,8 @@ void TextReport::WriteClientConfig(ClientConfig const& config) const
         if (key.at.line != 0)
             origin += ", " + At(key.at);
         std::cout << "  " << Padded(key.key, 44)
-                  << (key.origin == Origin::Unset ? "" : key.value + "  ") << "(" << origin
-                  << ")\n";
+                  << (key.origin == Origin::Unset ? "" : Tools::Presentable(key.value) + "  ")
+                  << "(" << origin << ")\n";
     }
     WriteOddities(config.oddities);
 }
@@ -144,21 +156,21 @@ void TextReport::WriteServerApp(ServerApp const& server) const
     Heading("Server application");
     WriteSearch(server.search);
     if (server.directory.empty()) {
-        Line("directory", Coloured(Colour::Bad, "not found"));
+        Line("directory", "", Coloured(Colour::Bad, "not found"));
         return;
     }
     Line("directory", server.directory);
-    Line("executable", server.executable + "  " +
-                           (server.executableExists ? Coloured(Colour::Good, "is there")
-                                                    : Coloured(Colour::Bad, "does not exist")));
+    Line("executable", server.executable,
+         (server.executableExists ? Coloured(Colour::Good, "is there")
+                                  : Coloured(Colour::Bad, "does not exist")));
 }
 
 void TextReport::WriteCompatibility(Compatibility const& compatibility) const
 {
     Heading("Version compatibility file");
     WriteSearch(compatibility.search);
-    Line("file",
-         compatibility.file.empty() ? Coloured(Colour::Bad, "not found") : compatibility.file);
+    Line("file", compatibility.file,
+         compatibility.file.empty() ? Coloured(Colour::Bad, "not found") : "");
     if (compatibility.parseError)
         WriteParseError(*compatibility.parseError);
     WriteOddities(compatibility.oddities);
@@ -188,8 +200,8 @@ void TextReport::WriteModules(ModuleList const& list) const
                               verdict)
                   << '\n';
         if (!module.path.empty() || !module.expandedPath.empty())
-            std::cout << "       " << module.path << " -> " << Or(module.expandedPath, "(nothing)")
-                      << '\n';
+            std::cout << "       " << module.path << " -> "
+                      << Tools::Presentable(Or(module.expandedPath, "(nothing)")) << '\n';
     }
     if (!list.problem.empty())
         std::cout << "    " << Coloured(Colour::Doubtful, list.problem) << '\n';
@@ -210,9 +222,9 @@ void TextReport::WritePlugin(Plugin const& plugin) const
 {
     Heading("Client plugin");
     if (plugin.file.empty())
-        Line("file", Coloured(Colour::Bad, "none chosen"));
+        Line("file", "", Coloured(Colour::Bad, "none chosen"));
     else if (!plugin.exists)
-        Line("file", plugin.file + "  " + Coloured(Colour::Bad, "does not exist"));
+        Line("file", plugin.file, Coloured(Colour::Bad, "does not exist"));
     WriteChecks(plugin.fileChecks);
 }
 
@@ -220,12 +232,12 @@ void TextReport::WriteOpenSsl(OpenSsl const& openSsl) const
 {
     Heading("OpenSSL module");
     if (openSsl.file.empty()) {
-        Line("file", Coloured(Colour::Doubtful, "none chosen"));
+        Line("file", "", Coloured(Colour::Doubtful, "none chosen"));
         return;
     }
-    Line("file", openSsl.file + "  " +
-                     (openSsl.exists ? Coloured(Colour::Good, "is there")
-                                     : Coloured(Colour::Doubtful, "does not exist")));
+    Line("file", openSsl.file,
+         (openSsl.exists ? Coloured(Colour::Good, "is there")
+                         : Coloured(Colour::Doubtful, "does not exist")));
     Line("chosen by",
          openSsl.isOverride ? "the client configuration" : "the version compatibility file");
 }
@@ -239,7 +251,7 @@ void TextReport::WriteLoad(Findings const& findings) const
     if (findings.load) {
         Heading("The library's log of a load");
         for (LogLine const& line : findings.load->lines)
-            std::cout << "  [" << WordsOfLevel(line.level) << "] " << line.text << '\n';
+            WriteLogLine(line);
     }
 }
 

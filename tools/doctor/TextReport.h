@@ -24,7 +24,9 @@ private:
 
     std::string Coloured(Colour colour, std::string const& text) const;
     void Heading(char const* text) const;
-    void Line(std::string const& name, std::string const& text) const;
+    /// The text is made one line; what is coloured stands behind it.
+    void Line(std::string const& name, std::string const& text,
+              std::string const& coloured = {}) const;
     void WriteProgram(Program const& program) const;
     void WriteSearch(Search const& search) const;
     void WriteClientConfig(ClientConfig const& config) const;

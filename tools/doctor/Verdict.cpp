@@ -342,7 +342,10 @@ private:
 
 } // namespace
 
-std::string Told(Problem const& problem) { return problem.text + ". To do: " + problem.remedy; }
+std::string Told(Problem const& problem)
+{
+    return Tools::Presentable(problem.text + ". To do: " + problem.remedy);
+}
 
 std::string Told(Verdict const& verdict)
 {
