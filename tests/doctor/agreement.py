@@ -150,25 +150,30 @@ class Place:
     def __init__(self, root, originals):
         self.root = root
         self.originals = originals
+        self.made = []
+        for folder in ("app", "lib", "server", "work", "home", "xdg"):
+            (root / folder).mkdir(parents=True)
+        library = "app" if BUILD.is_windows else "lib"
+        for name, folder in ((BUILD.host, "app"), (BUILD.library, library)):
+            os.link(originals / name, root / folder / name)
 
     def filled(self, text):
         return text.replace("{root}", BUILD.spelled(self.root))
 
     def set_up(self, maker):
-        shutil.rmtree(self.root, ignore_errors=True)
-        for folder in ("app", "lib", "server", "work", "home", "xdg"):
-            (self.root / folder).mkdir(parents=True)
-        library = "app" if BUILD.is_windows else "lib"
-        for name, folder in ((BUILD.host, "app"), (BUILD.library, library)):
-            os.link(self.originals / name, self.root / folder / name)
+        for file in self.made:
+            file.unlink(missing_ok=True)
+        self.made = []
         for relative, content in maker.files().items():
-            target = self.root / relative
-            target.parent.mkdir(exist_ok=True)
-            target.write_text(self.filled(content), encoding="utf-8")
+            self.write(relative, content)
         if maker.chance(6):
-            folder = self.root / "xdg/Halvorix/HxSSO"
-            folder.mkdir(parents=True)
-            (folder / "Location").write_text(self.filled("{root}/server") + "\n")
+            self.write("xdg/Halvorix/HxSSO/Location", "{root}/server\n")
+
+    def write(self, relative, content):
+        target = self.root / relative
+        target.parent.mkdir(parents=True, exist_ok=True)
+        target.write_text(self.filled(content), encoding="utf-8")
+        self.made.append(target)
 
     def run(self, command):
         environment = dict(
@@ -199,6 +204,7 @@ class Place:
         """The library's, in a process of its own; an exception reads as no answer."""
         questions = [f"Set{name}={self.filled(value)}" for name, _, value in choices]
         (self.root / "questions").write_text(json.dumps(questions + QUESTIONS), encoding="utf-8")
+        (self.root / "report").unlink(missing_ok=True)
         ended = self.run([self.root / "app" / BUILD.host, "--host-program", "AnswersQuestions"])
         report = (self.root / "report").read_text(encoding="utf-8").splitlines()
         found = dict(json.loads(line) for line in report)

@@ -1,7 +1,6 @@
 #include "Dependencies.h"
 
 #include <fstream>
-#include <iterator>
 #include <set>
 
 #include "System.h"
@@ -111,9 +110,14 @@ std::optional<std::string> ReadWhole(fs::path const& file)
     std::error_code unknown;
     if (!fs::is_regular_file(file, unknown))
         return std::nullopt;
-    std::ifstream stream(file, std::ios::binary);
-    std::string content{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-    if (!stream.is_open() || stream.bad())
+    std::ifstream stream(file, std::ios::binary | std::ios::ate);
+    std::streamoff const size = stream.tellg();
+    if (size < 0)
+        return std::nullopt;
+    std::string content(static_cast<std::size_t>(size), '\0');
+    stream.seekg(0);
+    stream.read(content.data(), size);
+    if (stream.gcount() != size)
         return std::nullopt;
     return content;
 }
