@@ -4,11 +4,10 @@
 #include <utility>
 #include <vector>
 
-#include <boost/algorithm/string/split.hpp>
-
 #include "../../include/NetworkCookie.h"
 #include "../../include/OAuth2Token.h"
 #include "../../include/WebServicesConfiguration.h"
+#include "../discovery/PathText.h"
 #include "../support/ProcessState.h"
 #include "../support/SecretText.h"
 #include "Forward.h"
@@ -70,13 +69,8 @@ int WebServicesManager::GetSupportFileSearchPaths(wchar_t* buffer, int capacity)
 
 void WebServicesManager::SetSupportFileSearchPaths(wchar_t const* paths)
 {
-    std::wstring const text = paths;
-    std::vector<std::wstring> list;
-    if (!text.empty())
-        boost::algorithm::split(
-            list, text, [](wchar_t c) { return c == L';'; }, boost::algorithm::token_compress_on);
     // Stored first: the next step may be the load, which reads the list.
-    supportFileSearchPaths = std::move(list);
+    supportFileSearchPaths = SplitSupportPathList(paths);
     AskModule([&](auto& module) { module.SetSupportFileSearchPaths(paths); });
 }
 

@@ -39,6 +39,13 @@ void SSOPathResolver::SetSSOClientConfigFileOverride(std::wstring path)
     clientConfigFileOverride = std::move(path);
 }
 
+std::vector<std::wstring> SSOPathResolver::ClientConfigDirectories() const
+{
+    std::vector<std::wstring> paths{L"%ExePath%", L"%SSOServicesModulePath%"};
+    paths.insert(paths.end(), supportFileSearchPaths.begin(), supportFileSearchPaths.end());
+    return paths;
+}
+
 bool SSOPathResolver::FindClientConfigFile()
 {
     if (!clientConfigFile.empty())
@@ -50,8 +57,7 @@ bool SSOPathResolver::FindClientConfigFile()
                 clientConfigFile);
         return true;
     }
-    std::vector<std::wstring> paths{L"%ExePath%", L"%SSOServicesModulePath%"};
-    paths.insert(paths.end(), supportFileSearchPaths.begin(), supportFileSearchPaths.end());
+    std::vector<std::wstring> const paths = ClientConfigDirectories();
     std::wstring const shown = boost::algorithm::join(ResolvedSearchPaths(paths), L"\n");
     LogLine(Messages::ConfigSearching, ClientConfigFileName, shown);
     if (FindFileInPaths(ClientConfigFileName, ResolvedSearchPaths(paths), clientConfigFile)) {
@@ -64,6 +70,10 @@ bool SSOPathResolver::FindClientConfigFile()
     LogLine(Messages::ConfigMissing, ClientConfigFileName, shown);
     return false;
 }
+
+SSOClientConfig const& SSOPathResolver::GetClientConfig() const { return clientConfig; }
+
+bool SSOPathResolver::IsClientConfigLoaded() const { return clientConfigState == Loaded; }
 
 bool SSOPathResolver::LoadClientConfig()
 {

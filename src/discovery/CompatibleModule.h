@@ -8,6 +8,9 @@
 
 namespace Halvorix::SSOServices {
 
+/// Name of the version compatibility file.
+inline constexpr wchar_t const* CompatibilityFileName = L"SSOVersionCompatibility.config";
+
 /// One module object of the version compatibility file.
 struct CompatibleModule {
     std::wstring module;
@@ -15,6 +18,15 @@ struct CompatibleModule {
     Version version;
     std::vector<VersionRange> compatibleVersions;
     std::vector<VersionRange> incompatibleVersions; // the file cannot fill it
+};
+
+/// What keeps an object of the file from being a record.
+enum class ModuleFlaw { None, NoModule, NoPath, PathVanishes, NoRange, EmptyRange };
+
+/// One object as it was read, as far as its flaw let it be.
+struct ModuleRecord {
+    CompatibleModule module;
+    ModuleFlaw flaw = ModuleFlaw::None;
 };
 
 /// Highest version first; equal versions keep their order.

@@ -10,10 +10,7 @@
 
 namespace Halvorix::SSOServices {
 
-namespace {
-
-// Empty for a file that cannot be read, such as a directory: that is no JSON.
-std::string ReadWhole(std::wstring const& file, std::ios::openmode mode)
+std::string ReadJsonText(std::wstring const& file, std::ios::openmode mode)
 {
     // Wide on Windows; Boost's own file streams would narrow the name there.
     std::filesystem::path const path = boost::filesystem::path(file).native();
@@ -23,11 +20,9 @@ std::string ReadWhole(std::wstring const& file, std::ios::openmode mode)
     return content.str();
 }
 
-} // namespace
-
 bool ReadJsonFile(std::wstring const& file, std::ios::openmode mode, Json::Value& root)
 {
-    return Json::Reader().parse(ReadWhole(file, mode), root);
+    return Json::Reader().parse(ReadJsonText(file, mode), root);
 }
 
 } // namespace Halvorix::SSOServices

@@ -17,7 +17,7 @@ namespace Halvorix::SSOServices {
 
 namespace {
 
-constexpr wchar_t const* CompatibilityFileName = L"SSOVersionCompatibility.config";
+constexpr wchar_t const* ServerDirectory = L"%SSOServerAppPath%";
 
 std::wstring Widen(Version const& version) { return Utf8ToWide(VersionToString(version)); }
 
@@ -39,6 +39,11 @@ std::wstring SSOPathResolver::GetVersionCompatibilityFile()
     return versionCompatibilityFile;
 }
 
+std::vector<std::wstring> SSOPathResolver::CompatibilityDirectories() const
+{
+    return {ServerDirectory, clientConfig.versionCompatibilityConfigFilePath};
+}
+
 bool SSOPathResolver::FindVersionCompatibilityFile()
 {
     if (!versionCompatibilityFile.empty())
@@ -50,15 +55,14 @@ bool SSOPathResolver::FindVersionCompatibilityFile()
                 versionCompatibilityFile);
         return true;
     }
-    std::vector<std::wstring> paths{L"%SSOServerAppPath%"};
+    std::vector<std::wstring> const paths{ServerDirectory};
     std::wstring const shown = boost::algorithm::join(ResolvedSearchPaths(paths), L"\n");
     LogLine(Messages::CompatibilitySearching, CompatibilityFileName, shown);
     std::wstring found;
     bool hit = FindFileInPaths(CompatibilityFileName, ResolvedSearchPaths(paths), found);
-    if (!hit) {
-        paths.push_back(clientConfig.versionCompatibilityConfigFilePath);
-        hit = FindFileInPaths(CompatibilityFileName, ResolvedSearchPaths(paths), found);
-    }
+    if (!hit)
+        hit = FindFileInPaths(CompatibilityFileName,
+                              ResolvedSearchPaths(CompatibilityDirectories()), found);
     if (!hit) {
         // The bare name ends the search; it is read from the current directory
         // if it lies there. The line does not show the second place, on purpose.
@@ -81,7 +85,7 @@ bool SSOPathResolver::LoadVersionCompatibilityFile(std::wstring file, std::strin
         LogLine(Messages::CompatibilityInvalid, file);
         return false;
     }
-    char const* const pathKey = Platform::IsWow64Process() ? "modulePathWoW64" : "modulePath";
+    char const* const pathKey = ModulePathKey();
     std::wstring const wideKey = Utf8ToWide(key);
     Json::Value& group = root[key];
     for (Json::ArrayIndex i = 0; i < group.size(); ++i) {
@@ -89,40 +93,77 @@ bool SSOPathResolver::LoadVersionCompatibilityFile(std::wstring file, std::strin
         if (std::as_const(group)[i].isNull())
             continue;
         Json::Value& element = group[i];
-        CompatibleModule record;
-        record.module = Utf8ToWide(element["module"].asString());
-        if (record.module.empty()) {
-            LogLine(Messages::ModuleBlank, wideKey, file);
-            continue;
-        }
-        record.modulePath = Utf8ToWide(element[pathKey].asString());
-        if (record.modulePath.empty()) {
-            LogLine(Messages::ModulePathBlank, wideKey, file);
-            continue;
-        }
-        ExpandPathVariables(record.modulePath);
-        ParseVersion(record.version, element["version"].asString());
-        // Looks at the path and not at the version, on purpose: a blank version
-        // passes, a path of nothing but slashes does not.
-        if (record.modulePath.empty()) {
-            LogLine(Messages::ModuleVersionBlank, wideKey, file);
-            continue;
-        }
-        Json::Value const& versions = element["compatibleSsoServicesVersion"];
-        if (versions.isNull()) {
-            LogLine(Messages::RangeMissing, file);
-            continue;
-        }
-        VersionRange range = VersionRange::FromJson(versions);
-        if (range.IsEmpty()) {
-            LogLine(Messages::RangeInvalid, file);
-            continue;
-        }
-        record.compatibleVersions.push_back(std::move(range));
-        list.push_back(std::move(record));
+        ModuleRecord record = ReadModuleRecord(element, pathKey);
+        if (record.flaw == ModuleFlaw::None)
+            list.push_back(std::move(record.module));
+        else
+            LogFlaw(record.flaw, wideKey, file);
     }
     SortByVersion(list);
     return !list.empty();
+}
+
+char const* SSOPathResolver::ModulePathKey()
+{
+    return Platform::IsWow64Process() ? "modulePathWoW64" : "modulePath";
+}
+
+ModuleRecord SSOPathResolver::ReadModuleRecord(Json::Value& element, char const* pathKey)
+{
+    ModuleRecord record;
+    record.module.module = Utf8ToWide(element["module"].asString());
+    if (record.module.module.empty()) {
+        record.flaw = ModuleFlaw::NoModule;
+        return record;
+    }
+    std::wstring& path = record.module.modulePath;
+    path = Utf8ToWide(element[pathKey].asString());
+    if (path.empty()) {
+        record.flaw = ModuleFlaw::NoPath;
+        return record;
+    }
+    ExpandPathVariables(path);
+    ParseVersion(record.module.version, element["version"].asString());
+    // Looks at the path and not at the version, on purpose: a blank version
+    // passes, a path of nothing but slashes does not.
+    if (path.empty()) {
+        record.flaw = ModuleFlaw::PathVanishes;
+        return record;
+    }
+    Json::Value const& versions = element["compatibleSsoServicesVersion"];
+    if (versions.isNull()) {
+        record.flaw = ModuleFlaw::NoRange;
+        return record;
+    }
+    VersionRange range = VersionRange::FromJson(versions);
+    if (range.IsEmpty())
+        record.flaw = ModuleFlaw::EmptyRange;
+    else
+        record.module.compatibleVersions.push_back(std::move(range));
+    return record;
+}
+
+void SSOPathResolver::LogFlaw(ModuleFlaw flaw, std::wstring const& key, std::wstring const& file)
+{
+    switch (flaw) {
+    case ModuleFlaw::None:
+        break;
+    case ModuleFlaw::NoModule:
+        LogLine(Messages::ModuleBlank, key, file);
+        break;
+    case ModuleFlaw::NoPath:
+        LogLine(Messages::ModulePathBlank, key, file);
+        break;
+    case ModuleFlaw::PathVanishes:
+        LogLine(Messages::ModuleVersionBlank, key, file);
+        break;
+    case ModuleFlaw::NoRange:
+        LogLine(Messages::RangeMissing, file);
+        break;
+    case ModuleFlaw::EmptyRange:
+        LogLine(Messages::RangeInvalid, file);
+        break;
+    }
 }
 
 bool SSOPathResolver::FindCompatibleModule(std::string key, Version const& version,

@@ -52,6 +52,15 @@ std::vector<std::wstring> SplitPathList(std::wstring const& text)
     return paths;
 }
 
+std::vector<std::wstring> SplitSupportPathList(std::wstring const& text)
+{
+    std::vector<std::wstring> paths;
+    if (!text.empty())
+        boost::algorithm::split(
+            paths, text, [](wchar_t c) { return c == L';'; }, boost::algorithm::token_compress_on);
+    return paths;
+}
+
 std::wstring JoinPath(std::wstring const& directory, std::wstring const& name)
 {
     return (boost::filesystem::path(directory) / name).generic_wstring();

@@ -17,6 +17,10 @@ void RemoveDuplicatePaths(std::vector<std::wstring>& paths);
 /// Cuts at each ";". An empty text gives an empty list; empty entries stay.
 std::vector<std::wstring> SplitPathList(std::wstring const& text);
 
+/// The same for a host's support file search paths: separators in a row count as
+/// one.
+std::vector<std::wstring> SplitSupportPathList(std::wstring const& text);
+
 // The following answer in forward slashes, not in normal form.
 
 std::wstring JoinPath(std::wstring const& directory, std::wstring const& name);

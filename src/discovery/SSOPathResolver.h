@@ -11,6 +11,10 @@
 #include "SSOClientConfig.h"
 #include "Version.h"
 
+namespace Json {
+class Value;
+}
+
 namespace Halvorix::SSOServices {
 
 /// Answers every question about the place of a file and the fit of a version.
@@ -46,6 +50,21 @@ public:
 protected:
     void SetSupportFileSearchPaths(std::vector<std::wstring> const& paths);
 
+    // What was searched, and what was read: for who has to explain the answers.
+    /// Unresolved, in the order of the search, by what is known so far.
+    std::vector<std::wstring> ClientConfigDirectories() const;
+    std::vector<std::wstring> ServerAppDirectories() const;
+    std::vector<std::wstring> CompatibilityDirectories() const;
+    std::vector<std::wstring> ResolvedSearchPaths(std::vector<std::wstring> paths);
+    SSOClientConfig const& GetClientConfig() const;
+    bool IsClientConfigLoaded() const;
+    std::wstring GetVersionCompatibilityFile();
+    /// The key of a module's directory for this kind of process.
+    static char const* ModulePathKey();
+    /// Reads one object of the version compatibility file and logs nothing. Wrong
+    /// types let the JSON library's exception pass.
+    ModuleRecord ReadModuleRecord(Json::Value& element, char const* pathKey);
+
     template <class... Arguments>
     void LogLine(Message const& message, Arguments const&... arguments)
     {
@@ -61,7 +80,6 @@ private:
     std::wstring GetPathVariable(std::wstring const& name);
     VariableLookup PathVariables();
     void ResolveSearchPaths(std::vector<std::wstring>& paths);
-    std::vector<std::wstring> ResolvedSearchPaths(std::vector<std::wstring> paths);
 
     void LogMessage(std::wstring message, Log::LogLevel level);
     bool LoadClientConfig();
@@ -72,10 +90,10 @@ private:
     bool FindSSOServerApp();
     std::wstring ServerAppExeFile() const;
 
-    std::wstring GetVersionCompatibilityFile();
     bool FindVersionCompatibilityFile();
     bool LoadVersionCompatibilityFile(std::wstring file, std::string key,
                                       std::vector<CompatibleModule>& list);
+    void LogFlaw(ModuleFlaw flaw, std::wstring const& key, std::wstring const& file);
     bool FindCompatibleModule(std::string key, Version const& version, CompatibleModule& selected);
     void FindSSOClientPlugin();
     void FindOpenSslModule();

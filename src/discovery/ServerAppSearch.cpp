@@ -37,6 +37,13 @@ std::string SSOPathResolver::GetSSOServerProcessName() const { return clientConf
 
 std::string SSOPathResolver::GetSSOServerName() const { return clientConfig.serverName; }
 
+std::vector<std::wstring> SSOPathResolver::ServerAppDirectories() const
+{
+    std::vector<std::wstring> paths{L"%SSOServicesModulePath%", L"%ExePath%"};
+    paths.insert(paths.end(), clientConfig.searchPaths.begin(), clientConfig.searchPaths.end());
+    return paths;
+}
+
 bool SSOPathResolver::FindSSOServerApp()
 {
     if (!ssoServerAppPath.empty())
@@ -48,8 +55,7 @@ bool SSOPathResolver::FindSSOServerApp()
     if (clientConfigState == NotLoaded)
         LoadClientConfig();
     SearchUnderWay const underWay(searchingServerApp);
-    std::vector<std::wstring> paths{L"%SSOServicesModulePath%", L"%ExePath%"};
-    paths.insert(paths.end(), clientConfig.searchPaths.begin(), clientConfig.searchPaths.end());
+    std::vector<std::wstring> const paths = ServerAppDirectories();
     std::wstring const shown = boost::algorithm::join(ResolvedSearchPaths(paths), L"\n");
     LogLine(Messages::ServerSearching, clientConfig.appName, shown);
     // Blank only after a load that ended in an exception.

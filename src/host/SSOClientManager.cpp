@@ -1,24 +1,15 @@
 #include "SSOClientManager.h"
 
-#include <algorithm>
 #include <chrono>
-#include <cstddef>
-#include <locale>
 #include <mutex>
-#include <stdexcept>
-#include <string>
 #include <thread>
 #include <utility>
-
-#include <boost/filesystem/path.hpp>
-#include <boost/locale/encoding_errors.hpp>
-#include <boost/locale/generator.hpp>
-#include <boost/locale/util.hpp>
 
 #include "../../include/plugin/ISSOClientFactory.h"
 #include "../support/LibraryIdentity.h"
 #include "../support/LogSink.h"
 #include "../support/ProcessState.h"
+#include "ProcessLocale.h"
 
 namespace Halvorix::SSOServices {
 
@@ -29,41 +20,6 @@ Version OwnVersion()
     Version version;
     ParseVersion(version, LibraryVersion);
     return version;
-}
-
-// Boost's generator ends the process over a language longer than any that there
-// is.
-bool NamesALanguage(std::string const& locale)
-{
-    constexpr std::size_t longest = 8;
-    return std::min(locale.find_first_of("_.-@"), locale.size()) <= longest;
-}
-
-// The environment may hold what is no locale, or one with a character set that
-// does not exist.
-std::locale SystemLocale()
-{
-    boost::locale::generator const generate;
-    if (!NamesALanguage(boost::locale::util::get_system_locale()))
-        return generate("C.UTF-8");
-    try {
-        return generate("");
-    } catch (boost::locale::conv::invalid_charset_error const&) {
-        return generate("C.UTF-8");
-    }
-}
-
-// The host's global locale changes with the first use of the library, on
-// purpose: narrow path text is converted by it from then on.
-void SetProcessLocale()
-{
-    std::locale::global(SystemLocale());
-    try {
-        boost::filesystem::path::imbue(std::locale());
-    } catch (std::runtime_error const&) {
-        // It is imbued by then. What cannot be made is the answer, the locale
-        // before it, where the environment names one that is not installed.
-    }
 }
 
 // Another thread may hold the lock for a moment, or for ever: it waits in the
@@ -89,7 +45,11 @@ bool ReleaseAtProcessEnd(std::shared_ptr<Interface>& held)
 
 } // namespace
 
-SSOClientManager::SSOClientManager() : SSOPathResolver(OwnVersion(), &SSOClientManager::LogWrite) {}
+SSOClientManager::SSOClientManager() : SSOClientManager(&SSOClientManager::LogWrite) {}
+
+SSOClientManager::SSOClientManager(LogFunction log) : SSOPathResolver(OwnVersion(), std::move(log))
+{
+}
 
 std::shared_ptr<SSOClientManager> SSOClientManager::GetInstance()
 {

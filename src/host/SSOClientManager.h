@@ -33,6 +33,8 @@ public:
     static void FlushEarlyLog();
 
     SSOClientManager();
+    /// With another way for its lines than the log sink alone.
+    explicit SSOClientManager(LogFunction log);
 
     // Each fills the pointer, which stays empty with no plugin. The factory is
     // asked every time, and an interface that it refuses is logged.

@@ -177,6 +177,14 @@ TEST(SplitPathList, CutsAtEverySemicolon)
     EXPECT_EQ(SplitPathList(L"a,b:c"), Paths{L"a,b:c"});
 }
 
+TEST(SplitSupportPathList, TakesSemicolonsInARowForOne)
+{
+    EXPECT_EQ(SplitSupportPathList(L""), Paths{});
+    EXPECT_EQ(SplitSupportPathList(L"a;b"), (Paths{L"a", L"b"}));
+    EXPECT_EQ(SplitSupportPathList(L"a;;;b"), (Paths{L"a", L"b"}));
+    EXPECT_EQ(SplitSupportPathList(L";;a;;"), (Paths{L"", L"a", L""}));
+}
+
 TEST(PathParts, JoinsADirectoryAndAName)
 {
     EXPECT_EQ(JoinPath(L"C:/a", L"b.dll"), L"C:/a/b.dll");

@@ -17,6 +17,7 @@
 #include "WebServicesUIManager.h"
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
+#include "framework/Repetitions.h"
 
 using Faults::AllFaults;
 using Faults::Circumstances;
@@ -188,12 +189,11 @@ std::vector<Pair> AllPairs()
     return pairs;
 }
 
-// A process costs five times as much under Wine: there a sample has to do, the
-// same one each time.
+// Where a process starts slowly a sample has to do, the same one each time.
 std::vector<Pair> PairsToTry()
 {
     std::vector<Pair> pairs = AllPairs();
-    if (!Rig::IsWindows())
+    if (!Rig::ProcessesStartSlowly())
         return pairs;
     constexpr std::size_t step = 61;
     std::vector<Pair> sample;
@@ -202,7 +202,7 @@ std::vector<Pair> PairsToTry()
     return sample;
 }
 
-constexpr std::size_t Parts = 8;
+constexpr std::size_t Slices = 8;
 
 } // namespace
 
@@ -213,7 +213,7 @@ class FaultMatrix : public testing::TestWithParam<std::size_t> {};
 TEST_P(FaultMatrix, SurvivesEachFaultAlone)
 {
     Trial trial;
-    for (std::size_t i = GetParam(); i < AllFaults().size(); i += Parts)
+    for (std::size_t i = GetParam(); i < AllFaults().size(); i += Slices)
         trial.Try({&AllFaults()[i]});
 }
 
@@ -221,8 +221,8 @@ TEST_P(FaultMatrix, SurvivesFaultsInPairs)
 {
     std::vector<Pair> const pairs = PairsToTry();
     Trial trial;
-    for (std::size_t i = GetParam(); i < pairs.size(); i += Parts)
+    for (std::size_t i = GetParam(); i < pairs.size(); i += Slices)
         trial.Try({pairs[i].first, pairs[i].second});
 }
 
-INSTANTIATE_TEST_SUITE_P(Part, FaultMatrix, testing::Range(std::size_t{0}, Parts));
+INSTANTIATE_TEST_SUITE_P(Slice, FaultMatrix, testing::Range(std::size_t{0}, Slices));

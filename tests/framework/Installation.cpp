@@ -83,6 +83,13 @@ void ExpectNoSecretIn(std::string const& text, char const* where)
         ADD_FAILURE() << "the " << where << " tells the secret " << secret << ":\n" << text;
 }
 
+void ExpectNoSanitizerReportIn(std::string const& errors)
+{
+    if (errors.find("Sanitizer:") != std::string::npos ||
+        errors.find("runtime error:") != std::string::npos)
+        ADD_FAILURE() << "a sanitizer reports:\n" << errors;
+}
+
 // The report and the record are the test's own: only there may a secret show.
 void ExpectNoSecretIn(Outcome const& outcome)
 {
@@ -286,6 +293,7 @@ Outcome Installation::Run(std::string const& program, std::vector<std::string> c
             outcome.calls.push_back(Spelled(call));
     }
     ExpectNoSecretIn(outcome);
+    ExpectNoSanitizerReportIn(outcome.errors);
     return outcome;
 }
 

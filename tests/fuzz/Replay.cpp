@@ -32,6 +32,6 @@ int main(int argc, char** argv)
         std::string const input = content.str();
         LLVMFuzzerTestOneInput(reinterpret_cast<std::uint8_t const*>(input.data()), input.size());
     }
-    std::cout << files.size() << " inputs replayed" << std::endl;
+    std::cout << "inputs replayed: " << files.size() << std::endl;
     return files.empty() ? 1 : 0;
 }

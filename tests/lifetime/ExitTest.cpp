@@ -9,13 +9,13 @@
 
 #include <gmock/gmock.h>
 
-#include "Repetitions.h"
 #include "SSOClientPrivate.h"
 #include "SSOServerManager.h"
 #include "WebServicesManager.h"
 #include "WebServicesUIManager.h"
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
+#include "framework/Repetitions.h"
 
 using Halvorix::SSOServices::SSOClientPrivate;
 using Halvorix::SSOServices::SSOServicesManager;
@@ -228,7 +228,7 @@ protected:
             SCOPED_TRACE(i);
             ExpectEnded(installation.Remove("never.waiting").Run(program, arguments), GetParam());
         }
-        std::cout << repetitions << " processes, " << ThreadCount << " threads each\n";
+        std::cout << "processes raced: " << repetitions << ", " << ThreadCount << " threads each\n";
     }
 };
 

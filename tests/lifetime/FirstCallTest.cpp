@@ -6,12 +6,12 @@
 
 #include <gmock/gmock.h>
 
-#include "Repetitions.h"
 #include "SSOClientPrivate.h"
 #include "SSOServerManager.h"
 #include "WebServicesUIManager.h"
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
+#include "framework/Repetitions.h"
 #include "host/Expected.h"
 
 using Halvorix::SSOServices::SSOClientPrivate;
@@ -93,7 +93,7 @@ TEST(FirstCall, LoadsOnceHoweverManyThreadsRaceForIt)
         ASSERT_THAT(outcome.console, testing::IsEmpty());
         ASSERT_EQ(outcome.errors, "");
     }
-    std::cout << processes << " processes, " << ThreadCount << " threads each\n";
+    std::cout << "processes raced: " << processes << ", " << ThreadCount << " threads each\n";
 }
 
 // Whichever thread creates the manager: who comes back finds its work done.
@@ -107,5 +107,5 @@ TEST(FirstCall, ReturnsToNoThreadBeforeTheLocaleIsReplaced)
         ASSERT_EQ(outcome.ending.status, 0) << outcome.errors;
         ASSERT_EQ(outcome["replaced"], ThreadCount);
     }
-    std::cout << processes << " processes, " << ThreadCount << " threads each\n";
+    std::cout << "processes raced: " << processes << ", " << ThreadCount << " threads each\n";
 }

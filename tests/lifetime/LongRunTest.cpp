@@ -7,8 +7,8 @@
 #include <gmock/gmock.h>
 
 #include "LongRun.h"
-#include "Repetitions.h"
 #include "framework/Installation.h"
+#include "framework/Repetitions.h"
 #include "host/Expected.h"
 
 using Rig::Installation;
@@ -39,7 +39,7 @@ double MiB(double bytes) { return bytes / (1024 * 1024); }
 
 void Print(std::string const& kind, Outcome const& outcome, Course const& course)
 {
-    std::cout << kind << ": " << course.calls << " calls, "
+    std::cout << kind << ": calls in a row: " << course.calls << ", "
               << outcome["nanoseconds"].asInt64() / std::max(course.calls, 1) << " ns each, memory "
               << std::fixed << std::setprecision(2) << MiB(course.memory.front()) << " -> "
               << MiB(course.memory.back()) << " MiB, handles " << course.handles.front() << " -> "

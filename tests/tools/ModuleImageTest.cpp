@@ -6,11 +6,11 @@
 
 #include <gtest/gtest.h>
 
-#include "../../tools/plugin-check/ModuleImage.h"
+#include "../../tools/common/ModuleImage.h"
 
 namespace {
 
-using namespace Halvorix::PluginCheck;
+using namespace Halvorix::Tools;
 
 std::string PluginBytes()
 {

@@ -4,10 +4,10 @@
 #include <exception>
 #include <iostream>
 
-#include "FileChecks.h"
-#include "LoadChecks.h"
-#include "Report.h"
-#include "System.h"
+#include "../common/FileChecks.h"
+#include "../common/LoadChecks.h"
+#include "../common/System.h"
+#include "WrittenReport.h"
 
 namespace Halvorix::PluginCheck {
 
@@ -27,16 +27,17 @@ constexpr char const* Usage = "usage: hxsso-plugin-check [--json] <module>\n"
 int Check(fs::path const& module, bool asJson)
 {
     fs::path const file = fs::absolute(module).lexically_normal();
-    Report report(asJson);
+    WrittenReport report(asJson);
     try {
-        FileFindings const findings = CheckFile(file, report);
+        Tools::FileFindings const findings =
+            Tools::CheckFile(file, Tools::ThisProgramAsHost(), report);
         // Nothing of a module runs here that is known not to work.
         if (report.HasFailed())
-            report.Add("load", Result::Note, "not tried, for what is said above");
+            report.Add("load", Tools::Result::Note, "not tried, for what is said above");
         else
-            CheckLoaded(file, findings, report);
+            Tools::CheckLoaded(file, findings, report);
     } catch (std::exception const& exception) {
-        report.Add("check", Result::Failed, std::string("given up: ") + exception.what());
+        report.Add("check", Tools::Result::Failed, std::string("given up: ") + exception.what());
     }
     report.Close(file.generic_u8string());
     return report.HasFailed() ? SomethingFails : AllHolds;
@@ -73,7 +74,7 @@ int Run(std::vector<fs::path> const& arguments)
 int main(int count, char** arguments)
 {
     try {
-        return Halvorix::PluginCheck::Run(Halvorix::PluginCheck::BeginProgram(count, arguments));
+        return Halvorix::PluginCheck::Run(Halvorix::Tools::BeginProgram(count, arguments));
     } catch (std::exception const& exception) {
         std::cerr << "hxsso-plugin-check: " << exception.what() << '\n';
         return 1;

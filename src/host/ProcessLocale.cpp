@@ -1,0 +1,52 @@
+#include "ProcessLocale.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <locale>
+#include <stdexcept>
+#include <string>
+
+#include <boost/filesystem/path.hpp>
+#include <boost/locale/encoding_errors.hpp>
+#include <boost/locale/generator.hpp>
+#include <boost/locale/util.hpp>
+
+namespace Halvorix::SSOServices {
+
+namespace {
+
+// Boost's generator ends the process over a language longer than any there is.
+bool NamesALanguage(std::string const& locale)
+{
+    constexpr std::size_t longest = 8;
+    return std::min(locale.find_first_of("_.-@"), locale.size()) <= longest;
+}
+
+// The environment may hold what is no locale, or one with a character set that
+// does not exist.
+std::locale SystemLocale()
+{
+    boost::locale::generator const generate;
+    if (!NamesALanguage(boost::locale::util::get_system_locale()))
+        return generate("C.UTF-8");
+    try {
+        return generate("");
+    } catch (boost::locale::conv::invalid_charset_error const&) {
+        return generate("C.UTF-8");
+    }
+}
+
+} // namespace
+
+void SetProcessLocale()
+{
+    std::locale::global(SystemLocale());
+    try {
+        boost::filesystem::path::imbue(std::locale());
+    } catch (std::runtime_error const&) {
+        // It is imbued by then. What cannot be made is the answer, the locale
+        // before it, where the environment names one that is not installed.
+    }
+}
+
+} // namespace Halvorix::SSOServices

@@ -1,0 +1,184 @@
+"""A program, the library and what else an installation has, in a directory of its
+own, and hxsso-doctor run on it."""
+
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+
+SKIPPED = 77
+CAN_WORK = "sign-in can work"
+
+
+class Build:
+    """Where the build's programs and modules lie, and how they are run."""
+
+    def __init__(self, folder, emulator):
+        self.folder = pathlib.Path(folder)
+        self.emulator = [os.path.abspath(word) if os.path.exists(word) else word for word in emulator]
+        self.is_windows = (self.folder / "hxsso-doctor.exe").exists()
+        exe = ".exe" if self.is_windows else ""
+        self.doctor = "hxsso-doctor" + exe
+        self.host = "host" + exe
+        self.program = "Program" + exe
+        self.module = ".dll" if self.is_windows else ".so"
+        self.library = "HxSSOServices.dll" if self.is_windows else "libHxSSOServices.so.10"
+        self.library_name = "HxSSOServices.dll" if self.is_windows else "libHxSSOServices.so"
+        self.decorated = (
+            "?GetSSOClientFactory@@YA?AV?$shared_ptr@VISSOClientFactory@SSOServices@Halvorix@@@std@@XZ"
+            if self.is_windows
+            else "_Z19GetSSOClientFactoryv"
+        )
+
+    def spelled(self, path):
+        """A path as the library spells it."""
+        return ("Z:" if self.is_windows else "") + pathlib.Path(path).as_posix()
+
+
+class Ended:
+    def __init__(self, process):
+        self.status = process.returncode
+        self.bytes = process.stdout
+        self.output = process.stdout.decode("utf-8")
+        self.errors = process.stderr.decode("utf-8")
+        # By line feeds alone: a name may hold what Python takes for a line end.
+        self.lines = self.output.replace("\r\n", "\n").rstrip("\n").split("\n")
+
+    @property
+    def last(self):
+        return self.lines[-1]
+
+    @property
+    def document(self):
+        return json.loads(self.output)
+
+
+class Installation:
+    """app/ has the program and the library, server/ the server application and its
+    files, work/ is the current directory."""
+
+    def __init__(self, build, root):
+        self.build = build
+        self.root = pathlib.Path(os.path.realpath(root))
+        for folder in ("app", "server", "work", "doctor", "home", "xdg"):
+            (self.root / folder).mkdir(parents=True)
+        # On its own: what lies beside a program is found by it.
+        self.place("doctor/" + build.doctor, build.doctor)
+        self.place("app/" + build.program, build.doctor)
+        self.place("app/" + build.library, build.library)
+
+    def texts(self):
+        return {
+            "{root}": self.build.spelled(self.root),
+            "{module}": self.build.module,
+            "{library}": self.build.library,
+            "{library name}": self.build.library_name,
+            "{program}": self.build.program,
+            "{decorated}": self.build.decorated,
+            "{portion}": "section" if self.build.is_windows else "segment",
+        }
+
+    def filled(self, text):
+        for name, value in self.texts().items():
+            text = text.replace(name, value)
+        return text
+
+    def unfilled(self, text):
+        for name, value in sorted(self.texts().items(), key=lambda item: -len(item[1])):
+            text = text.replace(value, name)
+        return text
+
+    def path(self, relative):
+        return self.root / self.filled(relative)
+
+    def write(self, relative, content):
+        """A file whose placeholders are filled in, whatever its encoding."""
+        target = self.path(relative)
+        target.parent.mkdir(parents=True, exist_ok=True)
+        if isinstance(content, str):
+            content = content.encode("utf-8")
+        target.write_bytes(self.filled(content.decode("latin-1")).encode("latin-1"))
+        return self
+
+    def place(self, relative, name):
+        """A file of the build."""
+        target = self.path(relative)
+        target.parent.mkdir(parents=True, exist_ok=True)
+        shutil.copyfile(self.build.folder / self.filled(name), target)
+        target.chmod(0o755)
+        return self
+
+    def turn_architecture(self, relative):
+        """Makes it a module for ARM, by its header."""
+        data = bytearray(self.path(relative).read_bytes())
+        is_pe = data[:2] == b"MZ"
+        at = int.from_bytes(data[60:64], "little") + 4 if is_pe else 18
+        data[at : at + 2] = (0xAA64 if is_pe else 183).to_bytes(2, "little")
+        self.path(relative).write_bytes(data)
+        return self
+
+    def set_up(self, case):
+        """As the folder of a case tells it."""
+        about = json.loads((case / "case.json").read_text())
+        for file in sorted(case.rglob("*")):
+            relative = file.relative_to(case)
+            if file.is_file() and len(relative.parts) > 1:
+                self.write(relative.as_posix(), file.read_bytes())
+        for relative in about.get("empty", []):
+            self.write(relative, "")
+        for relative, content in about.get("files", {}).items():
+            self.write(relative, content)
+        for relative, name in about.get("place", {}).items():
+            self.place(relative, name + self.build.module)
+        for relative, size in about.get("cut", {}).items():
+            os.truncate(self.path(relative), size)
+        for relative in about.get("otherArchitecture", []):
+            self.turn_architecture(relative)
+        for relative in about.get("remove", []):
+            self.path(relative).unlink()
+        self.script = about.get("script", {})
+        return [self.filled(argument) for argument in about.get("arguments", [])]
+
+    script: dict = {}
+
+    def environment(self, changes=None):
+        (self.root / "script").write_text(json.dumps(self.script))
+        environment = dict(
+            os.environ,
+            LC_ALL="C.UTF-8",
+            HOME=str(self.root / "home"),
+            XDG_CONFIG_DIRS=str(self.root / "xdg"),
+            HXSSO_PLUGIN_SCRIPT=self.build.spelled(self.root / "script"),
+            HXSSO_PLUGIN_RECORD=self.build.spelled(self.root / "record"),
+        )
+        for name in ("XDG_CONFIG_HOME", "XDG_DATA_HOME", "NO_COLOR"):
+            environment.pop(name, None)
+        environment.update(changes or {})
+        return environment
+
+    def command(self, *arguments):
+        return [*self.build.emulator, str(self.root / "doctor" / self.build.doctor), *arguments]
+
+    def run(self, *arguments, environment=None):
+        """The doctor, with these arguments and no other."""
+        process = subprocess.run(
+            self.command(*arguments),
+            cwd=self.root / "work",
+            env=self.environment(environment),
+            stdin=subprocess.DEVNULL,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.PIPE,
+            timeout=100,
+            check=False,
+        )
+        if self.build.emulator and process.returncode == SKIPPED:
+            print(process.stderr.decode())
+            sys.exit(SKIPPED)
+        return Ended(process)
+
+    def diagnose(self, *arguments, environment=None):
+        """The doctor on the program in app/."""
+        program = self.build.spelled(self.root / "app" / self.build.program)
+        return self.run("--exe", program, *arguments, environment=environment)

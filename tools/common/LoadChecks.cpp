@@ -1,0 +1,148 @@
+#include "LoadChecks.h"
+
+#include <exception>
+#include <memory>
+
+#include "../../include/plugin/ILogger.h"
+#include "../../include/plugin/ISSOClient.h"
+#include "../../include/plugin/ISSOClientFactory.h"
+#include "../../include/plugin/ISSOClientModule.h"
+#include "../../include/plugin/ISSOClientPrivate.h"
+#include "../../include/plugin/ISSOClientUI.h"
+#include "../../include/plugin/ISSOLogManager.h"
+#include "../../include/plugin/ISSOServerManager.h"
+#include "System.h"
+#include "platform/Platform.h"
+#include "support/SystemError.h"
+#include "support/TextConversion.h"
+
+namespace Halvorix::Tools {
+
+namespace {
+
+using SSOServices::ISSOClientFactory;
+using FactoryProcedure = std::shared_ptr<ISSOClientFactory> (*)();
+
+std::string SystemReason()
+{
+    std::string reason =
+        SSOServices::WideToUtf8(SSOServices::FormatSystemError(Platform::LastError()));
+    while (!reason.empty() && (reason.back() == '\n' || reason.back() == '\r'))
+        reason.pop_back();
+    return reason.empty() ? "the system gives no reason" : reason;
+}
+
+// False, and told, if an exception came out.
+template <class Action>
+bool Try(char const* check, std::string const& what, Report& report, Action action)
+{
+    try {
+        action();
+        return true;
+    } catch (std::exception const& exception) {
+        report.Add(check, Result::Failed, what + " throws: " + exception.what());
+    } catch (...) {
+        report.Add(check, Result::Failed, what + " throws what is no std::exception");
+    }
+    return false;
+}
+
+class InterfaceWalk {
+public:
+    InterfaceWalk(ISSOClientFactory& pluginFactory, Report& aReport)
+        : factory(pluginFactory), report(aReport)
+    {
+    }
+
+    template <class Interface>
+    std::shared_ptr<Interface> Ask(char const* name,
+                                   std::shared_ptr<Interface> (ISSOClientFactory::*getter)())
+    {
+        std::shared_ptr<Interface> answer;
+        if (!Try("interfaces", std::string("Get") + (name + 1), report,
+                 [&] { answer = (factory.*getter)(); }))
+            return answer;
+        std::string& list = answer ? present : empty;
+        list += (list.empty() ? "" : ", ") + std::string(name);
+        return answer;
+    }
+
+    void Tell() const
+    {
+        if (!present.empty())
+            report.Add("interfaces", Result::Ok, present);
+        if (!empty.empty())
+            report.Add("interfaces", present.empty() ? Result::Failed : Result::Note,
+                       "empty: " + empty);
+    }
+
+private:
+    ISSOClientFactory& factory;
+    Report& report;
+    std::string present;
+    std::string empty;
+};
+
+void CheckLogger(SSOServices::ISSOLogManager* logs, Report& report)
+{
+    std::shared_ptr<SSOServices::ILogger> logger;
+    if (logs != nullptr &&
+        !Try("logger", "GetLogger", report, [&] { logger = logs->GetLogger(L"HxSSOServices"); }))
+        return;
+    if (logger)
+        report.Add("logger", Result::Ok, "comes from the plugin");
+    else
+        report.Add("logger", Result::Note,
+                   logs == nullptr ? "none, since there is no ISSOLogManager"
+                                   : "none: GetLogger gives an empty one");
+}
+
+} // namespace
+
+void CheckLoaded(std::filesystem::path const& file, FileFindings const& findings, Report& report)
+{
+    for (std::filesystem::path const& needed : findings.first) {
+        if (Platform::LoadModule(Wide(needed)) == nullptr) {
+            report.Add("load", Result::Failed,
+                       needed.filename().u8string() + " of the host: " + SystemReason());
+            return;
+        }
+    }
+    Platform::SetDependencyDirectory(Wide(file.parent_path()).c_str());
+    Platform::ModuleHandle const module = Platform::LoadModule(Wide(file));
+    std::string const reason = module == nullptr ? SystemReason() : std::string();
+    Platform::SetDependencyDirectory(nullptr);
+    if (module == nullptr) {
+        report.Add("load", Result::Failed, reason);
+        return;
+    }
+    report.Add("load", Result::Ok, "loaded");
+    auto const procedure = reinterpret_cast<FactoryProcedure>(
+        Platform::FindProcedure(module, Platform::FactoryProcedureName()));
+    if (procedure == nullptr) {
+        report.Add("factory", Result::Failed, "no procedure: " + SystemReason());
+        return;
+    }
+    std::shared_ptr<ISSOClientFactory> factory;
+    if (!Try("factory", "GetSSOClientFactory", report, [&] { factory = procedure(); }))
+        return;
+    if (!factory) {
+        report.Add("factory", Result::Failed,
+                   "GetSSOClientFactory gives an empty one: the plugin declines");
+        return;
+    }
+    report.Add("factory", Result::Ok, "given");
+
+    // In the order in which the library asks.
+    InterfaceWalk walk(*factory, report);
+    walk.Ask("ISSOServerManager", &ISSOClientFactory::GetSSOServerManager);
+    auto const logs = walk.Ask("ISSOLogManager", &ISSOClientFactory::GetSSOLogManager);
+    walk.Ask("ISSOClientModule", &ISSOClientFactory::GetSSOClientModule);
+    walk.Ask("ISSOClient", &ISSOClientFactory::GetSSOClient);
+    walk.Ask("ISSOClientUI", &ISSOClientFactory::GetSSOClientUI);
+    walk.Ask("ISSOClientPrivate", &ISSOClientFactory::GetSSOClientPrivate);
+    walk.Tell();
+    CheckLogger(logs.get(), report);
+}
+
+} // namespace Halvorix::Tools

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+
+namespace Halvorix::Tools {
+
+enum class Result { Ok, Failed, Note };
+
+/// What is said of one thing that was looked at.
+struct Check {
+    std::string name; ///< short
+    Result result;
+    std::string detail; ///< one line of UTF-8
+};
+
+/// "ok", "FAILED" or "note".
+char const* Spelled(Result result);
+
+/// One line of UTF-8 of whatever text, such as that of a plugin's exception.
+std::string Presentable(std::string text);
+
+/// What holds and what does not, in the order in which it was found.
+class Report {
+public:
+    Report() = default;
+    virtual ~Report() = default;
+    Report(Report const&) = delete;
+    Report& operator=(Report const&) = delete;
+
+    void Add(char const* check, Result result, std::string const& text);
+
+    bool HasFailed() const { return failures != 0; }
+
+protected:
+    int Failures() const { return failures; }
+
+private:
+    virtual void Take(Check check) = 0;
+
+    int failures = 0;
+};
+
+} // namespace Halvorix::Tools

@@ -1,0 +1,165 @@
+#include <algorithm>
+
+#include "Examination.h"
+#include "JsonInspection.h"
+#include "Searches.h"
+#include "Text.h"
+#include "discovery/PathText.h"
+
+namespace Halvorix::Doctor {
+
+namespace {
+
+using SSOServices::SSOClientConfig;
+
+struct Key {
+    char const* section;
+    char const* name;
+    std::string (*value)(SSOClientConfig const&);
+};
+
+// In the order in which the library reads them; the search paths apart.
+constexpr Key Keys[] = {
+    {"ssoServer", "appName", [](SSOClientConfig const& c) { return Shown(c.appName); }},
+    {"ssoServer", "exeName", [](SSOClientConfig const& c) { return Shown(c.exeName); }},
+    {"ssoServer", "processName", [](SSOClientConfig const& c) { return c.processName; }},
+    {"ssoServer", "serverName", [](SSOClientConfig const& c) { return c.serverName; }},
+    {"ssoServer", "bundleId", [](SSOClientConfig const& c) { return Shown(c.bundleId); }},
+    {"ssoServer", "VersionCompatibilityConfigfilePath",
+     [](SSOClientConfig const& c) { return Shown(c.versionCompatibilityConfigFilePath); }},
+    {"ssoServer", "searchPaths", nullptr},
+    {"openssl", "moduleName", [](SSOClientConfig const& c) { return Shown(c.openSslModuleName); }},
+    {"openssl", "modulePath", [](SSOClientConfig const& c) { return Shown(c.openSslModulePath); }},
+};
+
+std::vector<std::string> NamesOf(std::string const& section)
+{
+    std::vector<std::string> names;
+    for (Key const& key : Keys)
+        if (key.section == section)
+            names.emplace_back(key.name);
+    return names;
+}
+
+// False where the library ends with an exception.
+bool CheckSection(JsonInspection const& file, std::string const& name,
+                  std::vector<Oddity>& oddities)
+{
+    Json::Value const& section = static_cast<Json::Value const&>(file.root)[name];
+    if (section.isNull())
+        return true;
+    if (!section.isObject()) {
+        oddities.push_back({file.PositionOf(name, section), name,
+                            std::string(KindOf(section)) + " where an object belongs", true});
+        return false;
+    }
+    bool isRead = true;
+    for (std::string const& key : NamesOf(name))
+        isRead = file.CheckText(section, name + ".", key, oddities) && isRead;
+    file.FindUnknown(section, name + ".", NamesOf(name), oddities);
+    return isRead;
+}
+
+void FindOddities(JsonInspection const& file, std::vector<Oddity>& oddities)
+{
+    if (file.root.isNull())
+        return;
+    if (!file.root.isObject()) {
+        oddities.push_back({file.PositionOf(file.root), "the top level",
+                            std::string(KindOf(file.root)) + " where an object belongs", true});
+        return;
+    }
+    CheckSection(file, "ssoServer", oddities);
+    CheckSection(file, "openssl", oddities);
+    file.FindUnknown(file.root, "", {"ssoServer", "openssl"}, oddities);
+    std::stable_sort(oddities.begin(), oddities.end(), [](Oddity const& a, Oddity const& b) {
+        return a.at.line != b.at.line ? a.at.line < b.at.line : a.at.column < b.at.column;
+    });
+}
+
+// The member in the file, null if it has none or is of no use.
+Json::Value const& Member(JsonInspection const& file, Key const& key)
+{
+    Json::Value const& root = file.root;
+    if (!root.isObject() || !root[key.section].isObject())
+        return Json::Value::nullSingleton();
+    return root[key.section][key.name];
+}
+
+std::string TextOf(Json::Value const& value)
+{
+    return value.isArray() || value.isObject() ? std::string() : value.asString();
+}
+
+void AddSearchPaths(SSOClientConfig const& config, Json::Value const& member, Position at,
+                    std::vector<KeyValue>& keys)
+{
+    // What the file gives no place for comes from the server application's
+    // installation.
+    std::size_t const fromFile = SSOServices::SplitPathList(Wide(TextOf(member))).size();
+    for (std::size_t i = 0; i < config.searchPaths.size(); ++i)
+        keys.push_back({"ssoServer.searchPaths", Shown(config.searchPaths[i]),
+                        i < fromFile ? Origin::File : Origin::Registry,
+                        i < fromFile ? at : Position()});
+    if (config.searchPaths.empty())
+        keys.push_back({"ssoServer.searchPaths", "", Origin::Unset, {}});
+}
+
+void AddKeys(Resolver const& resolver, JsonInspection const* file, std::vector<KeyValue>& keys)
+{
+    SSOClientConfig const& config = resolver.GetClientConfig();
+    for (Key const& key : Keys) {
+        Json::Value const& member =
+            file == nullptr ? Json::Value::nullSingleton() : Member(*file, key);
+        std::string const text = TextOf(member);
+        Position const at =
+            file == nullptr || text.empty() ? Position() : file->PositionOf(key.name, member);
+        if (key.value == nullptr) {
+            AddSearchPaths(config, member, at, keys);
+            continue;
+        }
+        std::string value = Tools::Presentable(key.value(config));
+        Origin const origin = value.empty()  ? Origin::Unset
+                              : text.empty() ? Origin::Default
+                                             : Origin::File;
+        keys.push_back({std::string(key.section) + "." + key.name, std::move(value), origin,
+                        origin == Origin::File ? at : Position()});
+    }
+}
+
+ConfigState StateOf(Resolver const& resolver, JsonInspection const& file)
+{
+    if (resolver.IsClientConfigLoaded())
+        return ConfigState::Read;
+    return file.error ? ConfigState::NotJson : ConfigState::Stopped;
+}
+
+} // namespace
+
+void ExamineClientConfig(Resolver& resolver, Findings& findings)
+{
+    ClientConfig& config = findings.config;
+    config.override = Shown(resolver.GetSSOClientConfigFileOverride());
+    if (config.override.empty())
+        config.search =
+            LookThrough(SSOServices::ClientConfigFileName,
+                        resolver.ResolvedSearchPaths(resolver.ClientConfigDirectories()));
+    std::wstring const file = resolver.GetSSOClientConfigFile();
+    config.file = Shown(file);
+    if (!IsThere(file)) {
+        AddKeys(resolver, nullptr, config.keys);
+        return;
+    }
+    config.isInWorkingDirectory =
+        config.override.empty() && file == SSOServices::ClientConfigFileName;
+    JsonInspection const inspection(file, std::ios::binary);
+    config.state = StateOf(resolver, inspection);
+    config.parseError = inspection.error;
+    if (!inspection.error)
+        FindOddities(inspection, config.oddities);
+    // A file that was not read to its end has no say, even in part.
+    bool const isRead = config.state == ConfigState::Read;
+    AddKeys(resolver, isRead ? &inspection : nullptr, config.keys);
+}
+
+} // namespace Halvorix::Doctor

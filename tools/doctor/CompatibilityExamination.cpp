@@ -1,0 +1,268 @@
+#include <algorithm>
+#include <exception>
+#include <optional>
+#include <utility>
+
+#include "Examination.h"
+#include "JsonInspection.h"
+#include "Searches.h"
+#include "Text.h"
+#include "discovery/PathText.h"
+#include "support/LibraryIdentity.h"
+
+namespace Halvorix::Doctor {
+
+namespace {
+
+using SSOServices::CompareVersions;
+using SSOServices::CompatibleModule;
+using SSOServices::ModuleFlaw;
+using SSOServices::Version;
+using SSOServices::VersionRange;
+using SSOServices::VersionToString;
+
+std::string TextOf(Json::Value const& object, char const* key)
+{
+    if (!object.isObject())
+        return {};
+    Json::Value const& value = object[key];
+    return value.isArray() || value.isObject() ? std::string() : value.asString();
+}
+
+std::string Spelled(VersionRange const& range)
+{
+    std::string text;
+    auto const add = [&text](std::string const& part) {
+        text += (text.empty() ? "" : ", ") + part;
+    };
+    if (!range.minVersion.empty())
+        add("from " + VersionToString(range.minVersion));
+    if (!range.maxVersion.empty())
+        add("up to " + VersionToString(range.maxVersion));
+    for (Version const& version : range.versions)
+        add("also " + VersionToString(version));
+    return Tools::Presentable(text);
+}
+
+/// A record of the file beside what is told of it.
+struct Read {
+    Module told;
+    std::optional<CompatibleModule> record; // nothing where it is dropped
+};
+
+bool Serves(CompatibleModule const& record, Version const& own)
+{
+    CompatibleModule ignored;
+    return SelectCompatibleModule(own, {record}, ignored);
+}
+
+// By the range's own test, a bound at a time.
+void TellBound(Read& read, Version const& own)
+{
+    VersionRange const& range = read.record->compatibleVersions.front();
+    VersionRange lower;
+    lower.minVersion = range.minVersion;
+    VersionRange upper;
+    upper.maxVersion = range.maxVersion;
+    if (!lower.IsEmpty() && !lower.Contains(own)) {
+        read.told.fit = Fit::BelowMinimum;
+        read.told.detail = VersionToString(own) + " is below " + VersionToString(lower.minVersion);
+    } else if (!upper.IsEmpty() && !upper.Contains(own)) {
+        read.told.fit = Fit::AboveMaximum;
+        read.told.detail = VersionToString(own) + " is above " + VersionToString(upper.maxVersion);
+    } else {
+        read.told.fit = Fit::NotListed;
+        read.told.detail = VersionToString(own) + " is none of the versions listed";
+    }
+}
+
+void TellFlaw(ModuleFlaw flaw, Json::Value const& element, Module& told)
+{
+    switch (flaw) {
+    case ModuleFlaw::None:
+        break;
+    case ModuleFlaw::NoModule:
+        told.detail = "module is blank or missing";
+        break;
+    case ModuleFlaw::NoPath: {
+        std::string const own = Resolver::ModulePathKey();
+        std::string const other = own == "modulePath" ? "modulePathWoW64" : "modulePath";
+        if (!TextOf(element, other.c_str()).empty()) {
+            told.fit = Fit::NoPathForProcess;
+            told.detail = "it has " + other + " alone, and this process takes " + own;
+        } else {
+            told.detail = own + " is blank or missing";
+        }
+        break;
+    }
+    case ModuleFlaw::PathVanishes:
+        told.detail = std::string(Resolver::ModulePathKey()) + " comes to nothing";
+        break;
+    case ModuleFlaw::NoRange:
+        told.detail = "compatibleSsoServicesVersion is missing";
+        break;
+    case ModuleFlaw::EmptyRange:
+        told.detail = "compatibleSsoServicesVersion is empty";
+        break;
+    }
+}
+
+Read ReadElement(Resolver& resolver, Json::Value element)
+{
+    Read read;
+    Module& told = read.told;
+    char const* const pathKey = Resolver::ModulePathKey();
+    told.name = Tools::Presentable(TextOf(element, "module"));
+    told.path = Tools::Presentable(TextOf(element, pathKey));
+    told.version = Tools::Presentable(TextOf(element, "version"));
+    if (element.isNull()) {
+        told.fit = Fit::Null;
+        return read;
+    }
+    try {
+        SSOServices::ModuleRecord record = resolver.ReadModuleRecord(element, pathKey);
+        told.expandedPath = Shown(record.module.modulePath);
+        told.unknown = VariablesIn(record.module.modulePath);
+        if (record.flaw != ModuleFlaw::None) {
+            TellFlaw(record.flaw, element, told);
+            return read;
+        }
+        told.range = Spelled(record.module.compatibleVersions.front());
+        std::wstring const file = SSOServices::NormalizePath(
+            SSOServices::JoinPath(record.module.modulePath, record.module.module));
+        told.file = Shown(file);
+        told.exists = IsThere(file);
+        read.record = std::move(record.module);
+    } catch (std::exception const& exception) {
+        told.fit = Fit::StopsReading;
+        told.detail = Tools::Presentable(exception.what());
+    }
+    return read;
+}
+
+bool IsSame(CompatibleModule const& a, CompatibleModule const& b)
+{
+    return a.module == b.module && a.modulePath == b.modulePath && a.version == b.version;
+}
+
+// The library's own sort and selection; the verdicts are told by their result.
+// Without an answer of the library an exception has ended the choice.
+void Judge(std::vector<Read>& reads, Version const& own, std::string const& answer,
+           bool isOverridden)
+{
+    std::vector<CompatibleModule> list;
+    for (Read const& read : reads)
+        if (read.record)
+            list.push_back(*read.record);
+    SortByVersion(list);
+    CompatibleModule selected;
+    SelectCompatibleModule(own, list, selected);
+    bool isChosen = false;
+    for (Read& read : reads) {
+        if (!read.record)
+            continue;
+        if (!Serves(*read.record, own)) {
+            TellBound(read, own);
+        } else if (isOverridden) {
+            read.told.fit = Fit::Overridden;
+        } else if (answer.empty()) {
+            read.told.fit = Fit::Ignored;
+            read.told.detail = "it fits, but an exception ends the choice";
+        } else if (!isChosen && IsSame(*read.record, selected)) {
+            read.told.fit = Fit::Chosen;
+            isChosen = true;
+        } else {
+            bool const isEqual = CompareVersions(read.record->version, selected.version, -1) == 0;
+            read.told.fit = isEqual ? Fit::LaterInFile : Fit::LowerVersion;
+        }
+    }
+}
+
+void FindOddities(JsonInspection const& file, Json::Value const& element, std::string const& name,
+                  std::vector<Oddity>& oddities)
+{
+    if (!element.isObject())
+        return;
+    for (char const* const key : {"module", Resolver::ModulePathKey(), "version"})
+        file.CheckText(element, name + ".", key, oddities);
+    file.FindUnknown(
+        element, name + ".",
+        {"module", "modulePath", "modulePathWoW64", "version", "compatibleSsoServicesVersion"},
+        oddities);
+    file.FindUnknown(element["compatibleSsoServicesVersion"],
+                     name + ".compatibleSsoServicesVersion.",
+                     {"minVersion", "maxVersion", "versions"}, oddities);
+}
+
+void ExamineList(Resolver& resolver, JsonInspection const& file, std::string const& answer,
+                 bool isOverridden, ModuleList& list, std::vector<Oddity>& oddities)
+{
+    Json::Value const& group = static_cast<Json::Value const&>(file.root)[list.key];
+    if (group.isNull()) {
+        list.problem = "there is no " + list.key + " in the file";
+        return;
+    }
+    if (!group.isArray()) {
+        // What has no size counts as empty, an object with members as a fault.
+        bool const stops = group.isObject() && !group.empty();
+        oddities.push_back({file.PositionOf(list.key, group), list.key,
+                            std::string(KindOf(group)) + " where an array belongs", stops});
+        list.problem = list.key + " is " + KindOf(group) + " and no array";
+        return;
+    }
+    Version own;
+    SSOServices::ParseVersion(own, SSOServices::LibraryVersion);
+    std::vector<Read> reads;
+    for (Json::ArrayIndex i = 0; i < group.size(); ++i) {
+        reads.push_back(ReadElement(resolver, group[i]));
+        Module& told = reads.back().told;
+        told.number = i + 1;
+        told.at = file.PositionOf(group[i]);
+        FindOddities(file, group[i], list.key + "[" + std::to_string(i + 1) + "]", oddities);
+    }
+    Judge(reads, own, answer, isOverridden);
+    bool const isAnyRecord = std::any_of(reads.begin(), reads.end(),
+                                         [](Read const& read) { return read.record.has_value(); });
+    for (Read& read : reads)
+        list.modules.push_back(std::move(read.told));
+    if (list.modules.empty())
+        list.problem = list.key + " is empty";
+    else if (!isAnyRecord)
+        list.problem = "no object under " + list.key + " is complete";
+}
+
+} // namespace
+
+void ExamineCompatibility(Resolver& resolver, Findings& findings)
+{
+    Compatibility& told = findings.compatibility;
+    told.plugins.key = "ssoClientPlugin";
+    told.openSsl.key = "openssl";
+    SSOServices::SSOClientConfig const& config = resolver.GetClientConfig();
+    findings.openSsl.isOverride = resolver.IsClientConfigLoaded() &&
+                                  !config.openSslModuleName.empty() &&
+                                  !config.openSslModulePath.empty();
+    told.search = LookThrough(SSOServices::CompatibilityFileName,
+                              resolver.ResolvedSearchPaths(resolver.CompatibilityDirectories()));
+    std::wstring const file = resolver.GetVersionCompatibilityFile();
+    if (!IsThere(file))
+        return;
+    told.file = Shown(file);
+    told.isInWorkingDirectory = file == SSOServices::CompatibilityFileName;
+    JsonInspection const inspection(file, std::ios::in);
+    told.parseError = inspection.error;
+    if (inspection.error)
+        return;
+    if (!inspection.root.isObject() && !inspection.root.isNull()) {
+        told.oddities.push_back({inspection.PositionOf(inspection.root), "the top level",
+                                 std::string(KindOf(inspection.root)) + " where an object belongs",
+                                 true});
+        return;
+    }
+    ExamineList(resolver, inspection, findings.plugin.file, false, told.plugins, told.oddities);
+    ExamineList(resolver, inspection, findings.openSsl.file, findings.openSsl.isOverride,
+                told.openSsl, told.oddities);
+    inspection.FindUnknown(inspection.root, "", {"ssoClientPlugin", "openssl"}, told.oddities);
+}
+
+} // namespace Halvorix::Doctor

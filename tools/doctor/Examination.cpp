@@ -1,0 +1,157 @@
+#include "Examination.h"
+
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <utility>
+
+#include "../common/Dependencies.h"
+#include "../common/ModuleImage.h"
+#include "../common/System.h"
+#include "FileVersion.h"
+#include "Searches.h"
+#include "Text.h"
+#include "Vantage.h"
+#include "discovery/ModuleFiles.h"
+#include "discovery/PathText.h"
+#include "host/SSOClientManager.h"
+#include "support/LibraryIdentity.h"
+
+namespace Halvorix::Doctor {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// As the library stumbles, so does this: what comes out of a question is noted, and
+// the next one is asked.
+template <class Question>
+std::wstring Ask(char const* during, Findings& findings, Question question)
+{
+    try {
+        return question();
+    } catch (std::exception const& exception) {
+        findings.interruptions.push_back({during, Tools::Presentable(exception.what())});
+    } catch (...) {
+        findings.interruptions.push_back({during, "what is no std::exception"});
+    }
+    return {};
+}
+
+template <class Part>
+void Try(char const* during, Findings& findings, Part part)
+{
+    Ask(during, findings, [&part] {
+        part();
+        return std::wstring();
+    });
+}
+
+// What its header says, which its first bytes hold.
+std::string MachineOf(fs::path const& file)
+{
+    char head[4096];
+    std::ifstream stream(file, std::ios::binary);
+    stream.read(head, sizeof(head));
+    return Tools::ReadModuleImage({head, static_cast<std::size_t>(stream.gcount())}).machine;
+}
+
+void AddLibrary(fs::path const& file, Program& program)
+{
+    if (file.empty())
+        return;
+    std::string const content = Tools::ReadWhole(file).value_or(std::string());
+    Tools::ModuleImage const image = Tools::ReadModuleImage(content);
+    program.isLibraryModule = image.isModule && image.flaw.empty();
+    program.libraryMachine = image.machine;
+    program.fileVersion = FileVersionOf(file, content);
+    program.ownFileVersion = HXSSO_FILE_VERSION;
+}
+
+void AddVariables(Resolver& resolver, Program& program)
+{
+    for (char const* const name : {"SSOServerAppPath", "SSOServerAppExeDirPath",
+                                   "SSOServerAppExeFile", "SSOServicesModulePath", "ProgramFiles",
+                                   "ExePath", "AppPath", "AppData", "LocalAppData"}) {
+        std::wstring const variable = Wide(std::string("%") + name + "%");
+        std::wstring value = variable;
+        resolver.ExpandPathVariables(value);
+        program.variables.push_back({name, value == variable ? "" : Shown(value)});
+    }
+}
+
+} // namespace
+
+void ExamineProgram(Resolver& resolver, Options const& options, Findings& findings)
+{
+    Program& program = findings.program;
+    Vantage const& vantage = CurrentVantage();
+    std::wstring const libraryName = Platform::LibraryFileName();
+    program.libraryName = Shown(libraryName);
+    program.version = SSOServices::LibraryVersion;
+    program.build = Shown(SSOServices::BuildName());
+    program.libraryFile = Shown(SSOServices::ResolveModuleFile(libraryName));
+    program.executable = Shown(SSOServices::NormalizePath(Tools::Wide(vantage.executable)));
+    program.directory = Shown(SSOServices::GetExecutableDirPath());
+    std::error_code unknown;
+    program.workingDirectory = fs::current_path(unknown).generic_u8string();
+    AddLibrary(vantage.library, program);
+    program.ownMachine = MachineOf(Tools::FromWide(Platform::ExecutableFile()));
+    program.executableMachine =
+        options.executable.empty() ? program.ownMachine : MachineOf(vantage.executable);
+    for (auto const& [name, folder] :
+         {std::pair("ProgramFiles", Platform::KnownFolder::ProgramFiles),
+          std::pair("AppData", Platform::KnownFolder::RoamingAppData),
+          std::pair("LocalAppData", Platform::KnownFolder::LocalAppData)})
+        program.folders.push_back({name, Shown(SSOServices::GetKnownFolderPath(folder))});
+    AddVariables(resolver, program);
+}
+
+void ExamineServerApp(Resolver& resolver, Findings& findings)
+{
+    ServerApp& server = findings.server;
+    server.search = LookThrough(resolver.GetClientConfig().appName,
+                                resolver.ResolvedSearchPaths(resolver.ServerAppDirectories()));
+    server.directory = Shown(resolver.GetSSOServerAppPath());
+    std::wstring const executable = resolver.GetSSOServerAppExeFile();
+    server.executable = Shown(executable);
+    server.executableExists = !executable.empty() && IsThere(executable);
+}
+
+Findings Examine(Options const& options)
+{
+    // A host gets its locale from the library's first use.
+    SSOServices::SSOClientManager::GetInstance();
+    Findings findings;
+    SSOServices::Version version;
+    SSOServices::ParseVersion(version, SSOServices::LibraryVersion);
+    Resolver resolver(version, SSOServices::LogFunction());
+    if (!options.config.empty())
+        resolver.SetSSOClientConfigFileOverride(Wide(options.config));
+    resolver.SetSupportFileSearchPaths(
+        SSOServices::SplitSupportPathList(Wide(options.searchPaths)));
+
+    // In the order of a load.
+    std::wstring const plugin = Ask("the choice of the client plugin", findings,
+                                    [&] { return resolver.GetSSOClientPluginModule(); });
+    Ask("the search for the server application", findings,
+        [&] { return resolver.GetSSOServerAppExeFile(); });
+    std::wstring const openSsl = Ask("the choice of the OpenSSL module", findings,
+                                     [&] { return resolver.GetOpenSslModule(); });
+    findings.plugin.file = Shown(plugin);
+    findings.plugin.exists = !plugin.empty() && IsThere(plugin);
+    findings.openSsl.file = Shown(openSsl);
+    findings.openSsl.exists = !openSsl.empty() && IsThere(openSsl);
+
+    Try("the look at the program", findings, [&] { ExamineProgram(resolver, options, findings); });
+    Try("the look at the client configuration", findings,
+        [&] { ExamineClientConfig(resolver, findings); });
+    Try("the look at the server application", findings,
+        [&] { ExamineServerApp(resolver, findings); });
+    Try("the look at the version compatibility file", findings,
+        [&] { ExamineCompatibility(resolver, findings); });
+    Try("the look at the client plugin", findings, [&] { ExaminePlugin(findings); });
+    return findings;
+}
+
+} // namespace Halvorix::Doctor

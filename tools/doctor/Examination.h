@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Findings.h"
+#include "Options.h"
+#include "Resolver.h"
+
+namespace Halvorix::Doctor {
+
+/// Follows the road of a load up to the plugin's file and runs nothing of it. The
+/// vantage is set.
+Findings Examine(Options const& options);
+
+// The parts of it, in this order; each after the library has been asked.
+void ExamineProgram(Resolver& resolver, Options const& options, Findings& findings);
+void ExamineClientConfig(Resolver& resolver, Findings& findings);
+void ExamineServerApp(Resolver& resolver, Findings& findings);
+void ExamineCompatibility(Resolver& resolver, Findings& findings);
+void ExaminePlugin(Findings& findings);
+
+/// Executes the plugin: its factory and interfaces.
+void ExamineInterfaces(Findings& findings);
+
+/// Executes the plugin: a load by the library itself, with its log.
+void ExamineRealLoad(Options const& options, Findings& findings);
+
+} // namespace Halvorix::Doctor

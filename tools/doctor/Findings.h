@@ -1,0 +1,185 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "../common/Report.h"
+
+// What the examination found: facts alone, all texts UTF-8. The verdict and the
+// reports are made of these and of nothing else.
+namespace Halvorix::Doctor {
+
+/// In a file; both begin with 1, and 0 is unknown. Columns count characters.
+struct Position {
+    unsigned line = 0;
+    unsigned column = 0;
+};
+
+/// Why a file is no JSON.
+struct ParseError {
+    Position at;
+    std::string message;
+    std::string line; ///< the line itself
+};
+
+/// What is strange in a file that is JSON.
+struct Oddity {
+    Position at;
+    std::string key;
+    std::string text;
+    bool stopsReading = false; ///< the library ends here with an exception
+};
+
+enum class Finding { Hit, LaterHit, NoFile, NoDirectory, Unreadable };
+
+struct Directory {
+    std::string path; ///< as it was searched
+    Finding finding;
+    std::vector<std::string> unknown; ///< variables that stayed in it
+};
+
+struct Search {
+    std::string file; ///< the name that was looked for
+    std::vector<Directory> tried;
+};
+
+struct NamedText {
+    std::string name;
+    std::string text;
+};
+
+/// The program that is looked at, and what it consists of.
+struct Program {
+    std::string libraryName;
+    std::string version;
+    std::string build;
+    std::string libraryFile; ///< empty: not found
+    std::string libraryMachine;
+    bool isLibraryModule = false;
+    std::string fileVersion;    ///< as the library's file carries it; empty: unknown
+    std::string ownFileVersion; ///< the same for the version of this tool
+    std::string executable;
+    std::string executableMachine; ///< empty if that is no program of any kind
+    std::string directory;
+    std::string workingDirectory;
+    std::string ownMachine; ///< of this tool
+    std::vector<NamedText> folders;
+    std::vector<NamedText> variables; ///< an empty one stays as text
+};
+
+enum class Origin { File, Default, Registry, Unset };
+
+struct KeyValue {
+    std::string key;
+    std::string value;
+    Origin origin;
+    Position at; ///< for those from the file
+};
+
+enum class ConfigState { Read, NoFile, NotJson, Stopped };
+
+struct ClientConfig {
+    std::string override; ///< empty: none
+    Search search;        ///< empty with an override
+    std::string file;     ///< the one that is read, or would be
+    bool isInWorkingDirectory = false;
+    ConfigState state = ConfigState::NoFile;
+    std::optional<ParseError> parseError;
+    std::vector<KeyValue> keys;
+    std::vector<Oddity> oddities;
+};
+
+struct ServerApp {
+    Search search;
+    std::string directory; ///< empty: not found
+    std::string executable;
+    bool executableExists = false;
+};
+
+enum class Fit {
+    Chosen,
+    LowerVersion, ///< it fits, and so does one of a higher version
+    LaterInFile,  ///< it fits, and so does one of the same version before it
+    Overridden,   ///< it fits, and the client configuration names another module
+    BelowMinimum,
+    AboveMaximum,
+    NotListed,
+    NoPathForProcess,
+    Ignored,
+    StopsReading,
+    Null,
+};
+
+struct Module {
+    unsigned number; ///< from 1, in the file's order
+    Position at;
+    std::string name;
+    std::string path; ///< as the file spells it
+    std::string expandedPath;
+    std::string version;
+    std::string range;
+    Fit fit = Fit::Ignored;
+    std::string detail; ///< which bound, which key, which exception
+    std::string file;   ///< empty where none comes of it
+    bool exists = false;
+    std::vector<std::string> unknown; ///< variables that stayed in the path
+};
+
+struct ModuleList {
+    std::string key;
+    std::vector<Module> modules;
+    std::string problem; ///< why there are none, or none that could be read
+};
+
+struct Compatibility {
+    Search search;
+    std::string file; ///< empty: not found
+    bool isInWorkingDirectory = false;
+    std::optional<ParseError> parseError;
+    std::vector<Oddity> oddities;
+    ModuleList plugins;
+    ModuleList openSsl;
+};
+
+struct Plugin {
+    std::string file; ///< empty: none chosen
+    bool exists = false;
+    std::vector<Tools::Check> fileChecks; ///< without running any of it
+    std::vector<Tools::Check> loadChecks; ///< empty unless it was asked for
+};
+
+struct OpenSsl {
+    std::string file; ///< empty: none chosen
+    bool exists = false;
+    bool isOverride = false;
+};
+
+/// An exception that a host would get.
+struct Interruption {
+    std::string during;
+    std::string text;
+};
+
+struct LogLine {
+    int level;
+    std::string text;
+};
+
+struct RealLoad {
+    bool worked = false;
+    std::vector<LogLine> lines;
+};
+
+struct Findings {
+    Program program;
+    ClientConfig config;
+    ServerApp server;
+    Compatibility compatibility;
+    Plugin plugin;
+    OpenSsl openSsl;
+    std::vector<Interruption> interruptions;
+    std::optional<RealLoad> load;
+};
+
+} // namespace Halvorix::Doctor

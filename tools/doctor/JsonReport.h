@@ -1,0 +1,11 @@
+#pragma once
+
+#include "Findings.h"
+#include "Verdict.h"
+
+namespace Halvorix::Doctor {
+
+/// The findings as one document, as docs/schemas/doctor.schema.json tells it.
+void WriteJson(Findings const& findings, Verdict const& verdict);
+
+} // namespace Halvorix::Doctor

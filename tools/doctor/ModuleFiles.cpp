@@ -1,0 +1,35 @@
+// The library's questions for the files of its process, answered for the program
+// that the doctor looks at. Stands in place of the library's own file of this name.
+
+#include "discovery/ModuleFiles.h"
+
+#include "../common/System.h"
+#include "Vantage.h"
+#include "discovery/PathText.h"
+
+namespace Halvorix::SSOServices {
+
+std::wstring ResolveModuleFile(std::wstring const& moduleName)
+{
+    // All but the library itself is what a load has brought into this process.
+    if (moduleName == Platform::LibraryFileName())
+        return NormalizePath(Tools::Wide(Doctor::CurrentVantage().library));
+    return NormalizePath(Platform::LoadedModuleFile(moduleName));
+}
+
+std::wstring GetModuleDirPath(std::wstring const& moduleName)
+{
+    return ParentPath(ResolveModuleFile(moduleName));
+}
+
+std::wstring GetExecutableDirPath()
+{
+    return ParentPath(NormalizePath(Tools::Wide(Doctor::CurrentVantage().executable)));
+}
+
+std::wstring GetKnownFolderPath(Platform::KnownFolder folder)
+{
+    return Platform::KnownFolderPath(folder);
+}
+
+} // namespace Halvorix::SSOServices

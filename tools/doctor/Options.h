@@ -1,0 +1,26 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace Halvorix::Doctor {
+
+/// What the command line asks for.
+struct Options {
+    std::filesystem::path executable; ///< empty: this program
+    std::filesystem::path library;    ///< empty: to be found
+    std::string config;               ///< empty: no override
+    std::string searchPaths;
+    bool load = false;
+    bool log = false;
+    bool asJson = false;
+    bool help = false;
+    std::string misuse; ///< why this is wrong use; empty if it is not
+};
+
+extern char const* const Usage;
+
+Options ReadOptions(std::vector<std::filesystem::path> const& arguments);
+
+} // namespace Halvorix::Doctor

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <utility>
+
+#include "discovery/SSOPathResolver.h"
+
+namespace Halvorix::Doctor {
+
+/// The library's resolver, asked for its reasons too.
+class Resolver : public SSOServices::SSOPathResolver {
+public:
+    using SSOPathResolver::SSOPathResolver;
+
+    using SSOPathResolver::ClientConfigDirectories;
+    using SSOPathResolver::CompatibilityDirectories;
+    using SSOPathResolver::GetClientConfig;
+    using SSOPathResolver::GetVersionCompatibilityFile;
+    using SSOPathResolver::IsClientConfigLoaded;
+    using SSOPathResolver::ModulePathKey;
+    using SSOPathResolver::ReadModuleRecord;
+    using SSOPathResolver::ResolvedSearchPaths;
+    using SSOPathResolver::ServerAppDirectories;
+    using SSOPathResolver::SetSupportFileSearchPaths;
+};
+
+} // namespace Halvorix::Doctor

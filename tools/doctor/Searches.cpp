@@ -1,0 +1,42 @@
+#include "Searches.h"
+
+#include <exception>
+
+#include "Text.h"
+#include "discovery/FileSearch.h"
+
+namespace Halvorix::Doctor {
+
+namespace {
+
+Finding Look(std::wstring const& file, std::wstring const& directory, bool isFirstHit)
+{
+    try {
+        std::wstring found;
+        if (SSOServices::FindFileInPaths(file, {directory}, found))
+            return isFirstHit ? Finding::Hit : Finding::LaterHit;
+        // The empty one is the current directory.
+        return directory.empty() || SSOServices::PathExists(directory) ? Finding::NoFile
+                                                                       : Finding::NoDirectory;
+    } catch (std::exception const&) {
+        return Finding::Unreadable;
+    }
+}
+
+} // namespace
+
+Search LookThrough(std::wstring const& file, std::vector<std::wstring> const& directories)
+{
+    Search search{Shown(file), {}};
+    if (file.empty())
+        return search;
+    bool isHit = false;
+    for (std::wstring const& directory : directories) {
+        Finding const finding = Look(file, directory, !isHit);
+        isHit = isHit || finding == Finding::Hit;
+        search.tried.push_back({Shown(directory), finding, VariablesIn(directory)});
+    }
+    return search;
+}
+
+} // namespace Halvorix::Doctor

@@ -1,0 +1,47 @@
+#include "Text.h"
+
+#include <exception>
+
+#include <boost/locale/encoding_utf.hpp>
+
+#include "discovery/FileSearch.h"
+#include "discovery/PathVariables.h"
+
+namespace Halvorix::Doctor {
+
+std::string Shown(std::wstring const& text) { return boost::locale::conv::utf_to_utf<char>(text); }
+
+std::wstring Wide(std::string const& text)
+{
+    return boost::locale::conv::utf_to_utf<wchar_t>(text);
+}
+
+std::vector<std::string> VariablesIn(std::wstring const& text)
+{
+    std::vector<std::string> names;
+    std::wstring copy = text;
+    SSOServices::ExpandVariables(copy, [&names](std::wstring const& name, std::wstring&) {
+        names.push_back(Shown(name));
+        return false;
+    });
+    return names;
+}
+
+std::string ListedVariables(std::vector<std::string> const& names)
+{
+    std::string list;
+    for (std::string const& name : names)
+        list += (list.empty() ? "%" : ", %") + name + "%";
+    return list;
+}
+
+bool IsThere(std::wstring const& file)
+{
+    try {
+        return SSOServices::PathExists(file);
+    } catch (std::exception const&) {
+        return false;
+    }
+}
+
+} // namespace Halvorix::Doctor

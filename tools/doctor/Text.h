@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace Halvorix::Doctor {
+
+/// UTF-8 that any reader takes, of what the library holds: unlike its own
+/// conversion, by characters and not by units.
+std::string Shown(std::wstring const& text);
+std::wstring Wide(std::string const& text);
+
+/// Names of the variables in a text.
+std::vector<std::string> VariablesIn(std::wstring const& text);
+
+/// "%a%, %b%" for a sentence.
+std::string ListedVariables(std::vector<std::string> const& names);
+
+/// The library's answer; "cannot be looked at" counts as not there.
+bool IsThere(std::wstring const& file);
+
+} // namespace Halvorix::Doctor

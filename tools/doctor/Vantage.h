@@ -1,0 +1,25 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace Halvorix::Doctor {
+
+/// The program in whose place the library's questions are answered: its
+/// executable, and the file of the library that it loads. Each absolute, as the
+/// system spells it in such a process; an empty library is one that is not found.
+struct Vantage {
+    std::filesystem::path executable;
+    std::filesystem::path library;
+};
+
+/// To be set before anything of the library is asked.
+void SetVantage(Vantage vantage);
+Vantage const& CurrentVantage();
+
+/// The program that was named, or this one. The library is the file that was named;
+/// else the one beside the executable, or where the loader finds it for that
+/// executable; else for this program also that of the package.
+Vantage FindVantage(std::filesystem::path const& executable, std::filesystem::path const& library);
+
+} // namespace Halvorix::Doctor

@@ -1,0 +1,358 @@
+#include "Verdict.h"
+
+#include <algorithm>
+
+#include "Text.h"
+
+namespace Halvorix::Doctor {
+
+namespace {
+
+enum Weight { Fatal, Warning };
+
+std::string Placed(std::string const& file, Position at)
+{
+    if (at.line == 0)
+        return file;
+    return file + ", line " + std::to_string(at.line) + ", column " + std::to_string(at.column);
+}
+
+std::string DirectoryName(std::string const& path)
+{
+    return path.empty() ? "the current directory" : path;
+}
+
+std::string DirectoriesOf(Search const& search)
+{
+    std::string list;
+    for (Directory const& directory : search.tried)
+        list += (list.empty() ? "" : ", ") + DirectoryName(directory.path);
+    return list;
+}
+
+std::vector<std::string> UnknownOf(Search const& search)
+{
+    std::vector<std::string> unknown;
+    for (Directory const& directory : search.tried)
+        unknown.insert(unknown.end(), directory.unknown.begin(), directory.unknown.end());
+    return unknown;
+}
+
+std::string IsNoVariable(std::vector<std::string> const& unknown)
+{
+    return ListedVariables(unknown) + (unknown.size() == 1 ? " has" : " have") + " no value";
+}
+
+class Judgement {
+public:
+    explicit Judgement(Findings const& facts) : findings(facts) {}
+
+    Verdict Take()
+    {
+        JudgeProgram();
+        JudgeClientConfig();
+        JudgeInterruptions();
+        JudgeServerApp();
+        JudgeCompatibility();
+        JudgePlugin();
+        JudgeLoad();
+        JudgeOpenSsl();
+        return std::move(verdict);
+    }
+
+private:
+    void Add(Weight weight, char const* code, std::string const& text, std::string const& remedy)
+    {
+        verdict.problems.push_back({code, text, remedy, weight == Fatal});
+        verdict.canWork = verdict.canWork && weight != Fatal;
+    }
+
+    void JudgeProgram()
+    {
+        Program const& program = findings.program;
+        if (!program.executableMachine.empty() && program.executableMachine != program.ownMachine)
+            Add(Fatal, "executable-of-other-architecture",
+                program.executable + " is for " + program.executableMachine +
+                    " and this doctor for " + program.ownMachine,
+                "run the doctor of the package for " + program.executableMachine);
+        if (program.libraryFile.empty())
+            Add(Fatal, "library-missing",
+                program.libraryName + " is not where " + program.executable + " would load it from",
+                "install it beside the program, or name its file with --library");
+        else if (!program.isLibraryModule)
+            Add(Fatal, "library-damaged", program.libraryFile + " is no whole module",
+                "install the library anew");
+        else if (program.libraryMachine != program.ownMachine)
+            Add(Fatal, "library-of-other-architecture",
+                program.libraryFile + " is for " + program.libraryMachine +
+                    " and this doctor for " + program.ownMachine,
+                "install the library that is built for the program");
+        else if (!program.fileVersion.empty() && program.fileVersion != program.ownFileVersion)
+            Add(Warning, "library-of-other-version",
+                program.libraryFile + " is version " + program.fileVersion +
+                    ", and this doctor speaks for " + program.ownFileVersion,
+                "run the doctor of that version");
+    }
+
+    void JudgeClientConfig()
+    {
+        ClientConfig const& config = findings.config;
+        if (!config.override.empty() && config.state == ConfigState::NoFile)
+            Add(Warning, "client-config-override-missing",
+                "the client configuration " + config.override +
+                    " that the program names does not exist, and no other is looked for",
+                "put the file there, or let the program name the right one");
+        if (config.parseError)
+            Add(Warning, "client-config-not-json",
+                "the client configuration is no JSON: " +
+                    Placed(config.file, config.parseError->at) + ": " + config.parseError->message,
+                "mend that line, or remove the file if the defaults are wanted");
+        JudgeOddities("client-config-wrong-type", "client-config-unknown-key",
+                      "the client configuration", config.file, config.oddities);
+        if (config.isInWorkingDirectory)
+            Add(Warning, "client-config-in-working-directory",
+                "the client configuration was found in the current directory alone",
+                "put the file beside the executable");
+    }
+
+    void JudgeOddities(char const* fatalCode, char const* warningCode, std::string const& what,
+                       std::string const& file, std::vector<Oddity> const& oddities)
+    {
+        for (Oddity const& oddity : oddities) {
+            if (oddity.stopsReading)
+                Add(Fatal, fatalCode,
+                    what + " cannot be read: " + Placed(file, oddity.at) + ": " + oddity.key +
+                        " is " + oddity.text,
+                    "mend that value");
+            else
+                Add(Warning, warningCode,
+                    what + ": " + Placed(file, oddity.at) + ": " + oddity.key + " is " +
+                        oddity.text,
+                    "mend or remove it");
+        }
+    }
+
+    bool IsConfigStopped() const { return findings.config.state == ConfigState::Stopped; }
+
+    void JudgeServerApp()
+    {
+        ServerApp const& server = findings.server;
+        if (IsConfigStopped())
+            return; // said already; nothing of it was searched for
+        if (server.directory.empty()) {
+            std::vector<std::string> const unknown = UnknownOf(server.search);
+            std::string const missing =
+                "the server application " + server.search.file +
+                " is in none of the directories searched: " + DirectoriesOf(server.search);
+            if (unknown.empty())
+                Add(Fatal, "server-application-missing", missing,
+                    "install it, or name its directory in ssoServer.searchPaths of the client "
+                    "configuration");
+            else
+                Add(Fatal, "search-path-with-unknown-variable",
+                    missing + "; " + IsNoVariable(unknown),
+                    "put the directories right in ssoServer.searchPaths of the client "
+                    "configuration");
+        } else if (!server.executableExists) {
+            Add(Fatal, "server-executable-missing",
+                "the server application was found in " + server.directory +
+                    ", but its executable " + server.executable + " does not exist",
+                "put ssoServer.exeName of the client configuration right, or install it anew");
+        }
+    }
+
+    void JudgeCompatibility()
+    {
+        Compatibility const& file = findings.compatibility;
+        if (IsConfigStopped())
+            return;
+        if (file.file.empty()) {
+            std::vector<std::string> const unknown = UnknownOf(file.search);
+            Add(Fatal, "compatibility-file-missing",
+                "the version compatibility file " + file.search.file +
+                    " is in none of the directories searched: " + DirectoriesOf(file.search) +
+                    (unknown.empty() ? "" : "; " + IsNoVariable(unknown)),
+                "install it beside the server application");
+            return;
+        }
+        if (file.parseError) {
+            Add(Fatal, "compatibility-file-not-json",
+                "the version compatibility file is no JSON: " +
+                    Placed(file.file, file.parseError->at) + ": " + file.parseError->message,
+                "mend that line, or install the file anew");
+            return;
+        }
+        JudgeOddities("compatibility-file-wrong-type", "compatibility-file-unknown-key",
+                      "the version compatibility file", file.file, file.oddities);
+        JudgeStoppingModules(file.plugins);
+        JudgeStoppingModules(file.openSsl);
+        if (file.isInWorkingDirectory)
+            Add(Warning, "compatibility-file-in-working-directory",
+                "the version compatibility file was found in the current directory alone",
+                "put the file beside the server application");
+        if (findings.plugin.file.empty())
+            JudgeNoPlugin(file);
+    }
+
+    // Where the value itself is not told already.
+    void JudgeStoppingModules(ModuleList const& list)
+    {
+        Compatibility const& file = findings.compatibility;
+        for (Module const& module : list.modules) {
+            std::string const name = list.key + "[" + std::to_string(module.number) + "]";
+            bool const isTold = std::any_of(
+                file.oddities.begin(), file.oddities.end(), [&name](Oddity const& oddity) {
+                    return oddity.stopsReading && oddity.key.rfind(name + ".", 0) == 0;
+                });
+            if (module.fit == Fit::StopsReading && !isTold)
+                Add(Fatal, "compatibility-file-wrong-type",
+                    "the version compatibility file cannot be read: " +
+                        Placed(file.file, module.at) + ": " + name + ": " + module.detail,
+                    "mend that object");
+        }
+    }
+
+    void JudgeNoPlugin(Compatibility const& file)
+    {
+        ModuleList const& list = file.plugins;
+        if (AnyStops(file.oddities) || AnyStops(list))
+            return;
+        std::string reasons;
+        for (Module const& module : list.modules)
+            if (!module.detail.empty())
+                reasons += (reasons.empty() ? "" : "; ") + std::to_string(module.number) + ". " +
+                           (module.name.empty() ? "(no name)" : module.name) + ": " + module.detail;
+        if (!list.problem.empty())
+            Add(Fatal, "no-plugin-listed",
+                "the version compatibility file " + file.file + " lists no client plugin: " +
+                    list.problem + (reasons.empty() ? "" : " (" + reasons + ")"),
+                "complete the file, or install it anew");
+        else
+            Add(Fatal, "no-plugin-fits",
+                "no client plugin of " + file.file + " is for version " + findings.program.version +
+                    " of the library (" + reasons + ")",
+                "install a client plugin for this version, with its entry in that file");
+    }
+
+    void JudgePlugin()
+    {
+        Plugin const& plugin = findings.plugin;
+        if (plugin.file.empty())
+            return;
+        if (!plugin.exists) {
+            std::vector<std::string> const unknown = VariablesIn(Wide(plugin.file));
+            Add(Fatal, "plugin-file-missing",
+                "the chosen client plugin " + plugin.file + " does not exist" +
+                    (unknown.empty() ? "" : "; " + IsNoVariable(unknown)),
+                "install it there, or put its entry right in " + findings.compatibility.file);
+            return;
+        }
+        JudgeChecks(plugin.fileChecks);
+        JudgeChecks(plugin.loadChecks);
+    }
+
+    void JudgeChecks(std::vector<Tools::Check> const& checks)
+    {
+        struct Remedy {
+            char const* check;
+            char const* text;
+        };
+        static constexpr Remedy remedies[] = {
+            {"file", "install the plugin anew"},
+            {"module", "install the plugin anew"},
+            {"architecture", "install the plugin that is built for this architecture"},
+            {"dependencies", "install what is missing beside the plugin"},
+            {"export", "install a plugin that is built for this library"},
+            {"runtime", "install a plugin that is built with the library's compiler"},
+            {"jsoncpp", "install a plugin that is built with the library's jsoncpp"},
+            {"load", "install what the system asks for, or the plugin anew"},
+        };
+        for (Tools::Check const& check : checks) {
+            if (check.result != Tools::Result::Failed)
+                continue;
+            auto const remedy =
+                std::find_if(std::begin(remedies), std::end(remedies),
+                             [&check](Remedy const& known) { return check.name == known.check; });
+            Add(Fatal, ("plugin-" + check.name).c_str(),
+                "the client plugin " + findings.plugin.file + ": " + check.name + ": " +
+                    check.detail,
+                remedy == std::end(remedies) ? "ask who delivers the plugin" : remedy->text);
+        }
+    }
+
+    static bool AnyStops(std::vector<Oddity> const& oddities)
+    {
+        return std::any_of(oddities.begin(), oddities.end(),
+                           [](Oddity const& oddity) { return oddity.stopsReading; });
+    }
+
+    static bool AnyStops(ModuleList const& list)
+    {
+        return std::any_of(list.modules.begin(), list.modules.end(),
+                           [](Module const& module) { return module.fit == Fit::StopsReading; });
+    }
+
+    // Those of wrong types are told by the place in the file.
+    void JudgeInterruptions()
+    {
+        Compatibility const& file = findings.compatibility;
+        if (AnyStops(findings.config.oddities) || AnyStops(file.oddities) ||
+            AnyStops(file.plugins) || AnyStops(file.openSsl))
+            return;
+        for (Interruption const& interruption : findings.interruptions)
+            Add(Fatal, "library-stops",
+                "the library ends " + interruption.during +
+                    " with an exception: " + interruption.text,
+                "see to it that the files and directories named above can be read");
+    }
+
+    void JudgeLoad()
+    {
+        if (!findings.load || findings.load->worked)
+            return;
+        std::string last;
+        for (LogLine const& line : findings.load->lines)
+            if (line.level == 2)
+                last = line.text;
+        Add(Fatal, "load-failed",
+            "the library could not load the client plugin" +
+                (last.empty() ? ": it gives no factory" : ": " + Tools::Presentable(last)),
+            "ask who delivers the plugin");
+    }
+
+    // A load goes on without it, and the plugin is told all the same.
+    void JudgeOpenSsl()
+    {
+        OpenSsl const& openSsl = findings.openSsl;
+        if (IsConfigStopped())
+            return;
+        if (openSsl.file.empty())
+            Add(Warning, "openssl-not-chosen", "no OpenSSL module fits; the plugin is told of none",
+                "install one, with its entry in the version compatibility file");
+        else if (!openSsl.exists)
+            Add(Warning, "openssl-missing",
+                "the OpenSSL module " + openSsl.file +
+                    " does not exist; the plugin is told of it all the same",
+                "install it there");
+    }
+
+    Findings const& findings;
+    Verdict verdict;
+};
+
+} // namespace
+
+std::string Told(Problem const& problem)
+{
+    return Tools::Presentable(problem.text + ". To do: " + problem.remedy);
+}
+
+std::string Told(Verdict const& verdict)
+{
+    Problem const* const first = verdict.First();
+    return first == nullptr ? "sign-in can work" : Told(*first);
+}
+
+Verdict Judge(Findings const& findings) { return Judgement(findings).Take(); }
+
+} // namespace Halvorix::Doctor

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "Findings.h"
+
+namespace Halvorix::Doctor {
+
+// For a person.
+char const* Words(Finding finding);
+char const* Words(ConfigState state);
+char const* Words(Origin origin);
+char const* Words(Fit fit);
+char const* WordsOfLevel(int level);
+
+// For a program: never changed.
+char const* Code(Finding finding);
+char const* Code(ConfigState state);
+char const* Code(Origin origin);
+char const* Code(Fit fit);
+
+} // namespace Halvorix::Doctor
