@@ -1,0 +1,139 @@
+#!/usr/bin/env python3
+"""Holds the includes of src/ and include/ against the layers.
+
+A file may include what the table below gives its folder, and nothing else:
+
+  - headers of the project by their folder, its own folder always;
+  - of other libraries only those named;
+  - headers of the system (<windows.h>, <dlfcn.h>) in src/platform/ alone, and each
+    system's folder there knows the seam and itself.
+
+Questions about the system or the compiler (#if _WIN32 and the like) stand in
+src/platform/, in the export header and in include/plugin/, nowhere else. The
+table in docs/architecture.md has to say the same.
+"""
+
+import argparse
+import os
+import pathlib
+import re
+import sys
+
+# From the top to the bottom; nothing includes what stands above it.
+PERMITTED = {
+    # folder           headers of the project                     other libraries
+    "src/api":        (["src/host", "src/discovery", "src/support",
+                        "include", "include/plugin"],             ["boost"]),
+    "src/host":       (["src/discovery", "src/support",
+                        "src/platform", "include/plugin"],        ["boost"]),
+    "src/discovery":  (["src/support", "src/platform"],           ["boost", "json"]),
+    "src/json":       (["src/types", "src/support",
+                        "include", "include/plugin"],             ["boost", "json"]),
+    "src/types":      (["src/support", "src/platform",
+                        "include"],                               ["boost"]),
+    "src/support":    (["src/platform", "include/plugin"],        ["boost"]),
+    "src/platform":   ([],                                        ["boost"]),
+    "include":        (["include/plugin"],                        []),
+    "include/plugin": ([],                                        []),
+}
+
+SYSTEMS = ("src/platform/linux", "src/platform/windows")
+
+MAY_ASK_FOR_THE_SYSTEM = ("src/platform/", "include/HxSSOServicesExport.h", "include/plugin/")
+SYSTEM_QUESTION = re.compile(
+    r"^\s*#\s*(?:el)?if(?:n?def)?\b.*\b"
+    r"(_WIN32|_WIN64|WIN32|__MINGW\w*|__linux\w*|linux|__unix\w*|_MSC_VER|__GNUC__|__clang__)\b")
+
+
+def folder_of(name):
+    """The folder of a file that the table knows, or the file's own."""
+    folder = name.rpartition("/")[0]
+    return next((f for f in sorted(PERMITTED, key=len, reverse=True)
+                 if folder == f or (f == "src/platform" and folder.startswith(f + "/"))), folder)
+
+
+def check_include(root, name, included, brackets):
+    """What is wrong with one include; nothing if it may stand there."""
+    folder = folder_of(name)
+    own, libraries = PERMITTED[folder]
+    if brackets:
+        library = included.partition("/")[0] if "/" in included else ""
+        if library in libraries:
+            return None
+        if not library and not included.endswith(".h"):
+            return None  # the standard library
+        if folder == "src/platform" and library not in ("boost", "json"):
+            return None  # the system
+        return f"{folder} may not use <{included}>"
+    target = os.path.normpath(os.path.join(os.path.dirname(name), included))
+    if not (root / target).is_file():
+        return f'there is no "{included}"'
+    for system in SYSTEMS:
+        if target.startswith(system + "/") and not name.startswith(system + "/"):
+            return f"{target} is for {system} alone"
+    if folder_of(target) in [folder, *own]:
+        return None
+    return f"{folder} may not include {folder_of(target)} ({target})"
+
+
+def check_files(root):
+    """Differences, and the number of includes looked at."""
+    wrong = []
+    count = 0
+    paths = [p for top in ("src", "include") for p in sorted((root / top).rglob("*"))]
+    for path in paths:
+        name = path.relative_to(root).as_posix()
+        if path.suffix not in (".h", ".cpp"):
+            continue
+        if folder_of(name) not in PERMITTED:
+            wrong.append(f"{name}: the layers do not know its folder")
+            continue
+        for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
+            match = re.match(r'\s*#\s*include\s*(?:"([^"]+)"|<([^>]+)>)', line)
+            if match:
+                count += 1
+                difference = check_include(root, name, match[1] or match[2], not match[1])
+                if difference:
+                    wrong.append(f"{name}:{number}: {difference}")
+            elif SYSTEM_QUESTION.match(line) and not name.startswith(MAY_ASK_FOR_THE_SYSTEM):
+                wrong.append(f"{name}:{number}: asks for the system: {line.strip()}")
+    return wrong, count
+
+
+def check_page(root):
+    """The table in docs/architecture.md."""
+    page = root / "docs/architecture.md"
+    rows = re.findall(r"^\| `([\w/]+)/` \|([^|]*)\|([^|]*)\|$",
+                      page.read_text(encoding="utf-8"), re.M)
+    told = {folder: (set(re.findall(r"`([\w/]+)/`", own)), set(re.findall(r"`(\w+)`", others)))
+            for folder, own, others in rows}
+    here = {folder: (set(own), set(others)) for folder, (own, others) in PERMITTED.items()}
+    return [f"docs/architecture.md: the row of {folder}/ says {told.get(folder)}, "
+            f"the check {here.get(folder)}"
+            for folder in sorted(set(told) | set(here)) if told.get(folder) != here.get(folder)]
+
+
+def check_table():
+    """The table itself: a layer knows only what stands below it."""
+    order = list(PERMITTED)
+    return [f"{folder} stands below {other} and may include it"
+            for folder, (own, _) in PERMITTED.items() for other in own
+            if other.startswith("src/") and order.index(other) < order.index(folder)]
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--root", type=pathlib.Path,
+                        default=pathlib.Path(__file__).resolve().parents[2])
+    root = parser.parse_args().root
+    wrong, count = check_files(root)
+    wrong += check_table() + check_page(root)
+    for text in wrong:
+        print(f"failed: {text}")
+    if not wrong:
+        print(f"passed: {count} includes")
+    return 1 if wrong or not count else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

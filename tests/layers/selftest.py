@@ -1,0 +1,89 @@
+#!/usr/bin/env python3
+"""Adds a wrong include to a copy of the sources, and expects it to be found."""
+
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+
+HERE = pathlib.Path(__file__).resolve().parent
+ROOT = HERE.parents[1]
+
+# File, line that is added to it, what has to be said.
+WRONG = [
+    ("src/support/LogSink.cpp", '#include "../host/SSOClientManager.h"',
+     "src/support may not include src/host"),
+    ("src/support/LogSink.h", '#include "../discovery/Version.h"',
+     "src/support may not include src/discovery"),
+    ("src/discovery/PathText.cpp", '#include "../host/SSOClientManager.h"',
+     "src/discovery may not include src/host"),
+    ("src/discovery/PathText.cpp", '#include "../../include/plugin/ISSOClient.h"',
+     "src/discovery may not include include/plugin"),
+    ("src/host/PluginLoad.cpp", '#include "../api/Forward.h"',
+     "src/host may not include src/api"),
+    ("src/types/OAuth2Token.cpp", '#include "../json/JsonDocument.h"',
+     "src/types may not include src/json"),
+    ("src/types/OAuth2Token.cpp", "#include <json/value.h>", "src/types may not use"),
+    ("src/json/Base64.h", '#include "../discovery/Version.h"',
+     "src/json may not include src/discovery"),
+    ("src/api/SpecText.h", '#include "../platform/Platform.h"',
+     "src/api may not include src/platform"),
+    ("src/platform/Platform.h", '#include "../support/LogSink.h"',
+     "src/platform may not include src/support"),
+    ("src/platform/linux/Text.cpp", '#include "../windows/Windows.h"',
+     "is for src/platform/windows alone"),
+    ("src/platform/Platform.h", '#include "linux/NarrowText.h"',
+     "is for src/platform/linux alone"),
+    ("src/host/PluginLoad.cpp", "#include <dlfcn.h>", "src/host may not use <dlfcn.h>"),
+    ("src/support/LogSink.cpp", "#include <windows.h>", "src/support may not use <windows.h>"),
+    ("src/support/LogSink.cpp", "#include <sys/stat.h>", "src/support may not use <sys/stat.h>"),
+    ("include/OAuth2Token.h", '#include "../src/types/OAuth2Records.h"',
+     "include may not include src/types"),
+    ("include/OAuth2Token.h", "#include <boost/format.hpp>", "include may not use"),
+    ("include/plugin/ILogger.h", '#include "../OAuth2Token.h"',
+     "include/plugin may not include include"),
+    ("src/host/PluginLoad.cpp", '#include "Nowhere.h"', 'there is no "Nowhere.h"'),
+    ("src/host/PluginLoad.cpp", "#ifdef _WIN32", "asks for the system"),
+    ("src/types/OAuth2Token.cpp", "#elif defined(__linux__)", "asks for the system"),
+    ("src/other/Other.cpp", "", "the layers do not know its folder"),
+    ("docs/architecture.md", "| `src/support/` | `src/api/` | |", "the row of src/support/"),
+]
+
+
+def run(root):
+    """Exit status and output of a check."""
+    done = subprocess.run([sys.executable, HERE / "check.py", "--root", root],
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
+    return done.returncode, done.stdout
+
+
+def main():
+    failed = 0
+    with tempfile.TemporaryDirectory() as folder:
+        root = pathlib.Path(folder)
+        for name in ("src", "include"):
+            shutil.copytree(ROOT / name, root / name)
+        (root / "docs").mkdir()
+        shutil.copy(ROOT / "docs/architecture.md", root / "docs")
+        for name, line, said in [("src/host/PluginLoad.cpp", "// nothing", "passed:"), *WRONG]:
+            path = root / name
+            before = path.read_bytes() if path.exists() else None
+            path.parent.mkdir(exist_ok=True)
+            path.write_bytes((before or b"") + b"\n" + line.encode() + b"\n")
+            status, output = run(root)
+            good = said in output and (status == 0) == (said == "passed:")
+            good = good and output.count("failed:") == (said != "passed:")
+            print(f"{'passed' if good else 'failed'}: {name}: {line or 'a folder of its own'}")
+            if not good:
+                print("    " + output.strip().replace("\n", "\n    "))
+            failed += not good
+            if before is None:
+                path.unlink()
+            else:
+                path.write_bytes(before)
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
