@@ -7,10 +7,8 @@
 
 #include <psapi.h>
 #include <tlhelp32.h>
-#include <winternl.h>
 
-#include <algorithm>
-#include <vector>
+#include <cstdint>
 
 namespace Rig {
 
@@ -27,46 +25,25 @@ std::size_t OwnBytes()
     return counters.PrivateUsage != 0 ? counters.PrivateUsage : counters.WorkingSetSize;
 }
 
-// The system's table of all handles, as far as it is used here.
-struct HandleEntry {
-    void* object;
-    ULONG_PTR process;
-    ULONG_PTR handle;
-    ULONG access;
-    USHORT creatorIndex;
-    USHORT type;
-    ULONG attributes;
-    ULONG reserved;
-};
-struct HandleTable {
-    ULONG_PTR count;
-    ULONG_PTR reserved;
-    HandleEntry entries[1];
-};
-constexpr auto ExtendedHandleInformation = static_cast<SYSTEM_INFORMATION_CLASS>(64);
-
-int HandlesByTable()
+// Wine counts none, and its server does not always survive a question for the
+// table of all handles; so each number is tried that one may have.
+int HandlesByNumber()
 {
-    using Query = NTSTATUS(WINAPI*)(SYSTEM_INFORMATION_CLASS, void*, ULONG, ULONG*);
-    auto const query = reinterpret_cast<Query>(reinterpret_cast<void (*)()>(
-        ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation")));
-    std::vector<ULONG_PTR> buffer(1 << 16);
-    auto const* const table = reinterpret_cast<HandleTable const*>(buffer.data());
-    auto const size = static_cast<ULONG>(buffer.size() * sizeof(ULONG_PTR));
-    if (query == nullptr || query(ExtendedHandleInformation, buffer.data(), size, nullptr) != 0)
-        return 0;
-    return static_cast<int>(
-        std::count_if(table->entries, table->entries + table->count, [](HandleEntry const& entry) {
-            return entry.process == ::GetCurrentProcessId();
-        }));
+    constexpr std::uintptr_t highest = 1 << 12;
+    int count = 0;
+    for (std::uintptr_t number = 4; number <= highest; number += 4) {
+        DWORD flags = 0;
+        if (::GetHandleInformation(reinterpret_cast<HANDLE>(number), &flags))
+            ++count;
+    }
+    return count;
 }
 
-// Wine counts none by the short way.
 int Handles()
 {
     DWORD count = 0;
     ::GetProcessHandleCount(::GetCurrentProcess(), &count);
-    return count != 0 ? static_cast<int>(count) : HandlesByTable();
+    return count != 0 ? static_cast<int>(count) : HandlesByNumber();
 }
 
 int Threads()
