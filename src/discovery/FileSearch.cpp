@@ -2,7 +2,6 @@
 
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
-#include <boost/system/error_code.hpp>
 
 #include "PathText.h"
 
@@ -12,9 +11,7 @@ namespace {
 
 bool Exists(boost::filesystem::path const& path)
 {
-    // What the system cannot answer for, such as a name too long, is not there.
-    boost::system::error_code unanswered;
-    boost::filesystem::file_type const type = boost::filesystem::status(path, unanswered).type();
+    boost::filesystem::file_type const type = boost::filesystem::status(path).type();
     return type != boost::filesystem::status_error && type != boost::filesystem::file_not_found;
 }
 

@@ -5,8 +5,8 @@
 
 namespace Halvorix::SSOServices {
 
-/// Whether something of that name is there, a directory too. False for what the
-/// system cannot answer for.
+/// Whether something of that name is there, a directory too. Failures other
+/// than a missing file throw boost::filesystem::filesystem_error.
 bool PathExists(std::wstring const& path);
 bool PathExists(std::string const& path);
 

@@ -27,20 +27,10 @@ Version OwnVersion()
 std::unique_lock<std::recursive_mutex> LockAtProcessEnd()
 {
     std::unique_lock<std::recursive_mutex> lock(SSOClientManagerMutex, std::defer_lock);
-    for (int attempt = 0; attempt < 50 && !lock.try_lock(); ++attempt)
+    auto const limit = std::chrono::steady_clock::now() + std::chrono::milliseconds(50);
+    while (!lock.try_lock() && std::chrono::steady_clock::now() < limit)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     return lock;
-}
-
-// Let go without the lock: the plugin may wait there for a thread of its own.
-template <class Interface>
-bool ReleaseAtProcessEnd(std::shared_ptr<Interface>& held)
-{
-    std::shared_ptr<Interface> released; // outlives the lock
-    std::unique_lock<std::recursive_mutex> const lock = LockAtProcessEnd();
-    if (lock)
-        released.swap(held);
-    return lock.owns_lock();
 }
 
 } // namespace
@@ -87,11 +77,21 @@ void SSOClientManager::LogWrite(std::wstring message, Log::LogLevel level)
 void SSOClientManager::FlushEarlyLog() { SSOServices::FlushEarlyLog(); }
 
 // At the end of the process. First the factory, while there is still a logger for
-// what the plugin may do meanwhile. The manager stays: other threads may use it.
+// what the plugin may do meanwhile. Both are let go without the lock: the plugin may
+// wait there for a thread of its own. The manager stays: other threads may use it.
 void SSOClientManager::ReleasePlugin()
 {
-    if (!clientManager || ReleaseAtProcessEnd(clientManager->clientFactory))
-        ReleaseAtProcessEnd(logger);
+    std::shared_ptr<ISSOClientFactory> factory;
+    if (auto const lock = LockAtProcessEnd()) {
+        if (clientManager)
+            factory.swap(clientManager->clientFactory);
+    } else {
+        return;
+    }
+    factory.reset();
+    std::shared_ptr<ILogger> lastLogger; // outlives the lock
+    if (auto const lock = LockAtProcessEnd())
+        lastLogger.swap(logger);
 }
 
 template <class Interface>

@@ -7,7 +7,7 @@ namespace {
 // Construction without destruction.
 template <class Value>
 union Undestroyed {
-    Undestroyed() : value() {}
+    constexpr Undestroyed() : value() {}
     ~Undestroyed() {}
     Undestroyed(Undestroyed const&) = delete;
     Undestroyed& operator=(Undestroyed const&) = delete;
@@ -33,7 +33,7 @@ int webServicesManagerCount = 0;
 WebServices::WebServicesManager* webServicesManager = nullptr;
 int webServicesUIManagerCount = 0;
 WebServicesUI::WebServicesUIManager* webServicesUIManager = nullptr;
-void (*releasePlugin)() = nullptr;
+std::atomic<void (*)()> releasePlugin{nullptr};
 std::atomic<bool> processIsEnding{false};
 
 namespace {
@@ -44,8 +44,8 @@ struct ProcessEnd {
     ~ProcessEnd()
     {
         processIsEnding = true;
-        if (releasePlugin != nullptr)
-            releasePlugin();
+        if (void (*const release)() = releasePlugin)
+            release();
     }
     ProcessEnd(ProcessEnd const&) = delete;
     ProcessEnd& operator=(ProcessEnd const&) = delete;

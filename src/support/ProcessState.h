@@ -47,7 +47,7 @@ extern std::shared_ptr<SSOClientManager>& clientManager;
 extern std::atomic<bool> clientManagerPublished;
 
 /// Set by the manager: how to let the plugin go at the end of the process.
-extern void (*releasePlugin)();
+extern std::atomic<void (*)()> releasePlugin;
 
 /// From then on nothing is loaded any more: the modules that it takes may have
 /// ended, too.

@@ -43,6 +43,7 @@ public:
     SecretText& operator=(SecretText const& other)
     {
         SecretText copy(other);
+        Wipe(text); // a swap would leave parts of a short text in the string itself
         text.swap(copy.text);
         return *this;
     }

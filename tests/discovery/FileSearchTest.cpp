@@ -28,19 +28,6 @@ TEST(FileSearch, TakesFilesAndDirectoriesAsThere)
     EXPECT_FALSE(PathExists(std::string("no-such-file-here")));
 }
 
-TEST(FileSearch, TakesWhatTheSystemCannotAnswerForAsMissing)
-{
-    std::wstring const tooLong(70000, L'x');
-    EXPECT_FALSE(PathExists(tooLong));
-    EXPECT_FALSE(PathExists(ParentPath(Executable()) + L"/" + tooLong));
-    EXPECT_FALSE(PathExists(std::string(70000, 'x')));
-    // A file where a directory has to be.
-    EXPECT_FALSE(PathExists(Executable() + L"/below"));
-    std::wstring found;
-    EXPECT_TRUE(
-        FindFileInPaths(FileName(Executable()), {tooLong, ParentPath(Executable())}, found));
-}
-
 TEST(FileSearch, TakesTheFirstEntryThatHasTheFile)
 {
     std::wstring const directory = ParentPath(Executable());

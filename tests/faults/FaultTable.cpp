@@ -36,8 +36,6 @@ std::string Nested() { return std::string(5000, '['); }
 
 std::string Module(std::string const& members) { return "[{" + members + "}]"; }
 
-std::string Endless() { return std::string(70000, 'x'); }
-
 std::string const Named = R"("module": "m", "modulePath": "/p", "version": "1")";
 
 class Table {
@@ -125,8 +123,6 @@ private:
         Config("client config with a number for an object", Presence::File, R"({"openssl": 7})", "",
                MemberOfNoObject);
         Config("client config too deep", Presence::File, Nested(), "", TooDeep);
-        Config("client config with an endless path", Presence::File,
-               R"({"ssoServer": {"searchPaths": ")" + Endless() + R"("}})", "");
     }
 
     void AddServerAndCompatibility()
@@ -165,14 +161,9 @@ private:
                 Module(Named + R"(, "compatibleSsoServicesVersion": {"minVersion": "11"})"),
                 {NoPluginFits});
 
-        Plugins("plugin with an endless name",
-                Module(R"("module": ")" + Endless() + R"(", "modulePath": "/p", )" + Range), {});
-
         std::vector<std::string> const noOpenSsl = {NoOpenSslListed, NoOpenSslFits};
         OpenSsl("no openssl", "null", noOpenSsl);
         OpenSsl("openssl an object", R"({"a": {}})", {}, IndexOfNoArray);
-        OpenSsl("openssl with an endless name",
-                Module(R"("module": ")" + Endless() + R"(", "modulePath": "/p", )" + Range), {});
         Add("openssl file missing", "openssl", [](Circumstances& c) { c.openSslFile = false; });
     }
 

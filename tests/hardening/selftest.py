@@ -19,7 +19,8 @@ int main(int, char** arguments)
 ELF_LOOSE = ["-fno-stack-protector", "-fcf-protection=none", "-no-pie", "-Wl,-z,norelro",
              "-Wl,-z,lazy", "-Wl,-z,execstack", "-Wl,-rpath,/tmp"]
 PE_LOOSE = ["-fno-stack-protector", "-Wl,--disable-dynamicbase", "-Wl,--disable-nxcompat",
-            "-Wl,--disable-high-entropy-va", "-Wl,--disable-reloc-section"]
+            "-Wl,--disable-reloc-section"]
+PE64_LOOSE = ["-Wl,--disable-high-entropy-va"]
 
 
 def main():
@@ -32,7 +33,10 @@ def main():
     source = folder / "loose.cpp"
     source.write_text(SOURCE)
     program = folder / ("loose.exe" if windows else "loose")
-    subprocess.run([compiler, *(PE_LOOSE if windows else ELF_LOOSE), str(source), "-o",
+    loose = ELF_LOOSE
+    if windows:
+        loose = PE_LOOSE + (PE64_LOOSE if "x86_64" in pathlib.Path(compiler).name else [])
+    subprocess.run([compiler, *loose, str(source), "-o",
                     str(program)], check=True)
     output = subprocess.run([sys.executable, str(pathlib.Path(check.__file__)), *options,
                              str(program)], stdout=subprocess.PIPE, text=True, check=False)

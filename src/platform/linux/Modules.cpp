@@ -49,17 +49,25 @@ int VisitModule(dl_phdr_info* info, std::size_t, void* context)
     return 1;
 }
 
-// The loader spells a file as its run path does, with "..", say. Most are plain,
-// and a banner asks for the library's own with every call after a failed load.
+// The loader spells a file as its run path does, with ".." and through links. What
+// is mapped keeps its name, and every banner after a failed load asks for the same
+// one, so the latest answer is kept.
 std::string InCanonicalFolder(std::string const& file)
 {
-    if (file.front() == '/' && file.find("/.") == std::string::npos)
-        return file;
+    thread_local std::string latestFile;
+    thread_local std::string latestAnswer;
+    if (file == latestFile)
+        return latestAnswer;
     std::filesystem::path const path = file;
     std::error_code unknown;
     std::filesystem::path const folder =
         std::filesystem::canonical(path.has_parent_path() ? path.parent_path() : ".", unknown);
-    return unknown ? file : (folder / path.filename()).string();
+    std::string answer = unknown ? file : (folder / path.filename()).string();
+    if (path.is_absolute()) {
+        latestFile = file;
+        latestAnswer = answer;
+    }
+    return answer;
 }
 
 } // namespace
@@ -100,8 +108,9 @@ void KeepLibraryLoaded()
 {
     Dl_info library{};
     // The handle is never closed; in an executable there is none, nor need for it.
-    if (::dladdr(reinterpret_cast<void const*>(&KeepLibraryLoaded), &library) != 0)
-        ::dlopen(library.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+    if (::dladdr(reinterpret_cast<void const*>(&KeepLibraryLoaded), &library) != 0 &&
+        ::dlopen(library.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE) == nullptr)
+        ::dlerror(); // not for the host to find
 }
 
 std::wstring LoadedModuleFile(std::wstring const& moduleName)
