@@ -49,25 +49,14 @@ int VisitModule(dl_phdr_info* info, std::size_t, void* context)
     return 1;
 }
 
-// The loader spells a file as its run path does, with ".." and through links. What
-// is mapped keeps its name, and every banner after a failed load asks for the same
-// one, so the latest answer is kept.
+// The loader spells a file as its run path does, with ".." and through links.
 std::string InCanonicalFolder(std::string const& file)
 {
-    thread_local std::string latestFile;
-    thread_local std::string latestAnswer;
-    if (file == latestFile)
-        return latestAnswer;
     std::filesystem::path const path = file;
     std::error_code unknown;
     std::filesystem::path const folder =
         std::filesystem::canonical(path.has_parent_path() ? path.parent_path() : ".", unknown);
-    std::string answer = unknown ? file : (folder / path.filename()).string();
-    if (path.is_absolute()) {
-        latestFile = file;
-        latestAnswer = answer;
-    }
-    return answer;
+    return unknown ? file : (folder / path.filename()).string();
 }
 
 } // namespace
