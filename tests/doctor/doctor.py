@@ -305,6 +305,25 @@ def NamesBeyondAscii(test):
     assert document["program"]["executable"] == program
 
 
+def ListThatAnOverrideKeepsUnread(test):
+    place = test.whole()
+    config = {"ssoServer": {"searchPaths": "{root}/server"}}
+    config["openssl"] = {"moduleName": "crypto.x", "modulePath": "%ExePath%"}
+    place.write("app/SSOClient.config", json.dumps(config)).write("app/crypto.x", "")
+    file = "server/SSOVersionCompatibility.config"
+    whole = json.loads(place.path(file).read_text(encoding="utf-8"))
+    for openssl in ({"a": 1}, [{"module": []}, 7], [{"module": "x", "modulePath": "y", "version": []}]):
+        place.write(file, json.dumps(whole | {"openssl": openssl}))
+        ended = place.diagnose("--log")
+        assert ended.last == rig.CAN_WORK, ended.last
+        assert "ends the reading" not in ended.output
+        oddities = place.diagnose("--json").document["compatibilityFile"]["oddities"]
+        assert not any(oddity["stopsReading"] for oddity in oddities)
+        # The other list is read all the same.
+        place.write(file, json.dumps(whole | {"openssl": openssl, "ssoClientPlugin": {"a": 1}}))
+        assert place.diagnose().status == 1
+
+
 # --- Running the plugin, or not -----------------------------------------------------
 
 

@@ -194,6 +194,19 @@ void FindOddities(JsonInspection const& file, Json::Value const& element, std::s
                      {"minVersion", "maxVersion", "versions"}, oddities);
 }
 
+// What is never read cannot end anything.
+void TellUnread(std::vector<Read>& reads, std::vector<Oddity>& oddities)
+{
+    for (Read& read : reads) {
+        if (read.told.fit != Fit::StopsReading)
+            continue;
+        read.told.fit = Fit::Ignored;
+        read.told.detail = "not read, the client configuration names another: " + read.told.detail;
+    }
+    for (Oddity& oddity : oddities)
+        oddity.stopsReading = false;
+}
+
 void ExamineList(Resolver& resolver, JsonInspection const& file, std::string const& answer,
                  bool isOverridden, ModuleList& list, std::vector<Oddity>& oddities)
 {
@@ -203,8 +216,9 @@ void ExamineList(Resolver& resolver, JsonInspection const& file, std::string con
         return;
     }
     if (!group.isArray()) {
-        // What has no size counts as empty, an object with members as a fault.
-        bool const stops = group.isObject() && !group.empty();
+        // What has no size counts as empty, an object with members as a fault, if it
+        // is read at all.
+        bool const stops = !isOverridden && group.isObject() && !group.empty();
         oddities.push_back({file.PositionOf(list.key, group), list.key,
                             std::string(KindOf(group)) + " where an array belongs", stops});
         list.problem = list.key + " is " + KindOf(group) + " and no array";
@@ -213,13 +227,17 @@ void ExamineList(Resolver& resolver, JsonInspection const& file, std::string con
     Version own;
     SSOServices::ParseVersion(own, SSOServices::LibraryVersion);
     std::vector<Read> reads;
+    std::vector<Oddity> found;
     for (Json::ArrayIndex i = 0; i < group.size(); ++i) {
         reads.push_back(ReadElement(resolver, group[i]));
         Module& told = reads.back().told;
         told.number = i + 1;
         told.at = file.PositionOf(group[i]);
-        FindOddities(file, group[i], list.key + "[" + std::to_string(i + 1) + "]", oddities);
+        FindOddities(file, group[i], list.key + "[" + std::to_string(i + 1) + "]", found);
     }
+    if (isOverridden)
+        TellUnread(reads, found);
+    oddities.insert(oddities.end(), found.begin(), found.end());
     Judge(reads, own, answer, isOverridden);
     bool const isAnyRecord = std::any_of(reads.begin(), reads.end(),
                                          [](Read const& read) { return read.record.has_value(); });
