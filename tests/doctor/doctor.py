@@ -324,6 +324,27 @@ def ListThatAnOverrideKeepsUnread(test):
         assert place.diagnose().status == 1
 
 
+def OnlyWhatIsReadStops(test):
+    """An object is passed over at its first flaw, whatever stands behind that."""
+    place = test.whole()
+    file = "server/SSOVersionCompatibility.config"
+    whole = json.loads(place.path(file).read_text(encoding="utf-8"))
+    objects = [{"module": "", "modulePath": []}, {"module": "x", "modulePath": "", "version": {}}]
+    objects += whole["ssoClientPlugin"]
+    place.write(file, json.dumps(whole | {"ssoClientPlugin": objects}))
+    ended = place.diagnose("--log")
+    assert ended.last == rig.CAN_WORK, ended.last
+    line_of(ended, "warning", "ssoClientPlugin[1].modulePath is an array where a text belongs")
+    # The value that ends the reading hides those behind it.
+    objects[0] = {"module": "x", "modulePath": [], "version": []}
+    place.write(file, json.dumps(whole | {"ssoClientPlugin": objects}))
+    document = place.diagnose("--json").document
+    oddities = document["compatibilityFile"]["oddities"]
+    stops = [oddity["key"] for oddity in oddities if oddity["stopsReading"]]
+    assert stops == ["ssoClientPlugin[1].modulePath"], stops
+    assert "ssoClientPlugin[1].modulePath" in document["verdict"]["line"]
+
+
 # --- Running the plugin, or not -----------------------------------------------------
 
 

@@ -48,6 +48,7 @@ std::string Spelled(VersionRange const& range)
 struct Read {
     Module told;
     std::optional<CompatibleModule> record; // nothing where it is dropped
+    bool isWrongType = false;               // of what ended its reading
 };
 
 bool Serves(CompatibleModule const& record, Version const& own)
@@ -134,6 +135,7 @@ Read ReadElement(Resolver& resolver, Json::Value element)
         told.exists = IsThere(file);
         read.record = std::move(record.module);
     } catch (std::exception const& exception) {
+        read.isWrongType = dynamic_cast<Json::Exception const*>(&exception) != nullptr;
         told.fit = Fit::StopsReading;
         told.detail = Tools::Presentable(exception.what());
     }
@@ -178,13 +180,21 @@ void Judge(std::vector<Read>& reads, Version const& own, std::string const& answ
     }
 }
 
-void FindOddities(JsonInspection const& file, Json::Value const& element, std::string const& name,
-                  std::vector<Oddity>& oddities)
+void FindOddities(JsonInspection const& file, Json::Value const& element, Read const& read,
+                  std::string const& name, std::vector<Oddity>& oddities)
 {
     if (!element.isObject())
         return;
-    for (char const* const key : {"module", Resolver::ModulePathKey(), "version"})
-        file.CheckText(element, name + ".", key, oddities);
+    // In the order of the reading. One value at most ends it: none where the object
+    // is dropped before, and nothing behind the first is looked at.
+    bool isRead = read.isWrongType;
+    for (char const* const key : {"module", Resolver::ModulePathKey(), "version"}) {
+        bool const isText = file.CheckText(element, name + ".", key, oddities);
+        if (isText)
+            continue;
+        oddities.back().stopsReading = isRead;
+        isRead = false;
+    }
     file.FindUnknown(
         element, name + ".",
         {"module", "modulePath", "modulePathWoW64", "version", "compatibleSsoServicesVersion"},
@@ -233,7 +243,8 @@ void ExamineList(Resolver& resolver, JsonInspection const& file, std::string con
         Module& told = reads.back().told;
         told.number = i + 1;
         told.at = file.PositionOf(group[i]);
-        FindOddities(file, group[i], list.key + "[" + std::to_string(i + 1) + "]", found);
+        FindOddities(file, group[i], reads.back(), list.key + "[" + std::to_string(i + 1) + "]",
+                     found);
     }
     if (isOverridden)
         TellUnread(reads, found);
