@@ -345,6 +345,22 @@ def OnlyWhatIsReadStops(test):
     assert "ssoClientPlugin[1].modulePath" in document["verdict"]["line"]
 
 
+def ReasonOfALoadThatFails(test):
+    """Not what was logged long before it."""
+    place = test.installation("factory-empty")
+    file = "server/SSOVersionCompatibility.config"
+    whole = json.loads(place.path(file).read_text(encoding="utf-8"))
+    whole["ssoClientPlugin"].insert(0, {"module": ""})
+    place.write(file, json.dumps(whole))
+    ended = place.diagnose("--log")
+    line_of(ended, "[error] Blank or missing key 'module' in ssoClientPlugin")
+    line_of(ended, "wrong: ", "could not load the client plugin: it gives no factory")
+    place.script = test.installation("factory-throws").script
+    problems = place.diagnose("--log", "--json").document["verdict"]["problems"]
+    codes = {problem["code"] for problem in problems if problem["isFatal"]}
+    assert codes == {"library-stops", "plugin-factory"}, codes
+
+
 # --- Running the plugin, or not -----------------------------------------------------
 
 

@@ -168,6 +168,7 @@ struct LogLine {
 
 struct RealLoad {
     bool worked = false;
+    bool isInterrupted = false; ///< an exception ended it
     std::vector<LogLine> lines;
 };
 

@@ -52,8 +52,10 @@ void ExamineRealLoad(Options const& options, Findings& findings)
             (!load.lines.empty() &&
              load.lines.back().text == Shown(SSOServices::Messages::NoSSOClientModule.text));
     } catch (std::exception const& exception) {
+        load.isInterrupted = true;
         findings.interruptions.push_back({"the load", Tools::Presentable(exception.what())});
     } catch (...) {
+        load.isInterrupted = true;
         findings.interruptions.push_back({"the load", "what is no std::exception"});
     }
 }

@@ -27,6 +27,12 @@ std::vector<std::string> VariablesIn(std::wstring const& text)
     return names;
 }
 
+std::string BeginningOf(SSOServices::Message const& message)
+{
+    std::wstring const text = message.text;
+    return Shown(text.substr(0, text.find(L'%')));
+}
+
 std::string ListedVariables(std::vector<std::string> const& names)
 {
     std::string list;

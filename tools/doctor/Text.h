@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "support/Messages.h"
+
 namespace Halvorix::Doctor {
 
 /// UTF-8 that any reader takes, of what the library holds: unlike its own
@@ -12,6 +14,9 @@ std::wstring Wide(std::string const& text);
 
 /// Names of the variables in a text.
 std::vector<std::string> VariablesIn(std::wstring const& text);
+
+/// What the lines of this message begin with, up to the first placeholder.
+std::string BeginningOf(SSOServices::Message const& message);
 
 /// "%a%, %b%" for a sentence.
 std::string ListedVariables(std::vector<std::string> const& names);

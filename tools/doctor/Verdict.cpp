@@ -308,16 +308,24 @@ private:
 
     void JudgeLoad()
     {
-        if (!findings.load || findings.load->worked)
+        // An exception that ended it is told as an interruption.
+        if (!findings.load || findings.load->worked || findings.load->isInterrupted)
             return;
-        std::string last;
-        for (LogLine const& line : findings.load->lines)
-            if (line.level == 2)
-                last = line.text;
         Add(Fatal, "load-failed",
-            "the library could not load the client plugin" +
-                (last.empty() ? ": it gives no factory" : ": " + Tools::Presentable(last)),
+            "the library could not load the client plugin: " +
+                Tools::Presentable(ReasonOf(*findings.load)),
             "ask who delivers the plugin");
+    }
+
+    // An empty factory is not logged, and errors of before have nothing to do with it.
+    static std::string ReasonOf(RealLoad const& load)
+    {
+        std::string const getting = BeginningOf(SSOServices::Messages::FactoryGetting);
+        if (!load.lines.empty() && load.lines.back().text.rfind(getting, 0) == 0)
+            return "it gives no factory";
+        auto const last = std::find_if(load.lines.rbegin(), load.lines.rend(),
+                                       [](LogLine const& line) { return line.level == 2; });
+        return last == load.lines.rend() ? "the log does not say why" : last->text;
     }
 
     // A load goes on without it, and the plugin is told all the same.
