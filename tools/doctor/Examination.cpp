@@ -1,5 +1,6 @@
 #include "Examination.h"
 
+#include <algorithm>
 #include <exception>
 #include <filesystem>
 #include <fstream>
@@ -113,6 +114,12 @@ void ExamineServerApp(Resolver& resolver, Findings& findings)
     server.search = LookThrough(resolver.GetClientConfig().appName,
                                 resolver.ResolvedSearchPaths(resolver.ServerAppDirectories()));
     server.directory = Shown(resolver.GetSSOServerAppPath());
+    server.isInWorkingDirectory =
+        server.directory.empty() &&
+        std::any_of(server.search.tried.begin(), server.search.tried.end(),
+                    [](Directory const& directory) {
+                        return directory.finding == Finding::Hit && directory.path.empty();
+                    });
     std::wstring const executable = resolver.GetSSOServerAppExeFile();
     server.executable = Shown(executable);
     server.executableExists = !executable.empty() && IsThere(executable);

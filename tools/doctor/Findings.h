@@ -92,7 +92,8 @@ struct ClientConfig {
 
 struct ServerApp {
     Search search;
-    std::string directory; ///< empty: not found
+    bool isInWorkingDirectory = false; ///< found there, by an empty entry
+    std::string directory;             ///< empty: not found, or of no use
     std::string executable;
     bool executableExists = false;
 };

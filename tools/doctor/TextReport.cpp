@@ -156,7 +156,10 @@ void TextReport::WriteServerApp(ServerApp const& server) const
     Heading("Server application");
     WriteSearch(server.search);
     if (server.directory.empty()) {
-        Line("directory", "", Coloured(Colour::Bad, "not found"));
+        Line("directory", "",
+             Coloured(Colour::Bad, server.isInWorkingDirectory
+                                       ? "none: found in the current directory, which has no path"
+                                       : "not found"));
         return;
     }
     Line("directory", server.directory);

@@ -139,7 +139,18 @@ private:
         ServerApp const& server = findings.server;
         if (IsConfigStopped())
             return; // said already; nothing of it was searched for
-        if (server.directory.empty()) {
+        if (server.isInWorkingDirectory) {
+            bool const isElsewhereToo = std::any_of(
+                server.search.tried.begin(), server.search.tried.end(),
+                [](Directory const& directory) { return directory.finding == Finding::LaterHit; });
+            Add(Fatal, "server-application-in-working-directory",
+                "the server application " + server.search.file +
+                    " was found in the current directory " +
+                    (isElsewhereToo ? "before all others" : "alone") +
+                    ", so that the library has no path for it",
+                "name its directory in ssoServer.searchPaths of the client configuration, in the "
+                "place of the empty entry");
+        } else if (server.directory.empty()) {
             std::vector<std::string> const unknown = UnknownOf(server.search);
             std::string const missing =
                 "the server application " + server.search.file +
