@@ -361,6 +361,30 @@ def ReasonOfALoadThatFails(test):
     assert codes == {"library-stops", "plugin-factory"}, codes
 
 
+def TextThatIsNotUtf8(test):
+    """Latin-1 reads as an empty text, save where the library keeps the bytes."""
+    place = test.whole()
+    config = '{"ssoServer": {"searchPaths": "{root}/server", "appName": "Zo\u00eb.exe",'
+    config += ' "processName": "Zo\u00eb"}}'
+    place.write("app/SSOClient.config", config.encode("latin-1"))
+    ended = place.diagnose()
+    assert ended.last == rig.CAN_WORK
+    line_of(ended, "ssoServer.appName", "HxSSO.exe", "(default)")
+    line_of(ended, "line 1, column ", "ssoServer.appName: not UTF-8 and reads as empty")
+    line_of(ended, "warning", "ssoServer.appName is not UTF-8 and reads as empty")
+    line_of(ended, "ssoServer.processName", "(file, line 1")
+    assert "processName is not UTF-8" not in ended.output
+    place = test.whole()
+    file = "server/SSOVersionCompatibility.config"
+    whole = json.loads(place.path(file).read_text(encoding="utf-8"))
+    for key in ("module", "modulePath"):
+        entry = whole["ssoClientPlugin"][0]
+        content = json.dumps({"ssoClientPlugin": [entry | {key: "Zo\u00eb"}]}, ensure_ascii=False)
+        ended = place.write(file, content.encode("latin-1")).diagnose()
+        said(ended, "(1. ", f": {key} is not UTF-8 and reads as empty)")
+        line_of(ended, "  line 1, column ", f": ssoClientPlugin[1].{key}: not UTF-8 and reads as empty")
+
+
 # --- Running the plugin, or not -----------------------------------------------------
 
 

@@ -15,30 +15,38 @@ using SSOServices::SSOClientConfig;
 struct Key {
     char const* section;
     char const* name;
+    TextKind kind;
     std::string (*value)(SSOClientConfig const&);
 };
 
 // In the order in which the library reads them; the search paths apart.
 constexpr Key Keys[] = {
-    {"ssoServer", "appName", [](SSOClientConfig const& c) { return Shown(c.appName); }},
-    {"ssoServer", "exeName", [](SSOClientConfig const& c) { return Shown(c.exeName); }},
-    {"ssoServer", "processName", [](SSOClientConfig const& c) { return c.processName; }},
-    {"ssoServer", "serverName", [](SSOClientConfig const& c) { return c.serverName; }},
-    {"ssoServer", "bundleId", [](SSOClientConfig const& c) { return Shown(c.bundleId); }},
-    {"ssoServer", "VersionCompatibilityConfigfilePath",
+    {"ssoServer", "appName", TextKind::Wide,
+     [](SSOClientConfig const& c) { return Shown(c.appName); }},
+    {"ssoServer", "exeName", TextKind::Wide,
+     [](SSOClientConfig const& c) { return Shown(c.exeName); }},
+    {"ssoServer", "processName", TextKind::Narrow,
+     [](SSOClientConfig const& c) { return c.processName; }},
+    {"ssoServer", "serverName", TextKind::Narrow,
+     [](SSOClientConfig const& c) { return c.serverName; }},
+    {"ssoServer", "bundleId", TextKind::Wide,
+     [](SSOClientConfig const& c) { return Shown(c.bundleId); }},
+    {"ssoServer", "VersionCompatibilityConfigfilePath", TextKind::Wide,
      [](SSOClientConfig const& c) { return Shown(c.versionCompatibilityConfigFilePath); }},
-    {"ssoServer", "searchPaths", nullptr},
-    {"openssl", "moduleName", [](SSOClientConfig const& c) { return Shown(c.openSslModuleName); }},
-    {"openssl", "modulePath", [](SSOClientConfig const& c) { return Shown(c.openSslModulePath); }},
+    {"ssoServer", "searchPaths", TextKind::Wide, nullptr},
+    {"openssl", "moduleName", TextKind::Wide,
+     [](SSOClientConfig const& c) { return Shown(c.openSslModuleName); }},
+    {"openssl", "modulePath", TextKind::Wide,
+     [](SSOClientConfig const& c) { return Shown(c.openSslModulePath); }},
 };
 
-std::vector<std::string> NamesOf(std::string const& section)
+std::vector<Key> KeysOf(std::string const& section)
 {
-    std::vector<std::string> names;
+    std::vector<Key> keys;
     for (Key const& key : Keys)
         if (key.section == section)
-            names.emplace_back(key.name);
-    return names;
+            keys.push_back(key);
+    return keys;
 }
 
 // False where the library ends with an exception.
@@ -54,9 +62,12 @@ bool CheckSection(JsonInspection const& file, std::string const& name,
         return false;
     }
     bool isRead = true;
-    for (std::string const& key : NamesOf(name))
-        isRead = file.CheckText(section, name + ".", key, oddities) && isRead;
-    file.FindUnknown(section, name + ".", NamesOf(name), oddities);
+    std::vector<std::string> names;
+    for (Key const& key : KeysOf(name)) {
+        isRead = file.CheckText(section, name + ".", key.name, key.kind, oddities) && isRead;
+        names.emplace_back(key.name);
+    }
+    file.FindUnknown(section, name + ".", names, oddities);
     return isRead;
 }
 
@@ -86,9 +97,13 @@ Json::Value const& Member(JsonInspection const& file, Key const& key)
     return root[key.section][key.name];
 }
 
-std::string TextOf(Json::Value const& value)
+// What the library reads there; empty where it reads nothing.
+std::string TextOf(Json::Value const& value, TextKind kind)
 {
-    return value.isArray() || value.isObject() ? std::string() : value.asString();
+    if (value.isArray() || value.isObject())
+        return {};
+    std::string text = value.asString();
+    return kind == TextKind::Wide && !IsReadable(text) ? std::string() : text;
 }
 
 void AddSearchPaths(SSOClientConfig const& config, Json::Value const& member, Position at,
@@ -96,7 +111,8 @@ void AddSearchPaths(SSOClientConfig const& config, Json::Value const& member, Po
 {
     // What the file gives no place for comes from the server application's
     // installation.
-    std::size_t const fromFile = SSOServices::SplitPathList(Wide(TextOf(member))).size();
+    std::size_t const fromFile =
+        SSOServices::SplitPathList(Wide(TextOf(member, TextKind::Wide))).size();
     for (std::size_t i = 0; i < config.searchPaths.size(); ++i)
         keys.push_back({"ssoServer.searchPaths", Shown(config.searchPaths[i]),
                         i < fromFile ? Origin::File : Origin::Registry,
@@ -111,7 +127,7 @@ void AddKeys(Resolver const& resolver, JsonInspection const* file, std::vector<K
     for (Key const& key : Keys) {
         Json::Value const& member =
             file == nullptr ? Json::Value::nullSingleton() : Member(*file, key);
-        std::string const text = TextOf(member);
+        std::string const text = TextOf(member, key.kind);
         Position const at =
             file == nullptr || text.empty() ? Position() : file->PositionOf(key.name, member);
         if (key.value == nullptr) {

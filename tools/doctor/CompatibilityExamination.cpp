@@ -77,22 +77,27 @@ void TellBound(Read& read, Version const& own)
     }
 }
 
+std::string WhyEmpty(Json::Value const& element, char const* key)
+{
+    return IsReadable(TextOf(element, key)) ? "blank or missing" : "not UTF-8 and reads as empty";
+}
+
 void TellFlaw(ModuleFlaw flaw, Json::Value const& element, Module& told)
 {
     switch (flaw) {
     case ModuleFlaw::None:
         break;
     case ModuleFlaw::NoModule:
-        told.detail = "module is blank or missing";
+        told.detail = "module is " + WhyEmpty(element, "module");
         break;
     case ModuleFlaw::NoPath: {
         std::string const own = Resolver::ModulePathKey();
         std::string const other = own == "modulePath" ? "modulePathWoW64" : "modulePath";
-        if (!TextOf(element, other.c_str()).empty()) {
+        if (TextOf(element, own.c_str()).empty() && !TextOf(element, other.c_str()).empty()) {
             told.fit = Fit::NoPathForProcess;
             told.detail = "it has " + other + " alone, and this process takes " + own;
         } else {
-            told.detail = own + " is blank or missing";
+            told.detail = own + " is " + WhyEmpty(element, own.c_str());
         }
         break;
     }
@@ -189,7 +194,8 @@ void FindOddities(JsonInspection const& file, Json::Value const& element, Read c
     // is dropped before, and nothing behind the first is looked at.
     bool isRead = read.isWrongType;
     for (char const* const key : {"module", Resolver::ModulePathKey(), "version"}) {
-        bool const isText = file.CheckText(element, name + ".", key, oddities);
+        TextKind const kind = key == std::string("version") ? TextKind::Narrow : TextKind::Wide;
+        bool const isText = file.CheckText(element, name + ".", key, kind, oddities);
         if (isText)
             continue;
         oddities.back().stopsReading = isRead;

@@ -6,6 +6,7 @@
 #include <json/reader.h>
 
 #include "discovery/JsonFile.h"
+#include "support/TextConversion.h"
 
 namespace Halvorix::Doctor {
 
@@ -35,6 +36,11 @@ char const* MarkOf(std::string const& text)
 }
 
 } // namespace
+
+bool IsReadable(std::string const& text)
+{
+    return text.empty() || !SSOServices::Utf8ToWide(text).empty();
+}
 
 char const* KindOf(Json::Value const& value)
 {
@@ -147,9 +153,13 @@ void JsonInspection::FindUnknown(Json::Value const& object, std::string const& p
 }
 
 bool JsonInspection::CheckText(Json::Value const& object, std::string const& prefix,
-                               std::string const& name, std::vector<Oddity>& oddities) const
+                               std::string const& name, TextKind kind,
+                               std::vector<Oddity>& oddities) const
 {
     Json::Value const& value = object[name];
+    if (kind == TextKind::Wide && value.isString() && !IsReadable(value.asString()))
+        oddities.push_back(
+            {PositionOf(name, value), prefix + name, "not UTF-8 and reads as empty", false});
     if (value.isNull() || value.isString())
         return true;
     bool const stops = value.isArray() || value.isObject();

@@ -13,6 +13,9 @@
 
 namespace Halvorix::Doctor {
 
+/// How the library keeps a text of a file: as it is, or as characters.
+enum class TextKind { Narrow, Wide };
+
 /// A JSON file, read as the library reads it, with the places of what is in it.
 class JsonInspection {
 public:
@@ -31,7 +34,7 @@ public:
 
     /// Adds a text that is none; false if the library ends there.
     bool CheckText(Json::Value const& object, std::string const& prefix, std::string const& name,
-                   std::vector<Oddity>& oddities) const;
+                   TextKind kind, std::vector<Oddity>& oddities) const;
 
 private:
     Position PositionAt(std::size_t offset) const;
@@ -40,6 +43,9 @@ private:
 
     std::string text;
 };
+
+/// False for a text that the library reads as empty though it is not.
+bool IsReadable(std::string const& text);
 
 /// "an array", say.
 char const* KindOf(Json::Value const& value);
