@@ -385,6 +385,29 @@ def TextThatIsNotUtf8(test):
         line_of(ended, "  line 1, column ", f": ssoClientPlugin[1].{key}: not UTF-8 and reads as empty")
 
 
+def OriginsOfKeys(test):
+    """By what the library has taken, not by what is written."""
+
+    def keys(place):
+        document = place.diagnose("--json").document["clientConfig"]
+        return [(key["key"], key["value"], key["origin"]) for key in document["keys"]]
+
+    place = test.whole()
+    paths = "{root}/server;{root}/server"
+    place.write("app/SSOClient.config", json.dumps({"ssoServer": {"searchPaths": paths}}))
+    if not test.build.is_windows:  # where it stands in the registry of all tests
+        place.write("xdg/Halvorix/HxSSO/Location", "{root}/elsewhere\n")
+        found = [key[1:] for key in keys(place) if key[0] == "ssoServer.searchPaths"]
+        root = str(place.root)
+        assert found == [(root + "/server", "file"), (root + "/elsewhere", "registry")], found
+    stopped = {"appName": "HxSSO.exe", "serverName": [], "bundleId": "never.read"}
+    place.write("app/SSOClient.config", json.dumps({"ssoServer": stopped}))
+    found = {key: (value, origin) for key, value, origin in keys(place)}
+    assert found["ssoServer.appName"] == ("HxSSO.exe", "file"), found
+    assert found["ssoServer.bundleId"] == (None, "unset"), found
+    assert not any(origin == "default" for _, origin in found.values()), found
+
+
 # --- Running the plugin, or not -----------------------------------------------------
 
 

@@ -4,7 +4,6 @@
 #include "JsonInspection.h"
 #include "Searches.h"
 #include "Text.h"
-#include "discovery/PathText.h"
 
 namespace Halvorix::Doctor {
 
@@ -106,22 +105,21 @@ std::string TextOf(Json::Value const& value, TextKind kind)
     return kind == TextKind::Wide && !IsReadable(text) ? std::string() : text;
 }
 
-void AddSearchPaths(SSOClientConfig const& config, Json::Value const& member, Position at,
+void AddSearchPaths(SSOClientConfig const& config, bool hasLocation, Position at,
                     std::vector<KeyValue>& keys)
 {
-    // What the file gives no place for comes from the server application's
-    // installation.
-    std::size_t const fromFile =
-        SSOServices::SplitPathList(Wide(TextOf(member, TextKind::Wide))).size();
-    for (std::size_t i = 0; i < config.searchPaths.size(); ++i)
+    for (std::size_t i = 0; i < config.searchPaths.size(); ++i) {
+        // That of the server application's installation comes last, if at all.
+        bool const isLocation = hasLocation && i + 1 == config.searchPaths.size();
         keys.push_back({"ssoServer.searchPaths", Shown(config.searchPaths[i]),
-                        i < fromFile ? Origin::File : Origin::Registry,
-                        i < fromFile ? at : Position()});
+                        isLocation ? Origin::Registry : Origin::File,
+                        isLocation ? Position() : at});
+    }
     if (config.searchPaths.empty())
         keys.push_back({"ssoServer.searchPaths", "", Origin::Unset, {}});
 }
 
-void AddKeys(Resolver const& resolver, JsonInspection const* file, std::vector<KeyValue>& keys)
+void AddKeys(Resolver const& resolver, JsonInspection const* file, ClientConfig& told)
 {
     SSOClientConfig const& config = resolver.GetClientConfig();
     for (Key const& key : Keys) {
@@ -131,15 +129,15 @@ void AddKeys(Resolver const& resolver, JsonInspection const* file, std::vector<K
         Position const at =
             file == nullptr || text.empty() ? Position() : file->PositionOf(key.name, member);
         if (key.value == nullptr) {
-            AddSearchPaths(config, member, at, keys);
+            AddSearchPaths(config, told.hasLocation, at, told.keys);
             continue;
         }
         std::string value = Tools::Presentable(key.value(config));
         Origin const origin = value.empty()  ? Origin::Unset
                               : text.empty() ? Origin::Default
                                              : Origin::File;
-        keys.push_back({std::string(key.section) + "." + key.name, std::move(value), origin,
-                        origin == Origin::File ? at : Position()});
+        told.keys.push_back({std::string(key.section) + "." + key.name, std::move(value), origin,
+                             origin == Origin::File ? at : Position()});
     }
 }
 
@@ -163,7 +161,7 @@ void ExamineClientConfig(Resolver& resolver, Findings& findings)
     std::wstring const file = resolver.GetSSOClientConfigFile();
     config.file = Shown(file);
     if (!IsThere(file)) {
-        AddKeys(resolver, nullptr, config.keys);
+        AddKeys(resolver, nullptr, config);
         return;
     }
     config.isInWorkingDirectory =
@@ -173,9 +171,8 @@ void ExamineClientConfig(Resolver& resolver, Findings& findings)
     config.parseError = inspection.error;
     if (!inspection.error)
         FindOddities(inspection, config.oddities);
-    // A file that was not read to its end has no say, even in part.
-    bool const isRead = config.state == ConfigState::Read;
-    AddKeys(resolver, isRead ? &inspection : nullptr, config.keys);
+    // What was stored before an exception stays stored, and no default follows it.
+    AddKeys(resolver, inspection.error ? nullptr : &inspection, config);
 }
 
 } // namespace Halvorix::Doctor

@@ -132,7 +132,12 @@ Findings Examine(Options const& options)
     Findings findings;
     SSOServices::Version version;
     SSOServices::ParseVersion(version, SSOServices::LibraryVersion);
-    Resolver resolver(version, SSOServices::LogFunction());
+    // Nothing but its log tells whether it has taken a directory from the registry.
+    std::string const location = BeginningOf(SSOServices::Messages::RegistryRead);
+    Resolver resolver(version, [&](std::wstring const& line, Log::LogLevel) {
+        if (Shown(line).rfind(location, 0) == 0)
+            findings.config.hasLocation = true;
+    });
     if (!options.config.empty())
         resolver.SetSSOClientConfigFileOverride(Wide(options.config));
     resolver.SetSupportFileSearchPaths(

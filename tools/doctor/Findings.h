@@ -86,6 +86,7 @@ struct ClientConfig {
     bool isInWorkingDirectory = false;
     ConfigState state = ConfigState::NoFile;
     std::optional<ParseError> parseError;
+    bool hasLocation = false; ///< the last search path is the registry's
     std::vector<KeyValue> keys;
     std::vector<Oddity> oddities;
 };
