@@ -408,6 +408,23 @@ def OriginsOfKeys(test):
     assert not any(origin == "default" for _, origin in found.values()), found
 
 
+def NestedTooDeeply(test):
+    """An exception and no parse error: no defaults follow it."""
+    deep = '{"more": ' + "[" * 3000 + "]" * 3000 + "}"
+    place = test.whole().write("app/SSOClient.config", deep)
+    ended = place.diagnose()
+    assert ended.last.startswith("the client configuration cannot be read: "), ended.last
+    assert "nested too deeply" in ended.last and "is no JSON" not in ended.output
+    assert "defaults" not in ended.output
+    config = place.diagnose("--json").document["clientConfig"]
+    assert config["state"] == "stopped"
+    assert {key["origin"] for key in config["keys"]} == {"unset"}
+    place = test.whole().write("server/SSOVersionCompatibility.config", deep)
+    ended = place.diagnose()
+    assert ended.last.startswith("the version compatibility file cannot be read: "), ended.last
+    assert "nested too deeply" in ended.last and "is no JSON" not in ended.output
+
+
 # --- Running the plugin, or not -----------------------------------------------------
 
 

@@ -145,7 +145,7 @@ ConfigState StateOf(Resolver const& resolver, JsonInspection const& file)
 {
     if (resolver.IsClientConfigLoaded())
         return ConfigState::Read;
-    return file.error ? ConfigState::NotJson : ConfigState::Stopped;
+    return file.error && !file.error->stopsReading ? ConfigState::NotJson : ConfigState::Stopped;
 }
 
 } // namespace

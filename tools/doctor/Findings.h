@@ -20,7 +20,8 @@ struct Position {
 struct ParseError {
     Position at;
     std::string message;
-    std::string line; ///< the line itself
+    std::string line;          ///< the line itself
+    bool stopsReading = false; ///< the library ends here with an exception
 };
 
 /// What is strange in a file that is JSON.

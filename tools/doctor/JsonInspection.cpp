@@ -76,7 +76,9 @@ JsonInspection::JsonInspection(std::wstring const& file, std::ios::openmode mode
         else
             Explain(errors.front().offset_start, errors.front().message);
     } catch (std::exception const& exception) {
-        Explain(0, exception.what()); // nested too deeply
+        // The reader throws for nothing else, and says it in terms of its own.
+        Explain(0, std::string("the file is nested too deeply: ") + exception.what());
+        error->stopsReading = true;
     }
 }
 

@@ -102,7 +102,10 @@ private:
                 "the client configuration " + config.override +
                     " that the program names does not exist, and no other is looked for",
                 "put the file there, or let the program name the right one");
-        if (config.parseError)
+        if (IsStopped(config.parseError))
+            AddStopped("client-config-too-deep", "the client configuration", config.file,
+                       *config.parseError);
+        else if (config.parseError)
             Add(Warning, "client-config-not-json",
                 "the client configuration is no JSON: " +
                     Placed(config.file, config.parseError->at) + ": " + config.parseError->message,
@@ -113,6 +116,18 @@ private:
             Add(Warning, "client-config-in-working-directory",
                 "the client configuration was found in the current directory alone",
                 "put the file beside the executable");
+    }
+
+    static bool IsStopped(std::optional<ParseError> const& error)
+    {
+        return error && error->stopsReading;
+    }
+
+    void AddStopped(char const* code, std::string const& what, std::string const& file,
+                    ParseError const& error)
+    {
+        Add(Fatal, code, what + " cannot be read: " + Placed(file, error.at) + ": " + error.message,
+            "put the right file there");
     }
 
     void JudgeOddities(char const* fatalCode, char const* warningCode, std::string const& what,
@@ -184,6 +199,11 @@ private:
                     " is in none of the directories searched: " + DirectoriesOf(file.search) +
                     (unknown.empty() ? "" : "; " + IsNoVariable(unknown)),
                 "install it beside the server application");
+            return;
+        }
+        if (IsStopped(file.parseError)) {
+            AddStopped("compatibility-file-too-deep", "the version compatibility file", file.file,
+                       *file.parseError);
             return;
         }
         if (file.parseError) {
@@ -307,7 +327,8 @@ private:
     void JudgeInterruptions()
     {
         Compatibility const& file = findings.compatibility;
-        if (AnyStops(findings.config.oddities) || AnyStops(file.oddities) ||
+        if (IsStopped(findings.config.parseError) || IsStopped(file.parseError) ||
+            AnyStops(findings.config.oddities) || AnyStops(file.oddities) ||
             AnyStops(file.plugins) || AnyStops(file.openSsl))
             return;
         for (Interruption const& interruption : findings.interruptions)
