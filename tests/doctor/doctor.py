@@ -425,6 +425,27 @@ def NestedTooDeeply(test):
     assert "nested too deeply" in ended.last and "is no JSON" not in ended.output
 
 
+def LastLineIsTheFirstFatalProblem(test):
+    """A harmless warning of before is none; a file that is lost as a whole is."""
+    place = test.installation("server-application-missing")
+    config = '{"more": 1, "ssoServer": {"searchPaths": "{root}/server"}}'
+    place.write("app/SSOClient.config", config)
+    ended = place.diagnose()
+    assert ended.last.startswith("the server application "), ended.last
+    line_of(ended, "warning", "more is no key of this file")
+    assert place.diagnose("--json").document["verdict"]["line"] == ended.last
+    place.write("app/SSOClient.config", config[:-1])
+    assert place.diagnose().last.startswith("the client configuration is no JSON: ")
+    nowhere = test.build.spelled(place.root / "nowhere")
+    assert " that the program names " in place.diagnose("--config", nowhere).last
+    # Keys that were meant to say where it lies are named beside it.
+    config = '{"ssoServer": {"bundleid": 1, "SearchPaths": "{root}/server"}}'
+    ended = place.write("app/SSOClient.config", config).diagnose()
+    assert ended.last.startswith("the server application "), ended.last
+    assert "ssoServer.SearchPaths is ignored: the key is written searchPaths" in ended.last
+    assert "bundleid" not in ended.last
+
+
 # --- Running the plugin, or not -----------------------------------------------------
 
 

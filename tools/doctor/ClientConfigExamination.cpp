@@ -56,8 +56,11 @@ bool CheckSection(JsonInspection const& file, std::string const& name,
     if (section.isNull())
         return true;
     if (!section.isObject()) {
-        oddities.push_back({file.PositionOf(name, section), name,
-                            std::string(KindOf(section)) + " where an object belongs", true});
+        oddities.push_back({file.PositionOf(name, section),
+                            name,
+                            std::string(KindOf(section)) + " where an object belongs",
+                            true,
+                            {}});
         return false;
     }
     bool isRead = true;
@@ -75,8 +78,11 @@ void FindOddities(JsonInspection const& file, std::vector<Oddity>& oddities)
     if (file.root.isNull())
         return;
     if (!file.root.isObject()) {
-        oddities.push_back({file.PositionOf(file.root), "the top level",
-                            std::string(KindOf(file.root)) + " where an object belongs", true});
+        oddities.push_back({file.PositionOf(file.root),
+                            "the top level",
+                            std::string(KindOf(file.root)) + " where an object belongs",
+                            true,
+                            {}});
         return;
     }
     CheckSection(file, "ssoServer", oddities);

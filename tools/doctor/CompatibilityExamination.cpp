@@ -235,8 +235,11 @@ void ExamineList(Resolver& resolver, JsonInspection const& file, std::string con
         // What has no size counts as empty, an object with members as a fault, if it
         // is read at all.
         bool const stops = !isOverridden && group.isObject() && !group.empty();
-        oddities.push_back({file.PositionOf(list.key, group), list.key,
-                            std::string(KindOf(group)) + " where an array belongs", stops});
+        oddities.push_back({file.PositionOf(list.key, group),
+                            list.key,
+                            std::string(KindOf(group)) + " where an array belongs",
+                            stops,
+                            {}});
         list.problem = list.key + " is " + KindOf(group) + " and no array";
         return;
     }
@@ -289,9 +292,11 @@ void ExamineCompatibility(Resolver& resolver, Findings& findings)
     if (inspection.error)
         return;
     if (!inspection.root.isObject() && !inspection.root.isNull()) {
-        told.oddities.push_back({inspection.PositionOf(inspection.root), "the top level",
+        told.oddities.push_back({inspection.PositionOf(inspection.root),
+                                 "the top level",
                                  std::string(KindOf(inspection.root)) + " where an object belongs",
-                                 true});
+                                 true,
+                                 {}});
         return;
     }
     ExamineList(resolver, inspection, findings.plugin.file, false, told.plugins, told.oddities);

@@ -30,6 +30,7 @@ struct Oddity {
     std::string key;
     std::string text;
     bool stopsReading = false; ///< the library ends here with an exception
+    std::string meant;         ///< for a key: the one that is written otherwise
 };
 
 enum class Finding { Hit, LaterHit, NoFile, NoDirectory, Unreadable };

@@ -150,7 +150,7 @@ void JsonInspection::FindUnknown(Json::Value const& object, std::string const& p
         oddities.push_back({PositionOf(name, object[name]), Tools::Presentable(prefix + name),
                             meant == known.end() ? "no key of this file, ignored"
                                                  : "ignored: the key is written " + *meant,
-                            false});
+                            false, meant == known.end() ? std::string() : prefix + *meant});
     }
 }
 
@@ -161,14 +161,16 @@ bool JsonInspection::CheckText(Json::Value const& object, std::string const& pre
     Json::Value const& value = object[name];
     if (kind == TextKind::Wide && value.isString() && !IsReadable(value.asString()))
         oddities.push_back(
-            {PositionOf(name, value), prefix + name, "not UTF-8 and reads as empty", false});
+            {PositionOf(name, value), prefix + name, "not UTF-8 and reads as empty", false, {}});
     if (value.isNull() || value.isString())
         return true;
     bool const stops = value.isArray() || value.isObject();
     oddities.push_back(
-        {PositionOf(name, value), prefix + name,
+        {PositionOf(name, value),
+         prefix + name,
          std::string(KindOf(value)) + (stops ? " where a text belongs" : ", taken as a text"),
-         stops});
+         stops,
+         {}});
     return !stops;
 }
 

@@ -8,7 +8,7 @@ namespace Halvorix::Doctor {
 
 namespace {
 
-enum Weight { Fatal, Warning };
+enum Weight { Fatal, Cause, Warning };
 
 std::string Placed(std::string const& file, Position at)
 {
@@ -63,7 +63,7 @@ public:
 private:
     void Add(Weight weight, char const* code, std::string const& text, std::string const& remedy)
     {
-        verdict.problems.push_back({code, text, remedy, weight == Fatal});
+        verdict.problems.push_back({code, text, remedy, weight == Fatal, weight == Cause});
         verdict.canWork = verdict.canWork && weight != Fatal;
     }
 
@@ -98,7 +98,7 @@ private:
     {
         ClientConfig const& config = findings.config;
         if (!config.override.empty() && config.state == ConfigState::NoFile)
-            Add(Warning, "client-config-override-missing",
+            Add(Cause, "client-config-override-missing",
                 "the client configuration " + config.override +
                     " that the program names does not exist, and no other is looked for",
                 "put the file there, or let the program name the right one");
@@ -106,7 +106,7 @@ private:
             AddStopped("client-config-too-deep", "the client configuration", config.file,
                        *config.parseError);
         else if (config.parseError)
-            Add(Warning, "client-config-not-json",
+            Add(Cause, "client-config-not-json",
                 "the client configuration is no JSON: " +
                     Placed(config.file, config.parseError->at) + ": " + config.parseError->message,
                 "mend that line, or remove the file if the defaults are wanted");
@@ -169,7 +169,8 @@ private:
             std::vector<std::string> const unknown = UnknownOf(server.search);
             std::string const missing =
                 "the server application " + server.search.file +
-                " is in none of the directories searched: " + DirectoriesOf(server.search);
+                " is in none of the directories searched: " + DirectoriesOf(server.search) +
+                MisspeltKeys();
             if (unknown.empty())
                 Add(Fatal, "server-application-missing", missing,
                     "install it, or name its directory in ssoServer.searchPaths of the client "
@@ -185,6 +186,18 @@ private:
                     ", but its executable " + server.executable + " does not exist",
                 "put ssoServer.exeName of the client configuration right, or install it anew");
         }
+    }
+
+    // Of those that say where the server application lies and how it is named.
+    std::string MisspeltKeys() const
+    {
+        std::string text;
+        for (Oddity const& oddity : findings.config.oddities)
+            for (char const* const key :
+                 {"ssoServer", "ssoServer.searchPaths", "ssoServer.appName", "ssoServer.exeName"})
+                if (oddity.meant == key)
+                    text += "; " + oddity.key + " is " + oddity.text;
+        return text;
     }
 
     void JudgeCompatibility()
@@ -381,6 +394,14 @@ private:
 };
 
 } // namespace
+
+Problem const* Verdict::First() const
+{
+    auto const first = std::find_if(problems.begin(), problems.end(), [](Problem const& problem) {
+        return problem.isFatal || problem.isCause;
+    });
+    return canWork ? nullptr : &*first;
+}
 
 std::string Told(Problem const& problem)
 {

@@ -13,15 +13,15 @@ struct Problem {
     std::string text;   ///< what is wrong
     std::string remedy; ///< what to do about it
     bool isFatal;       ///< sign-in cannot work; else a warning
+    bool isCause;       ///< a warning that explains what is fatal after it
 };
 
 struct Verdict {
     std::vector<Problem> problems; ///< in the order in which the library stumbles
     bool canWork = true;
 
-    /// The first one; null if sign-in can work. A warning is the first thing that is
-    /// wrong too, where something fatal comes after it.
-    Problem const* First() const { return canWork ? nullptr : &problems.front(); }
+    /// The first that is fatal, or a cause of what is; null if sign-in can work.
+    Problem const* First() const;
 };
 
 /// What is wrong and what to do about it, in one line.
