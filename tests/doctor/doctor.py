@@ -446,6 +446,22 @@ def LastLineIsTheFirstFatalProblem(test):
     assert "bundleid" not in ended.last
 
 
+def PluginThatCannotBeLookedFor(test):
+    """The doctor stumbles over its name where a load does, and nowhere else."""
+    place = test.whole()
+    file = "server/SSOVersionCompatibility.config"
+    whole = json.loads(place.path(file).read_text(encoding="utf-8"))
+    whole["ssoClientPlugin"][0]["module"] = "x" * 300
+    place.write(file, json.dumps(whole))
+    loaded = place.diagnose("--json", "--log").document
+    stumbles = [one["text"] for one in loaded["interruptions"] if one["during"] == "the load"]
+    document = place.diagnose("--json").document
+    assert [one["text"] for one in document["interruptions"]] == stumbles
+    assert not document["plugin"]["exists"] and not document["verdict"]["canWork"]
+    line = document["verdict"]["line"]
+    assert (" with an exception: " if stumbles else "does not exist") in line, line
+
+
 # --- Running the plugin, or not -----------------------------------------------------
 
 

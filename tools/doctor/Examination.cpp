@@ -13,10 +13,12 @@
 #include "Searches.h"
 #include "Text.h"
 #include "Vantage.h"
+#include "discovery/FileSearch.h"
 #include "discovery/ModuleFiles.h"
 #include "discovery/PathText.h"
 #include "host/SSOClientManager.h"
 #include "support/LibraryIdentity.h"
+#include "support/TextConversion.h"
 
 namespace Halvorix::Doctor {
 
@@ -151,7 +153,11 @@ Findings Examine(Options const& options)
     std::wstring const openSsl = Ask("the choice of the OpenSSL module", findings,
                                      [&] { return resolver.GetOpenSslModule(); });
     findings.plugin.file = Shown(plugin);
-    findings.plugin.exists = !plugin.empty() && IsThere(plugin);
+    // By the test of a load, which takes the narrow name, unlike that of OpenSSL.
+    Try("the look for the client plugin's file", findings, [&] {
+        findings.plugin.exists =
+            !plugin.empty() && SSOServices::PathExists(SSOServices::WideToUtf8(plugin));
+    });
     findings.openSsl.file = Shown(openSsl);
     findings.openSsl.exists = !openSsl.empty() && IsThere(openSsl);
 
