@@ -462,6 +462,21 @@ def PluginThatCannotBeLookedFor(test):
     assert (" with an exception: " if stumbles else "does not exist") in line, line
 
 
+def MisspeltKeysOfTheCompatibilityFile(test):
+    """Those of the plugin's list are named where no plugin comes of it."""
+    place = test.whole()
+    file = "server/SSOVersionCompatibility.config"
+    content = place.path(file).read_text(encoding="utf-8")
+    place.write(file, content.replace("ssoClientPlugin", "SsoClientPlugin"))
+    last = place.diagnose().last
+    assert "; SsoClientPlugin is ignored: the key is written ssoClientPlugin" in last, last
+    # Both lists have it; that of OpenSSL keeps no plugin away.
+    place.write(file, content.replace('"modulePath"', '"modulepath"'))
+    last = place.diagnose().last
+    assert "; ssoClientPlugin[1].modulepath is ignored: the key is written modulePath" in last, last
+    assert "openssl" not in last, last
+
+
 # --- Running the plugin, or not -----------------------------------------------------
 
 

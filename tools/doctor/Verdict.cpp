@@ -266,15 +266,19 @@ private:
             if (!module.detail.empty())
                 reasons += (reasons.empty() ? "" : "; ") + std::to_string(module.number) + ". " +
                            (module.name.empty() ? "(no name)" : module.name) + ": " + module.detail;
+        std::string misspelt;
+        for (Oddity const& oddity : file.oddities)
+            if (oddity.meant.rfind(list.key, 0) == 0)
+                misspelt += "; " + oddity.key + " is " + oddity.text;
         if (!list.problem.empty())
             Add(Fatal, "no-plugin-listed",
                 "the version compatibility file " + file.file + " lists no client plugin: " +
-                    list.problem + (reasons.empty() ? "" : " (" + reasons + ")"),
+                    list.problem + (reasons.empty() ? "" : " (" + reasons + ")") + misspelt,
                 "complete the file, or install it anew");
         else
             Add(Fatal, "no-plugin-fits",
                 "no client plugin of " + file.file + " is for version " + findings.program.version +
-                    " of the library (" + reasons + ")",
+                    " of the library (" + reasons + ")" + misspelt,
                 "install a client plugin for this version, with its entry in that file");
     }
 
