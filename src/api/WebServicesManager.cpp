@@ -1,8 +1,6 @@
 #include "../../include/WebServicesManager.h"
 
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "../../include/NetworkCookie.h"
 #include "../../include/OAuth2Token.h"
