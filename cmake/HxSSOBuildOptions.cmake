@@ -19,4 +19,20 @@ if(MSVC)
 else()
     target_compile_options(hxsso_build_options INTERFACE -Wall -Wextra -Wpedantic -Werror)
 endif()
+
+# With CMAKE_UNITY_BUILD, for builds that nobody but a test run uses: the sources
+# of each folder are compiled as one, since most of the time goes into the headers
+# that they share. A file can then clash with names of its own folder only.
+function(hxsso_compile_by_folder target)
+    get_target_property(folder_of_target ${target} SOURCE_DIR)
+    get_target_property(sources ${target} SOURCES)
+    foreach(source ${sources})
+        cmake_path(ABSOLUTE_PATH source BASE_DIRECTORY ${folder_of_target} OUTPUT_VARIABLE path)
+        cmake_path(GET path PARENT_PATH folder)
+        string(MAKE_C_IDENTIFIER ${folder} group)
+        set_source_files_properties(${path} TARGET_DIRECTORY ${target}
+            PROPERTIES UNITY_GROUP ${group})
+    endforeach()
+    set_target_properties(${target} PROPERTIES UNITY_BUILD_MODE GROUP)
+endfunction()
 include(HxSSOHardening)

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cwctype>
+#include <iostream>
 #include <stdexcept>
 
 #ifndef NOMINMAX
@@ -66,9 +67,19 @@ Ending RunToEnd(Process const& process)
     start.hStdOutput = OpenForWriting(process.output);
     start.hStdError = OpenForWriting(process.errors);
     PROCESS_INFORMATION child{};
-    BOOL const started = ::CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE,
-                                          CREATE_UNICODE_ENVIRONMENT, environment.data(),
-                                          process.directory.c_str(), &start, &child);
+    auto const begin = [&] {
+        return ::CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE,
+                                CREATE_UNICODE_ENVIRONMENT, environment.data(),
+                                process.directory.c_str(), &start, &child);
+    };
+    BOOL started = begin();
+    // Wine's answer, under load, where a process died before any of its code ran.
+    for (int again = 0; !started && ::GetLastError() == ERROR_INTERNAL_ERROR && again < 5;
+         ++again) {
+        std::cerr << "the system could not begin " << process.program << ", once more\n";
+        ::Sleep(200);
+        started = begin();
+    }
     ::CloseHandle(start.hStdOutput);
     ::CloseHandle(start.hStdError);
     if (!started)
