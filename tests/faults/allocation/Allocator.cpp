@@ -4,6 +4,10 @@
 #include <cstddef>
 #include <cstdlib>
 
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
+#endif
+
 namespace {
 
 // 0 while nothing is to fail, else what is left of the count.
@@ -81,5 +85,21 @@ Failure::~Failure() { untilFailure = 0; }
 bool Failure::HasHappened() { return hasHappened; }
 
 long LiveBlocks() { return liveBlocks; }
+
+CountedByUsAlone::CountedByUsAlone(bool doesApply) : applies(doesApply)
+{
+#ifdef __SANITIZE_ADDRESS__
+    if (applies)
+        __lsan_disable();
+#endif
+}
+
+CountedByUsAlone::~CountedByUsAlone()
+{
+#ifdef __SANITIZE_ADDRESS__
+    if (applies)
+        __lsan_enable();
+#endif
+}
 
 } // namespace Faults

@@ -1,6 +1,7 @@
 #include "LentPlugin.h"
 
 #include <cstring>
+#include <vector>
 
 #include "QuietInterfaces.h"
 #include "host/SSOClientManager.h"
@@ -18,11 +19,20 @@ int lines = 0;
 char const* givenText = nullptr;
 bool succeeds = true;
 
+// Of the calls that did not succeed: the plugin's own.
+std::vector<std::unique_ptr<char[]>>& KeptTexts()
+{
+    static std::vector<std::unique_ptr<char[]>> texts;
+    return texts;
+}
+
 char* NewGivenText()
 {
     if (givenText == nullptr)
         return nullptr;
     char* const copy = new char[std::strlen(givenText) + 1];
+    if (!succeeds)
+        KeptTexts().emplace_back(copy);
     return std::strcpy(copy, givenText);
 }
 
@@ -137,6 +147,7 @@ void LentPlugin::GiveText(char const* text, bool doesSucceed)
 {
     givenText = text;
     succeeds = doesSucceed;
+    KeptTexts().reserve(8); // not while blocks are counted
 }
 
 void LentPlugin::RenewManager() const
