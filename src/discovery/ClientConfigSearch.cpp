@@ -46,6 +46,11 @@ std::vector<std::wstring> SSOPathResolver::ClientConfigDirectories() const
     return paths;
 }
 
+std::vector<std::wstring> const& SSOPathResolver::ClientConfigSearched() const
+{
+    return clientConfigSearched;
+}
+
 bool SSOPathResolver::FindClientConfigFile()
 {
     if (!clientConfigFile.empty())
@@ -60,7 +65,8 @@ bool SSOPathResolver::FindClientConfigFile()
     std::vector<std::wstring> const paths = ClientConfigDirectories();
     std::wstring const shown = boost::algorithm::join(ResolvedSearchPaths(paths), L"\n");
     LogLine(Messages::ConfigSearching, ClientConfigFileName, shown);
-    if (FindFileInPaths(ClientConfigFileName, ResolvedSearchPaths(paths), clientConfigFile)) {
+    clientConfigSearched = ResolvedSearchPaths(paths);
+    if (FindFileInPaths(ClientConfigFileName, clientConfigSearched, clientConfigFile)) {
         LogLine(Messages::ConfigFound, clientConfigFile);
         return true;
     }

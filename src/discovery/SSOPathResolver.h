@@ -51,9 +51,11 @@ protected:
     void SetSupportFileSearchPaths(std::vector<std::wstring> const& paths);
 
     // What was searched, and what was read: for who has to explain the answers.
-    /// Unresolved, in the order of the search, by what is known so far.
-    std::vector<std::wstring> ClientConfigDirectories() const;
-    std::vector<std::wstring> ServerAppDirectories() const;
+    /// The directories of the last search, as they were resolved then: a variable
+    /// may have a value only now. Empty if there was none.
+    std::vector<std::wstring> const& ClientConfigSearched() const;
+    std::vector<std::wstring> const& ServerAppSearched() const;
+    /// Unresolved, in the order of the search.
     std::vector<std::wstring> CompatibilityDirectories() const;
     std::vector<std::wstring> ResolvedSearchPaths(std::vector<std::wstring> paths);
     SSOClientConfig const& GetClientConfig() const;
@@ -85,9 +87,11 @@ private:
     bool LoadClientConfig();
     void ReadClientConfig();
     bool FindClientConfigFile();
+    std::vector<std::wstring> ClientConfigDirectories() const;
     void AddRegistrySearchPath();
 
     bool FindSSOServerApp();
+    std::vector<std::wstring> ServerAppDirectories() const;
     std::wstring ServerAppExeFile() const;
 
     bool FindVersionCompatibilityFile();
@@ -113,6 +117,8 @@ private:
     SSOClientConfig clientConfig;
     ClientConfigState clientConfigState = NotLoaded;
     bool searchingServerApp = false;
+    std::vector<std::wstring> clientConfigSearched;
+    std::vector<std::wstring> serverAppSearched;
 };
 
 } // namespace Halvorix::SSOServices

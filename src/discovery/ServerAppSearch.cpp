@@ -44,6 +44,11 @@ std::vector<std::wstring> SSOPathResolver::ServerAppDirectories() const
     return paths;
 }
 
+std::vector<std::wstring> const& SSOPathResolver::ServerAppSearched() const
+{
+    return serverAppSearched;
+}
+
 bool SSOPathResolver::FindSSOServerApp()
 {
     if (!ssoServerAppPath.empty())
@@ -61,8 +66,9 @@ bool SSOPathResolver::FindSSOServerApp()
     // Blank only after a load that ended in an exception.
     if (clientConfig.appName.empty())
         return false;
+    serverAppSearched = ResolvedSearchPaths(paths);
     std::wstring found;
-    if (!FindFileInPaths(clientConfig.appName, ResolvedSearchPaths(paths), found)) {
+    if (!FindFileInPaths(clientConfig.appName, serverAppSearched, found)) {
         LogLine(Messages::ServerMissing, clientConfig.appName, shown);
         return false;
     }

@@ -3,7 +3,11 @@
 
 Makes COUNT installations by chance, always the same ones, and compares what the
 doctor says is chosen with what the library answers in a fresh host process: the
-client plugin, the OpenSSL module, and which object of the file each comes from."""
+client plugin, the OpenSSL module, and which object of the file each comes from.
+
+A host process each is what it costs. The doctor looks at one installation after the
+other in one process, doctor-in-a-row; at some of them the program itself does so too,
+and has to write the same."""
 
 import concurrent.futures
 import json
@@ -21,7 +25,9 @@ import rig  # noqa: E402
 
 COUNT = int(sys.argv[1])
 BUILD = rig.Build(sys.argv[2], sys.argv[3:])
-QUESTIONS = ["GetSSOClientPluginModule", "GetOpenSslModule"]
+# Programs of this build, without what makes them slow to copy and to read.
+HOST, ROW, DOCTOR = BUILD.host, BUILD.row, BUILD.doctor
+ONE_IN = 40  # is looked at by the doctor's own program too
 
 VERSIONS = ["10", "10.22", "10.22.0", "10.22.00", "10.22.00.1800", "10.22.0.1800", "10.22.00.1799"]
 VERSIONS += ["10.22.00.1801", "10.23", "10.21.99", "11", "9", "", " 10.22 ", ".", "10..22", "10.22.x"]
@@ -130,17 +136,17 @@ class Maker:
         return made
 
     def choices(self):
-        """What the host sets before it asks: (question, the doctor's option, value)."""
+        """What the host sets before it asks: (name, value)."""
         made = []
         # The other of the two starts the load, and then it is too late for this one.
         if self.chance(8):
             value = self.pick(["{root}/support/SSOClient.config", "{root}/nowhere", "{root}/app"])
-            made.append(("SSOClientConfigFileOverride", "--config", value))
+            made.append(("config", value))
         if self.chance(5):
             paths = ["{root}/support", "", "%ExePath%/../support", "%Nonsense%"]
             value = ";".join(self.pick(paths) for _ in range(self.random.randrange(1, 4)))
             if value:
-                made.append(("SupportFileSearchPaths", "--search", value))
+                made.append(("search", value))
         return made
 
 
@@ -154,15 +160,29 @@ class Place:
         for folder in ("app", "lib", "server", "work", "home", "xdg"):
             (root / folder).mkdir(parents=True)
         library = "app" if BUILD.is_windows else "lib"
-        for name, folder in ((BUILD.host, "app"), (BUILD.library, library)):
+        for name, folder in ((HOST, "app"), (BUILD.library, library)):
             os.link(originals / name, root / folder / name)
+        self.host = str(root / "app" / HOST)
+        self.settings = {
+            "cwd": root / "work",
+            "env": dict(
+                os.environ,
+                # Boost makes a locale of this one in half the time of C.UTF-8.
+                LC_ALL="en_US.UTF-8",
+                HOME=str(root / "home"),
+                XDG_CONFIG_DIRS=str(root / "xdg"),
+                XDG_CONFIG_HOME="",
+                XDG_DATA_HOME="",
+            ),
+        }
+        self.row = None
 
     def filled(self, text):
         return text.replace("{root}", BUILD.spelled(self.root))
 
     def set_up(self, maker):
         for file in self.made:
-            file.unlink(missing_ok=True)
+            os.unlink(file)
         self.made = []
         for relative, content in maker.files().items():
             self.write(relative, content)
@@ -170,62 +190,69 @@ class Place:
             self.write("xdg/Halvorix/HxSSO/Location", "{root}/server\n")
 
     def write(self, relative, content):
-        target = self.root / relative
-        target.parent.mkdir(parents=True, exist_ok=True)
-        target.write_text(self.filled(content), encoding="utf-8")
+        target = os.path.join(self.root, relative)
+        os.makedirs(os.path.dirname(target), exist_ok=True)
+        with open(target, "w", encoding="utf-8") as file:
+            file.write(self.filled(content))
         self.made.append(target)
 
-    def run(self, command):
-        environment = dict(
-            os.environ,
-            LC_ALL="C.UTF-8",
-            HOME=str(self.root / "home"),
-            XDG_CONFIG_DIRS=str(self.root / "xdg"),
-            XDG_CONFIG_HOME="",
-            XDG_DATA_HOME="",
-            HXSSO_REPORT=BUILD.spelled(self.root / "report"),
-        )
+    def run(self, command, **streams):
         ended = subprocess.run(
-            [*BUILD.emulator, *map(str, command)],
-            cwd=self.root / "work",
-            env=environment,
-            stdin=subprocess.DEVNULL,
-            stdout=subprocess.PIPE,
-            stderr=subprocess.PIPE,
-            timeout=100,
-            check=False,
+            [*BUILD.emulator, *command], timeout=100, check=False, **self.settings, **streams
         )
         if BUILD.emulator and ended.returncode == rig.SKIPPED:
-            print(ended.stderr.decode())
+            print("skipped: programs of this build do not run here", flush=True)
             os._exit(rig.SKIPPED)
         return ended
 
     def answers(self, choices):
         """The library's, in a process of its own; an exception reads as no answer."""
-        questions = [f"Set{name}={self.filled(value)}" for name, _, value in choices]
-        (self.root / "questions").write_text(json.dumps(questions + QUESTIONS), encoding="utf-8")
-        (self.root / "report").unlink(missing_ok=True)
-        ended = self.run([self.root / "app" / BUILD.host, "--host-program", "AnswersQuestions"])
-        report = (self.root / "report").read_text(encoding="utf-8").splitlines()
-        found = dict(json.loads(line) for line in report)
-        assert ended.returncode == 0 and found["program"] == "returned", ended.stderr
-        answers = [found[key] for key in sorted(found) if key.startswith("answer")]
-        answers = ["" if text.startswith(("Json::", "std::")) else text for text in answers]
-        if len(answers) > len(QUESTIONS):
-            # The load, which a setter starts, has asked for the plugin first and
-            # ended with an exception.
-            answers = ["", answers[-1]]
-        return answers
+        given = "".join(f"{name}={self.filled(value)}\n" for name, value in choices)
+        # One pipe where that will do: several take longer.
+        given = {"input": given.encode("utf-8")} if given else {"stdin": subprocess.DEVNULL}
+        ended = self.run(
+            [self.host], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, **given
+        )
+        assert ended.returncode == 0, ended.stderr
+        stopped, plugin, openssl, _ = ended.stderr.decode("utf-8").split("\n")
+        # A load, which a setter starts, asks for the plugin first: it has ended there.
+        return ["" if stopped.strip() == "stopped" else plugin.strip(), openssl.strip()]
+
+    def arguments(self, choices):
+        made = ["--json", "--exe", BUILD.spelled(self.host)]
+        for name, value in choices:
+            made += ["--" + name, self.filled(value)]
+        return made
 
     def diagnosis(self, choices):
-        options = []
-        for _, option, value in choices:
-            options += [option, self.filled(value)]
-        host = BUILD.spelled(self.root / "app" / BUILD.host)
-        command = [self.originals / BUILD.doctor, "--json", "--exe", host, *options]
-        ended = self.run(command)
+        if self.row is None:
+            self.row = subprocess.Popen(
+                [*BUILD.emulator, str(self.originals / ROW)],
+                stdin=subprocess.PIPE, stdout=subprocess.PIPE, **self.settings,
+            )
+        self.row.stdin.write(json.dumps(self.arguments(choices)).encode("utf-8") + b"\n")
+        self.row.stdin.flush()
+        text = b""
+        for line in self.row.stdout:
+            if line.startswith(b"exit status "):
+                assert int(line.split()[-1]) in (0, 1), line
+                return json.loads(text)
+            text += line
+        if BUILD.emulator and self.row.wait() == rig.SKIPPED:
+            print("skipped: programs of this build do not run here", flush=True)
+            os._exit(rig.SKIPPED)
+        raise AssertionError(f"the doctor ended with {self.row.wait()}: {text!r}")
+
+    def program_diagnosis(self, choices):
+        program = str(self.originals / DOCTOR)
+        ended = self.run([program, *self.arguments(choices)], capture_output=True)
         assert ended.returncode in (0, 1) and ended.stderr == b"", (ended.returncode, ended.stderr)
-        return json.loads(ended.stdout.decode("utf-8"))
+        return json.loads(ended.stdout)
+
+    def close(self):
+        if self.row is not None:
+            self.row.stdin.close()
+            assert self.row.wait() == 0, "the doctor did not end well"
 
 
 def chosen(document, key):
@@ -242,6 +269,8 @@ def compare(number, place):
     place.set_up(maker)
     choices = maker.choices()
     document = place.diagnosis(choices)
+    if number % ONE_IN == 0 and place.program_diagnosis(choices) != document:
+        return f"{number}: the program says something else", False
     plugin, openssl = place.answers(choices)
     told = [document["plugin"]["file"] or "", document["opensslModule"]["file"] or ""]
     if told != [plugin, openssl]:
@@ -254,9 +283,8 @@ def compare(number, place):
 
 
 def prepare(folder):
-    """Programs and library, without what makes them slow to copy and to read."""
     folder.mkdir()
-    for name in (BUILD.doctor, BUILD.host, BUILD.library):
+    for name in (DOCTOR, ROW, HOST, BUILD.library):
         shutil.copy(BUILD.folder / name, folder / name)
         strip = shutil.which("strip")
         if strip is not None and not BUILD.is_windows:
@@ -273,7 +301,10 @@ def main():
         places = [Place(root / str(worker), root / "programs") for worker in range(workers)]
 
         def work(worker):
-            return [compare(number, places[worker]) for number in range(worker, COUNT, workers)]
+            numbers = range(worker, COUNT, workers)
+            results = [compare(number, places[worker]) for number in numbers]
+            places[worker].close()
+            return results
 
         with concurrent.futures.ThreadPoolExecutor(workers) as pool:
             results = [result for part in pool.map(work, range(workers)) for result in part]

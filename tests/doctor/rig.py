@@ -21,7 +21,8 @@ class Build:
         self.is_windows = (self.folder / "hxsso-doctor.exe").exists()
         exe = ".exe" if self.is_windows else ""
         self.doctor = "hxsso-doctor" + exe
-        self.host = "host" + exe
+        self.host = "asking-host" + exe
+        self.row = "doctor-in-a-row" + exe
         self.program = "Program" + exe
         self.module = ".dll" if self.is_windows else ".so"
         self.library = "HxSSOServices.dll" if self.is_windows else "libHxSSOServices.so.10"

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "System.h"
+#include "Utf8.h"
 #include "platform/Platform.h"
 
 namespace Halvorix::Tools {
@@ -14,7 +15,7 @@ namespace fs = std::filesystem;
 
 bool IsLibrary(std::string const& name)
 {
-    std::string const library = FromWide(Platform::LibraryFileName()).u8string();
+    std::string const library = Utf8(Platform::LibraryFileName());
     return name == library || name.rfind(library + ".", 0) == 0;
 }
 
@@ -68,7 +69,7 @@ private:
         std::error_code unknown;
         if (hint.empty() && fs::exists(file.parent_path() / wanted, unknown))
             hint = HintForDependencyBeside();
-        found.missing.push_back({name, file.filename().u8string(), hint});
+        found.missing.push_back({name, Utf8(file.filename()), hint});
     }
 
     // Whether this is the file, with all that it needs in turn.
@@ -80,8 +81,8 @@ private:
         ModuleImage const image = ReadModuleImage(*content);
         if (image.format != own.format || image.machine != own.machine) {
             hint = image.format == own.format
-                       ? "the one in " + file.parent_path().u8string() + " is for " + image.machine
-                       : "the one in " + file.parent_path().u8string() + " is no module";
+                       ? "the one in " + Utf8(file.parent_path()) + " is for " + image.machine
+                       : "the one in " + Utf8(file.parent_path()) + " is no module";
             return false;
         }
         Follow(file, image);

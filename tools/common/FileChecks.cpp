@@ -6,6 +6,7 @@
 #include "Dependencies.h"
 #include "ModuleImage.h"
 #include "System.h"
+#include "Utf8.h"
 #include "platform/Platform.h"
 
 namespace Halvorix::Tools {
@@ -123,7 +124,7 @@ void CheckDependencies(Dependencies const& dependencies, Report& report)
     add("in the process", dependencies.inProcess);
     add("of the system", dependencies.ofSystem);
     if (dependencies.library)
-        add("the host's", {dependencies.library->filename().u8string()});
+        add("the host's", {Utf8(dependencies.library->filename())});
     report.Add("dependencies", Result::Ok, detail.empty() ? "none" : detail);
 }
 
@@ -196,19 +197,19 @@ FileFindings CheckFile(fs::path const& file, Host const& host, Report& report)
     std::error_code error;
     fs::file_status const status = fs::status(file, error);
     if (!fs::exists(status)) {
-        report.Add("file", Result::Failed, file.generic_u8string() + " does not exist");
+        report.Add("file", Result::Failed, Utf8(file) + " does not exist");
         return {};
     }
     if (!fs::is_regular_file(status)) {
-        report.Add("file", Result::Failed, file.generic_u8string() + " is no file");
+        report.Add("file", Result::Failed, Utf8(file) + " is no file");
         return {};
     }
     std::optional<std::string> const content = ReadWhole(file);
     if (!content) {
-        report.Add("file", Result::Failed, file.generic_u8string() + " cannot be read");
+        report.Add("file", Result::Failed, Utf8(file) + " cannot be read");
         return {};
     }
-    report.Add("file", Result::Ok, file.generic_u8string());
+    report.Add("file", Result::Ok, Utf8(file));
     // This program was built as the library was: its header is the measure.
     ModuleImage const own =
         ReadModuleImage(ReadWhole(FromWide(Platform::ExecutableFile())).value_or(std::string()));

@@ -12,6 +12,7 @@
 #include "../../include/plugin/ISSOLogManager.h"
 #include "../../include/plugin/ISSOServerManager.h"
 #include "System.h"
+#include "Utf8.h"
 #include "platform/Platform.h"
 #include "support/SystemError.h"
 #include "support/TextConversion.h"
@@ -104,7 +105,7 @@ void CheckLoaded(std::filesystem::path const& file, FileFindings const& findings
     for (std::filesystem::path const& needed : findings.first) {
         if (Platform::LoadModule(Wide(needed)) == nullptr) {
             report.Add("load", Result::Failed,
-                       needed.filename().u8string() + " of the host: " + SystemReason());
+                       Utf8(needed.filename()) + " of the host: " + SystemReason());
             return;
         }
     }

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "support/TextConversion.h"
+#include "Utf8.h"
 
 namespace Halvorix::Tools {
 
@@ -21,15 +21,12 @@ char const* Spelled(Result result)
 
 std::string Presentable(std::string text)
 {
-    bool const isUtf8 = text.empty() || !SSOServices::Utf8ToWide(text).empty();
     for (char& unit : text) {
         auto const code = static_cast<unsigned char>(unit);
         if (code < 0x20 || code == 0x7f)
             unit = ' ';
-        else if (code >= 0x80 && !isUtf8)
-            unit = '?';
     }
-    return text;
+    return Utf8(text);
 }
 
 void Report::Add(char const* check, Result result, std::string const& text)

@@ -162,11 +162,10 @@ void ExamineClientConfig(Resolver& resolver, Findings& findings)
     config.override = Shown(resolver.GetSSOClientConfigFileOverride());
     if (config.override.empty())
         config.search =
-            LookThrough(SSOServices::ClientConfigFileName,
-                        resolver.ResolvedSearchPaths(resolver.ClientConfigDirectories()));
+            LookThrough(SSOServices::ClientConfigFileName, resolver.ClientConfigSearched());
     std::wstring const file = resolver.GetSSOClientConfigFile();
     config.file = Shown(file);
-    if (!IsThere(file)) {
+    if (!LookFor(file).isThere) {
         AddKeys(resolver, nullptr, config);
         return;
     }

@@ -44,6 +44,9 @@ std::string Spelled(VersionRange const& range)
     return Tools::Presentable(text);
 }
 
+/// The library's test for a file of the list.
+using Look = Presence (*)(std::wstring const&);
+
 /// A record of the file beside what is told of it.
 struct Read {
     Module told;
@@ -113,7 +116,7 @@ void TellFlaw(ModuleFlaw flaw, Json::Value const& element, Module& told)
     }
 }
 
-Read ReadElement(Resolver& resolver, Json::Value element)
+Read ReadElement(Resolver& resolver, Json::Value element, Look look)
 {
     Read read;
     Module& told = read.told;
@@ -137,7 +140,7 @@ Read ReadElement(Resolver& resolver, Json::Value element)
         std::wstring const file = SSOServices::NormalizePath(
             SSOServices::JoinPath(record.module.modulePath, record.module.module));
         told.file = Shown(file);
-        told.exists = IsThere(file);
+        told.presence = look(file);
         read.record = std::move(record.module);
     } catch (std::exception const& exception) {
         read.isWrongType = dynamic_cast<Json::Exception const*>(&exception) != nullptr;
@@ -223,8 +226,9 @@ void TellUnread(std::vector<Read>& reads, std::vector<Oddity>& oddities)
         oddity.stopsReading = false;
 }
 
-void ExamineList(Resolver& resolver, JsonInspection const& file, std::string const& answer,
-                 bool isOverridden, ModuleList& list, std::vector<Oddity>& oddities)
+void ExamineList(Resolver& resolver, JsonInspection const& file, Look look,
+                 std::string const& answer, bool isOverridden, ModuleList& list,
+                 std::vector<Oddity>& oddities)
 {
     Json::Value const& group = static_cast<Json::Value const&>(file.root)[list.key];
     if (group.isNull()) {
@@ -248,7 +252,7 @@ void ExamineList(Resolver& resolver, JsonInspection const& file, std::string con
     std::vector<Read> reads;
     std::vector<Oddity> found;
     for (Json::ArrayIndex i = 0; i < group.size(); ++i) {
-        reads.push_back(ReadElement(resolver, group[i]));
+        reads.push_back(ReadElement(resolver, group[i], look));
         Module& told = reads.back().told;
         told.number = i + 1;
         told.at = file.PositionOf(group[i]);
@@ -283,7 +287,7 @@ void ExamineCompatibility(Resolver& resolver, Findings& findings)
     told.search = LookThrough(SSOServices::CompatibilityFileName,
                               resolver.ResolvedSearchPaths(resolver.CompatibilityDirectories()));
     std::wstring const file = resolver.GetVersionCompatibilityFile();
-    if (!IsThere(file))
+    if (!LookFor(file).isThere)
         return;
     told.file = Shown(file);
     told.isInWorkingDirectory = file == SSOServices::CompatibilityFileName;
@@ -299,8 +303,9 @@ void ExamineCompatibility(Resolver& resolver, Findings& findings)
                                  {}});
         return;
     }
-    ExamineList(resolver, inspection, findings.plugin.file, false, told.plugins, told.oddities);
-    ExamineList(resolver, inspection, findings.openSsl.file, findings.openSsl.isOverride,
+    ExamineList(resolver, inspection, LookForPlugin, findings.plugin.file, false, told.plugins,
+                told.oddities);
+    ExamineList(resolver, inspection, LookFor, findings.openSsl.file, findings.openSsl.isOverride,
                 told.openSsl, told.oddities);
     inspection.FindUnknown(inspection.root, "", {"ssoClientPlugin", "openssl"}, told.oddities);
 }

@@ -9,16 +9,15 @@
 #include "../common/Dependencies.h"
 #include "../common/ModuleImage.h"
 #include "../common/System.h"
+#include "../common/Utf8.h"
 #include "FileVersion.h"
 #include "Searches.h"
 #include "Text.h"
 #include "Vantage.h"
-#include "discovery/FileSearch.h"
 #include "discovery/ModuleFiles.h"
 #include "discovery/PathText.h"
 #include "host/SSOClientManager.h"
 #include "support/LibraryIdentity.h"
-#include "support/TextConversion.h"
 
 namespace Halvorix::Doctor {
 
@@ -97,7 +96,7 @@ void ExamineProgram(Resolver& resolver, Options const& options, Findings& findin
     program.executable = Shown(SSOServices::NormalizePath(Tools::Wide(vantage.executable)));
     program.directory = Shown(SSOServices::GetExecutableDirPath());
     std::error_code unknown;
-    program.workingDirectory = fs::current_path(unknown).generic_u8string();
+    program.workingDirectory = Tools::Utf8(fs::current_path(unknown));
     AddLibrary(vantage.library, program);
     program.ownMachine = MachineOf(Tools::FromWide(Platform::ExecutableFile()));
     program.executableMachine =
@@ -113,8 +112,7 @@ void ExamineProgram(Resolver& resolver, Options const& options, Findings& findin
 void ExamineServerApp(Resolver& resolver, Findings& findings)
 {
     ServerApp& server = findings.server;
-    server.search = LookThrough(resolver.GetClientConfig().appName,
-                                resolver.ResolvedSearchPaths(resolver.ServerAppDirectories()));
+    server.search = LookThrough(resolver.GetClientConfig().appName, resolver.ServerAppSearched());
     server.directory = Shown(resolver.GetSSOServerAppPath());
     server.isInWorkingDirectory =
         server.directory.empty() &&
@@ -124,7 +122,24 @@ void ExamineServerApp(Resolver& resolver, Findings& findings)
                     });
     std::wstring const executable = resolver.GetSSOServerAppExeFile();
     server.executable = Shown(executable);
-    server.executableExists = !executable.empty() && IsThere(executable);
+    if (!executable.empty())
+        server.presence = LookFor(executable);
+}
+
+// A load ends with the exception where it cannot look at one of them.
+void LookForFiles(std::wstring const& plugin, std::wstring const& openSsl, Findings& findings)
+{
+    if (!plugin.empty())
+        findings.plugin.presence = LookForPlugin(plugin);
+    if (!openSsl.empty())
+        findings.openSsl.presence = LookFor(openSsl);
+    std::string const& ofPlugin = findings.plugin.presence.reason;
+    std::string const& ofOpenSsl = findings.openSsl.presence.reason;
+    if (!ofPlugin.empty())
+        findings.interruptions.push_back({"the look for the client plugin's file", ofPlugin});
+    if (!ofOpenSsl.empty())
+        findings.interruptions.push_back(
+            {"the look for the OpenSSL module's file", ofOpenSsl, true});
 }
 
 Findings Examine(Options const& options)
@@ -141,25 +156,23 @@ Findings Examine(Options const& options)
             findings.config.hasLocation = true;
     });
     if (!options.config.empty())
-        resolver.SetSSOClientConfigFileOverride(Wide(options.config));
-    resolver.SetSupportFileSearchPaths(
-        SSOServices::SplitSupportPathList(Wide(options.searchPaths)));
+        resolver.SetSSOClientConfigFileOverride(options.config);
+    resolver.SetSupportFileSearchPaths(SSOServices::SplitSupportPathList(options.searchPaths));
 
     // In the order of a load.
     std::wstring const plugin = Ask("the choice of the client plugin", findings,
                                     [&] { return resolver.GetSSOClientPluginModule(); });
     Ask("the search for the server application", findings,
         [&] { return resolver.GetSSOServerAppExeFile(); });
+    std::size_t const beforeOpenSsl = findings.interruptions.size();
     std::wstring const openSsl = Ask("the choice of the OpenSSL module", findings,
                                      [&] { return resolver.GetOpenSslModule(); });
+    if (findings.interruptions.size() > beforeOpenSsl)
+        findings.interruptions.back().isAfterPlugin = true;
     findings.plugin.file = Shown(plugin);
-    // By the test of a load, which takes the narrow name, unlike that of OpenSSL.
-    Try("the look for the client plugin's file", findings, [&] {
-        findings.plugin.exists =
-            !plugin.empty() && SSOServices::PathExists(SSOServices::WideToUtf8(plugin));
-    });
+    findings.plugin.asFile = Tools::FromWide(plugin);
     findings.openSsl.file = Shown(openSsl);
-    findings.openSsl.exists = !openSsl.empty() && IsThere(openSsl);
+    LookForFiles(plugin, openSsl, findings);
 
     Try("the look at the program", findings, [&] { ExamineProgram(resolver, options, findings); });
     Try("the look at the client configuration", findings,

@@ -1,5 +1,7 @@
 #include "FileVersion.h"
 
+#include "../common/Utf8.h"
+
 namespace Halvorix::Doctor {
 
 namespace {
@@ -34,7 +36,7 @@ std::string FromResource(std::string const& content)
 std::string FromName(std::filesystem::path const& file)
 {
     std::error_code unknown;
-    std::string const name = std::filesystem::canonical(file, unknown).filename().u8string();
+    std::string const name = Tools::Utf8(std::filesystem::canonical(file, unknown).filename());
     std::string const mark = ".so.";
     std::size_t const at = name.find(mark);
     if (unknown || at == std::string::npos)
@@ -48,8 +50,8 @@ std::string FromName(std::filesystem::path const& file)
 
 std::string FileVersionOf(std::filesystem::path const& file, std::string const& content)
 {
-    std::string const version = FromResource(content);
-    return version.empty() ? FromName(file) : version;
+    // Resources are searched only where there can be any: it takes its time.
+    return content.rfind("MZ", 0) == 0 ? FromResource(content) : FromName(file);
 }
 
 } // namespace Halvorix::Doctor

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -44,6 +45,12 @@ struct Directory {
 struct Search {
     std::string file; ///< the name that was looked for
     std::vector<Directory> tried;
+};
+
+/// A file on disk.
+struct Presence {
+    bool isThere = false;
+    std::string reason; ///< why it cannot be looked at, which counts as not there
 };
 
 struct NamedText {
@@ -98,7 +105,7 @@ struct ServerApp {
     bool isInWorkingDirectory = false; ///< found there, by an empty entry
     std::string directory;             ///< empty: not found, or of no use
     std::string executable;
-    bool executableExists = false;
+    Presence presence; ///< of the executable
 };
 
 enum class Fit {
@@ -126,7 +133,7 @@ struct Module {
     Fit fit = Fit::Ignored;
     std::string detail; ///< which bound, which key, which exception
     std::string file;   ///< empty where none comes of it
-    bool exists = false;
+    Presence presence;
     std::vector<std::string> unknown; ///< variables that stayed in the path
 };
 
@@ -147,15 +154,16 @@ struct Compatibility {
 };
 
 struct Plugin {
-    std::string file; ///< empty: none chosen
-    bool exists = false;
+    std::string file;             ///< empty: none chosen
+    std::filesystem::path asFile; ///< the same as the system spells it
+    Presence presence;
     std::vector<Tools::Check> fileChecks; ///< without running any of it
     std::vector<Tools::Check> loadChecks; ///< empty unless it was asked for
 };
 
 struct OpenSsl {
     std::string file; ///< empty: none chosen
-    bool exists = false;
+    Presence presence;
     bool isOverride = false;
 };
 
@@ -163,6 +171,7 @@ struct OpenSsl {
 struct Interruption {
     std::string during;
     std::string text;
+    bool isAfterPlugin = false; ///< the plugin is in use by then
 };
 
 struct LogLine {

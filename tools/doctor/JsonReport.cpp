@@ -144,7 +144,8 @@ Json::Value ToJson(ServerApp const& server)
     value["search"] = ToJson(server.search);
     value["directory"] = OrNull(server.directory);
     value["executable"] = OrNull(server.executable);
-    value["executableExists"] = server.executableExists;
+    value["executableExists"] = server.presence.isThere;
+    value["lookError"] = OrNull(server.presence.reason);
     return value;
 }
 
@@ -161,7 +162,8 @@ Json::Value ToJson(Module const& module)
     value["verdict"] = Code(module.fit);
     value["detail"] = module.detail;
     value["file"] = OrNull(module.file);
-    value["exists"] = module.exists;
+    value["exists"] = module.presence.isThere;
+    value["lookError"] = OrNull(module.presence.reason);
     value["unresolvedVariables"] = ToJson(module.unknown);
     return value;
 }
@@ -199,7 +201,8 @@ Json::Value ToJson(Plugin const& plugin)
 {
     Json::Value value;
     value["file"] = OrNull(plugin.file);
-    value["exists"] = plugin.exists;
+    value["exists"] = plugin.presence.isThere;
+    value["lookError"] = OrNull(plugin.presence.reason);
     value["checks"] = ToJson(plugin.fileChecks);
     value["loadChecks"] = ToJson(plugin.loadChecks);
     return value;
@@ -209,7 +212,8 @@ Json::Value ToJson(OpenSsl const& openSsl)
 {
     Json::Value value;
     value["file"] = OrNull(openSsl.file);
-    value["exists"] = openSsl.exists;
+    value["exists"] = openSsl.presence.isThere;
+    value["lookError"] = OrNull(openSsl.presence.reason);
     value["isOverride"] = openSsl.isOverride;
     return value;
 }

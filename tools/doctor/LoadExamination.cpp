@@ -34,8 +34,7 @@ void ExamineRealLoad(Options const& options, Findings& findings)
     findings.load = RealLoad();
     RealLoad& load = *findings.load;
     QuietConsole const quiet;
-    SSOServices::supportFileSearchPaths =
-        SSOServices::SplitSupportPathList(Wide(options.searchPaths));
+    SSOServices::supportFileSearchPaths = SSOServices::SplitSupportPathList(options.searchPaths);
     auto const tee = [&load](std::wstring const& text, Log::LogLevel level) {
         load.lines.push_back({static_cast<int>(level), Shown(text)});
         SSOServices::SSOClientManager::LogWrite(text, level);
@@ -43,7 +42,7 @@ void ExamineRealLoad(Options const& options, Findings& findings)
     SSOServices::SSOClientManager manager(tee);
     try {
         if (!options.config.empty())
-            manager.SetSSOClientConfigFileOverride(Wide(options.config));
+            manager.SetSSOClientConfigFileOverride(options.config);
         std::shared_ptr<SSOServices::ISSOClientModule> module;
         manager.GetSSOClientModule(module);
         // An interface may be missing; the library says so of a factory that it has.
@@ -53,10 +52,10 @@ void ExamineRealLoad(Options const& options, Findings& findings)
              load.lines.back().text == Shown(SSOServices::Messages::NoSSOClientModule.text));
     } catch (std::exception const& exception) {
         load.isInterrupted = true;
-        findings.interruptions.push_back({"the load", Tools::Presentable(exception.what())});
+        findings.interruptions.push_back({"the load", Tools::Presentable(exception.what()), true});
     } catch (...) {
         load.isInterrupted = true;
-        findings.interruptions.push_back({"the load", "what is no std::exception"});
+        findings.interruptions.push_back({"the load", "what is no std::exception", true});
     }
 }
 

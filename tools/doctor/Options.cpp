@@ -2,6 +2,9 @@
 
 #include <set>
 
+#include "../common/System.h"
+#include "../common/Utf8.h"
+
 namespace Halvorix::Doctor {
 
 namespace {
@@ -18,7 +21,7 @@ void Check(Options& options)
 {
     for (fs::path const* const file : {&options.executable, &options.library})
         if (options.misuse.empty() && !file->empty() && !IsFile(*file))
-            options.misuse = file->u8string() + " is no file";
+            options.misuse = Tools::Utf8(*file) + " is no file";
 }
 
 } // namespace
@@ -51,7 +54,7 @@ Options ReadOptions(std::vector<fs::path> const& arguments)
     Options options;
     std::set<std::string> seen;
     for (std::size_t i = 0; i < arguments.size() && options.misuse.empty(); ++i) {
-        std::string const name = arguments[i].u8string();
+        std::string const name = Tools::Utf8(arguments[i]);
         bool const takesValue =
             name == "--exe" || name == "--library" || name == "--config" || name == "--search";
         if (name == "--help") {
@@ -70,14 +73,17 @@ Options ReadOptions(std::vector<fs::path> const& arguments)
             options.misuse = name + " is given twice";
         } else {
             fs::path const& value = arguments[++i];
+            std::wstring const text = Tools::Wide(value);
             if (name == "--exe")
                 options.executable = value;
             else if (name == "--library")
                 options.library = value;
+            else if (text.empty())
+                options.misuse = "the value of " + name + " is not UTF-8";
             else if (name == "--config")
-                options.config = value.u8string();
+                options.config = text;
             else
-                options.searchPaths = value.u8string();
+                options.searchPaths = text;
         }
     }
     Check(options);

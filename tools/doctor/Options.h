@@ -10,8 +10,8 @@ namespace Halvorix::Doctor {
 struct Options {
     std::filesystem::path executable; ///< empty: this program
     std::filesystem::path library;    ///< empty: to be found
-    std::string config;               ///< empty: no override
-    std::string searchPaths;
+    std::wstring config;              ///< empty: no override
+    std::wstring searchPaths;
     bool load = false;
     bool log = false;
     bool asJson = false;

@@ -22,7 +22,7 @@ private:
 
 std::filesystem::path FileOf(Plugin const& plugin)
 {
-    return std::filesystem::absolute(Tools::FromWide(Wide(plugin.file))).lexically_normal();
+    return std::filesystem::absolute(plugin.asFile).lexically_normal();
 }
 
 Tools::FileFindings CheckFile(Plugin const& plugin, Tools::Report& report)
@@ -39,7 +39,7 @@ Tools::FileFindings CheckFile(Plugin const& plugin, Tools::Report& report)
 void ExaminePlugin(Findings& findings)
 {
     Plugin& plugin = findings.plugin;
-    if (!plugin.exists)
+    if (!plugin.presence.isThere)
         return;
     CollectedReport report;
     CheckFile(plugin, report);
@@ -49,7 +49,7 @@ void ExaminePlugin(Findings& findings)
 void ExamineInterfaces(Findings& findings)
 {
     Plugin& plugin = findings.plugin;
-    if (!plugin.exists)
+    if (!plugin.presence.isThere)
         return;
     CollectedReport file;
     Tools::FileFindings const found = CheckFile(plugin, file);

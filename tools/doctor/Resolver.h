@@ -11,7 +11,7 @@ class Resolver : public SSOServices::SSOPathResolver {
 public:
     using SSOPathResolver::SSOPathResolver;
 
-    using SSOPathResolver::ClientConfigDirectories;
+    using SSOPathResolver::ClientConfigSearched;
     using SSOPathResolver::CompatibilityDirectories;
     using SSOPathResolver::GetClientConfig;
     using SSOPathResolver::GetVersionCompatibilityFile;
@@ -19,7 +19,7 @@ public:
     using SSOPathResolver::ModulePathKey;
     using SSOPathResolver::ReadModuleRecord;
     using SSOPathResolver::ResolvedSearchPaths;
-    using SSOPathResolver::ServerAppDirectories;
+    using SSOPathResolver::ServerAppSearched;
     using SSOPathResolver::SetSupportFileSearchPaths;
 };
 

@@ -4,6 +4,7 @@
 
 #include "Text.h"
 #include "discovery/FileSearch.h"
+#include "support/TextConversion.h"
 
 namespace Halvorix::Doctor {
 
@@ -23,6 +24,16 @@ Finding Look(std::wstring const& file, std::wstring const& directory, bool isFir
     }
 }
 
+template <class Name>
+Presence Look(Name const& name)
+{
+    try {
+        return {SSOServices::PathExists(name), {}};
+    } catch (std::exception const& exception) {
+        return {false, Tools::Presentable(exception.what())};
+    }
+}
+
 } // namespace
 
 Search LookThrough(std::wstring const& file, std::vector<std::wstring> const& directories)
@@ -38,5 +49,9 @@ Search LookThrough(std::wstring const& file, std::vector<std::wstring> const& di
     }
     return search;
 }
+
+Presence LookFor(std::wstring const& file) { return Look(file); }
+
+Presence LookForPlugin(std::wstring const& file) { return Look(SSOServices::WideToUtf8(file)); }
 
 } // namespace Halvorix::Doctor

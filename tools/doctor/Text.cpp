@@ -1,15 +1,13 @@
 #include "Text.h"
 
-#include <exception>
-
 #include <boost/locale/encoding_utf.hpp>
 
-#include "discovery/FileSearch.h"
+#include "../common/Utf8.h"
 #include "discovery/PathVariables.h"
 
 namespace Halvorix::Doctor {
 
-std::string Shown(std::wstring const& text) { return boost::locale::conv::utf_to_utf<char>(text); }
+std::string Shown(std::wstring const& text) { return Tools::Utf8(text); }
 
 std::wstring Wide(std::string const& text)
 {
@@ -39,15 +37,6 @@ std::string ListedVariables(std::vector<std::string> const& names)
     for (std::string const& name : names)
         list += (list.empty() ? "%" : ", %") + name + "%";
     return list;
-}
-
-bool IsThere(std::wstring const& file)
-{
-    try {
-        return SSOServices::PathExists(file);
-    } catch (std::exception const&) {
-        return false;
-    }
 }
 
 } // namespace Halvorix::Doctor

@@ -21,7 +21,4 @@ std::string BeginningOf(SSOServices::Message const& message);
 /// "%a%, %b%" for a sentence.
 std::string ListedVariables(std::vector<std::string> const& names);
 
-/// The library's answer; "cannot be looked at" counts as not there.
-bool IsThere(std::wstring const& file);
-
 } // namespace Halvorix::Doctor

@@ -164,8 +164,7 @@ void TextReport::WriteServerApp(ServerApp const& server) const
     }
     Line("directory", server.directory);
     Line("executable", server.executable,
-         (server.executableExists ? Coloured(Colour::Good, "is there")
-                                  : Coloured(Colour::Bad, "does not exist")));
+         Coloured(server.presence.isThere ? Colour::Good : Colour::Bad, Words(server.presence)));
 }
 
 void TextReport::WriteCompatibility(Compatibility const& compatibility) const
@@ -188,12 +187,14 @@ void TextReport::WriteModules(ModuleList const& list) const
     std::cout << "  " << list.key << '\n';
     for (Module const& module : list.modules) {
         bool const isChosen = module.fit == Fit::Chosen;
-        bool const isLost = isChosen && !module.exists;
+        bool const isLost = isChosen && !module.presence.isThere;
         std::string verdict = Words(module.fit);
         if (!module.detail.empty())
             verdict += ": " + module.detail;
-        if (!module.file.empty() && !module.exists)
-            verdict += ", file missing on disk";
+        if (!module.file.empty() && !module.presence.isThere)
+            verdict += module.presence.reason.empty()
+                           ? ", file missing on disk"
+                           : ", file cannot be looked at: " + module.presence.reason;
         std::cout << "    " << module.number << ". " << Or(module.name, "(no module)")
                   << "  version " << Or(module.version, "(none)") << "  for "
                   << Or(module.range, "(no range)") << "  "
@@ -226,8 +227,8 @@ void TextReport::WritePlugin(Plugin const& plugin) const
     Heading("Client plugin");
     if (plugin.file.empty())
         Line("file", "", Coloured(Colour::Bad, "none chosen"));
-    else if (!plugin.exists)
-        Line("file", plugin.file, Coloured(Colour::Bad, "does not exist"));
+    else if (!plugin.presence.isThere)
+        Line("file", plugin.file, Coloured(Colour::Bad, Words(plugin.presence)));
     WriteChecks(plugin.fileChecks);
 }
 
@@ -239,8 +240,8 @@ void TextReport::WriteOpenSsl(OpenSsl const& openSsl) const
         return;
     }
     Line("file", openSsl.file,
-         (openSsl.exists ? Coloured(Colour::Good, "is there")
-                         : Coloured(Colour::Doubtful, "does not exist")));
+         Coloured(openSsl.presence.isThere ? Colour::Good : Colour::Doubtful,
+                  Words(openSsl.presence)));
     Line("chosen by",
          openSsl.isOverride ? "the client configuration" : "the version compatibility file");
 }

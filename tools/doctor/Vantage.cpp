@@ -8,6 +8,7 @@
 #include "../common/Host.h"
 #include "../common/ModuleImage.h"
 #include "../common/System.h"
+#include "../common/Utf8.h"
 #include "platform/Platform.h"
 
 namespace Halvorix::Doctor {
@@ -21,14 +22,14 @@ Vantage vantage;
 // A library may be there under its versioned name alone.
 fs::path LibraryIn(fs::path const& folder)
 {
-    std::string const name = Tools::FromWide(Platform::LibraryFileName()).u8string();
+    std::string const name = Tools::Utf8(Platform::LibraryFileName());
     std::error_code unknown;
     if (fs::is_regular_file(folder / fs::u8path(name), unknown))
         return folder / fs::u8path(name);
     std::vector<fs::path> versioned;
     for (fs::directory_iterator entry(folder, unknown), end; !unknown && entry != end;
          entry.increment(unknown))
-        if (entry->path().filename().u8string().rfind(name + ".", 0) == 0 &&
+        if (Tools::Utf8(entry->path().filename()).rfind(name + ".", 0) == 0 &&
             entry->is_regular_file(unknown))
             versioned.push_back(entry->path());
     auto const first = std::min_element(versioned.begin(), versioned.end());

@@ -1,8 +1,10 @@
 #include "Verdict.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "Text.h"
+#include "Words.h"
 
 namespace Halvorix::Doctor {
 
@@ -55,6 +57,7 @@ public:
         JudgeServerApp();
         JudgeCompatibility();
         JudgePlugin();
+        JudgeInterruptionsAfterPlugin();
         JudgeLoad();
         JudgeOpenSsl();
         return std::move(verdict);
@@ -180,10 +183,10 @@ private:
                     missing + "; " + IsNoVariable(unknown),
                     "put the directories right in ssoServer.searchPaths of the client "
                     "configuration");
-        } else if (!server.executableExists) {
+        } else if (!server.presence.isThere) {
             Add(Fatal, "server-executable-missing",
                 "the server application was found in " + server.directory +
-                    ", but its executable " + server.executable + " does not exist",
+                    ", but its executable " + server.executable + " " + Words(server.presence),
                 "put ssoServer.exeName of the client configuration right, or install it anew");
         }
     }
@@ -226,16 +229,32 @@ private:
                 "mend that line, or install the file anew");
             return;
         }
-        JudgeOddities("compatibility-file-wrong-type", "compatibility-file-unknown-key",
-                      "the version compatibility file", file.file, file.oddities);
+        JudgeCompatibilityOddities(false);
         JudgeStoppingModules(file.plugins);
-        JudgeStoppingModules(file.openSsl);
         if (file.isInWorkingDirectory)
             Add(Warning, "compatibility-file-in-working-directory",
                 "the version compatibility file was found in the current directory alone",
                 "put the file beside the server application");
         if (findings.plugin.file.empty())
             JudgeNoPlugin(file);
+    }
+
+    // The list of OpenSSL is read when the plugin is there already.
+    void JudgeCompatibilityOddities(bool isAfterPlugin)
+    {
+        Compatibility const& file = findings.compatibility;
+        std::vector<Oddity> oddities;
+        std::copy_if(file.oddities.begin(), file.oddities.end(), std::back_inserter(oddities),
+                     [isAfterPlugin](Oddity const& oddity) {
+                         return StopsOpenSsl(oddity) == isAfterPlugin;
+                     });
+        JudgeOddities("compatibility-file-wrong-type", "compatibility-file-unknown-key",
+                      "the version compatibility file", file.file, oddities);
+    }
+
+    static bool StopsOpenSsl(Oddity const& oddity)
+    {
+        return oddity.stopsReading && oddity.key.rfind("openssl", 0) == 0;
     }
 
     // Where the value itself is not told already.
@@ -287,7 +306,9 @@ private:
         Plugin const& plugin = findings.plugin;
         if (plugin.file.empty())
             return;
-        if (!plugin.exists) {
+        if (!plugin.presence.reason.empty())
+            return; // told as an interruption
+        if (!plugin.presence.isThere) {
             std::vector<std::string> const unknown = VariablesIn(Wide(plugin.file));
             Add(Fatal, "plugin-file-missing",
                 "the chosen client plugin " + plugin.file + " does not exist" +
@@ -343,16 +364,41 @@ private:
     // Those of wrong types are told by the place in the file.
     void JudgeInterruptions()
     {
+        std::vector<Oddity> const& oddities = findings.compatibility.oddities;
+        bool const isTold = IsToldBefore() ||
+                            std::any_of(oddities.begin(), oddities.end(), [](Oddity const& oddity) {
+                                return oddity.stopsReading && !StopsOpenSsl(oddity);
+                            });
+        if (!isTold && !AnyStops(findings.compatibility.plugins))
+            AddInterruptions(false);
+    }
+
+    void JudgeInterruptionsAfterPlugin()
+    {
         Compatibility const& file = findings.compatibility;
-        if (IsStopped(findings.config.parseError) || IsStopped(file.parseError) ||
-            AnyStops(findings.config.oddities) || AnyStops(file.oddities) ||
-            AnyStops(file.plugins) || AnyStops(file.openSsl))
-            return;
+        if (!IsToldBefore() && !AnyStops(file.oddities) && !AnyStops(file.plugins) &&
+            !AnyStops(file.openSsl))
+            AddInterruptions(true);
+    }
+
+    bool IsToldBefore() const
+    {
+        return IsStopped(findings.config.parseError) ||
+               IsStopped(findings.compatibility.parseError) || AnyStops(findings.config.oddities);
+    }
+
+    void AddInterruptions(bool areAfterPlugin)
+    {
         for (Interruption const& interruption : findings.interruptions)
-            Add(Fatal, "library-stops",
-                "the library ends " + interruption.during +
-                    " with an exception: " + interruption.text,
-                "see to it that the files and directories named above can be read");
+            if (interruption.isAfterPlugin == areAfterPlugin)
+                AddInterruption(interruption);
+    }
+
+    void AddInterruption(Interruption const& interruption)
+    {
+        Add(Fatal, "library-stops",
+            "the library ends " + interruption.during + " with an exception: " + interruption.text,
+            "see to it that the files and directories named above can be read");
     }
 
     void JudgeLoad()
@@ -383,10 +429,12 @@ private:
         OpenSsl const& openSsl = findings.openSsl;
         if (IsConfigStopped())
             return;
+        JudgeCompatibilityOddities(true);
+        JudgeStoppingModules(findings.compatibility.openSsl);
         if (openSsl.file.empty())
             Add(Warning, "openssl-not-chosen", "no OpenSSL module fits; the plugin is told of none",
                 "install one, with its entry in the version compatibility file");
-        else if (!openSsl.exists)
+        else if (!openSsl.presence.isThere && openSsl.presence.reason.empty())
             Add(Warning, "openssl-missing",
                 "the OpenSSL module " + openSsl.file +
                     " does not exist; the plugin is told of it all the same",

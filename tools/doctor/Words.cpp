@@ -62,6 +62,13 @@ char const* Words(ConfigState state) { return Of(StateNames, state).words; }
 char const* Words(Origin origin) { return Of(OriginNames, origin).words; }
 char const* Words(Fit fit) { return Of(FitNames, fit).words; }
 
+std::string Words(Presence const& presence)
+{
+    if (!presence.reason.empty())
+        return "cannot be looked at: " + presence.reason;
+    return presence.isThere ? "is there" : "does not exist";
+}
+
 char const* WordsOfLevel(int level)
 {
     return level == 2 ? "error" : level == 4 ? "warning" : "info";

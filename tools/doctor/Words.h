@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "Findings.h"
 
 namespace Halvorix::Doctor {
@@ -9,6 +11,7 @@ char const* Words(Finding finding);
 char const* Words(ConfigState state);
 char const* Words(Origin origin);
 char const* Words(Fit fit);
+std::string Words(Presence const& presence);
 char const* WordsOfLevel(int level);
 
 // For a program: never changed.

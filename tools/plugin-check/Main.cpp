@@ -7,6 +7,7 @@
 #include "../common/FileChecks.h"
 #include "../common/LoadChecks.h"
 #include "../common/System.h"
+#include "../common/Utf8.h"
 #include "WrittenReport.h"
 
 namespace Halvorix::PluginCheck {
@@ -39,7 +40,7 @@ int Check(fs::path const& module, bool asJson)
     } catch (std::exception const& exception) {
         report.Add("check", Tools::Result::Failed, std::string("given up: ") + exception.what());
     }
-    report.Close(file.generic_u8string());
+    report.Close(Tools::Utf8(file));
     return report.HasFailed() ? SomethingFails : AllHolds;
 }
 
@@ -48,7 +49,7 @@ int Run(std::vector<fs::path> const& arguments)
     bool asJson = false;
     std::vector<fs::path> modules;
     for (fs::path const& argument : arguments) {
-        std::string const text = argument.u8string();
+        std::string const text = Tools::Utf8(argument);
         if (text == "--help") {
             std::cout << Usage;
             return AllHolds;

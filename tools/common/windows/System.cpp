@@ -21,7 +21,7 @@ std::vector<std::filesystem::path> BeginProgram(int, char**)
     return arguments;
 }
 
-std::wstring Wide(std::filesystem::path const& path) { return path.generic_wstring(); }
+std::wstring Wide(std::filesystem::path const& path) { return path.native(); }
 
 std::filesystem::path FromWide(std::wstring const& text) { return text; }
 

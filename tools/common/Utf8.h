@@ -1,0 +1,16 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace Halvorix::Tools {
+
+// UTF-8 that any reader takes: what is no character, such as half a surrogate pair,
+// becomes U+FFFD.
+
+std::string Utf8(std::wstring const& text);
+std::string Utf8(std::string const& text);
+/// With forward slashes.
+std::string Utf8(std::filesystem::path const& path);
+
+} // namespace Halvorix::Tools
