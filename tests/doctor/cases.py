@@ -38,7 +38,8 @@ def all_cases():
 
 def diagnosed(case, build, tell):
     """What `tell` makes of the installation and the doctor's last line on it."""
-    with tempfile.TemporaryDirectory() as directory:
+    # In the build, for the links: these need one file system.
+    with tempfile.TemporaryDirectory(dir=build.folder.parent, prefix="doctor-") as directory:
         installation = rig.Installation(build, pathlib.Path(directory) / "place")
         arguments = installation.set_up(case)
         ended = installation.diagnose(*arguments)

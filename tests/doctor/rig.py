@@ -67,7 +67,7 @@ class Installation:
             (self.root / folder).mkdir(parents=True)
         # On its own: what lies beside a program is found by it.
         self.place("doctor/" + build.doctor, build.doctor)
-        self.place("app/" + build.program, build.doctor)
+        self.place("app/" + build.program, build.host)
         self.place("app/" + build.library, build.library)
 
     def texts(self):
@@ -96,19 +96,29 @@ class Installation:
 
     def write(self, relative, content):
         """A file whose placeholders are filled in, whatever its encoding."""
-        target = self.path(relative)
-        target.parent.mkdir(parents=True, exist_ok=True)
         if isinstance(content, str):
             content = content.encode("utf-8")
-        target.write_bytes(self.filled(content.decode("latin-1")).encode("latin-1"))
+        return self.replace(relative, self.filled(content.decode("latin-1")).encode("latin-1"))
+
+    def replace(self, relative, content):
+        """A new file in the place of one that may be a link to the build's."""
+        target = self.path(relative)
+        target.parent.mkdir(parents=True, exist_ok=True)
+        target.unlink(missing_ok=True)
+        target.write_bytes(content)
+        target.chmod(0o755)
         return self
 
     def place(self, relative, name):
-        """A file of the build."""
+        """A file of the build: a link to it, since some have many megabytes."""
         target = self.path(relative)
         target.parent.mkdir(parents=True, exist_ok=True)
-        shutil.copyfile(self.build.folder / self.filled(name), target)
-        target.chmod(0o755)
+        target.unlink(missing_ok=True)
+        source = (self.build.folder / self.filled(name)).resolve()
+        try:
+            os.link(source, target)
+        except OSError:
+            shutil.copy(source, target)
         return self
 
     def turn_architecture(self, relative):
@@ -117,8 +127,7 @@ class Installation:
         is_pe = data[:2] == b"MZ"
         at = int.from_bytes(data[60:64], "little") + 4 if is_pe else 18
         data[at : at + 2] = (0xAA64 if is_pe else 183).to_bytes(2, "little")
-        self.path(relative).write_bytes(data)
-        return self
+        return self.replace(relative, bytes(data))
 
     def set_up(self, case):
         """As the folder of a case tells it."""
@@ -134,7 +143,7 @@ class Installation:
         for relative, name in about.get("place", {}).items():
             self.place(relative, name + self.build.module)
         for relative, size in about.get("cut", {}).items():
-            os.truncate(self.path(relative), size)
+            self.replace(relative, self.path(relative).read_bytes()[:size])
         for relative in about.get("otherArchitecture", []):
             self.turn_architecture(relative)
         for relative in about.get("remove", []):

@@ -116,6 +116,19 @@ void TellFlaw(ModuleFlaw flaw, Json::Value const& element, Module& told)
     }
 }
 
+// The library does so for the one that it chooses alone.
+void TellFile(CompatibleModule const& record, Look look, Module& told)
+{
+    try {
+        std::wstring const file =
+            SSOServices::NormalizePath(SSOServices::JoinPath(record.modulePath, record.module));
+        told.file = Shown(file);
+        told.presence = look(file);
+    } catch (std::exception const& exception) {
+        told.presence.reason = Tools::Presentable(exception.what());
+    }
+}
+
 Read ReadElement(Resolver& resolver, Json::Value element, Look look)
 {
     Read read;
@@ -137,10 +150,7 @@ Read ReadElement(Resolver& resolver, Json::Value element, Look look)
             return read;
         }
         told.range = Spelled(record.module.compatibleVersions.front());
-        std::wstring const file = SSOServices::NormalizePath(
-            SSOServices::JoinPath(record.module.modulePath, record.module.module));
-        told.file = Shown(file);
-        told.presence = look(file);
+        TellFile(record.module, look, told);
         read.record = std::move(record.module);
     } catch (std::exception const& exception) {
         read.isWrongType = dynamic_cast<Json::Exception const*>(&exception) != nullptr;

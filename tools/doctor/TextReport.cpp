@@ -191,10 +191,10 @@ void TextReport::WriteModules(ModuleList const& list) const
         std::string verdict = Words(module.fit);
         if (!module.detail.empty())
             verdict += ": " + module.detail;
-        if (!module.file.empty() && !module.presence.isThere)
-            verdict += module.presence.reason.empty()
-                           ? ", file missing on disk"
-                           : ", file cannot be looked at: " + module.presence.reason;
+        if (!module.presence.reason.empty())
+            verdict += ", file cannot be looked at: " + module.presence.reason;
+        else if (!module.file.empty() && !module.presence.isThere)
+            verdict += ", file missing on disk";
         std::cout << "    " << module.number << ". " << Or(module.name, "(no module)")
                   << "  version " << Or(module.version, "(none)") << "  for "
                   << Or(module.range, "(no range)") << "  "

@@ -1,0 +1,251 @@
+#!/usr/bin/env python3
+"""What is told of what was found."""
+
+import json
+import os
+
+import rig
+import harness
+from harness import COMPATIBILITY, line_of, said, skip
+
+
+def TellsTheWholeRoad(test):
+    ended = test.whole().diagnose()
+    said(ended, "10.22.00.1800", "Known folders", "%ProgramFiles%", "%LocalAppData%")
+    line_of(ended, "ssoServer.searchPaths", "/server", "(file, line 3, column 9)")
+    line_of(ended, "ssoServer.serverName", "Halvorix.SSO.DefaultServer-v2", "(default)")
+    line_of(ended, "ssoServer.bundleId", "(not set)")
+    line_of(ended, "1. RecordingPlugin", "version 1.0", "from 10.22, up to 10.22.00.1800", "chosen")
+    said(ended, "%SSOServerAppPath%/plugin -> ")
+    line_of(ended, "ok", "export", test.build.decorated)
+    line_of(ended, "openssl/openssl" + test.build.module + "  is there")
+
+
+def EachEntryHasItsVerdict(test):
+    place = test.whole()
+    fits = {"minVersion": "10.22"}
+    entries = [
+        ("Low", "1.0", fits, "fits-lower-version"),
+        ("High", "4.0", {"minVersion": "11"}, "below-minimum"),
+        ("Best", "3.0", fits, "chosen"),
+        ("Twin", "3.0", fits, "fits-later-in-file"),
+        ("Old", "5.0", {"maxVersion": "10.21"}, "above-maximum"),
+        ("Listed", "5.0", {"versions": ["10.21"]}, "not-listed"),
+        ("", "5.0", fits, "ignored"),
+        ("NoRange", "5.0", None, "ignored"),
+    ]
+    objects = [
+        {"module": module, "modulePath": "%ExePath%", "version": version}
+        | ({"compatibleSsoServicesVersion": bounds} if bounds else {})
+        for module, version, bounds, _ in entries
+    ]
+    objects += [None, {"module": "Other", "modulePathWoW64": "x"}]
+    content = {"ssoClientPlugin": objects, "openssl": objects}
+    place.write("server/SSOVersionCompatibility.config", json.dumps(content))
+    wanted = [verdict for *_, verdict in entries] + ["null", "no-path-for-process"]
+    document = place.diagnose("--json").document
+    for key in ("ssoClientPlugin", "openssl"):
+        rows = document["compatibilityFile"][key]["modules"]
+        assert [row["verdict"] for row in rows] == wanted
+        assert [row["number"] for row in rows] == list(range(1, 11))
+    assert document["plugin"]["file"].endswith("/app/Best")
+    ended = place.diagnose()
+    assert "3. Best" in ended.output and ended.output.count("chosen, file missing on disk") == 2
+
+
+def OverriddenOpenSsl(test):
+    place = test.whole()
+    config = {"ssoServer": {"searchPaths": "{root}/server"}}
+    config["openssl"] = {"moduleName": "crypto.x", "modulePath": "%ExePath%/ssl"}
+    place.write("app/SSOClient.config", json.dumps(config)).write("app/ssl/crypto.x", "")
+    document = place.diagnose("--json").document
+    assert document["opensslModule"]["isOverride"] and document["opensslModule"]["exists"]
+    rows = document["compatibilityFile"]["openssl"]["modules"]
+    assert [row["verdict"] for row in rows] == ["fits-overridden"]
+
+
+def ParseErrorPosition(test):
+    place = test.whole()
+    content = '{\n  "ssoServer": {\n    "appName": "Zoë"; "exeName": "x"\n  }\n}\n'
+    for file, name in (
+        ("app/SSOClient.config", "clientConfig"),
+        ("server/SSOVersionCompatibility.config", "compatibilityFile"),
+    ):
+        broken = test.whole().write(file, content.replace("\n", "\r\n"))
+        ended = broken.diagnose()
+        said(ended, file, "line 3, column 21: Missing ',' or '}' in object declaration")
+        assert '  |     "appName": "Zoë"; "exeName": "x"' in ended.lines
+        error = broken.diagnose("--json").document[name]["parseError"]
+        assert error["position"] == {"line": 3, "column": 21}
+        assert error["text"] == '    "appName": "Zoë"; "exeName": "x"'
+    assert place.diagnose("--json").document["clientConfig"]["parseError"] is None
+
+
+def UnknownKeys(test):
+    place = test.whole()
+    config = '{\n "ssoServer": {"searchPaths": "{root}/server",\n  "SEARCHPATHS": 1},\n "more": {}\n}'
+    place.write("app/SSOClient.config", config)
+    ended = place.diagnose()
+    assert ended.last == rig.CAN_WORK
+    line_of(ended, "line 3, column 3: ssoServer.SEARCHPATHS: ignored: the key is written")
+    line_of(ended, "line 4, column 2: more: no key of this file, ignored")
+
+
+def Location(test):
+    """What stands in the registry on Windows."""
+    if test.build.is_windows:
+        skip("it would change the registry of every other test")
+    place = test.whole().write("app/SSOClient.config", "{}")
+    assert place.diagnose().status == 1
+    place.write("xdg/Halvorix/HxSSO/Location", "{root}/server\n")
+    ended = place.diagnose()
+    assert ended.last == rig.CAN_WORK
+    line_of(ended, "ssoServer.searchPaths", "/server", "(registry)")
+
+
+def FileOfTheWorkingDirectory(test):
+    place = test.whole()
+    os.rename(place.root / "app/SSOClient.config", place.root / "work/SSOClient.config")
+    ended = place.diagnose()
+    assert ended.last == rig.CAN_WORK
+    line_of(ended, "warning", "found in the current directory alone")
+
+
+def CircularDirectory(test):
+    if test.build.is_windows:
+        skip("links that lead in a circle are not made there")
+    place = test.whole()
+    os.symlink("circle", place.root / "app/circle")
+    config = '{"ssoServer": {"searchPaths": "%ExePath%/circle;{root}/server"}}'
+    place.write("app/SSOClient.config", config)
+    ended = place.diagnose()
+    assert ended.status == 1 and "with an exception" in ended.last, ended.last
+    line_of(ended, "/app/circle", "cannot be looked at")
+
+
+def LibraryOfOtherVersion(test):
+    place = test.whole()
+    library = place.root / "app" / test.build.library
+    if test.build.is_windows:
+        wanted, other = ("10.22.0.1800".encode("utf-16-le"), "10.23.0.1801".encode("utf-16-le"))
+        content = library.read_bytes()
+        assert wanted in content
+        place.replace("app/" + test.build.library, content.replace(wanted, other))
+    else:
+        os.rename(library, place.root / "app/libHxSSOServices.so.10.23.0.1801")
+        os.symlink("libHxSSOServices.so.10.23.0.1801", library)
+    ended = place.diagnose()
+    assert ended.last == rig.CAN_WORK
+    line_of(ended, "warning", "is version 10.23.0.1801, and this doctor speaks for 10.22.0.1800")
+    ours = test.whole().diagnose("--json").document["library"]["fileVersion"]
+    assert ours == ("10.22.0.1800" if test.build.is_windows else None)
+
+
+def NamesBeyondAscii(test):
+    place = test.whole()
+    folder = place.root / "Zoë €"
+    os.rename(place.root / "app", folder)
+    program = test.build.spelled(folder / test.build.program)
+    ended = place.run("--exe", program)
+    assert ended.last == rig.CAN_WORK
+    line_of(ended, "%ExePath%", test.build.spelled(folder))
+    document = place.run("--exe", program, "--json").document
+    assert document["program"]["executable"] == program
+
+
+def TextThatIsNotUtf8(test):
+    """Latin-1 reads as an empty text, save where the library keeps the bytes."""
+    place = test.whole()
+    config = '{"ssoServer": {"searchPaths": "{root}/server", "appName": "Zo\u00eb.exe",'
+    config += ' "processName": "Zo\u00eb"}}'
+    place.write("app/SSOClient.config", config.encode("latin-1"))
+    ended = place.diagnose()
+    assert ended.last == rig.CAN_WORK
+    line_of(ended, "ssoServer.appName", "HxSSO.exe", "(default)")
+    line_of(ended, "line 1, column ", "ssoServer.appName: not UTF-8 and reads as empty")
+    line_of(ended, "warning", "ssoServer.appName is not UTF-8 and reads as empty")
+    line_of(ended, "ssoServer.processName", "(file, line 1")
+    assert "processName is not UTF-8" not in ended.output
+    place = test.whole()
+    file = "server/SSOVersionCompatibility.config"
+    whole = json.loads(place.path(file).read_text(encoding="utf-8"))
+    for key in ("module", "modulePath"):
+        entry = whole["ssoClientPlugin"][0]
+        content = json.dumps({"ssoClientPlugin": [entry | {key: "Zo\u00eb"}]}, ensure_ascii=False)
+        ended = place.write(file, content.encode("latin-1")).diagnose()
+        said(ended, "(1. ", f": {key} is not UTF-8 and reads as empty)")
+        line_of(ended, "  line 1, column ", f": ssoClientPlugin[1].{key}: not UTF-8 and reads as empty")
+
+
+def OriginsOfKeys(test):
+    """By what the library has taken, not by what is written."""
+
+    def keys(place):
+        document = place.diagnose("--json").document["clientConfig"]
+        return [(key["key"], key["value"], key["origin"]) for key in document["keys"]]
+
+    place = test.whole()
+    paths = "{root}/server;{root}/server"
+    place.write("app/SSOClient.config", json.dumps({"ssoServer": {"searchPaths": paths}}))
+    if not test.build.is_windows:  # where it stands in the registry of all tests
+        place.write("xdg/Halvorix/HxSSO/Location", "{root}/elsewhere\n")
+        found = [key[1:] for key in keys(place) if key[0] == "ssoServer.searchPaths"]
+        root = str(place.root)
+        assert found == [(root + "/server", "file"), (root + "/elsewhere", "registry")], found
+    stopped = {"appName": "HxSSO.exe", "serverName": [], "bundleId": "never.read"}
+    place.write("app/SSOClient.config", json.dumps({"ssoServer": stopped}))
+    found = {key: (value, origin) for key, value, origin in keys(place)}
+    assert found["ssoServer.appName"] == ("HxSSO.exe", "file"), found
+    assert found["ssoServer.bundleId"] == (None, "unset"), found
+    assert not any(origin == "default" for _, origin in found.values()), found
+
+
+def HalfSurrogatePairs(test):
+    """Both reports stay UTF-8; what is no character is U+FFFD in them."""
+    place = test.whole()
+    config = '{"ssoServer": {"searchPaths": "{root}/server", "processName": "a\\udc00b",'
+    config += ' "bundleId": "x\\udc00y"}}'
+    place.write("app/SSOClient.config", config)
+    content = place.path(COMPATIBILITY).read_text(encoding="utf-8")
+    place.write(COMPATIBILITY, content.replace("RecordingPlugin", "Half\\udc00Pair"))
+    ended = place.diagnose()
+    line_of(ended, "1. Half", "Pair" + test.build.module + "  version 1.0")
+    document = place.diagnose("--json", "--log").document
+    if test.build.is_windows:
+        name = "/plugin/Half\ufffdPair" + test.build.module
+        assert name + " does not exist" in ended.last, ended.last
+        assert document["plugin"]["file"].endswith(name)
+        assert document["load"]["log"][-1]["text"].endswith(name)
+    else:  # where such a name ends the choice with an exception
+        assert "ends the choice of the client plugin with an exception" in ended.last, ended.last
+    keys = {key["key"]: key["value"] for key in document["clientConfig"]["keys"]}
+    assert keys["ssoServer.bundleId"] == "x\ufffdy", keys
+    # The bytes are the library's, and each is none.
+    assert keys["ssoServer.processName"] == "a\ufffd\ufffd\ufffdb", keys
+
+
+def ListsAsTheyWereSearched(test):
+    """A variable of the server application has no value while it is searched for."""
+    place = test.whole()
+    config = {"ssoServer": {"searchPaths": "%SSOServerAppPath%/x;{root}/server"}}
+    place.write("app/SSOClient.config", json.dumps(config))
+    arguments = ["--search", "%SSOServerAppPath%/support"]
+    document = place.diagnose("--json", "--log", *arguments).document
+    root = test.build.spelled(place.root)
+    directories = document["serverApplication"]["search"]["directories"]
+    paths = [directory["path"] for directory in directories]
+    assert paths == [root + "/app", "%SSOServerAppPath%/x", root + "/server"], paths
+    assert directories[1]["unresolvedVariables"] == ["SSOServerAppPath"]
+    supported = document["clientConfig"]["search"]["directories"]
+    assert [one["path"] for one in supported] == [root + "/app", "%SSOServerAppPath%/support"]
+    # And so it is in the library's own words.
+    log = [line["text"] for line in document["load"]["log"]]
+    assert "Searching for SSO server app HxSSO.exe in the following paths:\n" + "\n".join(paths) in log
+    assert any(line.endswith("/app\n%SSOServerAppPath%/support") for line in log), log
+    variables = {one["name"]: one["value"] for one in document["program"]["pathVariables"]}
+    assert variables["SSOServerAppPath"] == root + "/server"
+    assert document["verdict"]["canWork"]
+
+
+if __name__ == "__main__":
+    harness.run(globals())

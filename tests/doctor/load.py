@@ -1,0 +1,66 @@
+#!/usr/bin/env python3
+"""What runs of the plugin, and what is told of it."""
+
+import json
+
+import rig
+import harness
+from harness import line_of, said
+
+
+def NothingOfThePluginRunsUnasked(test):
+    place = test.whole()
+    assert place.diagnose().status == 0 and place.diagnose("--json").status == 0
+    assert not (place.root / "record").exists(), "code of the plugin ran"
+    line_of(place.diagnose("--load"), "ok", "interfaces", "ISSOServerManager, ")
+    assert (place.root / "record").exists()
+
+
+def LogOfALoad(test):
+    place = test.whole()
+    ended = place.diagnose("--log")
+    assert ended.last == rig.CAN_WORK
+    begin = ended.lines.index("The library's log of a load")
+    log = ended.lines[begin + 1 :]
+    assert log[0].startswith("  [info] " + test.build.library_name + " module loaded (Version: ")
+    assert test.build.spelled(place.root / "app" / test.build.library) + ")" in log[0]
+    plugin = test.build.spelled(place.root / "server/plugin/RecordingPlugin")
+    said(ended, "  [info] Dynamically loading client plugin module " + plugin)
+    said(ended, "  [info] Searching for compatible openssl version")
+    # The plugin is told the same, by its logger.
+    record = (place.root / "record").read_text(encoding="utf-8")
+    assert "ILogger::WriteLine" in record and "SetOpenSslModule" in record
+    load = place.diagnose("--log", "--json").document["load"]
+    assert load["worked"] and {line["level"] for line in load["log"]} == {8}
+
+
+def LogOfALoadThatFails(test):
+    place = test.installation("plugin-lacks-a-dependency")
+    ended = place.diagnose("--log")
+    assert ended.status == 1
+    line_of(ended, "[error] Failed to load client plugin module")
+    load = place.diagnose("--log", "--json").document["load"]
+    assert not load["worked"] and load["log"][-1]["level"] == 2
+    empty = test.installation("factory-empty")
+    load = empty.diagnose("--log", "--json").document["load"]
+    assert not load["worked"] and load["log"][-1]["text"].startswith("Getting factory from")
+
+
+def ReasonOfALoadThatFails(test):
+    """Not what was logged long before it."""
+    place = test.installation("factory-empty")
+    file = "server/SSOVersionCompatibility.config"
+    whole = json.loads(place.path(file).read_text(encoding="utf-8"))
+    whole["ssoClientPlugin"].insert(0, {"module": ""})
+    place.write(file, json.dumps(whole))
+    ended = place.diagnose("--log")
+    line_of(ended, "[error] Blank or missing key 'module' in ssoClientPlugin")
+    line_of(ended, "wrong: ", "could not load the client plugin: it gives no factory")
+    place.script = test.installation("factory-throws").script
+    problems = place.diagnose("--log", "--json").document["verdict"]["problems"]
+    codes = {problem["code"] for problem in problems if problem["isFatal"]}
+    assert codes == {"library-stops", "plugin-factory"}, codes
+
+
+if __name__ == "__main__":
+    harness.run(globals())
