@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """cases.py run CASE FOLDER [EMULATOR...]     the doctor's last line, against expected.txt
-cases.py page                              docs/broken-installations.md, against the folders
-cases.py --update FOLDER [EMULATOR...]     writes expected.txt of all cases, and the page
+cases.py page                              the table in docs/troubleshooting.md, likewise
+cases.py --update FOLDER [EMULATOR...]     writes expected.txt of all cases, and the table
 
 Each folder below cases/ is an installation. case.json says what is put into it from
 the build (FOLDER) and how the doctor is started; everything in a folder of its own
@@ -15,21 +15,14 @@ sys.dont_write_bytecode = True
 import rig  # noqa: E402
 
 CASES = pathlib.Path(__file__).resolve().parent / "cases"
-PAGE = CASES.parents[2] / "docs" / "broken-installations.md"
+PAGE = CASES.parents[2] / "docs" / "troubleshooting.md"
 
 DECORATED = (
     "?GetSSOClientFactory@@YA?AV?$shared_ptr@VISSOClientFactory@SSOServices@Halvorix@@@std@@XZ"
 )
 
-HEAD = """# Broken installations
-
-What `hxsso-doctor` says in its last line, for installations that are broken in one
-place each. Each is a folder below `tests/doctor/cases`, and the tests run the doctor
-on every one of them.
-
-| installation | last line |
-|---|---|
-"""
+BEGIN = "<!-- installations: written by tests/doctor/cases.py, do not edit -->\n"
+END = "<!-- end of the installations -->\n"
 
 
 def all_cases():
@@ -52,8 +45,8 @@ def diagnosed(case, build, tell):
         return tell(installation, last)
 
 
-def page():
-    text = HEAD
+def table():
+    text = "\n| installation | last line |\n|---|---|\n"
     for case in all_cases():
         last = (case / "expected.txt").read_text().strip()
         # As on the system that the product is for.
@@ -69,7 +62,12 @@ def page():
         ):
             last = last.replace(name, value)
         text += f"| {case.name.replace('-', ' ')} | ``{last}`` |\n"
-    return text
+    return text + "\n"
+
+
+def page():
+    before, rest = PAGE.read_text().split(BEGIN)
+    return before + BEGIN + table() + END + rest.split(END)[1]
 
 
 def main():
