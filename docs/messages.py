@@ -215,12 +215,12 @@ def check(root):
     return wrong + check_sources(root, names), len(names)
 
 
-def main():
+def main(arguments=None):
     parser = argparse.ArgumentParser()
     parser.add_argument("--update", action="store_true")
     parser.add_argument("--root", type=pathlib.Path,
                         default=pathlib.Path(__file__).resolve().parents[1])
-    options = parser.parse_args()
+    options = parser.parse_args(arguments)
     if options.update:
         path = options.root / "docs/troubleshooting.md"
         content = table(messages_in_code(options.root), messages_told(options.root)[0])

@@ -226,22 +226,10 @@ class Place:
 
     def diagnosis(self, choices):
         if self.row is None:
-            self.row = subprocess.Popen(
-                [*BUILD.emulator, str(self.originals / ROW)],
-                stdin=subprocess.PIPE, stdout=subprocess.PIPE, **self.settings,
-            )
-        self.row.stdin.write(json.dumps(self.arguments(choices)).encode("utf-8") + b"\n")
-        self.row.stdin.flush()
-        text = b""
-        for line in self.row.stdout:
-            if line.startswith(b"exit status "):
-                assert int(line.split()[-1]) in (0, 1), line
-                return json.loads(text)
-            text += line
-        if BUILD.emulator and self.row.wait() == rig.SKIPPED:
-            print("skipped: programs of this build do not run here", flush=True)
-            os._exit(rig.SKIPPED)
-        raise AssertionError(f"the doctor ended with {self.row.wait()}: {text!r}")
+            self.row = rig.Row(BUILD, self.originals / ROW, **self.settings)
+        status, output = self.row.run(*self.arguments(choices))
+        assert status in (0, 1), status
+        return json.loads(output)
 
     def program_diagnosis(self, choices):
         program = str(self.originals / DOCTOR)
@@ -251,8 +239,7 @@ class Place:
 
     def close(self):
         if self.row is not None:
-            self.row.stdin.close()
-            assert self.row.wait() == 0, "the doctor did not end well"
+            self.row.close()
 
 
 def chosen(document, key):

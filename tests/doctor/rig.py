@@ -16,7 +16,7 @@ class Build:
     """Where the build's programs and modules lie, and how they are run."""
 
     def __init__(self, folder, emulator):
-        self.folder = pathlib.Path(folder)
+        self.folder = pathlib.Path(os.path.abspath(folder))
         self.emulator = [os.path.abspath(word) if os.path.exists(word) else word for word in emulator]
         self.is_windows = (self.folder / "hxsso-doctor.exe").exists()
         exe = ".exe" if self.is_windows else ""
@@ -54,6 +54,40 @@ class Ended:
     @property
     def document(self):
         return json.loads(self.output)
+
+
+class Row:
+    """The doctor, one run after the other in one process: a start costs more than what
+    it does."""
+
+    def __init__(self, build, program, **settings):
+        self.process = subprocess.Popen(
+            [*build.emulator, str(program)],
+            stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE,
+            **settings,
+        )
+        self.is_emulated = bool(build.emulator)
+
+    def run(self, *arguments):
+        """Exit status and output of one run."""
+        self.process.stdin.write(json.dumps(arguments).encode("utf-8") + b"\n")
+        self.process.stdin.flush()
+        output = b""
+        for line in self.process.stdout:
+            if line.startswith(b"exit status "):
+                return int(line.split()[-1]), output
+            output += line
+        status = self.process.wait()
+        if self.is_emulated and status == SKIPPED:
+            print("skipped: programs of this build do not run here", flush=True)
+            os._exit(SKIPPED)
+        raise AssertionError(f"the doctor ended with {status}: {output!r}")
+
+    def close(self):
+        self.process.stdin.close()
+        assert self.process.wait() == 0, "the doctor did not end well"
+        self.process.stdout.close()
 
 
 class Installation:
@@ -187,6 +221,14 @@ class Installation:
             print(process.stderr.decode())
             sys.exit(SKIPPED)
         return Ended(process)
+
+    def row(self):
+        return Row(
+            self.build,
+            self.build.folder / self.build.row,
+            cwd=self.root / "work",
+            env=self.environment(),
+        )
 
     def diagnose(self, *arguments, environment=None):
         """The doctor on the program in app/."""

@@ -121,11 +121,11 @@ def check_table():
             if other.startswith("src/") and order.index(other) < order.index(folder)]
 
 
-def main():
+def main(arguments=None):
     parser = argparse.ArgumentParser()
     parser.add_argument("--root", type=pathlib.Path,
                         default=pathlib.Path(__file__).resolve().parents[2])
-    root = parser.parse_args().root
+    root = parser.parse_args(arguments).root
     wrong, count = check_files(root)
     wrong += check_table() + check_page(root)
     for text in wrong:

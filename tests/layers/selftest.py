@@ -1,14 +1,19 @@
 #!/usr/bin/env python3
 """Adds a wrong include to a copy of the sources, and expects it to be found."""
 
+import contextlib
+import io
 import pathlib
 import shutil
-import subprocess
 import sys
 import tempfile
 
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(HERE))
+import check  # noqa: E402
 
 # File, line that is added to it, what has to be said.
 WRONG = [
@@ -53,9 +58,9 @@ WRONG = [
 
 def run(root):
     """Exit status and output of a check."""
-    done = subprocess.run([sys.executable, HERE / "check.py", "--root", root],
-                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
-    return done.returncode, done.stdout
+    with contextlib.redirect_stdout(io.StringIO()) as output:
+        status = check.main(["--root", str(root)])
+    return status, output.getvalue()
 
 
 def main():
