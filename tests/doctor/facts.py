@@ -211,13 +211,12 @@ def HalfSurrogatePairs(test):
     ended = place.diagnose()
     line_of(ended, "1. Half", "Pair" + test.build.module + "  version 1.0")
     document = place.diagnose("--json", "--log").document
+    # Such a name ends a load: where it is looked for, or already where it is joined.
+    assert " with an exception: boost::filesystem::path codecvt" in ended.last, ended.last
     if test.build.is_windows:
         name = "/plugin/Half\ufffdPair" + test.build.module
-        assert name + " does not exist" in ended.last, ended.last
         assert document["plugin"]["file"].endswith(name)
         assert document["load"]["log"][-1]["text"].endswith(name)
-    else:  # where such a name ends the choice with an exception
-        assert "ends the choice of the client plugin with an exception" in ended.last, ended.last
     keys = {key["key"]: key["value"] for key in document["clientConfig"]["keys"]}
     assert keys["ssoServer.bundleId"] == "x\ufffdy", keys
     # The bytes are the library's, and each is none.
