@@ -1,6 +1,7 @@
 """A program, the library and what else an installation has, in a directory of its
 own, and hxsso-doctor run on it."""
 
+import contextlib
 import json
 import os
 import pathlib
@@ -71,8 +72,9 @@ class Row:
 
     def run(self, *arguments):
         """Exit status and output of one run."""
-        self.process.stdin.write(json.dumps(arguments).encode("utf-8") + b"\n")
-        self.process.stdin.flush()
+        with contextlib.suppress(BrokenPipeError):  # one that has ended is told below
+            self.process.stdin.write(json.dumps(arguments).encode("utf-8") + b"\n")
+            self.process.stdin.flush()
         output = b""
         for line in self.process.stdout:
             if line.startswith(b"exit status "):
@@ -81,7 +83,7 @@ class Row:
         status = self.process.wait()
         if self.is_emulated and status == SKIPPED:
             print("skipped: programs of this build do not run here", flush=True)
-            os._exit(SKIPPED)
+            sys.exit(SKIPPED)
         raise AssertionError(f"the doctor ended with {status}: {output!r}")
 
     def close(self):
