@@ -45,7 +45,7 @@ std::string Spelled(VersionRange const& range)
 }
 
 /// The library's test for a file of the list.
-using Look = Presence (*)(std::wstring const&);
+using LookForModule = Presence (*)(std::wstring const&);
 
 /// A record of the file beside what is told of it.
 struct Read {
@@ -117,7 +117,7 @@ void TellFlaw(ModuleFlaw flaw, Json::Value const& element, Module& told)
 }
 
 // The library does so for the one that it chooses alone.
-void TellFile(CompatibleModule const& record, Look look, Module& told)
+void TellFile(CompatibleModule const& record, LookForModule look, Module& told)
 {
     try {
         std::wstring const file =
@@ -129,7 +129,7 @@ void TellFile(CompatibleModule const& record, Look look, Module& told)
     }
 }
 
-Read ReadElement(Resolver& resolver, Json::Value element, Look look)
+Read ReadElement(Resolver& resolver, Json::Value element, LookForModule look)
 {
     Read read;
     Module& told = read.told;
@@ -236,7 +236,7 @@ void TellUnread(std::vector<Read>& reads, std::vector<Oddity>& oddities)
         oddity.stopsReading = false;
 }
 
-void ExamineList(Resolver& resolver, JsonInspection const& file, Look look,
+void ExamineList(Resolver& resolver, JsonInspection const& file, LookForModule look,
                  std::string const& answer, bool isOverridden, ModuleList& list,
                  std::vector<Oddity>& oddities)
 {

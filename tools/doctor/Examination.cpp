@@ -82,6 +82,22 @@ void AddVariables(Resolver& resolver, Program& program)
     }
 }
 
+// A load ends with the exception where it cannot look at one of them.
+void LookForFiles(std::wstring const& plugin, std::wstring const& openSsl, Findings& findings)
+{
+    if (!plugin.empty())
+        findings.plugin.presence = LookForPlugin(plugin);
+    if (!openSsl.empty())
+        findings.openSsl.presence = LookFor(openSsl);
+    std::string const& ofPlugin = findings.plugin.presence.reason;
+    std::string const& ofOpenSsl = findings.openSsl.presence.reason;
+    if (!ofPlugin.empty())
+        findings.interruptions.push_back({"the look for the client plugin's file", ofPlugin});
+    if (!ofOpenSsl.empty())
+        findings.interruptions.push_back(
+            {"the look for the OpenSSL module's file", ofOpenSsl, true});
+}
+
 } // namespace
 
 void ExamineProgram(Resolver& resolver, Options const& options, Findings& findings)
@@ -124,22 +140,6 @@ void ExamineServerApp(Resolver& resolver, Findings& findings)
     server.executable = Shown(executable);
     if (!executable.empty())
         server.presence = LookFor(executable);
-}
-
-// A load ends with the exception where it cannot look at one of them.
-void LookForFiles(std::wstring const& plugin, std::wstring const& openSsl, Findings& findings)
-{
-    if (!plugin.empty())
-        findings.plugin.presence = LookForPlugin(plugin);
-    if (!openSsl.empty())
-        findings.openSsl.presence = LookFor(openSsl);
-    std::string const& ofPlugin = findings.plugin.presence.reason;
-    std::string const& ofOpenSsl = findings.openSsl.presence.reason;
-    if (!ofPlugin.empty())
-        findings.interruptions.push_back({"the look for the client plugin's file", ofPlugin});
-    if (!ofOpenSsl.empty())
-        findings.interruptions.push_back(
-            {"the look for the OpenSSL module's file", ofOpenSsl, true});
 }
 
 Findings Examine(Options const& options)
