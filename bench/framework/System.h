@@ -1,0 +1,32 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Halvorix::SSOServices {
+class ISSOClientFactory;
+}
+
+// What the benchmarks need of the operating system. Each system has a folder of
+// its own beside this header.
+namespace Bench {
+
+/// Where the executable, the library and the bench's files lie.
+std::filesystem::path ThisFolder();
+
+/// The plugin's file in the folder that the bench's compatibility file names.
+std::filesystem::path PluginFile();
+
+using FactoryProcedure = std::shared_ptr<Halvorix::SSOServices::ISSOClientFactory> (*)();
+
+/// Maps the plugin and finds its procedure by hand; the program ends where that
+/// fails.
+FactoryProcedure LoadPlugin(std::filesystem::path const& file);
+
+/// Runs a program of this folder to its end and answers its standard output.
+/// Throws unless it ends with status 0.
+std::string Run(std::string const& program, std::vector<std::string> const& arguments);
+
+} // namespace Bench

@@ -1,0 +1,69 @@
+#include "../System.h"
+
+#include <dlfcn.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+
+extern char** environ;
+
+namespace Bench {
+
+std::filesystem::path ThisFolder()
+{
+    return std::filesystem::read_symlink("/proc/self/exe").parent_path();
+}
+
+std::filesystem::path PluginFile() { return ThisFolder() / "bench-server/plugin/BenchPlugin.so"; }
+
+FactoryProcedure LoadPlugin(std::filesystem::path const& file)
+{
+    void* const module = ::dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+    void* const symbol = module == nullptr ? nullptr : ::dlsym(module, "_Z19GetSSOClientFactoryv");
+    if (symbol == nullptr) {
+        std::fputs(::dlerror(), stderr);
+        std::abort();
+    }
+    return reinterpret_cast<FactoryProcedure>(symbol);
+}
+
+std::string Run(std::string const& program, std::vector<std::string> const& arguments)
+{
+    std::string file = (ThisFolder() / program).string();
+    std::vector<std::string> words = arguments;
+    std::vector<char*> argv{file.data()};
+    for (std::string& word : words)
+        argv.push_back(word.data());
+    argv.push_back(nullptr);
+
+    int ends[2];
+    if (::pipe(ends) != 0)
+        throw std::runtime_error("no pipe");
+    posix_spawn_file_actions_t actions;
+    ::posix_spawn_file_actions_init(&actions);
+    ::posix_spawn_file_actions_adddup2(&actions, ends[1], 1);
+    ::posix_spawn_file_actions_addclose(&actions, ends[0]);
+    ::posix_spawn_file_actions_addclose(&actions, ends[1]);
+    pid_t child = 0;
+    int const error = ::posix_spawn(&child, file.c_str(), &actions, nullptr, argv.data(), environ);
+    ::posix_spawn_file_actions_destroy(&actions);
+    ::close(ends[1]);
+
+    std::string output;
+    std::array<char, 4096> part;
+    ssize_t count = 0;
+    while (error == 0 && (count = ::read(ends[0], part.data(), part.size())) > 0)
+        output.append(part.data(), static_cast<std::size_t>(count));
+    ::close(ends[0]);
+    int status = -1;
+    if (error != 0 || ::waitpid(child, &status, 0) != child || status != 0)
+        throw std::runtime_error(program + " failed: " + output);
+    return output;
+}
+
+} // namespace Bench
