@@ -52,16 +52,33 @@ private:
     SecretText<char> document;
 };
 
+// Each builder is a document itself: to make one takes as long as to read a token.
+// Constants, so that all threads may use them; never destroyed, since threads of the
+// host read and write documents until the process is gone.
+Json::CharReaderBuilder const& Readers()
+{
+    static Json::CharReaderBuilder const& builder = *[] {
+        auto made = std::make_unique<Json::CharReaderBuilder>();
+        (*made)["collectComments"] = false;
+        return made.release();
+    }();
+    return builder;
+}
+
+Json::StreamWriterBuilder const& Writers()
+{
+    static Json::StreamWriterBuilder const& builder = *new Json::StreamWriterBuilder;
+    return builder;
+}
+
 } // namespace
 
 bool ParseJsonDocument(char const* text, Json::Value& value)
 {
     if (text == nullptr || *text == '\0')
         return false;
-    Json::CharReaderBuilder builder;
-    builder["collectComments"] = false;
     // In place: parseFromStream would copy the text, with the secrets in it.
-    std::unique_ptr<Json::CharReader> const reader(builder.newCharReader());
+    std::unique_ptr<Json::CharReader> const reader(Readers().newCharReader());
     return reader->parse(text, text + std::strlen(text), &value, nullptr);
 }
 
@@ -72,7 +89,7 @@ std::string WriteJsonDocument(Json::Value const& value)
     DocumentBuffer document;
     std::ostream stream(&document);
     stream.exceptions(std::ios::badbit);
-    std::unique_ptr<Json::StreamWriter> const writer(Json::StreamWriterBuilder().newStreamWriter());
+    std::unique_ptr<Json::StreamWriter> const writer(Writers().newStreamWriter());
     writer->write(value, &stream);
     return document.Release();
 }
