@@ -26,7 +26,11 @@ __attribute__((noinline)) void CountedCalls(void (*call)())
 namespace {
 
 void ForwardedFloor() { FloorIsLoggedIn(); }
-void ForwardedOurs() { WebServicesManager::GetInstance()->IsLoggedIn(); }
+void ForwardedOurs()
+{
+    static WebServicesManager const& manager = *WebServicesManager::GetInstance();
+    manager.IsLoggedIn();
+}
 
 void TokenFloor()
 {

@@ -34,15 +34,12 @@ SSOClientManager::SSOClientManager()
 {
 }
 
-std::shared_ptr<SSOClientManager> SSOClientManager::GetInstance()
+void SSOClientManager::CreateInstance()
 {
-    if (!clientManagerPublished.load(std::memory_order_acquire)) {
-        std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
-        if (!clientManager)
-            clientManager = std::make_shared<SSOClientManager>();
-        clientManagerPublished.store(true, std::memory_order_release);
-    }
-    return clientManager;
+    std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
+    if (!clientManager)
+        clientManager = std::make_shared<SSOClientManager>();
+    clientManagerPublished.store(true, std::memory_order_release);
 }
 
 bool SSOClientManager::ReleaseInstance()

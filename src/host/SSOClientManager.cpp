@@ -41,25 +41,21 @@ SSOClientManager::SSOClientManager(LogFunction log) : SSOPathResolver(OwnVersion
 {
 }
 
-std::shared_ptr<SSOClientManager> SSOClientManager::GetInstance()
+void SSOClientManager::CreateInstance()
 {
-    if (!clientManagerPublished.load(std::memory_order_acquire)) {
-        std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
-        if (!clientManager) {
-            releasePlugin = &SSOClientManager::ReleasePlugin;
-            auto manager = std::make_shared<SSOClientManager>();
-            // Before anyone sees the manager: if this fails, the next use does
-            // both again.
-            if (!processIsEnding) {
-                // The locale is code of this library, and the process keeps it.
-                Platform::KeepLibraryLoaded();
-                SetProcessLocale();
-            }
-            clientManager = std::move(manager);
-            clientManagerPublished.store(true, std::memory_order_release);
-        }
+    std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
+    if (clientManager)
+        return;
+    releasePlugin = &SSOClientManager::ReleasePlugin;
+    auto manager = std::make_shared<SSOClientManager>();
+    // Before anyone sees the manager: if this fails, the next use does both again.
+    if (!processIsEnding) {
+        // The locale is code of this library, and the process keeps it.
+        Platform::KeepLibraryLoaded();
+        SetProcessLocale();
     }
-    return clientManager;
+    clientManager = std::move(manager);
+    clientManagerPublished.store(true, std::memory_order_release);
 }
 
 bool SSOClientManager::ReleaseInstance()
@@ -99,7 +95,8 @@ void SSOClientManager::GetInterface(std::shared_ptr<Interface> (ISSOClientFactor
                                     Message const& refused, std::shared_ptr<Interface>& result)
 {
     std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
-    if (!EnsurePluginLoaded()) {
+    // Most calls find it there, and need not take the lock once more to learn that.
+    if (!clientFactory && !EnsurePluginLoaded()) {
         result.reset();
         return;
     }

@@ -6,6 +6,7 @@
 
 #include "../discovery/SSOPathResolver.h"
 #include "../platform/Platform.h"
+#include "../support/ProcessState.h"
 
 namespace Halvorix::SSOServices {
 
@@ -22,7 +23,12 @@ class SSOClientManager : public SSOPathResolver {
 public:
     /// Creates the manager on first use and then sets the process's locale.
     /// Takes no lock once the manager exists. Never empty.
-    static std::shared_ptr<SSOClientManager> GetInstance();
+    static std::shared_ptr<SSOClientManager> GetInstance()
+    {
+        if (!clientManagerPublished.load(std::memory_order_acquire))
+            CreateInstance();
+        return clientManager;
+    }
 
     /// Drops the process's reference; the next use creates a new manager, which
     /// loads again. Takes no lock: not to run beside any other call. Always true.
@@ -52,6 +58,7 @@ private:
     void GetInterface(std::shared_ptr<Interface> (ISSOClientFactory::*getter)(),
                       Message const& refused, std::shared_ptr<Interface>& result);
 
+    static void CreateInstance();
     static void ReleasePlugin();
 
     bool EnsurePluginLoaded();
