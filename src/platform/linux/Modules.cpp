@@ -59,6 +59,28 @@ std::string InCanonicalFolder(std::string const& file)
     return unknown ? file : (folder / path.filename()).string();
 }
 
+struct OwnFile {
+    std::string spelling; // the loader's
+    std::string file;
+};
+
+OwnFile FindOwnFile()
+{
+    Dl_info library{};
+    if (::dladdr(reinterpret_cast<void const*>(&FindOwnFile), &library) == 0)
+        return {};
+    return {library.dli_fname, InCanonicalFolder(library.dli_fname)};
+}
+
+// What is mapped keeps its name, and each banner after a failed load has this one:
+// those calls are to leave the file system alone. Never destroyed, since threads of
+// the host call until the process is gone.
+OwnFile const& Own()
+{
+    static OwnFile const& own = *new OwnFile(FindOwnFile());
+    return own;
+}
+
 } // namespace
 
 std::wstring LibraryFileName() { return L"libHxSSOServices.so"; }
@@ -115,7 +137,7 @@ std::wstring LoadedModuleFile(std::wstring const& moduleName)
             return {};
         search.file = executable;
     }
-    return FromSystem(InCanonicalFolder(search.file));
+    return FromSystem(search.file == Own().spelling ? Own().file : InCanonicalFolder(search.file));
 }
 
 std::wstring ExecutableFile()
