@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <exception>
 #include <locale>
-#include <utility>
 
 #include <boost/algorithm/string/join.hpp>
 #include <boost/algorithm/string/split.hpp>
@@ -46,6 +45,9 @@ int CompareIgnoringCase(char const* x, char const* y)
 
 int CompareComponents(std::string const& x, std::string const& y)
 {
+    // As most pairs are: both their numbers and their letters are the same.
+    if (x == y)
+        return 0;
     if (long long const difference = NumericDifference(x, y))
         return Sign(difference);
     return CompareIgnoringCase(x.c_str(), y.c_str());
@@ -57,14 +59,14 @@ bool ParseVersion(Version& out, std::string text)
 {
     out.clear();
     std::locale const locale;
-    boost::algorithm::trim(text, locale);
-    Version pieces;
-    boost::algorithm::split(pieces, text, [](char c) { return c == '.'; });
-    for (std::string& piece : pieces) {
-        boost::algorithm::trim(piece, locale);
-        if (!piece.empty())
-            out.push_back(std::move(piece));
-    }
+    // Once: boost::algorithm::trim looks it up for each character.
+    auto const& classes = std::use_facet<std::ctype<char>>(locale);
+    auto const isSpace = [&](char c) { return classes.is(std::ctype_base::space, c); };
+    boost::algorithm::trim_if(text, isSpace);
+    boost::algorithm::split(out, text, [](char c) { return c == '.'; });
+    for (std::string& piece : out)
+        boost::algorithm::trim_if(piece, isSpace);
+    out.erase(std::remove(out.begin(), out.end(), std::string()), out.end());
     return true;
 }
 

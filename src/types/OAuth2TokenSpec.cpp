@@ -22,11 +22,14 @@ namespace {
 std::wstring NormalizeScope(std::wstring scope)
 {
     std::locale const locale;
-    boost::algorithm::trim(scope, locale);
+    // Once: boost::algorithm::trim looks it up for each character.
+    auto const& classes = std::use_facet<std::ctype<wchar_t>>(locale);
+    auto const isSpace = [&](wchar_t c) { return classes.is(std::ctype_base::space, c); };
+    boost::algorithm::trim_if(scope, isSpace);
     std::vector<std::wstring> words;
     boost::algorithm::split(words, scope, [](wchar_t c) { return c == L' '; });
     for (std::wstring& word : words)
-        boost::algorithm::trim(word, locale);
+        boost::algorithm::trim_if(word, isSpace);
     words.erase(std::remove(words.begin(), words.end(), std::wstring()), words.end());
     std::sort(words.begin(), words.end(), [](std::wstring const& a, std::wstring const& b) {
         return Platform::CompareIgnoringCase(a.c_str(), b.c_str()) < 0;
