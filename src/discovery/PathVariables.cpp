@@ -1,6 +1,8 @@
 #include "PathVariables.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <utility>
 
 #include "../platform/Platform.h"
 #include "ModuleFiles.h"
@@ -13,7 +15,10 @@ namespace {
 // What the dot of a regular expression does not match, and the percent sign.
 // The scan below has the meaning of a search for "%.*?%", in one pass and with
 // no recursion, since std::regex exhausts the stack on long texts.
-constexpr wchar_t const* LineEndOrPercent = L"%\n\r\x2028\x2029";
+bool IsLineEndOrPercent(wchar_t unit)
+{
+    return unit == L'%' || unit == L'\n' || unit == L'\r' || unit == L'\x2028' || unit == L'\x2029';
+}
 
 } // namespace
 
@@ -24,13 +29,17 @@ int ExpandVariables(std::wstring& text, VariableLookup const& lookup)
     int count = 0;
     std::size_t open = text.find(L'%');
     while (open != std::wstring::npos) {
-        std::size_t const close = text.find_first_of(LineEndOrPercent, open + 1);
-        if (close == std::wstring::npos)
+        auto const name = text.begin() + static_cast<std::ptrdiff_t>(open) + 1;
+        auto const end = std::find_if(name, text.end(), IsLineEndOrPercent);
+        if (end == text.end())
             break;
+        auto const close = static_cast<std::size_t>(end - text.begin());
         if (text[close] != L'%') {
             open = text.find(L'%', close + 1);
             continue;
         }
+        if (count == 0)
+            result.reserve(text.size());
         result.append(text, copied, open - copied);
         std::wstring value;
         if (lookup(text.substr(open + 1, close - open - 1), value))
@@ -42,14 +51,14 @@ int ExpandVariables(std::wstring& text, VariableLookup const& lookup)
         open = text.find(L'%', copied);
     }
     if (count > 0)
-        text = result.append(text, copied, std::wstring::npos);
+        text = std::move(result.append(text, copied, std::wstring::npos));
     return count;
 }
 
 int ExpandPath(std::wstring& text, VariableLookup const& lookup)
 {
     int const count = ExpandVariables(text, lookup);
-    text = NormalizePath(text);
+    text = NormalizePath(std::move(text));
     return count;
 }
 
@@ -58,7 +67,7 @@ void ExpandPathList(std::vector<std::wstring>& paths, VariableLookup const& look
     for (std::wstring& path : paths)
         ExpandVariables(path, lookup);
     for (std::wstring& path : paths)
-        path = NormalizePath(path);
+        path = NormalizePath(std::move(path));
 }
 
 std::wstring GetSystemPathVariable(std::wstring const& name)
