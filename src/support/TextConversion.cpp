@@ -58,12 +58,12 @@ std::size_t Utf8Size(std::wstring const& text)
 
 std::wstring Utf8ToWide(std::string const& text)
 {
-    std::wstring wide;
-    wide.reserve(text.size());
+    std::wstring wide(text.size(), L'\0'); // never longer
+    std::size_t length = 0;
     for (std::size_t at = 0; at < text.size();) {
         std::uint32_t const first = static_cast<unsigned char>(text[at++]);
         if (first < 0x80) {
-            wide.push_back(static_cast<wchar_t>(first));
+            wide[length++] = static_cast<wchar_t>(first);
             continue;
         }
         if (first < 0xC0)
@@ -80,18 +80,17 @@ std::wstring Utf8ToWide(std::string const& text)
         }
         if (value > HighestCodePoint)
             return Rejected(wide);
-        wide.push_back(static_cast<wchar_t>(value));
+        wide[length++] = static_cast<wchar_t>(value);
     }
+    wide.resize(length);
     return wide;
 }
 
 std::string WideToUtf8(std::wstring const& text)
 {
-    std::string narrow;
-    narrow.reserve(Utf8Size(text)); // growth would leave copies of secrets behind
-    auto const append = [&narrow](std::uint32_t byte) {
-        narrow.push_back(static_cast<char>(byte));
-    };
+    std::string narrow(Utf8Size(text), '\0'); // growth would leave copies of secrets behind
+    char* end = narrow.data();
+    auto const append = [&end](std::uint32_t byte) { *end++ = static_cast<char>(byte); };
     for (wchar_t const unit : text) {
         std::uint32_t const value = CodePoint(unit);
         if (value < 0x80) {
