@@ -78,6 +78,7 @@ public:
     void DeleteAll(); ///< Leaves the jar empty.
 
 private:
+    friend class ::SSOServicesPrivate;
     struct Record;
     Record* record;
 };

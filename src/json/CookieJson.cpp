@@ -1,5 +1,6 @@
 // SSOServicesPrivate: cookies and cookie jars.
 
+#include <memory>
 #include <utility>
 
 #include <json/value.h>
@@ -61,8 +62,8 @@ bool SSOServicesPrivate::JsonToNetworkCookie(char const* text, NetworkCookie& co
 bool SSOServicesPrivate::NetworkCookieJarToJson(NetworkCookieJar const& jar, Json::Value& json)
 {
     SecretDocument cookies(Json::arrayValue);
-    for (int i = 0; i < jar.GetCookieCount(); ++i)
-        NetworkCookieToJson(jar.GetCookie(i), cookies->append(Json::Value()));
+    for (std::unique_ptr<NetworkCookie> const& cookie : jar.record->cookies)
+        NetworkCookieToJson(*cookie, cookies->append(Json::Value()));
     Json::Value& member = json["Cookies"];
     member = Json::Value(); // what was there is the caller's, and not to be wiped
     member = std::move(*cookies);
@@ -87,9 +88,9 @@ bool SSOServicesPrivate::JsonToNetworkCookieJar(Json::Value const& json, Network
     Json::Value const& cookies = json["Cookies"];
     for (Json::Value const& member : cookies) {
         // A member that is null gives a default cookie, so that the counts agree.
-        NetworkCookie cookie;
-        JsonToNetworkCookie(member, cookie);
-        jar.AddCookie(cookie);
+        auto cookie = std::make_unique<NetworkCookie>();
+        JsonToNetworkCookie(member, *cookie);
+        jar.record->cookies.push_back(std::move(cookie));
     }
     return true;
 }

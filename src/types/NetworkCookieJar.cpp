@@ -1,16 +1,11 @@
 #include <cstddef>
 #include <memory>
-#include <vector>
 
-#include "../../include/NetworkCookie.h"
+#include "NetworkCookieRecord.h"
 
 namespace Halvorix::WebServices {
 
 static_assert(sizeof(NetworkCookieJar) == sizeof(void*));
-
-struct NetworkCookieJar::Record {
-    std::vector<std::unique_ptr<NetworkCookie>> cookies;
-};
 
 NetworkCookieJar::NetworkCookieJar() : record(new Record) {}
 

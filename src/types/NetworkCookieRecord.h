@@ -1,6 +1,8 @@
 #pragma once
 
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "../../include/NetworkCookie.h"
 #include "../support/SecretText.h"
@@ -15,6 +17,10 @@ struct NetworkCookie::Record {
     bool secure = false;
     bool httpOnly = false;
     long long expiryDate = 0;
+};
+
+struct NetworkCookieJar::Record {
+    std::vector<std::unique_ptr<NetworkCookie>> cookies;
 };
 
 } // namespace Halvorix::WebServices
