@@ -127,7 +127,7 @@ def lines_of_table(samples):
             medians[argument] = ours
             ratio = ours / floor
             yield (label(row, argument, unit), show(floor, unit), show(ours, unit),
-                   f"{ratio:.2f}", f"{goal:.2f}", "" if ratio <= goal else "above")
+                   f"{ratio:.2f}", f"{goal:.2f}", "" if round(ratio, 2) <= goal else "above")
         if row in GROWTH and len(arguments) == 3:
             name, function = GROWTH[row]
             low, high = arguments[1:]
@@ -136,7 +136,7 @@ def lines_of_table(samples):
             ratio = measured / expected
             yield (f"{row}, {low:,} to {high:,}: {name}", f"x {expected:.0f}",
                    f"x {measured:.0f}", f"{ratio:.2f}", f"{GROWTH_GOAL:.2f}",
-                   "" if ratio <= GROWTH_GOAL else "above")
+                   "" if round(ratio, 2) <= GROWTH_GOAL else "above")
 
 
 def print_table(lines):
