@@ -94,10 +94,9 @@ bool SSOPathResolver::LoadVersionCompatibilityFile(std::wstring file, std::strin
             continue;
         Json::Value& element = group[i];
         ModuleRecord record = ReadModuleRecord(element, pathKey);
+        LogFlaw(record.flaw, wideKey, file);
         if (record.flaw == ModuleFlaw::None)
             list.push_back(std::move(record.module));
-        else
-            LogFlaw(record.flaw, wideKey, file);
     }
     SortByVersion(list);
     return !list.empty();

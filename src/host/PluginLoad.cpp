@@ -26,11 +26,8 @@ using FactoryProcedure = std::shared_ptr<ISSOClientFactory> (*)();
 
 } // namespace
 
-bool SSOClientManager::EnsurePluginLoaded()
+bool SSOClientManager::AnnounceAndLoad()
 {
-    std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
-    if (clientFactory)
-        return true;
     // Every call without a factory says so again, on purpose.
     std::wstring const library = Platform::LibraryFileName();
     LogLine(Messages::Banner, library, Utf8ToWide(LibraryVersion), BuildName(),

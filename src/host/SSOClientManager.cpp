@@ -95,8 +95,7 @@ void SSOClientManager::GetInterface(std::shared_ptr<Interface> (ISSOClientFactor
                                     Message const& refused, std::shared_ptr<Interface>& result)
 {
     std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
-    // Most calls find it there, and need not take the lock once more to learn that.
-    if (!clientFactory && !EnsurePluginLoaded()) {
+    if (!EnsurePluginLoaded()) {
         result.reset();
         return;
     }

@@ -61,7 +61,9 @@ private:
     static void CreateInstance();
     static void ReleasePlugin();
 
-    bool EnsurePluginLoaded();
+    // These with the lock held.
+    bool EnsurePluginLoaded() { return clientFactory || AnnounceAndLoad(); }
+    bool AnnounceAndLoad();
     bool LoadPlugin();
     bool LoadPluginModule(std::wstring const& file);
     bool GetFactory(std::wstring const& file);

@@ -15,6 +15,12 @@ TEST(ModuleFiles, KnowsNothingOfAModuleThatIsNotLoaded)
     EXPECT_EQ(GetModuleDirPath(L"no-such-module.dll"), L"");
 }
 
+TEST(ModuleFiles, KnowsTheExecutableByItsName)
+{
+    std::wstring const file = NormalizePath(Platform::ExecutableFile());
+    EXPECT_EQ(ResolveModuleFile(FileName(file)), file);
+}
+
 TEST(ModuleFiles, GivesTheExecutablesDirectoryInNormalForm)
 {
     std::wstring const directory = GetExecutableDirPath();

@@ -8,9 +8,9 @@ namespace Rig {
 /// Whether the run is to take its time: HXSSO_LONG is set.
 inline bool IsLongRun() { return !Variable("HXSSO_LONG").empty(); }
 
-/// Whether the start of a process takes a tenth of a second: under Wine, and with
-/// the memory of a sanitizer.
-inline bool ProcessesStartSlowly() { return IsWindows() || HXSSO_SANITIZED; }
+/// Whether to start few processes: under Wine and with a sanitizer each takes a
+/// tenth of a second, and counters of lines need no more of them.
+inline bool ProcessesStartSlowly() { return IsWindows() || HXSSO_INSTRUMENTED; }
 
 /// How often to repeat what costs a process each time.
 inline int Repetitions(int quickly, int slowly, int longQuickly, int longSlowly)
