@@ -25,7 +25,7 @@ def measured(build):
     file = build / "coverage.json"
     subprocess.run(["gcovr", "--root", ROOT, "--filter", "src/", "--exclude-unreachable-branches",
                     "--exclude-throw-branches", "--json", file, build / "src"],
-                   check=True, cwd=ROOT)
+                   check=True, cwd=build)
     return json.loads(file.read_text())["files"]
 
 

@@ -46,11 +46,6 @@ std::vector<std::wstring> SSOPathResolver::ClientConfigDirectories() const
     return paths;
 }
 
-std::vector<std::wstring> const& SSOPathResolver::ClientConfigSearched() const
-{
-    return clientConfigSearched;
-}
-
 bool SSOPathResolver::FindClientConfigFile()
 {
     if (!clientConfigFile.empty())
@@ -65,8 +60,10 @@ bool SSOPathResolver::FindClientConfigFile()
     std::vector<std::wstring> const paths = ClientConfigDirectories();
     std::wstring const shown = boost::algorithm::join(ResolvedSearchPaths(paths), L"\n");
     LogLine(Messages::ConfigSearching, ClientConfigFileName, shown);
-    clientConfigSearched = ResolvedSearchPaths(paths);
-    if (FindFileInPaths(ClientConfigFileName, clientConfigSearched, clientConfigFile)) {
+    std::vector<std::wstring> const directories = ResolvedSearchPaths(paths);
+    if (searched != nullptr)
+        searched->forClientConfig = directories;
+    if (FindFileInPaths(ClientConfigFileName, directories, clientConfigFile)) {
         LogLine(Messages::ConfigFound, clientConfigFile);
         return true;
     }

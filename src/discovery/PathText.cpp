@@ -25,8 +25,9 @@ void RemoveTrailingSlashes(std::wstring& text)
 
 } // namespace
 
-std::wstring NormalizePath(std::wstring text)
+std::wstring NormalizePath(std::wstring const& path)
 {
+    std::wstring text = path;
     std::replace(text.begin(), text.end(), L'\\', L'/');
     std::size_t const leading = std::min(text.find_first_not_of(L'/'), text.size());
     text.erase(0, leading > 0 && Platform::LeadingSlashIsRoot() ? leading - 1 : leading);

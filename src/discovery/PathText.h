@@ -9,7 +9,7 @@ namespace Halvorix::SSOServices {
 /// doubled slash. No leading slash either, save for the one that is the root
 /// where the system has such a root; a network path loses its prefix, as the
 /// form is defined.
-std::wstring NormalizePath(std::wstring text);
+std::wstring NormalizePath(std::wstring const& path);
 
 /// Deletes later entries that equal an earlier one to the letter.
 void RemoveDuplicatePaths(std::vector<std::wstring>& paths);

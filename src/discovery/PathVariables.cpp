@@ -58,7 +58,7 @@ int ExpandVariables(std::wstring& text, VariableLookup const& lookup)
 int ExpandPath(std::wstring& text, VariableLookup const& lookup)
 {
     int const count = ExpandVariables(text, lookup);
-    text = NormalizePath(std::move(text));
+    text = NormalizePath(text);
     return count;
 }
 
@@ -67,7 +67,7 @@ void ExpandPathList(std::vector<std::wstring>& paths, VariableLookup const& look
     for (std::wstring& path : paths)
         ExpandVariables(path, lookup);
     for (std::wstring& path : paths)
-        path = NormalizePath(std::move(path));
+        path = NormalizePath(path);
 }
 
 std::wstring GetSystemPathVariable(std::wstring const& name)

@@ -51,10 +51,14 @@ protected:
     void SetSupportFileSearchPaths(std::vector<std::wstring> const& paths);
 
     // What was searched, and what was read: for who has to explain the answers.
-    /// The directories of the last search, as they were resolved then: a variable
+    /// The directories of the last searches, as they were resolved then: a variable
     /// may have a value only now. Empty if there was none.
-    std::vector<std::wstring> const& ClientConfigSearched() const;
-    std::vector<std::wstring> const& ServerAppSearched() const;
+    struct Searched {
+        std::vector<std::wstring> forClientConfig;
+        std::vector<std::wstring> forServerApp;
+    };
+    /// Where to keep them. Nowhere in a host, whose threads search without a lock.
+    void KeepSearched(Searched& kept) { searched = &kept; }
     /// Unresolved, in the order of the search.
     std::vector<std::wstring> CompatibilityDirectories() const;
     std::vector<std::wstring> ResolvedSearchPaths(std::vector<std::wstring> paths);
@@ -117,8 +121,7 @@ private:
     SSOClientConfig clientConfig;
     ClientConfigState clientConfigState = NotLoaded;
     bool searchingServerApp = false;
-    std::vector<std::wstring> clientConfigSearched;
-    std::vector<std::wstring> serverAppSearched;
+    Searched* searched = nullptr;
 };
 
 } // namespace Halvorix::SSOServices

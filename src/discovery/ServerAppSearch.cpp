@@ -44,11 +44,6 @@ std::vector<std::wstring> SSOPathResolver::ServerAppDirectories() const
     return paths;
 }
 
-std::vector<std::wstring> const& SSOPathResolver::ServerAppSearched() const
-{
-    return serverAppSearched;
-}
-
 bool SSOPathResolver::FindSSOServerApp()
 {
     if (!ssoServerAppPath.empty())
@@ -66,9 +61,11 @@ bool SSOPathResolver::FindSSOServerApp()
     // Blank only after a load that ended in an exception.
     if (clientConfig.appName.empty())
         return false;
-    serverAppSearched = ResolvedSearchPaths(paths);
+    std::vector<std::wstring> const directories = ResolvedSearchPaths(paths);
+    if (searched != nullptr)
+        searched->forServerApp = directories;
     std::wstring found;
-    if (!FindFileInPaths(clientConfig.appName, serverAppSearched, found)) {
+    if (!FindFileInPaths(clientConfig.appName, directories, found)) {
         LogLine(Messages::ServerMissing, clientConfig.appName, shown);
         return false;
     }

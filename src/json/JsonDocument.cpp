@@ -10,6 +10,7 @@
 #include <json/value.h>
 #include <json/writer.h>
 
+#include "../platform/Platform.h"
 #include "../support/SecretText.h"
 
 namespace Halvorix::SSOServices {
@@ -54,21 +55,22 @@ private:
 
 // Each builder is a document itself: to make one takes as long as to read a token.
 // Constants, so that all threads may use them; never destroyed, since threads of the
-// host read and write documents until the process is gone.
-Json::CharReaderBuilder const& Readers()
-{
-    static Json::CharReaderBuilder const& builder = *[] {
-        auto made = std::make_unique<Json::CharReaderBuilder>();
-        (*made)["collectComments"] = false;
-        return made.release();
-    }();
-    return builder;
-}
+// host read and write documents until the process is gone. The library stays for them:
+// otherwise each time that a host loads it anew would leave two behind.
+struct Builders {
+    Builders()
+    {
+        readers["collectComments"] = false;
+        Platform::KeepLibraryLoaded();
+    }
+    Json::CharReaderBuilder readers;
+    Json::StreamWriterBuilder writers;
+};
 
-Json::StreamWriterBuilder const& Writers()
+Builders const& TheBuilders()
 {
-    static Json::StreamWriterBuilder const& builder = *new Json::StreamWriterBuilder;
-    return builder;
+    static Builders const& builders = *new Builders;
+    return builders;
 }
 
 } // namespace
@@ -78,7 +80,7 @@ bool ParseJsonDocument(char const* text, Json::Value& value)
     if (text == nullptr || *text == '\0')
         return false;
     // In place: parseFromStream would copy the text, with the secrets in it.
-    std::unique_ptr<Json::CharReader> const reader(Readers().newCharReader());
+    std::unique_ptr<Json::CharReader> const reader(TheBuilders().readers.newCharReader());
     return reader->parse(text, text + std::strlen(text), &value, nullptr);
 }
 
@@ -89,7 +91,7 @@ std::string WriteJsonDocument(Json::Value const& value)
     DocumentBuffer document;
     std::ostream stream(&document);
     stream.exceptions(std::ios::badbit);
-    std::unique_ptr<Json::StreamWriter> const writer(Writers().newStreamWriter());
+    std::unique_ptr<Json::StreamWriter> const writer(TheBuilders().writers.newStreamWriter());
     writer->write(value, &stream);
     return document.Release();
 }

@@ -162,7 +162,7 @@ void ExamineClientConfig(Resolver& resolver, Findings& findings)
     config.override = Shown(resolver.GetSSOClientConfigFileOverride());
     if (config.override.empty())
         config.search =
-            LookThrough(SSOServices::ClientConfigFileName, resolver.ClientConfigSearched());
+            LookThrough(SSOServices::ClientConfigFileName, resolver.directories.forClientConfig);
     std::wstring const file = resolver.GetSSOClientConfigFile();
     config.file = Shown(file);
     if (!LookFor(file).isThere) {

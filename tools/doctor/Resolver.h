@@ -9,9 +9,16 @@ namespace Halvorix::Doctor {
 /// The library's resolver, asked for its reasons too.
 class Resolver : public SSOServices::SSOPathResolver {
 public:
-    using SSOPathResolver::SSOPathResolver;
+    Resolver(SSOServices::Version version, SSOServices::LogFunction log)
+        : SSOPathResolver(std::move(version), std::move(log))
+    {
+        KeepSearched(directories);
+    }
+    Resolver(Resolver const&) = delete;
+    Resolver& operator=(Resolver const&) = delete;
 
-    using SSOPathResolver::ClientConfigSearched;
+    Searched directories;
+
     using SSOPathResolver::CompatibilityDirectories;
     using SSOPathResolver::GetClientConfig;
     using SSOPathResolver::GetVersionCompatibilityFile;
@@ -19,7 +26,6 @@ public:
     using SSOPathResolver::ModulePathKey;
     using SSOPathResolver::ReadModuleRecord;
     using SSOPathResolver::ResolvedSearchPaths;
-    using SSOPathResolver::ServerAppSearched;
     using SSOPathResolver::SetSupportFileSearchPaths;
 };
 
