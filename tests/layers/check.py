@@ -27,7 +27,7 @@ PERMITTED = {
     "src/host":       (["src/discovery", "src/support",
                         "src/platform", "include/plugin"],        ["boost"]),
     "src/discovery":  (["src/support", "src/platform"],           ["boost", "json"]),
-    "src/json":       (["src/types", "src/support",
+    "src/json":       (["src/types", "src/support", "src/platform",
                         "include", "include/plugin"],             ["boost", "json"]),
     "src/types":      (["src/support", "src/platform",
                         "include"],                               ["boost"]),
