@@ -46,6 +46,15 @@ public:
         return Call<std::shared_ptr<IRsaCryptor>>(
             "_ZN8Halvorix11SSOServices18SSOServicesManager13GetRsaCryptorEv");
     }
+    /// Into something that is no cookie: what cannot be read is not written there.
+    bool ReadsAsACookie(char const* text) const
+    {
+        constexpr char const* name = "_ZN18SSOServicesPrivate19JsonToNetworkCookieEPKcRN8Halvorix11"
+                                     "WebServices13NetworkCookieE";
+        void* nothing = nullptr;
+        return reinterpret_cast<bool (*)(char const*, void*)>(Rig::FindBound(module, name))(
+            text, &nothing);
+    }
 
 private:
     template <class Answer>
@@ -94,6 +103,15 @@ HOST_PROGRAM(UnbindsAfterUse)
     report("locale", UseTheLocale());
     Library const again(arguments[0]);
     report("readyAgain", again.IsServerReady());
+}
+
+HOST_PROGRAM(UnbindsAfterADocument)
+{
+    Library library(arguments[0]);
+    report("read", library.ReadsAsACookie("no JSON"));
+    library.Unbind();
+    report("gone", !library.IsLoaded());
+    report("locale", UseTheLocale());
 }
 
 HOST_PROGRAM(UnbindsAfterItsLife)

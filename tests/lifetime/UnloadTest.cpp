@@ -70,6 +70,16 @@ TEST_F(Unload, LeavesTheLocaleUsableAfterAWholeLife)
     }
 }
 
+// What reads documents is made once and never released: otherwise it would be lost
+// with each unloading.
+TEST_F(Unload, KeepsALibraryThatHasReadADocument)
+{
+    Outcome const outcome = RunLateBound("UnbindsAfterADocument");
+    EXPECT_EQ(outcome["read"], false);
+    EXPECT_EQ(outcome["gone"], false);
+    EXPECT_EQ(outcome["locale"], goodLocale);
+}
+
 TEST_F(Unload, LeavesThePluginsObjectsUsable)
 {
     installation.Complete().Script("ISSOClientModule::GetRsaCryptor", R"({"fresh": true})");
