@@ -23,7 +23,7 @@ EXCEPTIONS = ROOT / "tests/coverage-exceptions.txt"
 def measured(build):
     """What gcovr makes of the counters: its own account of each file."""
     file = build / "coverage.json"
-    subprocess.run(["gcovr", "--root", ROOT, "--filter", "src/", "--exclude-unreachable-branches",
+    subprocess.run(["gcovr", "--root", ROOT, "--filter", f"{ROOT}/src/", "--exclude-unreachable-branches",
                     "--exclude-throw-branches", "--json", file, build / "src"],
                    check=True, cwd=build)
     return json.loads(file.read_text())["files"]

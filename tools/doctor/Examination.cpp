@@ -128,7 +128,8 @@ void ExamineProgram(Resolver& resolver, Options const& options, Findings& findin
 void ExamineServerApp(Resolver& resolver, Findings& findings)
 {
     ServerApp& server = findings.server;
-    server.search = LookThrough(resolver.GetClientConfig().appName, resolver.directories.forServerApp);
+    server.search =
+        LookThrough(resolver.GetClientConfig().appName, resolver.directories.forServerApp);
     server.directory = Shown(resolver.GetSSOServerAppPath());
     server.isInWorkingDirectory =
         server.directory.empty() &&
