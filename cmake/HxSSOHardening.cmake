@@ -5,7 +5,7 @@
 get_property(several_configurations GLOBAL PROPERTY GENERATOR_IS_MULTI_CONFIG)
 set(HXSSO_HARDENED OFF)
 if((several_configurations OR CMAKE_BUILD_TYPE MATCHES "^(Release|RelWithDebInfo|MinSizeRel)$")
-    AND NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize|--coverage")
+    AND NOT HXSSO_INSTRUMENTED)
     set(HXSSO_HARDENED ON)
 endif()
 

@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <exception>
-#include <locale>
 
 #include <boost/algorithm/string/join.hpp>
-#include <boost/algorithm/string/split.hpp>
-#include <boost/algorithm/string/trim.hpp>
+
+#include "../support/TextPieces.h"
 
 namespace Halvorix::SSOServices {
 
@@ -57,16 +56,7 @@ int CompareComponents(std::string const& x, std::string const& y)
 
 bool ParseVersion(Version& out, std::string text)
 {
-    out.clear();
-    std::locale const locale;
-    // Once: boost::algorithm::trim looks it up for each character.
-    auto const& classes = std::use_facet<std::ctype<char>>(locale);
-    auto const isSpace = [&](char c) { return classes.is(std::ctype_base::space, c); };
-    boost::algorithm::trim_if(text, isSpace);
-    boost::algorithm::split(out, text, [](char c) { return c == '.'; });
-    for (std::string& piece : out)
-        boost::algorithm::trim_if(piece, isSpace);
-    out.erase(std::remove(out.begin(), out.end(), std::string()), out.end());
+    out = TrimmedPieces(text, '.');
     return true;
 }
 

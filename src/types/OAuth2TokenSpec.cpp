@@ -1,14 +1,12 @@
 #include <algorithm>
-#include <locale>
 #include <string>
 #include <vector>
 
 #include <boost/algorithm/string/join.hpp>
-#include <boost/algorithm/string/split.hpp>
-#include <boost/algorithm/string/trim.hpp>
 
 #include "../platform/Platform.h"
 #include "../support/ReturnBuffers.h"
+#include "../support/TextPieces.h"
 #include "OAuth2Records.h"
 
 namespace Halvorix::WebServices {
@@ -19,18 +17,9 @@ namespace {
 
 // Words in ascending order without regard to case, one blank between them.
 // Other white space than the blank does not separate, but goes from the edges.
-std::wstring NormalizeScope(std::wstring scope)
+std::wstring NormalizeScope(std::wstring const& scope)
 {
-    std::locale const locale;
-    // Once: boost::algorithm::trim looks it up for each character.
-    auto const& classes = std::use_facet<std::ctype<wchar_t>>(locale);
-    auto const isSpace = [&](wchar_t c) { return classes.is(std::ctype_base::space, c); };
-    boost::algorithm::trim_if(scope, isSpace);
-    std::vector<std::wstring> words;
-    boost::algorithm::split(words, scope, [](wchar_t c) { return c == L' '; });
-    for (std::wstring& word : words)
-        boost::algorithm::trim_if(word, isSpace);
-    words.erase(std::remove(words.begin(), words.end(), std::wstring()), words.end());
+    std::vector<std::wstring> words = SSOServices::TrimmedPieces(scope, L' ');
     std::sort(words.begin(), words.end(), [](std::wstring const& a, std::wstring const& b) {
         return Platform::CompareIgnoringCase(a.c_str(), b.c_str()) < 0;
     });

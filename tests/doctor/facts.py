@@ -41,7 +41,7 @@ def EachEntryHasItsVerdict(test):
     ]
     objects += [None, {"module": "Other", "modulePathWoW64": "x"}]
     content = {"ssoClientPlugin": objects, "openssl": objects}
-    place.write("server/SSOVersionCompatibility.config", json.dumps(content))
+    place.write(COMPATIBILITY, json.dumps(content))
     wanted = [verdict for *_, verdict in entries] + ["null", "no-path-for-process"]
     document = place.diagnose("--json").document
     for key in ("ssoClientPlugin", "openssl"):
@@ -69,7 +69,7 @@ def ParseErrorPosition(test):
     content = '{\n  "ssoServer": {\n    "appName": "Zoë"; "exeName": "x"\n  }\n}\n'
     for file, name in (
         ("app/SSOClient.config", "clientConfig"),
-        ("server/SSOVersionCompatibility.config", "compatibilityFile"),
+        (COMPATIBILITY, "compatibilityFile"),
     ):
         broken = test.whole().write(file, content.replace("\n", "\r\n"))
         ended = broken.diagnose()
@@ -167,12 +167,11 @@ def TextThatIsNotUtf8(test):
     line_of(ended, "ssoServer.processName", "(file, line 1")
     assert "processName is not UTF-8" not in ended.output
     place = test.whole()
-    file = "server/SSOVersionCompatibility.config"
-    whole = json.loads(place.path(file).read_text(encoding="utf-8"))
+    whole = harness.compatibility(place)
     for key in ("module", "modulePath"):
         entry = whole["ssoClientPlugin"][0]
         content = json.dumps({"ssoClientPlugin": [entry | {key: "Zo\u00eb"}]}, ensure_ascii=False)
-        ended = place.write(file, content.encode("latin-1")).diagnose()
+        ended = place.write(COMPATIBILITY, content.encode("latin-1")).diagnose()
         said(ended, "(1. ", f": {key} is not UTF-8 and reads as empty)")
         line_of(ended, "  line 1, column ", f": ssoClientPlugin[1].{key}: not UTF-8 and reads as empty")
 

@@ -5,7 +5,7 @@ import json
 
 import rig
 import harness
-from harness import line_of, said
+from harness import COMPATIBILITY, line_of, said
 
 
 def NothingOfThePluginRunsUnasked(test):
@@ -49,10 +49,9 @@ def LogOfALoadThatFails(test):
 def ReasonOfALoadThatFails(test):
     """Not what was logged long before it."""
     place = test.installation("factory-empty")
-    file = "server/SSOVersionCompatibility.config"
-    whole = json.loads(place.path(file).read_text(encoding="utf-8"))
+    whole = harness.compatibility(place)
     whole["ssoClientPlugin"].insert(0, {"module": ""})
-    place.write(file, json.dumps(whole))
+    place.write(COMPATIBILITY, json.dumps(whole))
     ended = place.diagnose("--log")
     line_of(ended, "[error] Blank or missing key 'module' in ssoClientPlugin")
     line_of(ended, "wrong: ", "could not load the client plugin: it gives no factory")

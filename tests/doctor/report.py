@@ -8,7 +8,7 @@ import pathlib
 import random
 
 import harness
-from harness import CASES, skip
+from harness import CASES, COMPATIBILITY, skip
 
 SCHEMA = pathlib.Path(__file__).resolve().parents[2] / "docs/schemas/doctor.schema.json"
 
@@ -108,7 +108,7 @@ def SurvivesWhatIsInTheFiles(test):
     """Bytes by chance in both files; --json and the text agree, and none crashes."""
     chance = random.Random(22)
     place = test.whole()
-    files = ["app/SSOClient.config", "server/SSOVersionCompatibility.config"]
+    files = ["app/SSOClient.config", COMPATIBILITY]
     whole = {file: place.path(file).read_bytes() for file in files}
     hard = [b"", b"null", b"[]", b"7", b'"x"', b"[" * 3000, b"\x00\xff", b"\xff\xfe{\x00}\x00"]
     hard += [b'{"ssoServer": {"appName": "' + b"a" * 5000 + b'"}}', b'{"ssoServer": []}']

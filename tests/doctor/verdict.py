@@ -13,34 +13,33 @@ def ListThatAnOverrideKeepsUnread(test):
     config = {"ssoServer": {"searchPaths": "{root}/server"}}
     config["openssl"] = {"moduleName": "crypto.x", "modulePath": "%ExePath%"}
     place.write("app/SSOClient.config", json.dumps(config)).write("app/crypto.x", "")
-    file = "server/SSOVersionCompatibility.config"
-    whole = json.loads(place.path(file).read_text(encoding="utf-8"))
+    whole = harness.compatibility(place)
     for openssl in ({"a": 1}, [{"module": []}, 7], [{"module": "x", "modulePath": "y", "version": []}]):
-        place.write(file, json.dumps(whole | {"openssl": openssl}))
+        place.write(COMPATIBILITY, json.dumps(whole | {"openssl": openssl}))
         ended = place.diagnose("--log")
         assert ended.last == rig.CAN_WORK, ended.last
         assert "ends the reading" not in ended.output
         oddities = place.diagnose("--json").document["compatibilityFile"]["oddities"]
         assert not any(oddity["stopsReading"] for oddity in oddities)
         # The other list is read all the same.
-        place.write(file, json.dumps(whole | {"openssl": openssl, "ssoClientPlugin": {"a": 1}}))
+        place.write(COMPATIBILITY,
+                    json.dumps(whole | {"openssl": openssl, "ssoClientPlugin": {"a": 1}}))
         assert place.diagnose().status == 1
 
 
 def OnlyWhatIsReadStops(test):
     """An object is passed over at its first flaw, whatever stands behind that."""
     place = test.whole()
-    file = "server/SSOVersionCompatibility.config"
-    whole = json.loads(place.path(file).read_text(encoding="utf-8"))
+    whole = harness.compatibility(place)
     objects = [{"module": "", "modulePath": []}, {"module": "x", "modulePath": "", "version": {}}]
     objects += whole["ssoClientPlugin"]
-    place.write(file, json.dumps(whole | {"ssoClientPlugin": objects}))
+    place.write(COMPATIBILITY, json.dumps(whole | {"ssoClientPlugin": objects}))
     ended = place.diagnose("--log")
     assert ended.last == rig.CAN_WORK, ended.last
     line_of(ended, "warning", "ssoClientPlugin[1].modulePath is an array where a text belongs")
     # The value that ends the reading hides those behind it.
     objects[0] = {"module": "x", "modulePath": [], "version": []}
-    place.write(file, json.dumps(whole | {"ssoClientPlugin": objects}))
+    place.write(COMPATIBILITY, json.dumps(whole | {"ssoClientPlugin": objects}))
     document = place.diagnose("--json").document
     oddities = document["compatibilityFile"]["oddities"]
     stops = [oddity["key"] for oddity in oddities if oddity["stopsReading"]]
@@ -59,7 +58,7 @@ def NestedTooDeeply(test):
     config = place.diagnose("--json").document["clientConfig"]
     assert config["state"] == "stopped"
     assert {key["origin"] for key in config["keys"]} == {"unset"}
-    place = test.whole().write("server/SSOVersionCompatibility.config", deep)
+    place = test.whole().write(COMPATIBILITY, deep)
     ended = place.diagnose()
     assert ended.last.startswith("the version compatibility file cannot be read: "), ended.last
     assert "nested too deeply" in ended.last and "is no JSON" not in ended.output
@@ -86,17 +85,22 @@ def LastLineIsTheFirstFatalProblem(test):
     assert "bundleid" not in ended.last
 
 
-def PluginThatCannotBeLookedFor(test):
-    """The doctor stumbles over its name where a load does, and nowhere else."""
-    place = test.whole()
-    file = "server/SSOVersionCompatibility.config"
-    whole = json.loads(place.path(file).read_text(encoding="utf-8"))
-    whole["ssoClientPlugin"][0]["module"] = "x" * 300
-    place.write(file, json.dumps(whole))
+def stumbling_as_a_load(place):
+    """What a load stumbles over, and the document of a doctor that says the same."""
     loaded = place.diagnose("--json", "--log").document
     stumbles = [one["text"] for one in loaded["interruptions"] if one["during"] == "the load"]
     document = place.diagnose("--json").document
     assert [one["text"] for one in document["interruptions"]] == stumbles
+    return stumbles, document
+
+
+def PluginThatCannotBeLookedFor(test):
+    """The doctor stumbles over its name where a load does, and nowhere else."""
+    place = test.whole()
+    whole = harness.compatibility(place)
+    whole["ssoClientPlugin"][0]["module"] = "x" * 300
+    place.write(COMPATIBILITY, json.dumps(whole))
+    stumbles, document = stumbling_as_a_load(place)
     assert not document["plugin"]["exists"] and not document["verdict"]["canWork"]
     line = document["verdict"]["line"]
     assert (" with an exception: " if stumbles else "does not exist") in line, line
@@ -105,13 +109,12 @@ def PluginThatCannotBeLookedFor(test):
 def MisspeltKeysOfTheCompatibilityFile(test):
     """Those of the plugin's list are named where no plugin comes of it."""
     place = test.whole()
-    file = "server/SSOVersionCompatibility.config"
-    content = place.path(file).read_text(encoding="utf-8")
-    place.write(file, content.replace("ssoClientPlugin", "SsoClientPlugin"))
+    content = place.path(COMPATIBILITY).read_text(encoding="utf-8")
+    place.write(COMPATIBILITY, content.replace("ssoClientPlugin", "SsoClientPlugin"))
     last = place.diagnose().last
     assert "; SsoClientPlugin is ignored: the key is written ssoClientPlugin" in last, last
     # Both lists have it; that of OpenSSL keeps no plugin away.
-    place.write(file, content.replace('"modulePath"', '"modulepath"'))
+    place.write(COMPATIBILITY, content.replace('"modulePath"', '"modulepath"'))
     last = place.diagnose().last
     assert "; ssoClientPlugin[1].modulepath is ignored: the key is written modulePath" in last, last
     assert "openssl" not in last, last
@@ -123,10 +126,7 @@ def OpenSslThatCannotBeLookedFor(test):
     whole = harness.compatibility(place)
     whole["openssl"][0]["module"] = "x" * 300
     place.write(COMPATIBILITY, json.dumps(whole))
-    loaded = place.diagnose("--json", "--log").document
-    stumbles = [one["text"] for one in loaded["interruptions"] if one["during"] == "the load"]
-    document = place.diagnose("--json").document
-    assert [one["text"] for one in document["interruptions"]] == stumbles
+    stumbles, document = stumbling_as_a_load(place)
     assert bool(stumbles) == (not test.build.is_windows), stumbles
     assert document["verdict"]["canWork"] == (not stumbles)
     module = document["opensslModule"]

@@ -6,8 +6,6 @@ namespace Halvorix::Tools {
 
 namespace {
 
-constexpr unsigned MostImports = 1024;
-
 enum SegmentType : std::uint64_t { Load = 1, Dynamic = 2 };
 
 enum DynamicTag : std::uint64_t {

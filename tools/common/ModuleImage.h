@@ -31,6 +31,9 @@ struct ModuleImage {
 /// Never throws for what the bytes are.
 ModuleImage ReadModuleImage(std::string_view content);
 
+/// No module needs more; what says so is damaged.
+constexpr unsigned MostImports = 1024;
+
 bool NamesFactoryProcedure(std::string const& name);
 
 // One for each format; the bytes begin with its mark.

@@ -9,7 +9,6 @@ constexpr std::uint64_t SectionSize = 40;
 constexpr std::uint64_t ImportDescriptorSize = 20;
 constexpr std::uint64_t MostSections = 96; // the loader takes no more
 constexpr std::uint64_t MostExports = 65536;
-constexpr unsigned MostImportedModules = 1024;
 
 std::string MachineName(std::uint64_t machine)
 {
@@ -114,7 +113,7 @@ private:
         if (address == 0)
             return;
         std::uint64_t const directory = OffsetOf(address);
-        for (unsigned i = 0; i < MostImportedModules; ++i) {
+        for (unsigned i = 0; i < MostImports; ++i) {
             std::uint64_t const descriptor = directory + i * ImportDescriptorSize;
             if (!bytes.Holds(descriptor, ImportDescriptorSize))
                 break;

@@ -117,10 +117,10 @@ std::wstring ErrorText(ErrorCode code)
 
 void KeepLibraryLoaded()
 {
-    Dl_info library{};
+    std::string const& library = Own().spelling;
     // The handle is never closed; in an executable there is none, nor need for it.
-    if (::dladdr(reinterpret_cast<void const*>(&KeepLibraryLoaded), &library) != 0 &&
-        ::dlopen(library.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE) == nullptr)
+    if (!library.empty() &&
+        ::dlopen(library.c_str(), RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE) == nullptr)
         ::dlerror(); // not for the host to find
 }
 

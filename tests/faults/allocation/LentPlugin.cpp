@@ -3,7 +3,8 @@
 #include <cstring>
 #include <vector>
 
-#include "QuietInterfaces.h"
+#include "WebServicesConfiguration.h"
+#include "framework/QuietInterfaces.h"
 #include "host/SSOClientManager.h"
 #include "platform/Platform.h"
 #include "support/LogSink.h"
@@ -11,6 +12,10 @@
 #include "support/TextConversion.h"
 
 namespace Faults {
+
+using namespace Halvorix;
+using namespace Halvorix::SSOServices;
+using Halvorix::WebServices::WebServicesConfiguration;
 
 namespace {
 
@@ -36,9 +41,11 @@ char* NewGivenText()
     return std::strcpy(copy, givenText);
 }
 
-class Client : public QuietClient {
+class Client : public Rig::Quiet::Client {
 public:
-    using QuietClient::GetOAuth2AccessToken;
+    using Rig::Quiet::Client::GetOAuth2AccessToken;
+
+    WebServicesConfiguration const& GetConfiguration() override { return configuration; }
 
     bool GetOAuth2AccessToken(char const*, char*& token, BufferTransformCallback, bool) override
     {
@@ -51,10 +58,13 @@ public:
         return succeeds;
     }
     bool CompleteLogin(char const*) override { return true; }
-    using QuietClient::CompleteLogin;
+    using Rig::Quiet::Client::CompleteLogin;
+
+private:
+    WebServicesConfiguration configuration;
 };
 
-class ServerManager : public QuietServerManager {
+class ServerManager : public Rig::Quiet::ServerManager {
 public:
     std::wstring GetSSOServerAppFile() override { return L"a file name that needs memory"; }
 };
@@ -84,7 +94,7 @@ public:
     }
     std::shared_ptr<ISSOClientModule> GetSSOClientModule() override
     {
-        return TheOne<ISSOClientModule, QuietModule>();
+        return TheOne<ISSOClientModule, Rig::Quiet::Module>();
     }
     std::shared_ptr<ISSOClient> GetSSOClient() override { return TheOne<ISSOClient, Client>(); }
     std::shared_ptr<ISSOClientUI> GetSSOClientUI() override { return nullptr; }

@@ -1,22 +1,16 @@
 #pragma once
 
-#include "WebServicesConfiguration.h"
 #include "plugin/Plugin.h"
 
-namespace Faults {
+// Interfaces that answer everything with nothing, and allocate nothing.
+namespace Rig::Quiet {
 
 using namespace Halvorix;
 using namespace Halvorix::SSOServices;
-using Halvorix::WebServices::IRsaCryptor;
 
-// Interfaces that answer everything with nothing, and allocate nothing.
-
-class QuietClient : public ISSOClient {
+/// All but GetConfiguration, whose answer needs the library's own class.
+class Client : public ISSOClient {
 public:
-    WebServices::WebServicesConfiguration const& GetConfiguration() override
-    {
-        return configuration;
-    }
     bool SetConfiguration(WebServices::WebServicesConfiguration const&) override { return {}; }
     int GetCachePath(wchar_t*, int) override { return {}; }
     WebServices::ServiceEntitlement GetServiceEntitlement(wchar_t const*, wchar_t*&) override
@@ -117,12 +111,9 @@ public:
     bool DisableOAuth2() override { return {}; }
     bool InitiateLogout(wchar_t*, int, char*&, BufferTransformCallback) override { return {}; }
     bool CompleteLogout() override { return {}; }
-
-private:
-    WebServices::WebServicesConfiguration configuration;
 };
 
-class QuietServerManager : public ISSOServerManager {
+class ServerManager : public ISSOServerManager {
 public:
     void SetSSOServerAppFiles(wchar_t const*, wchar_t const*) override {}
     std::wstring GetSSOServerAppFile() override { return {}; }
@@ -145,7 +136,7 @@ public:
     bool QuitAllSSOServerProcesses(std::chrono::milliseconds) override { return {}; }
 };
 
-class QuietModule : public ISSOClientModule {
+class Module : public ISSOClientModule {
 public:
     void Initialize(char const*) override {}
     void Initialize(bool, bool) override {}
@@ -162,4 +153,4 @@ public:
     void SetProductName(wchar_t const*) override {}
 };
 
-} // namespace Faults
+} // namespace Rig::Quiet
