@@ -60,10 +60,7 @@ bool SSOPathResolver::FindClientConfigFile()
     std::vector<std::wstring> const paths = ClientConfigDirectories();
     std::wstring const shown = boost::algorithm::join(ResolvedSearchPaths(paths), L"\n");
     LogLine(Messages::ConfigSearching, ClientConfigFileName, shown);
-    std::vector<std::wstring> const directories = ResolvedSearchPaths(paths);
-    if (searched != nullptr)
-        searched->forClientConfig = directories;
-    if (FindFileInPaths(ClientConfigFileName, directories, clientConfigFile)) {
+    if (FindFileInPaths(ClientConfigFileName, ResolvedSearchPaths(paths), clientConfigFile)) {
         LogLine(Messages::ConfigFound, clientConfigFile);
         return true;
     }

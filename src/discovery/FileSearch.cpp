@@ -3,8 +3,6 @@
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
 
-#include "PathText.h"
-
 namespace Halvorix::SSOServices {
 
 namespace {
@@ -20,19 +18,5 @@ bool Exists(boost::filesystem::path const& path)
 bool PathExists(std::wstring const& path) { return Exists(path); }
 
 bool PathExists(std::string const& path) { return Exists(path); }
-
-bool FindFileInPaths(std::wstring const& fileName, std::vector<std::wstring> const& paths,
-                     std::wstring& foundFile)
-{
-    foundFile.clear();
-    for (std::wstring const& directory : paths) {
-        std::wstring const file = JoinPath(directory, fileName);
-        if (PathExists(file)) {
-            foundFile = file;
-            return true;
-        }
-    }
-    return false;
-}
 
 } // namespace Halvorix::SSOServices

@@ -50,15 +50,7 @@ public:
 protected:
     void SetSupportFileSearchPaths(std::vector<std::wstring> const& paths);
 
-    // What was searched, and what was read: for who has to explain the answers.
-    /// The directories of the last searches, as they were resolved then: a variable
-    /// may have a value only now. Empty if there was none.
-    struct Searched {
-        std::vector<std::wstring> forClientConfig;
-        std::vector<std::wstring> forServerApp;
-    };
-    /// Where to keep them. Nowhere in a host, whose threads search without a lock.
-    void KeepSearched(Searched& kept) { searched = &kept; }
+    // What is searched, and what was read.
     /// Unresolved, in the order of the search.
     std::vector<std::wstring> CompatibilityDirectories() const;
     std::vector<std::wstring> ResolvedSearchPaths(std::vector<std::wstring> paths);
@@ -121,7 +113,6 @@ private:
     SSOClientConfig clientConfig;
     ClientConfigState clientConfigState = NotLoaded;
     bool searchingServerApp = false;
-    Searched* searched = nullptr;
 };
 
 } // namespace Halvorix::SSOServices

@@ -61,11 +61,8 @@ bool SSOPathResolver::FindSSOServerApp()
     // Blank only after a load that ended in an exception.
     if (clientConfig.appName.empty())
         return false;
-    std::vector<std::wstring> const directories = ResolvedSearchPaths(paths);
-    if (searched != nullptr)
-        searched->forServerApp = directories;
     std::wstring found;
-    if (!FindFileInPaths(clientConfig.appName, directories, found)) {
+    if (!FindFileInPaths(clientConfig.appName, ResolvedSearchPaths(paths), found)) {
         LogLine(Messages::ServerMissing, clientConfig.appName, shown);
         return false;
     }

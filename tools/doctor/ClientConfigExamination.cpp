@@ -161,8 +161,8 @@ void ExamineClientConfig(Resolver& resolver, Findings& findings)
     ClientConfig& config = findings.config;
     config.override = Shown(resolver.GetSSOClientConfigFileOverride());
     if (config.override.empty())
-        config.search =
-            LookThrough(SSOServices::ClientConfigFileName, resolver.directories.forClientConfig);
+        config.search = LookThrough(SSOServices::ClientConfigFileName,
+                                    DirectoriesSearchedFor(SSOServices::ClientConfigFileName));
     std::wstring const file = resolver.GetSSOClientConfigFile();
     config.file = Shown(file);
     if (!LookFor(file).isThere) {

@@ -128,8 +128,8 @@ void ExamineProgram(Resolver& resolver, Options const& options, Findings& findin
 void ExamineServerApp(Resolver& resolver, Findings& findings)
 {
     ServerApp& server = findings.server;
-    server.search =
-        LookThrough(resolver.GetClientConfig().appName, resolver.directories.forServerApp);
+    std::wstring const& appName = resolver.GetClientConfig().appName;
+    server.search = LookThrough(appName, DirectoriesSearchedFor(appName));
     server.directory = Shown(resolver.GetSSOServerAppPath());
     server.isInWorkingDirectory =
         server.directory.empty() &&
@@ -147,6 +147,7 @@ Findings Examine(Options const& options)
 {
     // A host gets its locale from the library's first use.
     SSOServices::SSOClientManager::GetInstance();
+    ForgetSearches();
     Findings findings;
     SSOServices::Version version;
     SSOServices::ParseVersion(version, SSOServices::LibraryVersion);

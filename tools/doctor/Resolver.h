@@ -1,23 +1,13 @@
 #pragma once
 
-#include <utility>
-
 #include "discovery/SSOPathResolver.h"
 
 namespace Halvorix::Doctor {
 
-/// The library's resolver, asked for its reasons too.
+/// The library's resolver, asked for what it has read too.
 class Resolver : public SSOServices::SSOPathResolver {
 public:
-    Resolver(SSOServices::Version version, SSOServices::LogFunction log)
-        : SSOPathResolver(std::move(version), std::move(log))
-    {
-        KeepSearched(directories);
-    }
-    Resolver(Resolver const&) = delete;
-    Resolver& operator=(Resolver const&) = delete;
-
-    Searched directories;
+    using SSOPathResolver::SSOPathResolver;
 
     using SSOPathResolver::CompatibilityDirectories;
     using SSOPathResolver::GetClientConfig;

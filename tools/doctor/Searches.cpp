@@ -4,6 +4,7 @@
 
 #include "Text.h"
 #include "discovery/FileSearch.h"
+#include "discovery/PathText.h"
 #include "support/TextConversion.h"
 
 namespace Halvorix::Doctor {
@@ -13,8 +14,7 @@ namespace {
 Finding Look(std::wstring const& file, std::wstring const& directory, bool isFirstHit)
 {
     try {
-        std::wstring found;
-        if (SSOServices::FindFileInPaths(file, {directory}, found))
+        if (SSOServices::PathExists(SSOServices::JoinPath(directory, file)))
             return isFirstHit ? Finding::Hit : Finding::LaterHit;
         // The empty one is the current directory.
         return directory.empty() || SSOServices::PathExists(directory) ? Finding::NoFile

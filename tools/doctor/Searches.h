@@ -7,6 +7,13 @@
 
 namespace Halvorix::Doctor {
 
+/// Where the library looked last for a file of this name: the directories as they were
+/// resolved then, since a variable may have a value only now. Empty if it did not.
+std::vector<std::wstring> DirectoriesSearchedFor(std::wstring const& file);
+
+/// Begins with none.
+void ForgetSearches();
+
 /// What lies in each of the resolved directories under the name.
 Search LookThrough(std::wstring const& file, std::vector<std::wstring> const& directories);
 
