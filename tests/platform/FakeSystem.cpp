@@ -55,7 +55,11 @@ std::wstring ExecutableFile() { return fakeSystem.executable; }
 
 std::wstring KnownFolderPath(KnownFolder) { return {}; }
 
-bool IsWow64Process() { return fakeSystem.wow64; }
+bool IsWow64Process()
+{
+    ++fakeSystem.processQuestions;
+    return fakeSystem.wow64;
+}
 
 ErrorCode OpenLocationKey(LocationView view, LocationKey& key)
 {

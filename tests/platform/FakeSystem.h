@@ -24,6 +24,9 @@ struct FakeSystem {
 
     Halvorix::Platform::ErrorCode lastError = 0;
 
+    /// How often it was asked for the kind of this process.
+    int processQuestions = 0;
+
     /// What was asked that changes something, in order.
     std::vector<std::wstring> calls;
 };
