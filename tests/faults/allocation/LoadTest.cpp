@@ -6,6 +6,7 @@
 #include <boost/locale/info.hpp>
 #include <gtest/gtest.h>
 
+#include "Allocator.h"
 #include "LentPlugin.h"
 #include "NetworkCookie.h"
 #include "OAuth2Token.h"
@@ -118,6 +119,23 @@ TEST_F(PluginLoadAllocation, FailingLeavesAManagerThatAnswers)
     };
     operation.discard = [] { LentPlugin::Reset(); };
     Faults::FailEachAllocation(operation);
+}
+
+// It is counted and no more: a document of the spec would need memory.
+TEST_F(PluginCallAllocation, ASecondInitializeConvertsNoSpec)
+{
+    OAuth2TokenSpec const spec(OAuth2TokenTypeDefault, L"data:read user:profile");
+    WebServicesUIManager::Initialize(false);
+    {
+        Faults::Failure const failure(1, Faults::FailureMode::FromThereOn);
+        EXPECT_TRUE(WebServicesManager::Initialize(spec));
+        EXPECT_TRUE(WebServicesUIManager::Initialize(spec));
+        EXPECT_FALSE(Faults::Failure::HasHappened());
+    }
+    for (int i = 0; i < 2; ++i) {
+        WebServicesUIManager::Uninitialize();
+        WebServicesManager::Uninitialize();
+    }
 }
 
 TEST_F(PluginLoadAllocation, FailingInInitializeLeavesTheCountsAtOne)
