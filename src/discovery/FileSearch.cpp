@@ -3,6 +3,8 @@
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
 
+#include "PathText.h"
+
 namespace Halvorix::SSOServices {
 
 namespace {
@@ -15,7 +17,7 @@ bool Exists(boost::filesystem::path const& path)
 
 } // namespace
 
-bool PathExists(std::wstring const& path) { return Exists(path); }
+bool PathExists(std::wstring const& path) { return Exists(AsPath(path)); }
 
 bool PathExists(std::string const& path) { return Exists(path); }
 

@@ -1,28 +1,16 @@
 #include "JsonFile.h"
 
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
-#include <boost/filesystem/path.hpp>
 #include <json/reader.h>
 #include <json/value.h>
 
-namespace Halvorix::SSOServices {
+#include "../platform/Platform.h"
 
-std::string ReadJsonText(std::wstring const& file, std::ios::openmode mode)
-{
-    // Wide on Windows; Boost's own file streams would narrow the name there.
-    std::filesystem::path const path = boost::filesystem::path(file).native();
-    std::ifstream stream(path, mode | std::ios::in);
-    std::ostringstream content;
-    content << stream.rdbuf();
-    return content.str();
-}
+namespace Halvorix::SSOServices {
 
 bool ReadJsonFile(std::wstring const& file, std::ios::openmode mode, Json::Value& root)
 {
-    return Json::Reader().parse(ReadJsonText(file, mode), root);
+    // What cannot be read has no text, which is not valid JSON.
+    return Json::Reader().parse(Platform::ReadRegularFile(file, mode), root);
 }
 
 } // namespace Halvorix::SSOServices

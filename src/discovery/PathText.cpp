@@ -5,13 +5,19 @@
 #include <set>
 
 #include <boost/algorithm/string/split.hpp>
-#include <boost/filesystem/path.hpp>
 
 #include "../platform/Platform.h"
+#include "../support/TextConversion.h"
 
 namespace Halvorix::SSOServices {
 
 namespace {
+
+std::wstring GenericText(boost::filesystem::path const& path)
+{
+    return Platform::AreFileNamesWide() ? path.generic_wstring()
+                                        : Utf8ToWide(path.generic_string());
+}
 
 // Leaves what is a root, such as C:/ or the sole leading slash.
 void RemoveTrailingSlashes(std::wstring& text)
@@ -61,19 +67,25 @@ std::vector<std::wstring> SplitSupportPathList(std::wstring const& text)
     return paths;
 }
 
+// Without Boost's own conversion: that follows the locale, which is none that knows
+// every name and which the process's end takes away from its threads.
+boost::filesystem::path AsPath(std::wstring const& text)
+{
+    if (Platform::AreFileNamesWide())
+        return text;
+    return WideToUtf8(text);
+}
+
 std::wstring JoinPath(std::wstring const& directory, std::wstring const& name)
 {
-    return (boost::filesystem::path(directory) / name).generic_wstring();
+    return GenericText(AsPath(directory) / AsPath(name));
 }
 
 std::wstring ParentPath(std::wstring const& path)
 {
-    return boost::filesystem::path(path).parent_path().generic_wstring();
+    return GenericText(AsPath(path).parent_path());
 }
 
-std::wstring FileName(std::wstring const& path)
-{
-    return boost::filesystem::path(path).filename().generic_wstring();
-}
+std::wstring FileName(std::wstring const& path) { return GenericText(AsPath(path).filename()); }
 
 } // namespace Halvorix::SSOServices

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include <boost/filesystem/path.hpp>
+
 namespace Halvorix::SSOServices {
 
 /// Forward slashes only, no trailing slash except at a root such as C:/, no
@@ -20,6 +22,9 @@ std::vector<std::wstring> SplitPathList(std::wstring const& text);
 /// The same for a host's support file search paths: separators in a row count as
 /// one.
 std::vector<std::wstring> SplitSupportPathList(std::wstring const& text);
+
+/// As the system names files.
+boost::filesystem::path AsPath(std::wstring const& text);
 
 // The following answer in forward slashes, not in normal form.
 

@@ -18,7 +18,7 @@ namespace {
 // Boost's generator ends the process over a language longer than any there is.
 bool NamesALanguage(std::string const& locale)
 {
-    constexpr std::size_t longest = 8;
+    constexpr std::size_t longest = 11;
     return std::min(locale.find_first_of("_.-@"), locale.size()) <= longest;
 }
 

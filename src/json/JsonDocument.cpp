@@ -1,5 +1,6 @@
 #include "JsonDocument.h"
 
+#include <atomic>
 #include <cstring>
 #include <memory>
 #include <ostream>
@@ -58,19 +59,29 @@ private:
 // host read and write documents until the process is gone. The library stays for them:
 // otherwise each time that a host loads it anew would leave two behind.
 struct Builders {
-    Builders()
-    {
-        readers["collectComments"] = false;
-        Platform::KeepLibraryLoaded();
-    }
+    Builders() { readers["collectComments"] = false; }
     Json::CharReaderBuilder readers;
     Json::StreamWriterBuilder writers;
 };
 
+std::atomic<Builders const*> theBuilders{nullptr};
+
+// Two threads may both make them, and one pair stays. No guard is held meanwhile: the
+// loader may be busy with a module whose constructors read documents, and wait for it.
+Builders const& MakeBuilders()
+{
+    Platform::KeepLibraryLoaded();
+    auto made = std::make_unique<Builders const>();
+    Builders const* earlier = nullptr;
+    if (theBuilders.compare_exchange_strong(earlier, made.get(), std::memory_order_acq_rel))
+        return *made.release();
+    return *earlier;
+}
+
 Builders const& TheBuilders()
 {
-    static Builders const& builders = *new Builders;
-    return builders;
+    Builders const* const builders = theBuilders.load(std::memory_order_acquire);
+    return builders != nullptr ? *builders : MakeBuilders();
 }
 
 } // namespace

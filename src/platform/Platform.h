@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <ios>
 #include <string>
 
 // The one seam between the library and the operating system. Each system has a
@@ -41,7 +42,8 @@ std::wstring ErrorText(ErrorCode code);
 void KeepLibraryLoaded();
 
 /// Full file name of a module that is in the process already, as the system
-/// spells it; empty if there is none.
+/// spells it; empty if there is none. By the whole name of its file, but for the
+/// library's own, which a version may follow.
 std::wstring LoadedModuleFile(std::wstring const& moduleName);
 
 /// Full file name of the process's executable, as the system spells it.
@@ -66,6 +68,17 @@ ErrorCode OpenLocationKey(LocationView view, LocationKey& key);
 bool ReadLocation(LocationKey key, std::wstring& location);
 
 void CloseLocationKey(LocationKey key);
+
+/// The content of a regular file. Empty for anything else, which is not waited for,
+/// and for a file that cannot be read.
+std::string ReadRegularFile(std::wstring const& file, std::ios::openmode mode);
+
+/// A line on the process's standard output, with "?" for what it cannot show.
+void ShowOnConsole(std::wstring const& line);
+
+/// Whether the system's own names of files are wide. Narrow ones are UTF-8, whatever
+/// the locale says.
+bool AreFileNamesWide();
 
 /// Whether a path's leading slash is its root and no decoration.
 bool LeadingSlashIsRoot();

@@ -215,3 +215,21 @@ TEST(PathParts, AnswerInForwardSlashes)
     EXPECT_EQ(ParentPath(L"C:\\a\\b\\c"), L"C:/a/b");
     EXPECT_EQ(FileName(L"C:\\a\\b.dll"), L"b.dll");
 }
+
+// As Boost appends: a drive alone is its current directory.
+TEST(PathText, JoinsADriveWithoutASlash)
+{
+    EXPECT_EQ(JoinPath(L"D:", L"folder/x"),
+              Platform::LeadingSlashIsRoot() ? L"D:/folder/x" : L"D:folder/x");
+    EXPECT_EQ(JoinPath(L"D:/", L"x"), L"D:/x");
+    EXPECT_EQ(JoinPath(L"", L"x"), L"x");
+}
+
+// A unit that is no character is kept: without it the name would be another file's.
+TEST(PathText, KeepsHalfASurrogatePair)
+{
+    std::wstring const name{L'a', static_cast<wchar_t>(0xD800), L'b'};
+    EXPECT_EQ(JoinPath(L"folder", name), L"folder/" + name);
+    EXPECT_EQ(FileName(L"folder/" + name), name);
+    EXPECT_EQ(ParentPath(name + L"/x"), name);
+}

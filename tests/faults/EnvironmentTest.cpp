@@ -71,8 +71,8 @@ TEST(Environment, MayHoldAnything)
     std::cout << "faults tried: " << tried << std::endl;
 }
 
-// Where the locale's character set has no place for a path, the conversion's
-// exception reaches the caller, who can go on.
+// On Windows a narrow path still goes through the locale there, whose exception reaches
+// the caller, who can go on. Linux has narrow names itself.
 TEST(Environment, MayHaveNoWordsForAPath)
 {
     int tried = 0;
@@ -84,10 +84,14 @@ TEST(Environment, MayHaveNoWordsForAPath)
         EXPECT_FALSE(outcome.ending.timedOut);
         EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
         EXPECT_EQ(outcome["program"], "returned");
+        auto const words = Rig::IsWindows() ? "path codecvt" : "returned";
         for (char const* const call : {"initialize", "call", "expand"})
             EXPECT_THAT(outcome[call].asString(),
-                        testing::AnyOf("returned", testing::HasSubstr("path codecvt")))
+                        testing::AnyOf("returned", testing::HasSubstr(words)))
                 << call;
+        if (!Rig::IsWindows()) {
+            EXPECT_EQ(outcome["state"], "ISSOClientPrivate::GetSessionState");
+        }
         ++tried;
     }
     std::cout << "faults tried: " << tried << std::endl;

@@ -5,9 +5,9 @@
 
 #include <gmock/gmock.h>
 
+#include "../support/EarlyLines.h"
 #include "OverFakeSystem.h"
 #include "host/SSOClientManager.h"
-#include "support/ProcessState.h"
 #include "support/SystemError.h"
 
 using namespace Halvorix;
@@ -39,8 +39,8 @@ TEST_F(Seam, TheLoadReadsItsErrorAfterTheDependencyDirectoryIsRestored)
     EXPECT_THAT(fakeSystem.calls,
                 ElementsAre(L"dependencies " + folder.generic_wstring(), L"load " + plugin,
                             L"dependencies restored", L"last error"));
-    ASSERT_FALSE(earlyLogQueue.empty());
-    EXPECT_EQ(earlyLogQueue.back().text,
+    ASSERT_FALSE(EarlyLines().empty());
+    EXPECT_EQ(EarlyLines().back().text,
               L"Failed to load client plugin module " + plugin + L". Error: error 193");
     SSOClientManager::ReleaseInstance();
 }

@@ -5,7 +5,7 @@
 
 #include <json/reader.h>
 
-#include "discovery/JsonFile.h"
+#include "platform/Platform.h"
 #include "support/TextConversion.h"
 
 namespace Halvorix::Doctor {
@@ -64,7 +64,7 @@ char const* KindOf(Json::Value const& value)
 }
 
 JsonInspection::JsonInspection(std::wstring const& file, std::ios::openmode mode)
-    : text(SSOServices::ReadJsonText(file, mode))
+    : text(Halvorix::Platform::ReadRegularFile(file, mode))
 {
     try {
         Json::Reader reader;

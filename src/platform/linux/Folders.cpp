@@ -9,7 +9,7 @@ namespace {
 
 std::wstring Environment(char const* name)
 {
-    char const* const value = std::getenv(name);
+    char const* const value = ::secure_getenv(name);
     return value == nullptr ? std::wstring() : FromSystem(value);
 }
 

@@ -1,10 +1,10 @@
 #include <cerrno>
 #include <cstdlib>
-#include <fstream>
 #include <memory>
 #include <string>
 
 #include "../Platform.h"
+#include "Files.h"
 #include "NarrowText.h"
 
 namespace Halvorix::Platform {
@@ -15,7 +15,7 @@ bool IsWow64Process() { return false; }
 // value; the first directory that has it counts.
 ErrorCode OpenLocationKey(LocationView, LocationKey& key)
 {
-    char const* const variable = std::getenv("XDG_CONFIG_DIRS");
+    char const* const variable = ::secure_getenv("XDG_CONFIG_DIRS");
     std::string directories = variable == nullptr || *variable == '\0' ? "/etc/xdg" : variable;
     ErrorCode error = ENOENT;
     while (!directories.empty()) {
@@ -24,30 +24,29 @@ ErrorCode OpenLocationKey(LocationView, LocationKey& key)
         directories.erase(0, end == std::string::npos ? end : end + 1);
         if (directory.empty())
             continue;
-        errno = 0;
-        auto file = std::make_unique<std::ifstream>(directory + "/Halvorix/HxSSO/Location",
-                                                    std::ios::binary);
-        if (file->is_open()) {
-            key = file.release();
+        auto content = std::make_unique<std::string>();
+        int const failure = ReadRegularFile(directory + "/Halvorix/HxSSO/Location", *content);
+        if (failure == 0) {
+            key = content.release();
             return 0;
         }
         // A file that is there and cannot be read tells more than one that is not.
-        if (errno != 0 && errno != ENOENT)
-            error = static_cast<ErrorCode>(errno);
+        if (failure != ENOENT)
+            error = static_cast<ErrorCode>(failure);
     }
     return error;
 }
 
 bool ReadLocation(LocationKey key, std::wstring& location)
 {
-    std::string line;
-    if (!std::getline(*static_cast<std::ifstream*>(key), line))
+    std::string const& content = *static_cast<std::string*>(key);
+    if (content.empty())
         return false;
     // Text up to its first zero, as in a registry value.
-    location = FromSystem(line.substr(0, line.find('\0')));
+    location = FromSystem(content.substr(0, content.find_first_of(std::string("\n\0", 2))));
     return true;
 }
 
-void CloseLocationKey(LocationKey key) { delete static_cast<std::ifstream*>(key); }
+void CloseLocationKey(LocationKey key) { delete static_cast<std::string*>(key); }
 
 } // namespace Halvorix::Platform

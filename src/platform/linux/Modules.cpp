@@ -31,13 +31,15 @@ struct ModuleSearch {
     std::string file;
 };
 
-// A library may be mapped under its versioned name.
+constexpr std::string_view LibraryName = "libHxSSOServices.so";
+
+// The library itself may be mapped under its versioned name.
 bool IsNamed(std::string_view file, std::string_view name)
 {
-    bool const whole = name.find('/') != std::string_view::npos;
-    std::string_view const text = whole ? file : file.substr(file.rfind('/') + 1);
-    return text.substr(0, name.size()) == name &&
-           (text.size() == name.size() || text[name.size()] == '.');
+    bool const isPath = name.find('/') != std::string_view::npos;
+    std::string_view const text = isPath ? file : file.substr(file.rfind('/') + 1);
+    return text == name ||
+           (name == LibraryName && text.substr(0, name.size()) == name && text[name.size()] == '.');
 }
 
 int VisitModule(dl_phdr_info* info, std::size_t, void* context)
@@ -72,18 +74,14 @@ OwnFile FindOwnFile()
     return {library.dli_fname, InCanonicalFolder(library.dli_fname)};
 }
 
-// What is mapped keeps its name, and each banner after a failed load has this one:
-// those calls are to leave the file system alone. Never destroyed, since threads of
-// the host call until the process is gone.
-OwnFile const& Own()
-{
-    static OwnFile const& own = *new OwnFile(FindOwnFile());
-    return own;
-}
+// Found while the library is being loaded: the loader's name for it may be relative,
+// and the process be elsewhere later. Never destroyed, since threads of the host call
+// until the process is gone.
+OwnFile const& own = *new OwnFile(FindOwnFile());
 
 } // namespace
 
-std::wstring LibraryFileName() { return L"libHxSSOServices.so"; }
+std::wstring LibraryFileName() { return {LibraryName.begin(), LibraryName.end()}; }
 
 char const* FactoryProcedureName() { return "_Z19GetSSOClientFactoryv"; }
 
@@ -117,10 +115,9 @@ std::wstring ErrorText(ErrorCode code)
 
 void KeepLibraryLoaded()
 {
-    std::string const& library = Own().spelling;
     // The handle is never closed; in an executable there is none, nor need for it.
-    if (!library.empty() &&
-        ::dlopen(library.c_str(), RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE) == nullptr)
+    if (!own.spelling.empty() &&
+        ::dlopen(own.spelling.c_str(), RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE) == nullptr)
         ::dlerror(); // not for the host to find
 }
 
@@ -129,6 +126,9 @@ std::wstring LoadedModuleFile(std::wstring const& moduleName)
     std::string const name = ToSystem(moduleName);
     if (name.empty())
         return {};
+    // Without a look at what else is loaded, of which the loader would have to be asked.
+    if (IsNamed(own.spelling, name))
+        return FromSystem(own.file);
     ModuleSearch search{name, {}};
     if (::dl_iterate_phdr(VisitModule, &search) == 0) {
         // The executable is listed without a name.
@@ -137,7 +137,7 @@ std::wstring LoadedModuleFile(std::wstring const& moduleName)
             return {};
         search.file = executable;
     }
-    return FromSystem(search.file == Own().spelling ? Own().file : InCanonicalFolder(search.file));
+    return FromSystem(InCanonicalFolder(search.file));
 }
 
 std::wstring ExecutableFile()

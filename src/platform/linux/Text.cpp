@@ -1,9 +1,11 @@
 #include <algorithm>
 #include <cstdint>
 #include <cwchar>
+#include <iterator>
 #include <string>
 
 #include <boost/locale/encoding_utf.hpp>
+#include <boost/locale/utf.hpp>
 
 #include "../Platform.h"
 #include "NarrowText.h"
@@ -29,7 +31,11 @@ std::wstring FromSystem(std::string const& text)
 
 std::string ToSystem(std::wstring const& text)
 {
-    return boost::locale::conv::utf_to_utf<char>(text);
+    std::string narrow;
+    for (wchar_t const unit : text)
+        boost::locale::utf::utf_traits<char>::encode(std::char_traits<wchar_t>::to_int_type(unit),
+                                                     std::back_inserter(narrow));
+    return narrow;
 }
 
 int CopyBounded(wchar_t* destination, std::size_t capacity, wchar_t const* source)

@@ -10,4 +10,9 @@ std::string Variable(char const* name)
     return value == nullptr ? "" : value;
 }
 
+void SetVariable(std::string const& name, std::string const& value)
+{
+    ::setenv(name.c_str(), value.c_str(), 1);
+}
+
 } // namespace Rig

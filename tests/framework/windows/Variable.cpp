@@ -13,4 +13,9 @@ std::string Variable(char const* name)
     return value == nullptr ? "" : WideToUtf8(value);
 }
 
+void SetVariable(std::string const& name, std::string const& value)
+{
+    ::_putenv_s(name.c_str(), value.c_str());
+}
+
 } // namespace Rig

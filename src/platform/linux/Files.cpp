@@ -1,0 +1,64 @@
+#include "Files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstddef>
+
+#include "../Platform.h"
+#include "NarrowText.h"
+
+namespace Halvorix::Platform {
+
+namespace {
+
+class Descriptor {
+public:
+    explicit Descriptor(int aNumber) : number(aNumber) {}
+    ~Descriptor()
+    {
+        if (number >= 0)
+            ::close(number);
+    }
+    Descriptor(Descriptor const&) = delete;
+    Descriptor& operator=(Descriptor const&) = delete;
+
+    int const number;
+};
+
+} // namespace
+
+int ReadRegularFile(std::string const& file, std::string& content)
+{
+    content.clear();
+    // Without waiting for the other end of a pipe.
+    Descriptor const opened(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat status {};
+    if (opened.number < 0 || ::fstat(opened.number, &status) != 0)
+        return errno;
+    if (!S_ISREG(status.st_mode))
+        return EINVAL;
+    char piece[16384];
+    for (;;) {
+        ssize_t const count = ::read(opened.number, piece, sizeof(piece));
+        if (count > 0)
+            content.append(piece, static_cast<std::size_t>(count));
+        else if (count == 0)
+            return 0;
+        else if (errno != EINTR)
+            return errno;
+    }
+}
+
+bool AreFileNamesWide() { return false; }
+
+// Text is not another form here than bytes.
+std::string ReadRegularFile(std::wstring const& file, std::ios::openmode)
+{
+    std::string content;
+    return ReadRegularFile(ToSystem(file), content) == 0 ? content : std::string();
+}
+
+} // namespace Halvorix::Platform

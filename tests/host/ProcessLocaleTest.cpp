@@ -1,0 +1,47 @@
+#include "host/ProcessLocale.h"
+
+#include <locale>
+#include <string>
+
+#include <boost/locale/info.hpp>
+#include <gtest/gtest.h>
+
+#include "../framework/Variable.h"
+
+namespace {
+
+class ProcessLocale : public testing::Test {
+protected:
+    ~ProcessLocale() override
+    {
+        Rig::SetVariable("LC_ALL", variable);
+        std::locale::global(before);
+    }
+
+    static std::string NameFor(std::string const& value)
+    {
+        Rig::SetVariable("LC_ALL", value);
+        Halvorix::SSOServices::SetProcessLocale();
+        return std::use_facet<boost::locale::info>(std::locale()).name();
+    }
+
+    std::string const variable = Rig::Variable("LC_ALL");
+    std::locale const before;
+};
+
+} // namespace
+
+TEST_F(ProcessLocale, IsThatOfTheEnvironment)
+{
+    for (char const* const name :
+         {"de_DE.UTF-8", "norwegian.UTF-8", "lithuanian.UTF-8", "abcdefghijk.UTF-8", "C.UTF-8"})
+        EXPECT_EQ(NameFor(name), name);
+}
+
+// Boost's generator ends the process for a language that is longer than any.
+TEST_F(ProcessLocale, IsOneThatIsAlwaysThereWhereTheEnvironmentNamesNone)
+{
+    for (char const* const name :
+         {"abcdefghijkl.UTF-8", "abcdefghijklmnopqrst", "en_US.no-such-set"})
+        EXPECT_EQ(NameFor(name), "C.UTF-8") << name;
+}
