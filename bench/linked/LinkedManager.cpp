@@ -29,8 +29,15 @@ std::wstring SSOPathResolver::GetSSOClientPluginModule() { return {}; }
 std::wstring SSOPathResolver::GetSSOClientPluginFileName() { return {}; }
 std::wstring SSOPathResolver::GetOpenSslModule() { return {}; }
 
+SharedPathResolver::SharedPathResolver(Version version, LogFunction aLog)
+    : SSOPathResolver(std::move(version), nullptr), log(std::move(aLog))
+{
+}
+
+void SharedPathResolver::Ask(Question const& question) { question(*this); }
+
 SSOClientManager::SSOClientManager()
-    : SSOPathResolver({}, nullptr), clientFactory(GetSSOClientFactory())
+    : SharedPathResolver({}, nullptr), clientFactory(GetSSOClientFactory())
 {
 }
 

@@ -1,21 +1,21 @@
 #pragma once
 
+#include <atomic>
+
 namespace Halvorix::SSOServices {
 
 /// Counts an Initialize; true if it is the one that has to do something.
-inline bool IsFirstInitialize(int& count, bool hasInstance)
+inline bool IsFirstInitialize(std::atomic<int>& count, bool hasInstance)
 {
-    ++count;
-    return count <= 1 && !hasInstance;
+    return ++count <= 1 && !hasInstance;
 }
 
 /// Counts an Uninitialize; true if it is the one that has to do something.
-inline bool IsLastUninitialize(int& count)
+inline bool IsLastUninitialize(std::atomic<int>& count)
 {
     if (count < 1)
         return false;
-    --count;
-    return count <= 0;
+    return --count <= 0;
 }
 
 } // namespace Halvorix::SSOServices

@@ -1,10 +1,10 @@
 #include "../../include/SSOClientPrivate.h"
 
-#include <algorithm>
 #include <mutex>
 #include <utility>
 
 #include "../discovery/ModuleFiles.h"
+#include "../discovery/PathText.h"
 #include "../support/ProcessState.h"
 #include "EventNames.h"
 #include "Forward.h"
@@ -231,29 +231,35 @@ void SSOClientPrivate::SetProductName(std::wstring const& name)
 
 std::wstring SSOClientPrivate::GetSSOServerAppPath()
 {
-    return SSOClientManager::GetInstance()->GetSSOServerAppPath();
+    return SSOClientManager::GetInstance()->Ask(&SSOPathResolver::GetSSOServerAppPath);
 }
 
 std::wstring SSOClientPrivate::GetSSOServerAppExeDirPath()
 {
-    return SSOClientManager::GetInstance()->GetSSOServerAppExeDirPath();
+    return SSOClientManager::GetInstance()->Ask(&SSOPathResolver::GetSSOServerAppExeDirPath);
 }
 
 std::wstring SSOClientPrivate::GetSSOClientPluginModule()
 {
-    return SSOClientManager::GetInstance()->GetSSOClientPluginModule();
+    return SSOClientManager::GetInstance()->Ask(&SSOPathResolver::GetSSOClientPluginModule);
 }
 
 std::wstring SSOClientPrivate::GetOpenSslModule()
 {
-    return SSOClientManager::GetInstance()->GetOpenSslModule();
+    return SSOClientManager::GetInstance()->Ask(&SSOPathResolver::GetOpenSslModule);
 }
 
 bool SSOClientPrivate::ExpandPathVariables(std::wstring& path)
 {
     std::shared_ptr<SSOClientManager> const manager = SSOClientManager::GetInstance();
     std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
-    return manager->ExpandPathVariables(path);
+    std::wstring expanded;
+    manager->Ask([&](SSOPathResolver& resolver) {
+        expanded = path;
+        resolver.ExpandPathVariables(expanded);
+    });
+    path = std::move(expanded);
+    return true;
 }
 
 std::wstring SSOClientPrivate::GetModuleDirPath(std::wstring const& moduleName)
@@ -266,28 +272,26 @@ std::wstring SSOClientPrivate::GetModuleDirPath(std::wstring const& moduleName)
 
 std::wstring SSOClientPrivate::GetSSOClientConfigFile()
 {
-    return SSOClientManager::GetInstance()->GetSSOClientConfigFile();
+    return SSOClientManager::GetInstance()->Ask(&SSOPathResolver::GetSSOClientConfigFile);
 }
 
 std::wstring SSOClientPrivate::GetSSOClientConfigFileOverride()
 {
-    return SSOClientManager::GetInstance()->GetSSOClientConfigFileOverride();
+    return SSOClientManager::GetInstance()->Ask(&SSOPathResolver::GetSSOClientConfigFileOverride);
 }
 
 void SSOClientPrivate::SetSSOClientConfigFileOverride(std::wstring path)
 {
-    SSOClientManager::GetInstance()->SetSSOClientConfigFileOverride(std::move(path));
+    SSOClientManager::GetInstance()->Ask(
+        [&path](SSOPathResolver& resolver) { resolver.SetSSOClientConfigFileOverride(path); });
 }
 
 std::wstring SSOClientPrivate::GetLogFile()
 {
-    // Joined by hand: a conversion by Boost's path would not be safe beside the
-    // creation of the manager on another thread, and no lock is taken here.
-    std::wstring folder = GetKnownFolderPath(Platform::KnownFolder::LocalAppData);
-    std::replace(folder.begin(), folder.end(), L'\\', L'/');
-    if (!folder.empty() && folder.back() != L'/')
-        folder += L'/';
-    return folder + L"Halvorix/Web Services/Log/WebServices.log";
+    std::wstring path = GetKnownFolderPath(Platform::KnownFolder::LocalAppData);
+    for (wchar_t const* const name : {L"Halvorix/Web Services", L"Log", L"WebServices.log"})
+        path = JoinPath(path, name);
+    return path;
 }
 
 } // namespace Halvorix::SSOServices

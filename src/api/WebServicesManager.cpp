@@ -6,6 +6,7 @@
 #include "../../include/OAuth2Token.h"
 #include "../../include/WebServicesConfiguration.h"
 #include "../discovery/PathText.h"
+#include "../host/SupportFileSearchPaths.h"
 #include "../support/ProcessState.h"
 #include "../support/SecretText.h"
 #include "Forward.h"
@@ -47,8 +48,7 @@ bool WebServicesManager::Initialize(OAuth2TokenSpec const& spec)
 bool WebServicesManager::Uninitialize()
 {
     if (IsLastUninitialize(webServicesManagerCount)) {
-        delete webServicesManager;
-        webServicesManager = nullptr;
+        delete webServicesManager.exchange(nullptr);
         AskModule([](auto& module) { module.Uninitialize(); });
         webServicesManagerCount = 0;
     }
@@ -68,7 +68,7 @@ int WebServicesManager::GetSupportFileSearchPaths(wchar_t* buffer, int capacity)
 void WebServicesManager::SetSupportFileSearchPaths(wchar_t const* paths)
 {
     // Stored first: the next step may be the load, which reads the list.
-    supportFileSearchPaths = SplitSupportPathList(paths);
+    StoreSupportFileSearchPaths(SplitSupportPathList(paths));
     AskModule([&](auto& module) { module.SetSupportFileSearchPaths(paths); });
 }
 
@@ -81,8 +81,9 @@ void WebServicesManager::SetCachePath(wchar_t const*) {}
 
 WebServicesConfiguration const& WebServicesManager::GetConfiguration() const
 {
-    return AskClient(
-        *fallbackConfiguration, [](auto& client) -> auto& { return client.GetConfiguration(); });
+    // The object is looked at only without a plugin: there may be none before Initialize.
+    auto const client = Fetch<ISSOClient>(&SSOClientManager::GetSSOClient);
+    return client ? client->GetConfiguration() : *fallbackConfiguration;
 }
 
 bool WebServicesManager::SetConfiguration(WebServicesConfiguration const& configuration)

@@ -45,8 +45,7 @@ bool WebServicesUIManager::Initialize(WebServices::OAuth2TokenSpec const& spec)
 bool WebServicesUIManager::Uninitialize()
 {
     if (IsLastUninitialize(webServicesUIManagerCount)) {
-        delete webServicesUIManager;
-        webServicesUIManager = nullptr;
+        delete webServicesUIManager.exchange(nullptr);
         AskModule([](auto& module) { module.UninitializeUI(); });
         WebServicesManager::Uninitialize();
         // Also while the host still holds an Initialize of its own, on purpose.

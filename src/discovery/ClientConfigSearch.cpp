@@ -10,7 +10,6 @@
 #include "JsonFile.h"
 #include "PathText.h"
 #include "SSOPathResolver.h"
-#include "SearchUnderWay.h"
 
 namespace Halvorix::SSOServices {
 
@@ -107,9 +106,7 @@ void SSOPathResolver::ReadClientConfig()
     std::wstring const searchPaths = Utf8ToWide(ssoServer["searchPaths"].asString());
     if (!searchPaths.empty()) {
         clientConfig.searchPaths = SplitPathList(searchPaths);
-        // These are the search's own: it cannot be asked for a variable here.
-        SearchUnderWay const underWay(searchingServerApp);
-        ResolveSearchPaths(clientConfig.searchPaths);
+        ResolveServerAppSearchPaths(clientConfig.searchPaths);
     }
     AddRegistrySearchPath();
     Json::Value& openssl = root["openssl"];

@@ -1,6 +1,7 @@
 #include "SSOPathResolver.h"
 
 #include <functional>
+#include <tuple>
 #include <utility>
 
 #include "../platform/Platform.h"
@@ -9,9 +10,41 @@
 
 namespace Halvorix::SSOServices {
 
+namespace {
+
+// The variables whose values are what the server application's search finds.
+constexpr wchar_t const* PathVariable = L"SSOServerAppPath";
+constexpr wchar_t const* ExeDirPathVariable = L"SSOServerAppExeDirPath";
+constexpr wchar_t const* ExeFileVariable = L"SSOServerAppExeFile";
+
+bool IsOfServerApp(std::wstring const& name)
+{
+    return IsVariableName(name, PathVariable) || IsVariableName(name, ExeDirPathVariable) ||
+           IsVariableName(name, ExeFileVariable);
+}
+
+} // namespace
+
 SSOPathResolver::SSOPathResolver(Version version, LogFunction log)
     : logFunction(std::move(log)), ssoServicesVersion(std::move(version))
 {
+}
+
+SSOPathResolver::SSOPathResolver(SSOPathResolver const& other, LogFunction log)
+    : SSOPathResolver(other)
+{
+    logFunction = std::move(log);
+}
+
+bool SSOPathResolver::KnowsTheSameAs(SSOPathResolver const& other) const
+{
+    // The configuration changes with its state, once.
+    auto const knowledge = [](SSOPathResolver const& one) {
+        return std::tie(one.supportFileSearchPaths, one.versionCompatibilityFile,
+                        one.ssoServerAppPath, one.clientConfigFileOverride, one.clientConfigFile,
+                        one.ssoClientPluginModule, one.openSslModule, one.clientConfigState);
+    };
+    return knowledge(*this) == knowledge(other);
 }
 
 bool SSOPathResolver::ExpandPathVariables(std::wstring& path)
@@ -25,6 +58,11 @@ void SSOPathResolver::SetSupportFileSearchPaths(std::vector<std::wstring> const&
     supportFileSearchPaths = paths;
 }
 
+std::vector<std::wstring> const& SSOPathResolver::GetSupportFileSearchPaths() const
+{
+    return supportFileSearchPaths;
+}
+
 // A known variable without a value counts as unknown: it stays in the text.
 bool SSOPathResolver::ResolvePathVariable(std::wstring name, std::wstring& value)
 {
@@ -34,11 +72,11 @@ bool SSOPathResolver::ResolvePathVariable(std::wstring name, std::wstring& value
 
 std::wstring SSOPathResolver::GetPathVariable(std::wstring const& name)
 {
-    if (IsVariableName(name, L"SSOServerAppPath"))
+    if (IsVariableName(name, PathVariable))
         return GetSSOServerAppPath();
-    if (IsVariableName(name, L"SSOServerAppExeDirPath"))
+    if (IsVariableName(name, ExeDirPathVariable))
         return GetSSOServerAppExeDirPath();
-    if (IsVariableName(name, L"SSOServerAppExeFile"))
+    if (IsVariableName(name, ExeFileVariable))
         return GetSSOServerAppExeFile();
     if (IsVariableName(name, L"SSOServicesModulePath"))
         return GetModuleDirPath(Platform::LibraryFileName());
@@ -54,6 +92,15 @@ VariableLookup SSOPathResolver::PathVariables()
 void SSOPathResolver::ResolveSearchPaths(std::vector<std::wstring>& paths)
 {
     ExpandPathList(paths, PathVariables());
+    RemoveDuplicatePaths(paths);
+}
+
+// What that search is to find has no value in its own list yet.
+void SSOPathResolver::ResolveServerAppSearchPaths(std::vector<std::wstring>& paths)
+{
+    ExpandPathList(paths, [this](std::wstring const& name, std::wstring& value) {
+        return !IsOfServerApp(name) && ResolvePathVariable(name, value);
+    });
     RemoveDuplicatePaths(paths);
 }
 

@@ -17,7 +17,8 @@ class Value;
 
 namespace Halvorix::SSOServices {
 
-/// Answers every question about the place of a file and the fit of a version.
+/// Answers every question about the place of a file and the fit of a version, those of
+/// one thread at a time.
 ///
 /// Each getter runs its search when its member is empty. The two files are
 /// searched for once; a search for the server application, the plugin or the
@@ -25,6 +26,8 @@ namespace Halvorix::SSOServices {
 class SSOPathResolver {
 public:
     SSOPathResolver(Version version, LogFunction log);
+    /// With all that the other one knows, and another way for its lines.
+    SSOPathResolver(SSOPathResolver const& other, LogFunction log);
 
     /// Replaces each known %name% and normalises. Always true.
     bool ExpandPathVariables(std::wstring& path);
@@ -49,6 +52,7 @@ public:
 
 protected:
     void SetSupportFileSearchPaths(std::vector<std::wstring> const& paths);
+    std::vector<std::wstring> const& GetSupportFileSearchPaths() const;
 
     // What is searched, and what was read.
     /// Unresolved, in the order of the search.
@@ -62,6 +66,9 @@ protected:
     /// Reads one object of the version compatibility file and logs nothing. Wrong
     /// types let the JSON library's exception pass.
     ModuleRecord ReadModuleRecord(Json::Value& element, char const* pathKey);
+
+    /// Whether neither has been told or has found what the other has not.
+    bool KnowsTheSameAs(SSOPathResolver const& other) const;
 
     template <class... Arguments>
     void LogLine(Message const& message, Arguments const&... arguments)
@@ -78,6 +85,7 @@ private:
     std::wstring GetPathVariable(std::wstring const& name);
     VariableLookup PathVariables();
     void ResolveSearchPaths(std::vector<std::wstring>& paths);
+    void ResolveServerAppSearchPaths(std::vector<std::wstring>& paths);
 
     void LogMessage(std::wstring message, Log::LogLevel level);
     bool LoadClientConfig();
@@ -87,7 +95,7 @@ private:
     void AddRegistrySearchPath();
 
     bool FindSSOServerApp();
-    std::vector<std::wstring> ServerAppDirectories() const;
+    std::vector<std::wstring> ServerAppDirectories();
     std::wstring ServerAppExeFile() const;
 
     bool FindVersionCompatibilityFile();
@@ -112,7 +120,6 @@ private:
     std::wstring openSslModule;
     SSOClientConfig clientConfig;
     ClientConfigState clientConfigState = NotLoaded;
-    bool searchingServerApp = false;
 };
 
 } // namespace Halvorix::SSOServices

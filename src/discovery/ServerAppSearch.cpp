@@ -10,7 +10,6 @@
 #include "FileSearch.h"
 #include "PathText.h"
 #include "SSOPathResolver.h"
-#include "SearchUnderWay.h"
 
 namespace Halvorix::SSOServices {
 
@@ -37,10 +36,11 @@ std::string SSOPathResolver::GetSSOServerProcessName() const { return clientConf
 
 std::string SSOPathResolver::GetSSOServerName() const { return clientConfig.serverName; }
 
-std::vector<std::wstring> SSOPathResolver::ServerAppDirectories() const
+std::vector<std::wstring> SSOPathResolver::ServerAppDirectories()
 {
     std::vector<std::wstring> paths{L"%SSOServicesModulePath%", L"%ExePath%"};
     paths.insert(paths.end(), clientConfig.searchPaths.begin(), clientConfig.searchPaths.end());
+    ResolveServerAppSearchPaths(paths);
     return paths;
 }
 
@@ -48,21 +48,15 @@ bool SSOPathResolver::FindSSOServerApp()
 {
     if (!ssoServerAppPath.empty())
         return true;
-    // Entered again from a variable in its own list: nothing found, instead of
-    // recursing until the stack ends.
-    if (searchingServerApp)
-        return false;
     if (clientConfigState == NotLoaded)
         LoadClientConfig();
-    SearchUnderWay const underWay(searchingServerApp);
-    std::vector<std::wstring> const paths = ServerAppDirectories();
-    std::wstring const shown = boost::algorithm::join(ResolvedSearchPaths(paths), L"\n");
+    std::wstring const shown = boost::algorithm::join(ServerAppDirectories(), L"\n");
     LogLine(Messages::ServerSearching, clientConfig.appName, shown);
     // Blank only after a load that ended in an exception.
     if (clientConfig.appName.empty())
         return false;
     std::wstring found;
-    if (!FindFileInPaths(clientConfig.appName, ResolvedSearchPaths(paths), found)) {
+    if (!FindFileInPaths(clientConfig.appName, ServerAppDirectories(), found)) {
         LogLine(Messages::ServerMissing, clientConfig.appName, shown);
         return false;
     }
@@ -70,7 +64,7 @@ bool SSOPathResolver::FindSSOServerApp()
     // again, and the line is built without asking one.
     ssoServerAppPath = ParentPath(found);
     LogLine(Messages::ServerFound, ServerAppExeFile());
-    return true;
+    return !ssoServerAppPath.empty();
 }
 
 void SSOPathResolver::AddRegistrySearchPath()

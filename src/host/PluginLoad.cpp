@@ -17,6 +17,7 @@
 #include "../support/SystemError.h"
 #include "../support/TextConversion.h"
 #include "SSOClientManager.h"
+#include "SupportFileSearchPaths.h"
 
 namespace Halvorix::SSOServices {
 
@@ -32,7 +33,7 @@ bool SSOClientManager::AnnounceAndLoad()
     std::wstring const library = Platform::LibraryFileName();
     LogLine(Messages::Banner, library, Utf8ToWide(LibraryVersion), BuildName(),
             ResolveModuleFile(library));
-    SetSupportFileSearchPaths(SSOServices::supportFileSearchPaths);
+    SetSupportFileSearchPaths(SupportFileSearchPaths());
     return LoadPlugin() && clientFactory;
 }
 
@@ -44,7 +45,7 @@ bool SSOClientManager::LoadPlugin()
     if (loadState == LoadBegun || processIsEnding)
         return false;
     loadState = LoadBegun;
-    std::wstring const file = GetSSOClientPluginModule();
+    std::wstring const file = Ask(&SSOPathResolver::GetSSOClientPluginModule);
     if (file.empty() || !PathExists(WideToUtf8(file))) {
         LogLine(Messages::PluginNotFound, file);
         FlushEarlyLog(); // the one failure that shows the whole log
@@ -92,8 +93,8 @@ void SSOClientManager::SetUpPlugin()
 {
     std::shared_ptr<ISSOServerManager> const server = clientFactory->GetSSOServerManager();
     if (server) {
-        std::wstring const exeFile = GetSSOServerAppExeFile();
-        std::wstring const appPath = GetSSOServerAppPath();
+        std::wstring const exeFile = Ask(&SSOPathResolver::GetSSOServerAppExeFile);
+        std::wstring const appPath = Ask(&SSOPathResolver::GetSSOServerAppPath);
         server->SetSSOServerAppFiles(appPath.c_str(), exeFile.c_str());
     }
     std::shared_ptr<ISSOLogManager> const logs = clientFactory->GetSSOLogManager();
@@ -102,12 +103,12 @@ void SSOClientManager::SetUpPlugin()
         FlushEarlyLog();
     }
     if (server) {
-        server->SetSSOServerProcessName(GetSSOServerProcessName().c_str());
-        server->SetSSOServerName(GetSSOServerName().c_str());
+        server->SetSSOServerProcessName(Ask(&SSOPathResolver::GetSSOServerProcessName).c_str());
+        server->SetSSOServerName(Ask(&SSOPathResolver::GetSSOServerName).c_str());
     }
     std::shared_ptr<ISSOClientModule> const module = clientFactory->GetSSOClientModule();
     if (module) {
-        std::wstring const openSsl = GetOpenSslModule();
+        std::wstring const openSsl = Ask(&SSOPathResolver::GetOpenSslModule);
         if (openSsl.empty() || !PathExists(openSsl))
             LogLine(Messages::OpenSslModuleNotFound, openSsl);
         module->SetOpenSslModule(openSsl.c_str());

@@ -37,23 +37,25 @@ std::unique_lock<std::recursive_mutex> LockAtProcessEnd()
 
 SSOClientManager::SSOClientManager() : SSOClientManager(&SSOClientManager::LogWrite) {}
 
-SSOClientManager::SSOClientManager(LogFunction log) : SSOPathResolver(OwnVersion(), std::move(log))
+SSOClientManager::SSOClientManager(LogFunction log)
+    : SharedPathResolver(OwnVersion(), std::move(log))
 {
 }
 
 void SSOClientManager::CreateInstance()
 {
+    // The locale is code of this library, and the process keeps it. Before the lock: the
+    // loader may be busy with a module whose constructors wait for that.
+    if (!processIsEnding)
+        Platform::KeepLibraryLoaded();
     std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
     if (clientManager)
         return;
     releasePlugin = &SSOClientManager::ReleasePlugin;
     auto manager = std::make_shared<SSOClientManager>();
     // Before anyone sees the manager: if this fails, the next use does both again.
-    if (!processIsEnding) {
-        // The locale is code of this library, and the process keeps it.
-        Platform::KeepLibraryLoaded();
+    if (!processIsEnding)
         SetProcessLocale();
-    }
     clientManager = std::move(manager);
     clientManagerPublished.store(true, std::memory_order_release);
 }

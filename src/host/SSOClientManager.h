@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "../discovery/SSOPathResolver.h"
+#include "../discovery/SharedPathResolver.h"
 #include "../platform/Platform.h"
 #include "../support/ProcessState.h"
 
@@ -19,7 +19,7 @@ class ISSOServerManager;
 
 /// Finds the client plugin, loads it on first need and hands out its
 /// interfaces. One per process, until it is released.
-class SSOClientManager : public SSOPathResolver {
+class SSOClientManager : public SharedPathResolver {
 public:
     /// Creates the manager on first use and then sets the process's locale.
     /// Takes no lock once the manager exists. Never empty.

@@ -1,36 +1,54 @@
 #include "LogSink.h"
 
-#include <algorithm>
-#include <cstddef>
-#include <iostream>
 #include <utility>
 
 #include "../../include/plugin/ILogger.h"
+#include "../platform/Platform.h"
 #include "ProcessState.h"
 
 namespace Halvorix::SSOServices {
 
 namespace {
 
-// A logger may call back into the library, whose lines then come to it while it
-// still writes. Lines of calls from inside such calls wait in the early log:
-// otherwise a logger that asks what is logged would never come to an end.
-constexpr int DeepestNesting = 2;
+// A logger may call back into the library, whose lines then come to it while it still
+// writes. From here on they wait in the early log: otherwise a logger that asks for what
+// is logged would never come to an end.
+constexpr int DeepestNesting = 32;
+
+// Under SSOClientManagerMutex: the logger's calls under way, one inside the other, and
+// whether they came that deep. Each might go as deep again for each of its lines, so
+// after that all lines wait until the first call has returned.
+int nesting = 0;
+bool wasTooDeep = false;
 
 class NestedWrite {
 public:
-    NestedWrite() { ++loggerNesting; }
-    ~NestedWrite() { --loggerNesting; }
+    NestedWrite() { ++nesting; }
+    ~NestedWrite()
+    {
+        if (--nesting == 0)
+            wasTooDeep = false;
+    }
     NestedWrite(NestedWrite const&) = delete;
     NestedWrite& operator=(NestedWrite const&) = delete;
 };
 
-void ShowOnConsole(std::wstring const& text) { std::wcout << text << std::endl; }
-
 // A copy of the pointer: a call back may replace the logger.
 std::shared_ptr<ILogger> LoggerToCall()
 {
-    return loggerNesting < DeepestNesting ? logger : nullptr;
+    wasTooDeep = wasTooDeep || nesting == DeepestNesting;
+    return wasTooDeep ? nullptr : logger;
+}
+
+// With the logger of the moment for each: one that calls back may replace itself.
+void Flush(EarlyLogEntry const& entry)
+{
+    if (std::shared_ptr<ILogger> const target = logger) {
+        NestedWrite const nested;
+        target->WriteLine(entry.text.c_str(), entry.level);
+    } else {
+        Platform::ShowOnConsole(entry.text); // whatever its level, on purpose
+    }
 }
 
 } // namespace
@@ -43,31 +61,28 @@ void WriteLogLine(std::wstring message, Log::LogLevel level)
         target->WriteLine(message.c_str(), level);
         return;
     }
-    if (level != Log::LogLevel::Error) {
-        earlyLogQueue.push_back({std::move(message), level});
-        return;
-    }
-    earlyLogQueue.push_back({message, level});
-    ShowOnConsole(message); // not the entry: a console that calls back adds others
+    earlyLogQueue.Add(message, level);
+    if (level == Log::LogLevel::Error)
+        Platform::ShowOnConsole(message);
 }
 
 void FlushEarlyLog()
 {
     std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
-    // Those that are there now, by index, and the logger anew for each: a logger
-    // that calls back may add lines and replace itself.
-    std::size_t const count = earlyLogQueue.size();
-    for (std::size_t i = 0; i < std::min(count, earlyLogQueue.size()); ++i) {
-        EarlyLogEntry const entry = earlyLogQueue[i];
-        if (std::shared_ptr<ILogger> const target = logger) {
-            NestedWrite const nested;
-            target->WriteLine(entry.text.c_str(), entry.level);
-        } else {
-            ShowOnConsole(entry.text); // whatever its level, on purpose
-        }
+    // Those that are there now: a logger that calls back may add others.
+    EarlyLog flushed;
+    std::swap(flushed, earlyLogQueue);
+    try {
+        flushed.ForEach(Flush);
+    } catch (...) {
+        std::swap(flushed, earlyLogQueue);
+        earlyLogQueue.Add(std::move(flushed));
+        throw;
     }
-    auto const shown = static_cast<std::ptrdiff_t>(std::min(count, earlyLogQueue.size()));
-    earlyLogQueue.erase(earlyLogQueue.begin(), earlyLogQueue.begin() + shown);
+    if (earlyLogQueue.IsEmpty()) {
+        flushed.Clear();
+        std::swap(flushed, earlyLogQueue);
+    }
 }
 
 void InstallLogger(std::shared_ptr<ILogger> newLogger)

@@ -1,38 +1,27 @@
 #include "ProcessState.h"
 
+#include "Undestroyed.h"
+
 namespace Halvorix::SSOServices {
 
 namespace {
 
-// Construction without destruction.
-template <class Value>
-union Undestroyed {
-    constexpr Undestroyed() : value() {}
-    ~Undestroyed() {}
-    Undestroyed(Undestroyed const&) = delete;
-    Undestroyed& operator=(Undestroyed const&) = delete;
-    Value value;
-};
-
 Undestroyed<std::recursive_mutex> mutexObject;
-Undestroyed<std::vector<EarlyLogEntry>> earlyLogQueueObject;
-Undestroyed<std::vector<std::wstring>> supportFileSearchPathsObject;
+Undestroyed<EarlyLog> earlyLogQueueObject;
 Undestroyed<std::shared_ptr<ILogger>> loggerObject;
 Undestroyed<std::shared_ptr<SSOClientManager>> clientManagerObject;
 
 } // namespace
 
 std::recursive_mutex& SSOClientManagerMutex = mutexObject.value;
-std::vector<EarlyLogEntry>& earlyLogQueue = earlyLogQueueObject.value;
-std::vector<std::wstring>& supportFileSearchPaths = supportFileSearchPathsObject.value;
+EarlyLog& earlyLogQueue = earlyLogQueueObject.value;
 std::shared_ptr<ILogger>& logger = loggerObject.value;
-int loggerNesting = 0;
 std::shared_ptr<SSOClientManager>& clientManager = clientManagerObject.value;
 std::atomic<bool> clientManagerPublished{false};
-int webServicesManagerCount = 0;
-WebServices::WebServicesManager* webServicesManager = nullptr;
-int webServicesUIManagerCount = 0;
-WebServicesUI::WebServicesUIManager* webServicesUIManager = nullptr;
+std::atomic<int> webServicesManagerCount{0};
+std::atomic<WebServices::WebServicesManager*> webServicesManager{nullptr};
+std::atomic<int> webServicesUIManagerCount{0};
+std::atomic<WebServicesUI::WebServicesUIManager*> webServicesUIManager{nullptr};
 std::atomic<void (*)()> releasePlugin{nullptr};
 std::atomic<bool> processIsEnding{false};
 

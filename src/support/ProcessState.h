@@ -3,10 +3,8 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
-#include <string>
-#include <vector>
 
-#include "../../include/plugin/PluginTypes.h"
+#include "EarlyLog.h"
 
 namespace Halvorix::WebServices {
 class WebServicesManager;
@@ -21,12 +19,6 @@ namespace Halvorix::SSOServices {
 class ILogger;
 class SSOClientManager;
 
-/// A message that waits for the plugin's logger.
-struct EarlyLogEntry {
-    std::wstring text;
-    Log::LogLevel level;
-};
-
 // All state of the library that belongs to the process, in one place. It is never
 // destroyed: threads of the host may use the library until the process is gone,
 // and so may destructors that run after the library's own end.
@@ -35,11 +27,9 @@ struct EarlyLogEntry {
 /// the log. Recursive: the load logs while it holds it.
 extern std::recursive_mutex& SSOClientManagerMutex;
 
-/// All under SSOClientManagerMutex. The count is of the logger's calls under
-/// way, one inside the other.
-extern std::vector<EarlyLogEntry>& earlyLogQueue;
+/// Both under SSOClientManagerMutex.
+extern EarlyLog& earlyLogQueue;
 extern std::shared_ptr<ILogger>& logger;
-extern int loggerNesting;
 
 /// Created under SSOClientManagerMutex, and read without it once
 /// clientManagerPublished is set; released without it.
@@ -53,14 +43,11 @@ extern std::atomic<void (*)()> releasePlugin;
 /// ended, too.
 extern std::atomic<bool> processIsEnding;
 
-// Unguarded: hosts initialise and uninitialise from one thread at a time.
-extern int webServicesManagerCount;
-extern WebServices::WebServicesManager* webServicesManager;
-extern int webServicesUIManagerCount;
-extern WebServicesUI::WebServicesUIManager* webServicesUIManager;
-
-/// Given to WebServicesManager::SetSupportFileSearchPaths; survives
-/// Uninitialize.
-extern std::vector<std::wstring>& supportFileSearchPaths;
+// Under no lock: hosts initialise and uninitialise from one thread at a time, and may
+// ask from others meanwhile.
+extern std::atomic<int> webServicesManagerCount;
+extern std::atomic<WebServices::WebServicesManager*> webServicesManager;
+extern std::atomic<int> webServicesUIManagerCount;
+extern std::atomic<WebServicesUI::WebServicesUIManager*> webServicesUIManager;
 
 } // namespace Halvorix::SSOServices

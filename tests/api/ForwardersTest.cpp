@@ -433,6 +433,14 @@ TEST(WebServicesManager, HandsTheCookiesOfALoginOnAsADocument)
 
 namespace {
 
+HOST_PROGRAM(GetsAConfigurationWithoutInitialize)
+{
+    // As every other call does, it reaches the plugin though there is no object.
+    WebServicesConfiguration const& configuration =
+        WebServicesManager::GetInstance()->GetConfiguration();
+    report("configuration", Shown(configuration));
+}
+
 HOST_PROGRAM(KeepsTheConfigurationWithoutAPlugin)
 {
     WebServicesManager::Initialize();
@@ -447,6 +455,14 @@ HOST_PROGRAM(KeepsTheConfigurationWithoutAPlugin)
 }
 
 } // namespace
+
+TEST(WebServicesManager, GivesThePluginsConfigurationBeforeInitialize)
+{
+    Installation installation;
+    Outcome const outcome = installation.Complete().Run("GetsAConfigurationWithoutInitialize");
+    EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
+    EXPECT_EQ(outcome["configuration"], "0 ConsumerKey=ISSOClient::GetConfiguration");
+}
 
 TEST(WebServicesManager, GivesAnEmptyConfigurationWithoutAPluginWhateverWasSet)
 {

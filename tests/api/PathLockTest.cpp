@@ -109,7 +109,7 @@ protected:
     ~PathLock() override
     {
         InstallLogger(nullptr);
-        earlyLogQueue.clear();
+        earlyLogQueue.Clear();
         SSOClientManager::ReleaseInstance();
     }
 };

@@ -159,7 +159,7 @@ TEST(Manager, SurvivesALoggerThatAsksForWhatIsBeingSearched)
                        R"(",
             "modulePath": "%SSOServerAppPath%/plugin",
             "compatibleSsoServicesVersion": {"minVersion": "10"}}]})");
-    Outcome const outcome = installation.Run("UsesThePluginOfTwoManagers");
+    Outcome const outcome = installation.Run("LeavesThePluginLoaded");
     EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
     EXPECT_EQ(outcome["program"], "returned");
     EXPECT_GE(outcome.Called(R"(AskedForPaths(""))"), 1);

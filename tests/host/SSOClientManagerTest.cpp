@@ -2,9 +2,11 @@
 
 #include <iostream>
 #include <sstream>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include "../support/EarlyLines.h"
 #include "support/LogSink.h"
 #include "support/ProcessState.h"
 
@@ -45,23 +47,24 @@ TEST(SSOClientManager, IsOneUntilItIsReleased)
 
 TEST(EarlyLog, HoldsEveryLineAndShowsErrorsAtOnce)
 {
-    earlyLogQueue.clear();
+    earlyLogQueue.Clear();
     Console const console;
     for (int const level : {1, 3, 4, 8, 16})
         SSOClientManager::LogWrite(L"line", static_cast<Log::LogLevel>(level));
     EXPECT_EQ(console.Text(), L"");
-    EXPECT_EQ(earlyLogQueue.size(), 5u);
+    EXPECT_EQ(EarlyLines().size(), 5u);
     SSOClientManager::LogWrite(L"error", Log::LogLevel::Error);
     EXPECT_EQ(console.Text(), L"error\n");
-    ASSERT_EQ(earlyLogQueue.size(), 6u);
-    EXPECT_EQ(earlyLogQueue[5].text, L"error");
-    EXPECT_EQ(earlyLogQueue[5].level, Log::LogLevel::Error);
-    EXPECT_EQ(static_cast<int>(earlyLogQueue[4].level), 16);
+    std::vector<EarlyLogEntry> const lines = EarlyLines();
+    ASSERT_EQ(lines.size(), 6u);
+    EXPECT_EQ(lines[5].text, L"error");
+    EXPECT_EQ(lines[5].level, Log::LogLevel::Error);
+    EXPECT_EQ(static_cast<int>(lines[4].level), 16);
 }
 
 TEST(EarlyLog, IsShownWholeAndEmptiedByAFlush)
 {
-    earlyLogQueue.clear();
+    earlyLogQueue.Clear();
     Console const console;
     FlushEarlyLog();
     EXPECT_EQ(console.Text(), L"");
@@ -70,14 +73,13 @@ TEST(EarlyLog, IsShownWholeAndEmptiedByAFlush)
     SSOClientManager::LogWrite(L"third", Log::LogLevel::Warning);
     FlushEarlyLog();
     EXPECT_EQ(console.Text(), L"second\nfirst\nsecond\nthird\n");
-    EXPECT_TRUE(earlyLogQueue.empty());
-    EXPECT_GE(earlyLogQueue.capacity(), 3u);
+    EXPECT_TRUE(earlyLogQueue.IsEmpty());
 }
 
 TEST(Resolver, LosesItsLinesWithoutACallback)
 {
     SSOPathResolver resolver({"10"}, LogFunction());
-    earlyLogQueue.clear();
+    earlyLogQueue.Clear();
     Console const console;
     EXPECT_EQ(resolver.GetSSOServerProcessName(), "");
     EXPECT_EQ(resolver.GetSSOServerName(), "");
@@ -85,5 +87,5 @@ TEST(Resolver, LosesItsLinesWithoutACallback)
     EXPECT_EQ(resolver.GetSSOServerName(), "Halvorix.SSO.DefaultServer-v2");
     EXPECT_EQ(resolver.GetSSOServerProcessName(), "Halvorix.SSO.DefaultServer-v2");
     EXPECT_EQ(console.Text(), L"");
-    EXPECT_TRUE(earlyLogQueue.empty());
+    EXPECT_TRUE(earlyLogQueue.IsEmpty());
 }

@@ -58,6 +58,8 @@ bool ExpandsAPath()
 
 bool AsksWithoutAPlugin() { return !WebServicesManager::GetInstance()->IsLoggedIn(); }
 
+bool AsksForAServerInVain() { return SSOClientPrivate::GetSSOServerAppPath().empty(); }
+
 bool BeginsAndEnds()
 {
     return WebServicesManager::Initialize(true) && WebServicesManager::Uninitialize() &&
@@ -81,6 +83,7 @@ Kind KindNamed(std::string const& name)
         {"GetsAToken", GetsAToken},
         {"SendsAndReceivesCookies", SendsAndReceivesCookies},
         {"ExpandsAPath", ExpandsAPath},
+        {"AsksForAServerInVain", AsksForAServerInVain},
         {"AsksWithoutAPlugin", AsksWithoutAPlugin},
         {"BeginsAndEnds", BeginsAndEnds},
         {"LoadsAnew", LoadsAnew},

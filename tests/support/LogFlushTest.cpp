@@ -76,14 +76,14 @@ class LogFlush : public testing::Test {
 protected:
     LogFlush()
     {
-        earlyLogQueue.clear();
+        earlyLogQueue.Clear();
         for (wchar_t const* const line : {L"first", L"second", L"third"})
             WriteLogLine(line, Log::LogLevel::Info);
     }
     ~LogFlush() override
     {
         InstallLogger(nullptr);
-        earlyLogQueue.clear();
+        earlyLogQueue.Clear();
     }
 };
 

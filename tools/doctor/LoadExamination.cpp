@@ -8,6 +8,7 @@
 #include "Text.h"
 #include "discovery/PathText.h"
 #include "host/SSOClientManager.h"
+#include "host/SupportFileSearchPaths.h"
 #include "support/ProcessState.h"
 
 namespace Halvorix::Doctor {
@@ -34,7 +35,8 @@ void ExamineRealLoad(Options const& options, Findings& findings)
     findings.load = RealLoad();
     RealLoad& load = *findings.load;
     QuietConsole const quiet;
-    SSOServices::supportFileSearchPaths = SSOServices::SplitSupportPathList(options.searchPaths);
+    SSOServices::StoreSupportFileSearchPaths(
+        SSOServices::SplitSupportPathList(options.searchPaths));
     auto const tee = [&load](std::wstring const& text, Log::LogLevel level) {
         load.lines.push_back({static_cast<int>(level), Shown(text)});
         SSOServices::SSOClientManager::LogWrite(text, level);
@@ -42,7 +44,9 @@ void ExamineRealLoad(Options const& options, Findings& findings)
     SSOServices::SSOClientManager manager(tee);
     try {
         if (!options.config.empty())
-            manager.SetSSOClientConfigFileOverride(options.config);
+            manager.Ask([&options](SSOServices::SSOPathResolver& resolver) {
+                resolver.SetSSOClientConfigFileOverride(options.config);
+            });
         std::shared_ptr<SSOServices::ISSOClientModule> module;
         manager.GetSSOClientModule(module);
         // An interface may be missing; the library says so of a factory that it has.

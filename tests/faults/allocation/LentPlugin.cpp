@@ -3,6 +3,7 @@
 #include <cstring>
 #include <vector>
 
+#include "SSOClientPrivate.h"
 #include "WebServicesConfiguration.h"
 #include "framework/QuietInterfaces.h"
 #include "host/SSOClientManager.h"
@@ -165,14 +166,14 @@ void LentPlugin::RenewManager() const
     Reset();
     clientManager = std::make_shared<SSOClientManager>();
     clientManagerPublished = true;
-    clientManager->SetSSOClientConfigFileOverride(ConfigFile());
+    SSOClientPrivate::SetSSOClientConfigFileOverride(ConfigFile());
 }
 
 void LentPlugin::Reset()
 {
     SSOClientManager::ReleaseInstance();
     InstallLogger(nullptr);
-    std::vector<EarlyLogEntry>().swap(earlyLogQueue);
+    earlyLogQueue = EarlyLog();
     factoryCalls = 0;
     lines = 0;
 }

@@ -16,6 +16,7 @@
 #include "WebServicesManager.h"
 #include "WebServicesUIManager.h"
 #include "host/SSOClientManager.h"
+#include "host/SupportFileSearchPaths.h"
 #include "support/ProcessState.h"
 
 using namespace Halvorix::SSOServices;
@@ -101,7 +102,7 @@ TEST_F(PluginLoadAllocation, FailingLeavesAManagerThatAnswers)
     operation.expectGood = [&] {
         EXPECT_TRUE(answer);
         EXPECT_EQ(LentPlugin::FactoryCalls(), 1);
-        EXPECT_TRUE(earlyLogQueue.empty());
+        EXPECT_TRUE(earlyLogQueue.IsEmpty());
         goodLines = std::max(goodLines, LentPlugin::Lines());
         EXPECT_EQ(LentPlugin::Lines(), goodLines);
     };
@@ -171,18 +172,18 @@ TEST_F(PluginLoadAllocation, FailingInAListOfSearchPathsKeepsTheOldOrTheNew)
     Faults::Operation operation;
     operation.prepare = [&] {
         PrepareLoaded();
-        supportFileSearchPaths = {L"the old path that needs memory"};
+        StoreSupportFileSearchPaths({L"the old path that needs memory"});
     };
     operation.run = [] {
         WebServicesManager::SetSupportFileSearchPaths(L"the first path of all;;the second path");
     };
     operation.expectGood = [] {
-        EXPECT_EQ(supportFileSearchPaths,
+        EXPECT_EQ(SupportFileSearchPaths(),
                   (std::vector<std::wstring>{L"the first path of all", L"the second path"}));
     };
-    operation.useAfterwards = [] { EXPECT_GE(supportFileSearchPaths.size(), 1u); };
+    operation.useAfterwards = [] { EXPECT_GE(SupportFileSearchPaths().size(), 1u); };
     operation.discard = [] {
-        std::vector<std::wstring>().swap(supportFileSearchPaths);
+        StoreSupportFileSearchPaths({});
         LentPlugin::Reset();
     };
     Faults::FailEachAllocation(operation);

@@ -6,14 +6,14 @@
 #include "LentPlugin.h"
 #include "NetworkCookie.h"
 #include "OAuth2Token.h"
+#include "SSOClientPrivate.h"
 #include "WebServicesManager.h"
 #include "framework/System.h"
-#include "host/SSOClientManager.h"
 
 using namespace Halvorix::WebServices;
 using Faults::LentPlugin;
 using Faults::LiveBlocks;
-using Halvorix::SSOServices::SSOClientManager;
+using Halvorix::SSOServices::SSOClientPrivate;
 
 namespace {
 
@@ -21,7 +21,7 @@ class PluginTexts : public testing::Test {
 protected:
     void SetUp() override
     {
-        SSOClientManager::GetInstance()->SetSSOClientConfigFileOverride(plugin.ConfigFile());
+        SSOClientPrivate::SetSSOClientConfigFileOverride(plugin.ConfigFile());
         WebServicesManager::Initialize(false);
     }
     void TearDown() override { WebServicesManager::Uninitialize(); }

@@ -1,0 +1,35 @@
+#include "SupportFileSearchPaths.h"
+
+#include <mutex>
+#include <utility>
+
+#include "../support/Undestroyed.h"
+
+namespace Halvorix::SSOServices {
+
+namespace {
+
+struct State {
+    std::mutex mutex;
+    std::vector<std::wstring> paths;
+};
+
+Undestroyed<State> undestroyed;
+
+} // namespace
+
+std::vector<std::wstring> SupportFileSearchPaths()
+{
+    State& state = undestroyed.value;
+    std::lock_guard<std::mutex> const lock(state.mutex);
+    return state.paths;
+}
+
+void StoreSupportFileSearchPaths(std::vector<std::wstring> paths)
+{
+    State& state = undestroyed.value;
+    std::lock_guard<std::mutex> const lock(state.mutex);
+    state.paths = std::move(paths);
+}
+
+} // namespace Halvorix::SSOServices

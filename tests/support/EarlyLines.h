@@ -1,0 +1,19 @@
+#pragma once
+
+#include <vector>
+
+#include "support/ProcessState.h"
+
+namespace Halvorix::SSOServices {
+
+/// What waits for the plugin's logger, line by line.
+inline std::vector<EarlyLogEntry> LinesOf(EarlyLog const& log)
+{
+    std::vector<EarlyLogEntry> lines;
+    log.ForEach([&lines](EarlyLogEntry const& line) { lines.push_back(line); });
+    return lines;
+}
+
+inline std::vector<EarlyLogEntry> EarlyLines() { return LinesOf(earlyLogQueue); }
+
+} // namespace Halvorix::SSOServices
