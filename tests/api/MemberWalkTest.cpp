@@ -8,12 +8,15 @@
 #include <gmock/gmock.h>
 
 #include "SSOClientPrivate.h"
+#include "SSOServerManager.h"
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
 #include "framework/Secrets.h"
 #include "framework/Variable.h"
 
 using Halvorix::SSOServices::SSOClientPrivate;
+using Halvorix::SSOServices::SSOServicesManager;
+using Halvorix::WebServices::IRsaCryptor;
 using MemberWalk::AllMembers;
 using MemberWalk::Member;
 using Rig::Installation;
@@ -29,14 +32,19 @@ namespace {
 std::string const addressOf = "address of ";
 
 /// Puts a line of the host's own among the plugin's.
+void WriteDown(Json::Value const& line)
+{
+    std::ofstream(std::filesystem::u8path(Rig::Variable("HXSSO_PLUGIN_RECORD")),
+                  std::ios::binary | std::ios::app)
+        << MemberWalk::Shown(line) << '\n';
+}
+
 void Announce(std::string const& member)
 {
     Json::Value line(Json::arrayValue);
     line.append("Member");
     line.append(member);
-    std::ofstream(std::filesystem::u8path(Rig::Variable("HXSSO_PLUGIN_RECORD")),
-                  std::ios::binary | std::ios::app)
-        << MemberWalk::Shown(line) << '\n';
+    WriteDown(line);
 }
 
 std::string ToldBy(Member const& member)
@@ -82,19 +90,29 @@ bool IsOfTheLifecycle(std::string const& call)
            lifecycle.end();
 }
 
-/// What reached the plugin from each member, in order.
-std::map<std::string, std::vector<std::string>> CallsByMember(Outcome const& outcome)
+using CallsOfMembers = std::map<std::string, std::vector<std::string>>;
+
+/// What was written down for each member, in order.
+CallsOfMembers ByMember(std::vector<std::string> const& calls)
 {
     std::string const announcement = "Member(\"";
-    std::map<std::string, std::vector<std::string>> calls;
+    CallsOfMembers byMember;
     std::string member;
-    for (std::string const& call : outcome.calls) {
+    for (std::string const& call : calls) {
         if (call.compare(0, announcement.size(), announcement) == 0)
             member = call.substr(announcement.size(), call.size() - announcement.size() - 2);
-        else if (!IsOfTheLoad(call))
-            calls[member].push_back(call);
+        else
+            byMember[member].push_back(call);
     }
-    return calls;
+    return byMember;
+}
+
+/// What reached the plugin from each member, in order.
+CallsOfMembers CallsByMember(Outcome const& outcome)
+{
+    std::vector<std::string> calls = outcome.calls;
+    calls.erase(std::remove_if(calls.begin(), calls.end(), IsOfTheLoad), calls.end());
+    return ByMember(calls);
 }
 
 /// The expected calls with this run's addresses.
@@ -145,7 +163,7 @@ TEST(MemberWalk, ReachesThePluginAndBringsItsAnswersBack)
     Outcome const outcome = WithDocuments(installation).Run("WalksAllMembers");
     EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
     EXPECT_EQ(outcome["program"], "returned");
-    auto calls = CallsByMember(outcome);
+    CallsOfMembers calls = CallsByMember(outcome);
     for (Member const& member : AllMembers()) {
         EXPECT_EQ(outcome[member.name], member.asked) << member.name;
         EXPECT_THAT(calls[member.name], ElementsAreArray(ExpectedCalls(member, outcome)))
@@ -163,7 +181,7 @@ TEST(MemberWalk, HoldsNoLockWhileThePluginWorks)
                                 .Script("*", R"({"probe": 20})")
                                 .Run("WalksAllMembers");
     EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
-    auto calls = CallsByMember(outcome);
+    CallsOfMembers calls = CallsByMember(outcome);
     for (Member const& member : AllMembers()) {
         std::vector<std::string> expected;
         for (std::string const& call : ExpectedCalls(member, outcome)) {
@@ -242,7 +260,7 @@ TEST_P(ThrownByThePlugin, ReachesTheCallerOfEveryMember)
     Outcome const outcome = installation.Run("WalksAllMembers");
     EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
     EXPECT_EQ(outcome["program"], "returned");
-    auto calls = CallsByMember(outcome);
+    CallsOfMembers calls = CallsByMember(outcome);
     for (Member const& member : AllMembers()) {
         if (member.calls.empty() || IsOfTheLifecycle(member.calls.front())) {
             EXPECT_EQ(outcome[member.name], member.asked) << member.name;
@@ -261,3 +279,106 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(std::pair(R"({"throw": "no service"})", "threw no service"),
                     std::pair(R"({"throw": 17})", "threw 17")),
     [](auto const& info) { return std::string(info.index == 0 ? "Exception" : "Number"); });
+
+namespace {
+
+/// Each interface is one of its own, whose end is written down.
+Installation& WithFreshInterfaces(Installation& installation)
+{
+    for (char const* const name : {"GetSSOClientModule", "GetSSOClient", "GetSSOClientUI",
+                                   "GetSSOClientPrivate", "GetSSOServerManager"})
+        installation.Script(std::string("ISSOClientFactory::") + name, R"({"fresh": true})");
+    return installation;
+}
+
+/// All from each load's beginning to the release of its last interface is left out.
+std::vector<std::string> WithoutLoads(std::vector<std::string> const& calls)
+{
+    std::vector<std::string> others;
+    bool loading = false;
+    for (std::string const& call : calls) {
+        loading = loading || call == "GetSSOClientFactory()";
+        if (!loading)
+            others.push_back(call);
+        loading = loading && call != "~ISSOServerManager()";
+    }
+    return others;
+}
+
+/// Operations with what is to stand around each of them.
+std::vector<std::string> WithTheirInterfaces(std::vector<std::string> const& operations)
+{
+    std::vector<std::string> calls;
+    for (std::string const& operation : operations) {
+        std::string const name = operation.substr(1, operation.find(':') - 1);
+        calls.push_back("ISSOClientFactory::Get" + name + "()");
+        calls.push_back(operation);
+        calls.push_back("~I" + name + "()");
+    }
+    return calls;
+}
+
+} // namespace
+
+TEST(MemberWalk, AsksForAnInterfaceAnewAndHoldsItUntilItsCallReturns)
+{
+    Installation installation;
+    WithFreshInterfaces(WithDocuments(installation));
+    Outcome const outcome = installation.Run("WalksAllMembers");
+    EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
+    CallsOfMembers calls = ByMember(WithoutLoads(outcome.calls));
+    for (Member const& member : AllMembers()) {
+        EXPECT_EQ(outcome[member.name], member.asked) << member.name;
+        EXPECT_THAT(calls[member.name],
+                    ElementsAreArray(WithTheirInterfaces(ExpectedCalls(member, outcome))))
+            << member.name;
+    }
+}
+
+TEST(MemberWalk, ReleasesTheInterfaceOfACallThatThrows)
+{
+    Installation installation;
+    WithFreshInterfaces(installation.Complete()).Script("*", R"({"throw": "no service"})");
+    for (std::string const& operation : lifecycle)
+        installation.Script(operation, "{}");
+    Outcome const outcome = installation.Run("WalksAllMembers");
+    EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
+    CallsOfMembers calls = ByMember(WithoutLoads(outcome.calls));
+    for (Member const& member : AllMembers()) {
+        std::vector<std::string> operations = ExpectedCalls(member, outcome);
+        if (!operations.empty() && !IsOfTheLifecycle(operations.front()))
+            operations.resize(1); // which ended the action
+        EXPECT_THAT(calls[member.name], ElementsAreArray(WithTheirInterfaces(operations)))
+            << member.name;
+    }
+}
+
+namespace {
+
+// Nobody looks at it: what is told is its end.
+std::shared_ptr<IRsaCryptor> CryptorOfTheHost()
+{
+    return {MemberWalk::Nowhere<IRsaCryptor*>(87), [](IRsaCryptor*) {
+                Json::Value line(Json::arrayValue);
+                line.append("~IRsaCryptor of the host");
+                WriteDown(line);
+            }};
+}
+
+HOST_PROGRAM(GivesItsCryptorAway) { SSOServicesManager::SetRsaCryptor(CryptorOfTheHost()); }
+
+} // namespace
+
+// First the interface, then the argument.
+TEST(SSOServicesManager, ReleasesTheInterfaceBeforeTheCryptor)
+{
+    Installation installation;
+    WithFreshInterfaces(installation.Complete())
+        .Script("ISSOClientModule::SetRsaCryptor", R"({"empty": true})");
+    Outcome const outcome = installation.Run("GivesItsCryptorAway");
+    EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
+    EXPECT_THAT(WithoutLoads(outcome.calls),
+                testing::ElementsAre("ISSOClientFactory::GetSSOClientModule()",
+                                     "ISSOClientModule::SetRsaCryptor(87)", "~ISSOClientModule()",
+                                     "~IRsaCryptor of the host()"));
+}

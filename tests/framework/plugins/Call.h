@@ -20,12 +20,14 @@ namespace Rig {
 ///   {"text": value}          in place of the default text, null for a null one
 ///   {"bytes": "c3ff"}        likewise, for bytes that a script cannot spell
 ///   {"repeat": count}        that text so many times over
-///   {"empty": true}          an empty interface, from a getter
+///   {"empty": true}          an empty interface, from a getter; from a setter,
+///                            nothing that is kept
 ///   {"throw": "text"}        std::runtime_error; of a number, that int
 ///   {"wait": "file"}         until the file exists, announced by file + ".waiting"
 ///   {"callBack": true}       uses the library on the same thread
 ///   {"askForPaths": true}    likewise, for what starts a search
-///   {"fresh": true}          a factory of its own, whose end is written down
+///   {"fresh": true}          a factory or an interface of its own, whose end is
+///                            written down
 ///   {"probe": seconds}       writes down ["LockIsFree", operation, bool]: whether
 ///                            another thread can take the library's lock meanwhile
 /// The script's "*" is for each operation without an entry of its own that a

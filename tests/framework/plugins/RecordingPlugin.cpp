@@ -58,8 +58,8 @@ public:
     }
     void SetRsaCryptor(std::shared_ptr<WebServices::IRsaCryptor> newCryptor) override
     {
-        cryptor = newCryptor;
-        Call("ISSOClientModule::SetRsaCryptor", newCryptor.get());
+        if (!Call("ISSOClientModule::SetRsaCryptor", newCryptor.get()).IsEmpty())
+            cryptor = newCryptor;
     }
     int GetSupportFileSearchPaths(wchar_t* buffer, int capacity) override
     {
@@ -693,7 +693,20 @@ private:
     static std::shared_ptr<Interface> Give(char const* getter,
                                            std::shared_ptr<Interface> const& interfacePointer)
     {
-        return Call(getter).IsEmpty() ? nullptr : interfacePointer;
+        Call const call(getter);
+        if (call.IsFresh())
+            return Fresh(getter, interfacePointer);
+        return call.IsEmpty() ? nullptr : interfacePointer;
+    }
+
+    /// Behind it stands the same state.
+    template <class Interface>
+    static std::shared_ptr<Interface> Fresh(char const* getter,
+                                            std::shared_ptr<Interface> const& interfacePointer)
+    {
+        std::string const name = getter;
+        std::string const end = "~I" + name.substr(name.find("::Get") + 5);
+        return {interfacePointer.get(), [end](Interface*) { Call(end.c_str()); }};
     }
 
     std::shared_ptr<ISSOLogManager> logManager = std::make_shared<LogManager>();
