@@ -1,7 +1,7 @@
 // How the two files are read: in which order, and what is left of a reading that
 // ends in an exception.
 
-#include <algorithm>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -110,4 +110,21 @@ TEST_F(Reading, OfAVersionComesBeforeTheTestOfThePath)
     EXPECT_THAT([&] { resolver.GetSSOClientPluginModule(); },
                 testing::ThrowsMessage<Json::LogicError>("Type is not convertible to string"));
     EXPECT_THAT(log, testing::Each(testing::Not(HasSubstr(L"Object ignored"))));
+}
+
+// The path is kept as it was spelled, and is the answer from then on.
+TEST_F(Reading, OfAnOpenSslOverrideKeepsItThoughItsExpansionThrows)
+{
+    Write("SSOClient.config",
+          R"({"openssl": {"moduleName": "crypto.dll", "modulePath": "%SSOServerAppPath%//ssl"}})");
+    int searches = 0;
+    SSOPathResolver throwing(Version{"10"}, [&](std::wstring const& text, Halvorix::Log::LogLevel) {
+        if (text.find(L"Searching for SSO server app") == 0) {
+            ++searches;
+            throw std::runtime_error("no room");
+        }
+    });
+    EXPECT_THROW(throwing.GetOpenSslModule(), std::runtime_error);
+    EXPECT_EQ(throwing.GetOpenSslModule(), L"%SSOServerAppPath%/ssl/crypto.dll");
+    EXPECT_EQ(searches, 1);
 }

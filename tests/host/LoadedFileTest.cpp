@@ -1,0 +1,94 @@
+// The file that the system mapped, and its word on one that it did not.
+
+#include <algorithm>
+#include <iterator>
+
+#include <gmock/gmock.h>
+
+#include "discovery/Questions.h"
+#include "framework/Installation.h"
+
+using Rig::Ask;
+using Rig::Asked;
+using Rig::Error;
+using Rig::Info;
+using Rig::Installation;
+using Rig::LogLine;
+using Rig::ModuleName;
+using testing::ElementsAre;
+
+namespace {
+
+std::string CompatibilityFor(std::string const& plugin, std::string const& modulePath)
+{
+    return R"({"ssoClientPlugin": [{"module": ")" + ModuleName(plugin) + R"(", "modulePath": ")" +
+           modulePath + R"(", "compatibleSsoServicesVersion": {"minVersion": "10"}}]})";
+}
+
+std::vector<LogLine> Failures(std::vector<LogLine> const& log)
+{
+    std::vector<LogLine> failures;
+    std::copy_if(log.begin(), log.end(), std::back_inserter(failures), [](LogLine const& line) {
+        return line.level == Error && line.text.find("client plugin module") != std::string::npos;
+    });
+    return failures;
+}
+
+} // namespace
+
+// The configured path up to the load, and the mapped file from then on.
+TEST(PluginLoad, NamesTheMappedFileBehindAPathWithDots)
+{
+    Installation installation;
+    installation.Complete()
+        .Folder("server/x")
+        .Compatibility(CompatibilityFor("RecordingPlugin", "%SSOServerAppPath%/x/../plugin"));
+    Asked const asked = Ask(installation, {"Load"});
+    std::string const configured = "{root}/server/x/../plugin/" + ModuleName("RecordingPlugin");
+    std::string const mapped = "{root}/server/plugin/" + ModuleName("RecordingPlugin");
+    for (LogLine const& line :
+         {LogLine{Info, "Dynamically loading client plugin module " + configured},
+          LogLine{Info, "Successfully loaded client plugin module " + mapped},
+          LogLine{Info, "Getting factory proc from client plugin module " + mapped},
+          LogLine{Info, "Getting factory from client plugin module " + mapped}})
+        EXPECT_EQ(asked.outcome.LoggedAt(line.level, line.text), 1) << line;
+}
+
+// Each failure has the text of its own error, whatever failed before it.
+TEST(PluginLoad, SaysOfEachFailureWhatItWas)
+{
+    Installation installation;
+    installation.Complete()
+        .Plugin("DependentPlugin")
+        .Plugin("PlainNamePlugin")
+        .File("server/plugin/" + ModuleName("Text"), "this is no module");
+    std::vector<std::string> questions;
+    for (char const* const plugin : {"Text", "DependentPlugin", "PlainNamePlugin", "Text",
+                                     "PlainNamePlugin", "DependentPlugin"}) {
+        std::string const config = std::string(plugin) + ".config";
+        installation.File(config, CompatibilityFor(plugin, "%SSOServerAppPath%/plugin"));
+        questions.push_back("Copy=" + config + ">server/SSOVersionCompatibility.config");
+        questions.emplace_back("GetSessionState");
+        questions.emplace_back("Release");
+    }
+    questions.emplace_back("Rescue=server/SSOVersionCompatibility.config");
+    Asked const asked = Ask(installation, questions);
+    std::string const folder = "{root}/server/plugin/";
+    std::string const dependent = folder + ModuleName("DependentPlugin");
+    std::string const plain = folder + ModuleName("PlainNamePlugin");
+    std::string const text = folder + ModuleName("Text");
+    bool const windows = Rig::IsWindows();
+    LogLine const noModule{Error, "Failed to load client plugin module " + text +
+                                      ". Error: " + (windows ? "" : text + ": file too short")};
+    LogLine const noDependency{
+        Error, "Failed to load client plugin module " + dependent + ". Error: " +
+                   (windows ? Rig::SystemErrorText(126)
+                            : "PluginDependency.so: cannot open shared object file: No such "
+                              "file or directory")};
+    LogLine const noProcedure{
+        Error, "Failed to get factory proc from client plugin module " + plain + ". Error: " +
+                   (windows ? Rig::SystemErrorText(127)
+                            : plain + ": undefined symbol: _Z19GetSSOClientFactoryv")};
+    EXPECT_THAT(Failures(asked.outcome.log), ElementsAre(noModule, noDependency, noProcedure,
+                                                         noModule, noProcedure, noDependency));
+}
