@@ -105,6 +105,8 @@ Answer AnswerOf(std::string const& question, std::string const& argument, Rig::R
         return Copy(Below(argument.substr(0, split)), Below(argument.substr(split + 1))), Answer();
     if (question == "Remove")
         return fs::remove_all(Below(argument)), Answer();
+    if (question == "Deny")
+        return Rig::DenyReading(Below(argument)) ? "denied" : "readable";
     return "no such question: " + question;
 }
 

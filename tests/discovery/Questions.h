@@ -25,6 +25,7 @@ struct Asked {
 ///   Release         drops the manager: the next question meets a new one
 ///   Threaded        GetSessionState on a thread of its own
 ///   Copy=from>to, Remove=file    relative to the installation's directory
+///   Deny=file       "denied", and nobody can read it from then on; or "readable"
 /// "{root}" becomes the installation's directory.
 Asked Ask(Installation& installation, std::vector<std::string> const& questions);
 

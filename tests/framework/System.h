@@ -1,7 +1,9 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -68,6 +70,14 @@ std::string HostModuleDirectory();
 /// Ends this process past the destructors of its executable: by quick_exit, or
 /// by ExitProcess, which still tells the modules.
 [[noreturn]] void EndQuickly(int status);
+
+/// Runs something on a thread with so many bytes of stack, to its end.
+void RunOnStack(std::size_t bytes, std::function<void()> const& action);
+
+/// Takes from this process the right to read a file or folder that is there, for as
+/// long as it runs; false if the system does not let it. Windows only has files that
+/// somebody else has opened for himself.
+bool DenyReading(std::filesystem::path const& file);
 
 /// The system's text for an error.
 std::string SystemErrorText(unsigned long code);

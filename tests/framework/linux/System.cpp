@@ -1,10 +1,13 @@
 #include "../System.h"
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -123,6 +126,40 @@ void SetHostModuleDirectory(std::string const&) {}
 std::string HostModuleDirectory() { return {}; }
 
 void EndQuickly(int status) { std::quick_exit(status); }
+
+void RunOnStack(std::size_t bytes, std::function<void()> const& action)
+{
+    pthread_attr_t attributes;
+    ::pthread_attr_init(&attributes);
+    ::pthread_attr_setstacksize(&attributes, bytes);
+    auto const run = [](void* context) -> void* {
+        (*static_cast<std::function<void()> const*>(context))();
+        return nullptr;
+    };
+    std::function<void()> copy = action;
+    pthread_t thread{};
+    if (::pthread_create(&thread, &attributes, run, &copy) != 0)
+        throw std::runtime_error("pthread_create failed");
+    ::pthread_join(thread, nullptr);
+    ::pthread_attr_destroy(&attributes);
+}
+
+bool DenyReading(std::filesystem::path const& file)
+{
+    ::chmod(file.c_str(), 0);
+    // The administrator reads everything: go on as nobody.
+    constexpr uid_t nobody = 65534;
+    if (::geteuid() == 0 && ::seteuid(nobody) != 0)
+        return false;
+    // Nobody may find nothing at all here.
+    if (::faccessat(AT_FDCWD, file.parent_path().c_str(), R_OK | X_OK, AT_EACCESS) != 0)
+        return false;
+    int const opened = ::open(file.c_str(), O_RDONLY);
+    if (opened < 0)
+        return errno == EACCES;
+    ::close(opened);
+    return false;
+}
 
 std::string SystemErrorText(unsigned long code) { return std::strerror(static_cast<int>(code)); }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cwctype>
+#include <fstream>
 #include <iostream>
 #include <stdexcept>
 
@@ -9,6 +10,8 @@
 #define NOMINMAX
 #endif
 #include <windows.h>
+
+#include <process.h>
 
 #include "support/TextConversion.h"
 
@@ -51,6 +54,12 @@ HANDLE OpenForWriting(std::filesystem::path const& file)
     SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
     return ::CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inheritable, CREATE_ALWAYS,
                          FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+unsigned __stdcall RunAction(void* action)
+{
+    (*static_cast<std::function<void()> const*>(action))();
+    return 0;
 }
 
 } // namespace
@@ -165,6 +174,26 @@ std::string HostModuleDirectory()
 }
 
 void EndQuickly(int status) { ::ExitProcess(static_cast<UINT>(status)); }
+
+void RunOnStack(std::size_t bytes, std::function<void()> const& action)
+{
+    std::function<void()> copy = action;
+    auto const begun = ::_beginthreadex(nullptr, static_cast<unsigned>(bytes), RunAction, &copy,
+                                        STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
+    if (begun == 0)
+        throw std::runtime_error("_beginthreadex failed");
+    auto const thread = reinterpret_cast<HANDLE>(begun);
+    ::WaitForSingleObject(thread, INFINITE);
+    ::CloseHandle(thread);
+}
+
+bool DenyReading(std::filesystem::path const& file)
+{
+    // Not closed: the end of the process does it.
+    HANDLE const alone = ::CreateFileW(file.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                                       FILE_ATTRIBUTE_NORMAL, nullptr);
+    return alone != INVALID_HANDLE_VALUE && !std::ifstream(file).is_open();
+}
 
 std::string SystemErrorText(unsigned long code)
 {
