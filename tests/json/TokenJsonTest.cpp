@@ -488,6 +488,39 @@ TEST(TokenJson, DecodesTheEncryptedTextBeforeTheClearOneIsLookedAt)
     EXPECT_EQ(Text(token), L"old token");
 }
 
+// And never with a part of what came behind that key.
+TEST(TokenJson, LeavesTheSpecAsItWasBeforeAKeyOfTheWrongType)
+{
+    struct Row {
+        char const* text;
+        int type;
+        wchar_t const* scope;
+        bool legacy;
+    };
+    OAuth2TokenSpec const old = OldSpec();
+    for (Row const& row :
+         {Row{R"({"OAuth2TokenSpec":[]})", old.GetType(), L"old", true},
+          Row{R"({"OAuth2TokenSpec":{"type":"x","scope":"new","legacy":false}})", old.GetType(),
+              L"old", true},
+          Row{R"({"OAuth2TokenSpec":{"type":4294967296,"scope":"new","legacy":false}})",
+              old.GetType(), L"old", true},
+          Row{R"({"OAuth2TokenSpec":{"type":5,"scope":[],"legacy":false}})", 5, L"old", true},
+          Row{R"({"OAuth2TokenSpec":{"scope":{},"legacy":false}})", 0, L"old", true},
+          Row{R"({"OAuth2TokenSpec":{"type":5,"scope":"new","legacy":"x"}})", 5, L"new", true},
+          Row{R"({"OAuth2TokenSpec":{"type":5,"scope":"new"},"OAuth2AccessToken":[]})", 5, L"new",
+              false}}) {
+        SCOPED_TRACE(row.text);
+        OAuth2Token fromText = OldToken();
+        EXPECT_THROW(Functions::JsonToOAuth2Token(row.text, fromText), Json::LogicError);
+        OAuth2Token fromValue = OldToken();
+        EXPECT_THROW(Functions::JsonToOAuth2Token(Value(row.text), fromValue), Json::LogicError);
+        for (OAuth2Token const& token : {fromText, fromValue}) {
+            ExpectSpec(token.GetSpec(), row.type, row.scope, row.legacy);
+            EXPECT_EQ(Text(token), L"old token");
+        }
+    }
+}
+
 TEST(TokenJson, ThrowsForWrongTypes)
 {
     struct Row {
