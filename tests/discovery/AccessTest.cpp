@@ -4,9 +4,11 @@
 
 #include "Lines.h"
 #include "Questions.h"
+#include "host/Expected.h"
 
 using namespace Rig;
 using testing::AllOf;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -66,9 +68,9 @@ TEST(Access, DeniedToThePluginIsToldInTheSystemsWords)
     std::string const reason =
         IsWindows() ? SystemErrorText(32)
                     : "{root}/" + plugin + ": cannot open shared object file: Permission denied";
-    EXPECT_EQ(asked.outcome.OnConsole("Failed to load client plugin module {root}/" + plugin +
-                                      ". Error: " + reason),
-              1);
+    std::string const text = "Failed to load client plugin module {root}/" + plugin;
+    EXPECT_THAT(asked.outcome.console,
+                Contains(AsConsoleLines({{Error, text + ". Error: " + reason}}).front()));
 }
 
 // A folder that cannot be looked into is no missing file: what the file system
