@@ -1,0 +1,98 @@
+// Hosts with another locale than the tests' own.
+
+#include <clocale>
+#include <filesystem>
+#include <locale>
+
+#include <gmock/gmock.h>
+
+#include "Expected.h"
+#include "OAuth2Token.h"
+#include "SSOClientPrivate.h"
+#include "SSOServicesPrivate.h"
+#include "WebServicesManager.h"
+#include "framework/HostProgram.h"
+#include "framework/Installation.h"
+
+using Halvorix::SSOServices::SSOClientPrivate;
+using Halvorix::WebServices::OAuth2TokenSpec;
+using Halvorix::WebServices::OAuth2TokenType;
+using Halvorix::WebServices::WebServicesManager;
+using Rig::Installation;
+using Rig::Outcome;
+using testing::ElementsAreArray;
+
+namespace {
+
+HOST_PROGRAM(LivesInItsLocale)
+{
+    // As hosts do; messages stay as they are.
+    std::setlocale(LC_CTYPE, "");
+    std::setlocale(LC_NUMERIC, "");
+    WebServicesManager::Initialize(false);
+    report("loggedIn", WebServicesManager::GetInstance()->IsLoggedIn());
+    std::wstring path = L"%EXEPATH%|%ssoservicesmodulepath%|%SSOSERVERAPPEXEDIRPATH%";
+    SSOClientPrivate::ExpandPathVariables(path);
+    report("path", path);
+    std::string document;
+    OAuth2TokenSpec const spec(static_cast<OAuth2TokenType>(1234567), L"\u00dc a");
+    SSOServicesPrivate::OAuth2TokenSpecToJson(spec, document);
+    report("document", document);
+    report("global", std::locale() == std::locale::classic() ? "classic" : "set");
+}
+
+/// A locale of the name, made for one test.
+bool MakeLocale(Installation const& installation, std::string const& language,
+                std::string const& characters)
+{
+    Rig::Process process;
+    process.program = "/usr/bin/localedef";
+    process.directory = installation.Path("work");
+    process.arguments = {"-i", language, "-f", characters,
+                         installation.Text("locales/" + language + "." + characters)};
+    process.output = installation.Path("localedef.output");
+    process.errors = installation.Path("localedef.errors");
+    std::filesystem::create_directories(installation.Path("locales"));
+    return std::filesystem::exists(process.program) && Rig::RunToEnd(process).status == 0;
+}
+
+struct Locale {
+    char const* name;
+    char const* language;
+    char const* characters;
+};
+
+} // namespace
+
+class LocaleOfTheHost : public testing::TestWithParam<Locale> {};
+
+// Names of files are UTF-8 there whatever the locale says, numbers are the same in
+// all of them, and the Turkish I is a letter like any other.
+TEST_P(LocaleOfTheHost, ChangesNothingOfTheLoad)
+{
+    if (Rig::IsWindows())
+        GTEST_SKIP() << "Windows has its own locales, which LC_ALL does not choose";
+    auto const [name, language, characters] = GetParam();
+    Installation installation("Bücher ☃");
+    if (!MakeLocale(installation, language, characters))
+        GTEST_SKIP() << "localedef cannot make " << language << '.' << characters << " here";
+    installation.Complete()
+        .ClientConfig(R"({"ssoServer": {"searchPaths": "{root}/server", "serverName": 1.5}})")
+        .Environment("LOCPATH", "{root}/locales")
+        .Environment("LC_ALL", std::string(language) + "." + characters);
+    Outcome const outcome = installation.Run("LivesInItsLocale");
+    EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
+    EXPECT_EQ(outcome["program"], "returned");
+    EXPECT_EQ(outcome["global"], "set");
+    EXPECT_EQ(outcome["loggedIn"], true);
+    EXPECT_EQ(outcome["path"], "{root}/app|{root}/lib|{root}/server");
+    EXPECT_EQ(outcome["document"],
+              "{\n\t\"legacy\" : false,\n\t\"scope\" : \"a \\u00dc\",\n\t\"type\" : 1234567\n}");
+    EXPECT_EQ(outcome.Called(R"(ISSOServerManager::SetSSOServerName("1.5"))"), 1);
+    EXPECT_THAT(outcome.log, ElementsAreArray(Rig::LinesOfGoodLoad()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Locale, LocaleOfTheHost,
+                         testing::Values(Locale{"German", "de_DE", "UTF-8"},
+                                         Locale{"Turkish", "tr_TR", "UTF-8"}),
+                         [](auto const& info) { return std::string(info.param.name); });
