@@ -1,6 +1,7 @@
 // The file that the system mapped, and its word on one that it did not.
 
 #include <algorithm>
+#include <filesystem>
 #include <iterator>
 
 #include <gmock/gmock.h>
@@ -15,6 +16,7 @@ using Rig::Info;
 using Rig::Installation;
 using Rig::LogLine;
 using Rig::ModuleName;
+using testing::Contains;
 using testing::ElementsAre;
 
 namespace {
@@ -52,6 +54,51 @@ TEST(PluginLoad, NamesTheMappedFileBehindAPathWithDots)
           LogLine{Info, "Getting factory proc from client plugin module " + mapped},
           LogLine{Info, "Getting factory from client plugin module " + mapped}})
         EXPECT_EQ(asked.outcome.LoggedAt(line.level, line.text), 1) << line;
+}
+
+namespace {
+
+/// A line that tells the file, as far as there is room. Not all systems count the
+/// terminator in.
+MATCHER_P2(NamesAsLoaded, file, room, "")
+{
+    std::string const text = "Successfully loaded client plugin module {root}";
+    if (arg.text.compare(0, text.size(), text) != 0)
+        return false;
+    std::string const told = arg.text.substr(text.size());
+    *result_listener << told.size();
+    if (!Rig::IsWindows() || file.size() < room)
+        return told == file;
+    return told == file.substr(0, room - 1) || told == file.substr(0, room);
+}
+
+} // namespace
+
+// On Windows the library asks for it with room for 260 units; what is longer is cut,
+// and works all the same.
+TEST(PluginLoad, NamesOfALongFileWhatThereIsRoomFor)
+{
+    for (std::size_t const length : {258, 259, 260, 261, 300}) {
+        SCOPED_TRACE(length);
+        Installation installation;
+        installation.Complete();
+        std::string const root =
+            installation.Text("app").substr(0, installation.Text("app").size() - 4);
+        std::string const name = "/" + ModuleName("RecordingPlugin");
+        std::string const folder(length - root.size() - name.size() - 1, 'x');
+        try {
+            installation.Plugin("RecordingPlugin", folder);
+        } catch (std::filesystem::filesystem_error const& error) {
+            GTEST_SKIP() << "no such long names here: " << error.what();
+        }
+        installation.Compatibility(CompatibilityFor("RecordingPlugin", root + "/" + folder));
+        Asked const asked = Ask(installation, {"Load"});
+        std::string const file = "/" + folder + name;
+        EXPECT_EQ(
+            asked.outcome.LoggedAt(Info, "Dynamically loading client plugin module {root}" + file),
+            1);
+        EXPECT_THAT(asked.outcome.log, Contains(NamesAsLoaded(file, 260 - root.size())));
+    }
 }
 
 // Each failure has the text of its own error, whatever failed before it.
