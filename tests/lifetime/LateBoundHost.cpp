@@ -33,6 +33,10 @@ public:
     {
         return Call<bool>("_ZN8Halvorix13WebServicesUI20WebServicesUIManager10InitializeEv");
     }
+    bool IsUIInitialized() const
+    {
+        return Call<bool>("_ZN8Halvorix13WebServicesUI20WebServicesUIManager13IsInitializedEv");
+    }
     bool UninitializeUI() const
     {
         return Call<bool>("_ZN8Halvorix13WebServicesUI20WebServicesUIManager12UninitializeEv");
@@ -103,6 +107,21 @@ HOST_PROGRAM(UnbindsAfterUse)
     report("locale", UseTheLocale());
     Library const again(arguments[0]);
     report("readyAgain", again.IsServerReady());
+}
+
+HOST_PROGRAM(BindsTwoCopies)
+{
+    Library const first(arguments[0]);
+    Library const second(arguments[1]);
+    report("bound", first.IsBound() && second.IsBound());
+    report("initialized", first.InitializeUI());
+    report("initializedOfFirst", first.IsUIInitialized());
+    report("initializedOfSecond", second.IsUIInitialized());
+    report("readyOfSecond", second.IsServerReady());
+    report("uninitialized", first.UninitializeUI());
+    report("readyOfSecondAgain", second.IsServerReady());
+    report("readyOfFirstAgain", first.IsServerReady());
+    report("locale", UseTheLocale());
 }
 
 HOST_PROGRAM(UnbindsAfterADocument)

@@ -1,5 +1,7 @@
 // A library that a host binds late: what is left of it when the host lets it go.
 
+#include <filesystem>
+
 #include <gmock/gmock.h>
 
 #include "framework/Installation.h"
@@ -119,4 +121,30 @@ TEST_F(Unload, AnswersAFirstCallThatComesBehindItsEnd)
         EXPECT_EQ(outcome["readyAtTheEnd"], hasPlugin && Rig::IsWindows());
         EXPECT_EQ(outcome["localeAtTheEnd"], goodLocale);
     }
+}
+
+// Each copy is a library of its own, with its own count, its own manager and its own
+// load of the plugin, which is one module.
+TEST_F(Unload, LeavesTwoCopiesOfTheLibraryApart)
+{
+    installation.Complete().Folder("second");
+    std::string const file = Rig::LibraryFiles().front();
+    std::filesystem::copy_file(installation.Path("lib/" + file),
+                               installation.Path("second/" + file));
+    Outcome const outcome = installation.Run(
+        "BindsTwoCopies", {installation.Text("lib/" + file), installation.Text("second/" + file)});
+    EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
+    EXPECT_FALSE(outcome.ending.crashed) << outcome.ending.status;
+    EXPECT_EQ(outcome["program"], "returned");
+    EXPECT_EQ(outcome["bound"], true);
+    EXPECT_EQ(outcome["initialized"], true);
+    EXPECT_EQ(outcome["initializedOfFirst"], true);
+    EXPECT_EQ(outcome["initializedOfSecond"], false);
+    EXPECT_EQ(outcome["readyOfSecond"], true);
+    EXPECT_EQ(outcome["uninitialized"], true);
+    EXPECT_EQ(outcome["readyOfSecondAgain"], true);
+    EXPECT_EQ(outcome["readyOfFirstAgain"], true);
+    EXPECT_EQ(outcome["locale"], goodLocale);
+    // The first copy loads again after its release, the second does not.
+    EXPECT_EQ(outcome.Called("GetSSOClientFactory()"), 3);
 }
