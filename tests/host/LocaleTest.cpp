@@ -41,10 +41,12 @@ HOST_PROGRAM(LivesInItsLocale)
     report("global", std::locale() == std::locale::classic() ? "classic" : "set");
 }
 
-/// A locale of the name, made for one test.
+/// Makes a locale for one test, on a system that keeps them in files.
 bool MakeLocale(Installation const& installation, std::string const& language,
                 std::string const& characters)
 {
+    if (Rig::IsWindows())
+        return true;
     Rig::Process process;
     process.program = "/usr/bin/localedef";
     process.directory = installation.Path("work");
@@ -66,13 +68,13 @@ struct Locale {
 
 class LocaleOfTheHost : public testing::TestWithParam<Locale> {};
 
-// Names of files are UTF-8 there whatever the locale says, numbers are the same in
+// Names of files are UTF-8 on Linux whatever the locale says, numbers are the same in
 // all of them, and the Turkish I is a letter like any other.
 TEST_P(LocaleOfTheHost, ChangesNothingOfTheLoad)
 {
-    if (Rig::IsWindows())
-        GTEST_SKIP() << "Windows has its own locales, which LC_ALL does not choose";
     auto const [name, language, characters] = GetParam();
+    if (Rig::IsWindows() && std::string(characters) != "UTF-8")
+        GTEST_SKIP() << "on Windows the locale decides which file a narrow name means";
     Installation installation("Bücher ☃");
     if (!MakeLocale(installation, language, characters))
         GTEST_SKIP() << "localedef cannot make " << language << '.' << characters << " here";
