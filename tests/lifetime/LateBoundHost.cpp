@@ -1,6 +1,7 @@
 // A host that is not linked with the library: it takes it into the process and
 // lets it go again. Started by the rig as any other host.
 
+#include <filesystem>
 #include <iostream>
 #include <locale>
 #include <memory>
@@ -122,6 +123,13 @@ HOST_PROGRAM(BindsTwoCopies)
     report("readyOfSecondAgain", second.IsServerReady());
     report("readyOfFirstAgain", first.IsServerReady());
     report("locale", UseTheLocale());
+}
+
+HOST_PROGRAM(BindsByARelativeNameAndMoves)
+{
+    Library const library(arguments[0]);
+    std::filesystem::current_path(std::filesystem::u8path(arguments[1]));
+    report("ready", library.IsServerReady());
 }
 
 HOST_PROGRAM(UnbindsAfterADocument)

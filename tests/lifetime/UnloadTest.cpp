@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include "framework/Installation.h"
+#include "host/Expected.h"
 
 using Rig::Installation;
 using Rig::Outcome;
@@ -147,4 +148,23 @@ TEST_F(Unload, LeavesTwoCopiesOfTheLibraryApart)
     EXPECT_EQ(outcome["locale"], goodLocale);
     // The first copy loads again after its release, the second does not.
     EXPECT_EQ(outcome.Called("GetSSOClientFactory()"), 3);
+}
+
+// The library's folder is that of the file which is mapped. What lies at the same
+// relative name in the directory to which the host has gone is another's.
+TEST_F(Unload, KeepsItsFolderWhereverTheHostHasGone)
+{
+    installation.Complete()
+        .Remove("app/SSOClient.config")
+        .ClientConfig(R"({"ssoServer": {"searchPaths": "{root}/server"}})", "lib")
+        .ClientConfig(R"({"ssoServer": {"searchPaths": "{root}/planted"}})", "elsewhere/lib")
+        .Folder("elsewhere/work");
+    Outcome const outcome =
+        installation.Run("BindsByARelativeNameAndMoves", {"../lib/" + Rig::LibraryFiles().front(),
+                                                          installation.Text("elsewhere/work")});
+    EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
+    EXPECT_EQ(outcome["ready"], true);
+    EXPECT_EQ(
+        outcome.LoggedAt(Rig::Info, "Found client config file at {root}/lib/SSOClient.config"), 1);
+    EXPECT_EQ(outcome.LoggedAt(Rig::Info, Rig::Banner()), 1);
 }
