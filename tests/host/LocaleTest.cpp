@@ -96,5 +96,7 @@ TEST_P(LocaleOfTheHost, ChangesNothingOfTheLoad)
 
 INSTANTIATE_TEST_SUITE_P(Locale, LocaleOfTheHost,
                          testing::Values(Locale{"German", "de_DE", "UTF-8"},
-                                         Locale{"Turkish", "tr_TR", "UTF-8"}),
+                                         Locale{"Turkish", "tr_TR", "UTF-8"},
+                                         Locale{"GermanOfOneByte", "de_DE", "ISO-8859-1"},
+                                         Locale{"Japanese", "ja_JP", "EUC-JP"}),
                          [](auto const& info) { return std::string(info.param.name); });
