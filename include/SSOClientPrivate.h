@@ -16,8 +16,9 @@ namespace Halvorix::SSOServices {
 ///
 /// Wide texts are UTF-16 on Windows and UTF-32 on Linux, narrow ones UTF-8.
 /// The first use changes the process's locale (WebServicesManager tells how).
-/// Exceptions of the plugin, of the allocator, and of the JSON library for a
-/// configuration file of wrong types reach the caller.
+/// Exceptions of the plugin, of the allocator, and, from whatever has to find or load
+/// something first, of the JSON library and of Boost.Filesystem reach the caller
+/// (WebServicesManager lists them).
 class HXSSO_API SSOClientPrivate {
 public:
     /// @name Asking the plugin
@@ -95,10 +96,10 @@ public:
     /// @}
 
     /// @name The library's own view
-    /// Answered without a plugin and without loading one. Paths have forward
-    /// slashes and are empty where nothing was found; the log says why. Only
-    /// ExpandPathVariables and GetModuleDirPath take the library's lock: do not
-    /// run the others at the same time as each other or as the first load.
+    /// Answered without a plugin and without loading one, from any thread. Paths have
+    /// forward slashes, but for an override, which is given back as it was set, and are
+    /// empty where nothing was found; the log says why. Only ExpandPathVariables and
+    /// GetModuleDirPath take the library's lock.
     /// @{
 
     static std::wstring GetSSOServerAppPath();       ///< Directory of the server application.
@@ -111,7 +112,8 @@ public:
     static bool ExpandPathVariables(std::wstring& path);
     /// Directory of a module that the process has loaded, by its file name.
     static std::wstring GetModuleDirPath(std::wstring const& moduleName);
-    /// The client configuration file; the bare name if none was found.
+    /// The client configuration file; the bare name if none was found. An override as it
+    /// was set.
     static std::wstring GetSSOClientConfigFile();
     static std::wstring GetSSOClientConfigFileOverride(); ///< The override, empty for none.
     /// Names the client configuration file, in place of the search. Refused, with

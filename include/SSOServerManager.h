@@ -11,7 +11,8 @@ namespace Halvorix::SSOServices {
 /// Control of the sign-on server, which is a process that the plugin starts and
 /// talks to. From any thread; a call blocks for as long as the plugin takes,
 /// with no lock held. Timeouts are passed on unchecked. No Initialize is needed.
-/// The plugin's exceptions reach the caller.
+/// Exceptions of the plugin reach the caller, and those of a first call, which loads it
+/// (WebServicesManager lists them).
 class HXSSO_API SSOServerManager {
 public:
     /// The server's file as the plugin reports it. A null buffer asks for the

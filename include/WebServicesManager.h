@@ -32,19 +32,25 @@ class OAuth2TokenSpec;
 /// that a text too long is cut and terminated. With no plugin they answer 0 and
 /// leave the buffer as it is. Dates are in the plugin's count.
 ///
-/// Threads: Initialize, Uninitialize, GetInstance, IsInitialized and
-/// SetSupportFileSearchPaths belong to one thread at a time, with no other call
-/// beside them. Everything else may be called from any thread at the same time;
-/// no lock is held while the plugin works, and a call blocks as long as it does.
+/// Threads: every member may be called from any thread, several at the same time, but
+/// for Initialize and Uninitialize: one of these at a time. No lock is held while the
+/// plugin works, and a call blocks as long as it does.
 ///
-/// Exceptions: the library throws none of its own. What the plugin throws, what
-/// memory exhaustion throws, and what a configuration file of wrong types makes
-/// the JSON library throw during the load reaches the caller.
+/// Exceptions: the library throws none of its own, and catches none. What reaches the
+/// caller: whatever the plugin throws; std::bad_alloc; from a call that loads the
+/// plugin, so from any first one, Json::LogicError for a configuration file with values
+/// of wrong types, Json::RuntimeError for one nested too deeply, and
+/// boost::filesystem::filesystem_error for a folder that may not be searched or a name
+/// that is too long; from the members that read a document of the plugin
+/// (GetOAuth2AccessToken with a token, InitiateLogout), Json::LogicError for values of
+/// wrong types, and for a token that is not base64
+/// boost::archive::iterators::dataflow_exception or std::out_of_range. An Initialize that
+/// threw has counted all the same: call Uninitialize before the next one.
 class HXSSO_API WebServicesManager {
 public:
     /// @name Life
-    /// Counted: each Initialize needs one Uninitialize. To be called from one
-    /// thread at a time.
+    /// Counted: each Initialize needs one Uninitialize, also one that threw. These two
+    /// belong to one thread at a time.
     /// @{
 
     /// The same as Initialize(false).

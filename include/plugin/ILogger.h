@@ -18,10 +18,14 @@ public:
     virtual void Reserved7() {} ///< Never called.
     virtual void Reserved8() {} ///< Never called.
     virtual void Reserved9() {} ///< Never called.
-    /// One finished line of the library's log, without a line end; some hold
-    /// line feeds inside. Called from any thread with the library's lock held,
-    /// which is recursive: calls back into the library on the same thread work,
-    /// waiting for another thread that uses the library does not.
+    /// One finished message of the library's log, without a line end of its own; some
+    /// hold line feeds inside, and on Windows those with a system error's text end as
+    /// the system's text does, in a carriage return and a line feed. Texts of
+    /// configuration files come with whatever control characters they hold: escape what
+    /// must not reach a terminal. Called from any thread with the library's lock held,
+    /// which is recursive: calls back into the library on the same thread work, and
+    /// their lines come to this function 32 deep; waiting for another thread that uses
+    /// the library does not work.
     /// @param message terminated, valid for the call only
     /// @param level one of the three, passed on unexamined
     virtual void WriteLine(wchar_t const* message, Log::LogLevel level) = 0;

@@ -9,8 +9,10 @@
 
 #include <gmock/gmock.h>
 
+#include "NetworkCookie.h"
 #include "SSOClientPrivate.h"
 #include "SSOServerManager.h"
+#include "SSOServicesPrivate.h"
 #include "WebServicesManager.h"
 #include "WebServicesUIManager.h"
 #include "framework/HostProgram.h"
@@ -20,6 +22,7 @@
 using Halvorix::SSOServices::SSOClientPrivate;
 using Halvorix::SSOServices::SSOServicesManager;
 using Halvorix::WebServices::IRsaCryptor;
+using Halvorix::WebServices::NetworkCookie;
 using Halvorix::WebServices::WebServicesManager;
 using Halvorix::WebServicesUI::WebServicesUIManager;
 using Rig::Installation;
@@ -197,6 +200,25 @@ HOST_PROGRAM(EndsWhileThreadsCall)
     EndBy(arguments[0]);
 }
 
+// What is made once is being made: the manager, the locale, what reads documents.
+HOST_PROGRAM(EndsDuringTheFirstCalls)
+{
+    static std::atomic<int> started{0};
+    StartThreads([] {
+        ++started;
+        NetworkCookie cookie;
+        for (;;) {
+            SSOServicesPrivate::JsonToNetworkCookie("{}", cookie);
+            SSOClientPrivate::GetSSOServerAppPath();
+            SSOClientPrivate::GetOpenSslModule();
+            SSOClientPrivate::GetLogFile();
+        }
+    });
+    while (started < 2)
+        std::this_thread::yield();
+    EndBy(arguments[0]);
+}
+
 HOST_PROGRAM(EndsWhileThePluginIsBusy)
 {
     WebServicesManager::Initialize();
@@ -245,6 +267,16 @@ TEST_P(EndsWithThreads, ThatCallWithoutAPlugin)
 {
     Installation installation;
     RunOften(installation, "EndsWhileThreadsCall");
+}
+
+TEST_P(EndsWithThreads, ThatMakeTheFirstCalls)
+{
+    for (bool const hasPlugin : {false, true}) {
+        Installation installation;
+        if (hasPlugin)
+            installation.Complete().Quiet();
+        RunOften(installation, "EndsDuringTheFirstCalls");
+    }
 }
 
 TEST_P(EndsWithThreads, ThatWaitInThePlugin)
