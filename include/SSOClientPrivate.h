@@ -99,7 +99,8 @@ public:
     /// Answered without a plugin and without loading one, from any thread. Paths have
     /// forward slashes, but for an override, which is given back as it was set, and are
     /// empty where nothing was found; the log says why. Only ExpandPathVariables and
-    /// GetModuleDirPath take the library's lock.
+    /// GetModuleDirPath hold the library's lock; the others take it for the lines that
+    /// they log, and the first of all to make the manager.
     /// @{
 
     static std::wstring GetSSOServerAppPath();       ///< Directory of the server application.

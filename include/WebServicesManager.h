@@ -33,8 +33,10 @@ class OAuth2TokenSpec;
 /// leave the buffer as it is. Dates are in the plugin's count.
 ///
 /// Threads: every member may be called from any thread, several at the same time, but
-/// for Initialize and Uninitialize: one of these at a time. No lock is held while the
-/// plugin works, and a call blocks as long as it does.
+/// for Initialize and Uninitialize: one of these at a time, the last Uninitialize not
+/// beside GetConfiguration, and the last WebServicesUIManager::Uninitialize beside no
+/// call at all. No lock is held while the plugin works, and a call blocks as long as it
+/// does.
 ///
 /// Exceptions: the library throws none of its own, and catches none. What reaches the
 /// caller: whatever the plugin throws; std::bad_alloc; from a call that loads the
@@ -43,8 +45,8 @@ class OAuth2TokenSpec;
 /// boost::filesystem::filesystem_error for a folder that may not be searched or a name
 /// that is too long; from the members that read a document of the plugin
 /// (GetOAuth2AccessToken with a token, InitiateLogout), Json::LogicError for values of
-/// wrong types, and for a token that is not base64
-/// boost::archive::iterators::dataflow_exception or std::out_of_range. An Initialize that
+/// wrong types, Json::RuntimeError for one nested too deeply, and for a token that is not
+/// base64 boost::archive::iterators::dataflow_exception or std::out_of_range. An Initialize that
 /// threw has counted all the same: call Uninitialize before the next one.
 class HXSSO_API WebServicesManager {
 public:

@@ -8,10 +8,9 @@ namespace Halvorix::SSOServices {
 
 namespace {
 
-struct Line {
-    std::wstring text;
-    Log::LogLevel level;
-};
+// A host that keeps changing what is known must not keep others from their answers,
+// which are then right for the moment of the copy and not kept.
+constexpr int MostAttempts = 100;
 
 } // namespace
 
@@ -29,6 +28,7 @@ void SharedPathResolver::Ask(Question const& question)
     std::exception_ptr failure;
     std::optional<SSOPathResolver> copy;
     std::uint64_t copiedAt = 0;
+    int attempts = 0;
     do {
         lines.clear();
         failure = nullptr;
@@ -42,20 +42,39 @@ void SharedPathResolver::Ask(Question const& question)
         } catch (std::exception const&) {
             failure = std::current_exception();
         }
-    } while (!Learn(*copy, copiedAt));
-    for (Line& line : lines)
-        LogMessage(std::move(line.text), line.level);
+        ++attempts;
+    } while (!Learn(*copy, copiedAt) && attempts < MostAttempts);
+    LogLines(lines);
     if (failure)
         std::rethrow_exception(failure);
 }
 
-bool SharedPathResolver::Learn(SSOPathResolver& copy, std::uint64_t copiedAt)
+// What was found out is not found out again, so that no line may be lost to a logger that
+// throws at another one; its first exception leaves.
+void SharedPathResolver::LogLines(std::vector<Line> const& lines)
+{
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        try {
+            LogMessage(lines[i].text, lines[i].level);
+        } catch (...) {
+            for (++i; i < lines.size(); ++i) {
+                try {
+                    LogMessage(lines[i].text, lines[i].level);
+                } catch (...) {
+                }
+            }
+            throw;
+        }
+    }
+}
+
+bool SharedPathResolver::Learn(SSOPathResolver const& copy, std::uint64_t copiedAt)
 {
     std::lock_guard<std::mutex> const lock(mutex);
     if (age != copiedAt)
         return false;
     if (!KnowsTheSameAs(copy)) {
-        static_cast<SSOPathResolver&>(*this) = SSOPathResolver(std::move(copy));
+        static_cast<SSOPathResolver&>(*this) = SSOPathResolver(copy, LogFunction());
         ++age;
     }
     return true;

@@ -13,10 +13,11 @@ namespace Halvorix::SSOServices {
 /// A resolver that any number of threads ask.
 ///
 /// A question is answered by a copy of the resolver, which takes the original's place
-/// afterwards; where another thread has been faster, the question is put again. So each
-/// answer, and each line of the log, is as if the questions had come one by one. No lock
-/// is held while the copy looks at files, asks the system or its lines are logged: the
-/// log belongs to the plugin, and the system's loader may wait for another thread.
+/// afterwards; where another thread has been faster, the question is put again. So the
+/// answers are those of questions that come one by one, and each question's lines are
+/// logged behind its answer, in their order; those of two threads may mix. No lock is held
+/// while the copy looks at files, asks the system or its lines are logged: the log belongs
+/// to the plugin, and the system's loader may wait for another thread.
 class SharedPathResolver : protected SSOPathResolver {
 public:
     using Question = std::function<void(SSOPathResolver&)>;
@@ -54,8 +55,14 @@ protected:
 
 private:
     void LogMessage(std::wstring message, Log::LogLevel level);
+    struct Line {
+        std::wstring text;
+        Log::LogLevel level;
+    };
+
     /// False if another thread has changed what is known since that age.
-    bool Learn(SSOPathResolver& copy, std::uint64_t copiedAt);
+    bool Learn(SSOPathResolver const& copy, std::uint64_t copiedAt);
+    void LogLines(std::vector<Line> const& lines);
 
     LogFunction const log;
     std::mutex mutex; // of the base and its age

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <locale>
 #include <stdexcept>
 #include <string>
 
@@ -22,6 +21,8 @@ bool NamesALanguage(std::string const& locale)
     return std::min(locale.find_first_of("_.-@"), locale.size()) <= longest;
 }
 
+} // namespace
+
 // The environment may hold what is no locale, or one with a character set that
 // does not exist.
 std::locale SystemLocale()
@@ -36,13 +37,11 @@ std::locale SystemLocale()
     }
 }
 
-} // namespace
-
-void SetProcessLocale()
+void SetProcessLocale(std::locale const& locale)
 {
-    std::locale::global(SystemLocale());
+    std::locale::global(locale);
     try {
-        boost::filesystem::path::imbue(std::locale());
+        boost::filesystem::path::imbue(locale);
     } catch (std::runtime_error const&) {
         // It is imbued by then. What cannot be made is the answer, the locale
         // before it, where the environment names one that is not installed.

@@ -1,10 +1,15 @@
 #pragma once
 
+#include <locale>
+
 namespace Halvorix::SSOServices {
 
-/// Gives the process the system's locale. The host's global locale changes with
-/// the first use of the library, on purpose: narrow path text is converted by it
-/// from then on.
-void SetProcessLocale();
+/// The system's locale as the environment names it, or one that is always there. To be
+/// made under no lock: what it takes may have to be loaded.
+std::locale SystemLocale();
+
+/// Gives it to the process. The host's global locale changes with the first use of the
+/// library, on purpose: narrow path text is converted by it from then on.
+void SetProcessLocale(std::locale const& locale);
 
 } // namespace Halvorix::SSOServices

@@ -1,6 +1,7 @@
 #include "SSOClientManager.h"
 
 #include <chrono>
+#include <locale>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -44,18 +45,22 @@ SSOClientManager::SSOClientManager(LogFunction log)
 
 void SSOClientManager::CreateInstance()
 {
-    // The locale is code of this library, and the process keeps it. Before the lock: the
-    // loader may be busy with a module whose constructors wait for that.
-    if (!processIsEnding)
+    // The locale is code of this library, and the process keeps it. Both before the lock:
+    // the loader may be busy with a module whose constructors wait for that.
+    WorkBeforeTheEnd const work;
+    std::locale locale;
+    if (work.MayBegin()) {
         Platform::KeepLibraryLoaded();
+        locale = SystemLocale();
+    }
     std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
     if (clientManager)
         return;
     releasePlugin = &SSOClientManager::ReleasePlugin;
     auto manager = std::make_shared<SSOClientManager>();
     // Before anyone sees the manager: if this fails, the next use does both again.
-    if (!processIsEnding)
-        SetProcessLocale();
+    if (work.MayBegin())
+        SetProcessLocale(locale);
     clientManager = std::move(manager);
     clientManagerPublished.store(true, std::memory_order_release);
 }

@@ -1,88 +1,118 @@
 #include "EarlyLog.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace Halvorix::SSOServices {
 
 namespace {
 
-// More than the lines of any call that is made again and again.
-constexpr std::size_t LongestRepetition = 64;
-
-bool AreEqual(EarlyLogEntry const& left, EarlyLogEntry const& right)
-{
-    return left.level == right.level && left.text == right.text;
-}
+// Of a row that is looked for: more than a call makes of the lines that it logs.
+constexpr std::size_t LongestRow = 512;
 
 } // namespace
 
-void EarlyLog::Add(std::wstring text, Log::LogLevel level)
+bool EarlyLog::Item::operator==(Item const& other) const
 {
-    entries.push_back({std::move(text), level});
-    FoldRepeated();
+    return what == other.what && times == other.times;
 }
 
-void EarlyLog::Add(EarlyLog&& later)
+bool EarlyLog::Item::operator<(Item const& other) const
 {
-    std::size_t const count = entries.size();
-    repetitions.reserve(repetitions.size() + later.repetitions.size());
-    entries.insert(entries.end(), std::make_move_iterator(later.entries.begin()),
-                   std::make_move_iterator(later.entries.end()));
-    for (Repetition const& one : later.repetitions)
-        repetitions.push_back({count + one.begin, one.length, one.times});
-    later.Clear();
+    return what != other.what ? what < other.what : times < other.times;
 }
 
-void EarlyLog::Clear()
+void EarlyLog::Add(std::wstring const& text, Log::LogLevel level)
 {
-    entries.clear();
-    repetitions.clear();
+    auto const [known, isNew] = lines.try_emplace({level, text}, things.size());
+    if (isNew)
+        things.push_back({{text, level}, {}});
+    log.push_back({known->second, 1});
+    Fold();
 }
+
+void EarlyLog::Add(EarlyLog const& later)
+{
+    later.ForEach([this](EarlyLogEntry const& line) { Add(line.text, line.level); });
+}
+
+void EarlyLog::Clear() { *this = EarlyLog(); }
 
 void EarlyLog::ForEach(std::function<void(EarlyLogEntry const&)> const& action) const
 {
-    auto const repeat = [&](std::size_t begin, std::size_t end, unsigned long long times) {
-        for (; times > 0; --times)
-            for (std::size_t i = begin; i < end; ++i)
-                action(entries[i]);
-    };
-    std::size_t next = 0;
-    for (Repetition const& one : repetitions) {
-        repeat(next, one.begin, 1);
-        repeat(one.begin, one.End(), one.times);
-        next = one.End();
-    }
-    repeat(next, entries.size(), 1);
+    ForEach(log, action);
 }
 
-// Whether the last entries are the same as those before them.
-bool EarlyLog::IsRepeated(std::size_t length) const
+// Rows lie inside rows no deeper than the logarithm of the number of lines.
+void EarlyLog::ForEach(Row const& row,
+                       std::function<void(EarlyLogEntry const&)> const& action) const
 {
-    if (entries.size() < 2 * length)
+    for (Item const& item : row) {
+        Thing const& thing = things[item.what];
+        for (std::uint64_t i = 0; i < item.times; ++i) {
+            if (thing.row.empty())
+                action(thing.line);
+            else
+                ForEach(thing.row, action);
+        }
+    }
+}
+
+std::size_t EarlyLog::NumberOf(Row row)
+{
+    auto const [known, isNew] = rows.try_emplace(row, things.size());
+    if (isNew)
+        things.push_back({{}, std::move(row)});
+    return known->second;
+}
+
+void EarlyLog::Fold()
+{
+    while (FoldIntoTheOneBefore() || FoldWithThoseBefore()) {
+    }
+}
+
+// The last items are what the one before them is already.
+bool EarlyLog::FoldIntoTheOneBefore()
+{
+    if (log.size() < 2)
         return false;
-    std::size_t const begin = entries.size() - 2 * length;
-    std::size_t const folded = repetitions.empty() ? 0 : repetitions.back().End();
-    bool const isTheLast = folded == begin + length && repetitions.back().length == length;
-    return (begin >= folded || isTheLast) &&
-           std::equal(entries.end() - static_cast<std::ptrdiff_t>(length), entries.end(),
-                      entries.begin() + static_cast<std::ptrdiff_t>(begin), AreEqual);
+    if (Item& before = log[log.size() - 2]; before.what == log.back().what) {
+        before.times += log.back().times;
+        log.pop_back();
+        return true;
+    }
+    std::size_t const most = std::min(LongestRow, log.size() - 1);
+    for (std::size_t length = 2; length <= most; ++length) {
+        Item& before = log[log.size() - 1 - length];
+        Row const& row = things[before.what].row;
+        if (row.size() == length && row.back() == log.back() &&
+            std::equal(row.begin(), row.end(), log.end() - static_cast<std::ptrdiff_t>(length))) {
+            ++before.times;
+            log.resize(log.size() - length);
+            return true;
+        }
+    }
+    return false;
 }
 
-void EarlyLog::FoldRepeated()
+// The last items are the same as those before them.
+bool EarlyLog::FoldWithThoseBefore()
 {
-    for (std::size_t length = 1; length <= LongestRepetition; ++length) {
-        if (!IsRepeated(length))
+    std::size_t const most = std::min(LongestRow, log.size() / 2);
+    for (std::size_t length = 2; length <= most; ++length) {
+        if (!(log.back() == log[log.size() - 1 - length]))
             continue;
-        std::size_t const begin = entries.size() - 2 * length;
-        if (!repetitions.empty() && repetitions.back().begin == begin)
-            ++repetitions.back().times;
-        else
-            repetitions.push_back({begin, length, 2});
-        entries.resize(begin + length);
-        return;
+        auto const middle = log.end() - static_cast<std::ptrdiff_t>(length);
+        auto const begin = middle - static_cast<std::ptrdiff_t>(length);
+        if (!std::equal(begin, middle, middle))
+            continue;
+        std::size_t const row = NumberOf(Row(begin, middle));
+        log.resize(log.size() - 2 * length);
+        log.push_back({row, 2});
+        return true;
     }
+    return false;
 }
 
 } // namespace Halvorix::SSOServices

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "../../include/plugin/PluginTypes.h"
@@ -15,36 +18,46 @@ struct EarlyLogEntry {
     Log::LogLevel level;
 };
 
-/// Messages in the order in which they came. Lines that come again and again, such as
-/// those of a call that is made for days while there is no plugin, are kept once, with a
-/// count.
+/// Messages in the order in which they came. Each text is kept once, and what comes again
+/// and again, such as the lines of a call that is made for days while there is no plugin,
+/// is kept as a count.
 class EarlyLog {
 public:
-    void Add(std::wstring text, Log::LogLevel level);
+    void Add(std::wstring const& text, Log::LogLevel level);
     /// Adds what came later.
-    void Add(EarlyLog&& later);
+    void Add(EarlyLog const& later);
 
-    bool IsEmpty() const { return entries.empty(); }
-    /// Keeps its room.
+    bool IsEmpty() const { return log.empty(); }
     void Clear();
 
     /// Each message as often as it came.
     void ForEach(std::function<void(EarlyLogEntry const&)> const& action) const;
 
 private:
-    /// Entries in a row that came several times.
-    struct Repetition {
-        std::size_t begin;
-        std::size_t length;
-        unsigned long long times;
-        std::size_t End() const { return begin + length; }
+    /// A line or a row of others, so many times.
+    struct Item {
+        std::size_t what;
+        std::uint64_t times;
+        bool operator==(Item const& other) const;
+        bool operator<(Item const& other) const;
     };
+    using Row = std::vector<Item>;
 
-    bool IsRepeated(std::size_t length) const;
-    void FoldRepeated();
+    std::size_t NumberOf(Row row);
+    void Fold();
+    bool FoldIntoTheOneBefore();
+    bool FoldWithThoseBefore();
+    void ForEach(Row const& row, std::function<void(EarlyLogEntry const&)> const& action) const;
 
-    std::vector<EarlyLogEntry> entries;
-    std::vector<Repetition> repetitions; // in order, none inside another
+    // By number: each is a line or a row.
+    struct Thing {
+        EarlyLogEntry line;
+        Row row; // empty for a line
+    };
+    std::vector<Thing> things;
+    std::map<std::pair<Log::LogLevel, std::wstring>, std::size_t> lines;
+    std::map<Row, std::size_t> rows;
+    Row log;
 };
 
 } // namespace Halvorix::SSOServices

@@ -76,12 +76,8 @@ void FlushEarlyLog()
         flushed.ForEach(Flush);
     } catch (...) {
         std::swap(flushed, earlyLogQueue);
-        earlyLogQueue.Add(std::move(flushed));
+        earlyLogQueue.Add(flushed);
         throw;
-    }
-    if (earlyLogQueue.IsEmpty()) {
-        flushed.Clear();
-        std::swap(flushed, earlyLogQueue);
     }
 }
 

@@ -1,5 +1,8 @@
 #include "ProcessState.h"
 
+#include <chrono>
+#include <thread>
+
 #include "Undestroyed.h"
 
 namespace Halvorix::SSOServices {
@@ -27,12 +30,23 @@ std::atomic<bool> processIsEnding{false};
 
 namespace {
 
+std::atomic<int> workUnderWay{0};
+
+// A system that ends the other threads first leaves their work undone for good.
+void WaitForWork()
+{
+    auto const limit = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+    while (workUnderWay > 0 && std::chrono::steady_clock::now() < limit)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+
 // A plugin that is let go may call the library from its destructors.
 struct ProcessEnd {
     ProcessEnd() = default;
     ~ProcessEnd()
     {
         processIsEnding = true;
+        WaitForWork();
         if (void (*const release)() = releasePlugin)
             release();
     }
@@ -41,5 +55,14 @@ struct ProcessEnd {
 } const processEnd;
 
 } // namespace
+
+// Counted before the question, so that one of the two sees the other.
+WorkBeforeTheEnd::WorkBeforeTheEnd()
+{
+    ++workUnderWay;
+    mayBegin = !processIsEnding;
+}
+
+WorkBeforeTheEnd::~WorkBeforeTheEnd() { --workUnderWay; }
 
 } // namespace Halvorix::SSOServices

@@ -43,6 +43,21 @@ extern std::atomic<void (*)()> releasePlugin;
 /// ended, too.
 extern std::atomic<bool> processIsEnding;
 
+/// Work with what other libraries' own ends take away, such as Boost's makers of locales:
+/// the end waits for it, though not for ever. Only to be begun if it may.
+class WorkBeforeTheEnd {
+public:
+    WorkBeforeTheEnd();
+    ~WorkBeforeTheEnd();
+    WorkBeforeTheEnd(WorkBeforeTheEnd const&) = delete;
+    WorkBeforeTheEnd& operator=(WorkBeforeTheEnd const&) = delete;
+
+    bool MayBegin() const { return mayBegin; }
+
+private:
+    bool mayBegin;
+};
+
 // Under no lock: hosts initialise and uninitialise from one thread at a time, and may
 // ask from others meanwhile.
 extern std::atomic<int> webServicesManagerCount;

@@ -58,6 +58,8 @@ bool ExpandsAPath()
 
 bool AsksWithoutAPlugin() { return !WebServicesManager::GetInstance()->IsLoggedIn(); }
 
+bool AsksForAPluginInVain() { return SSOClientPrivate::GetSSOClientPluginModule().empty(); }
+
 bool AsksForAServerInVain() { return SSOClientPrivate::GetSSOServerAppPath().empty(); }
 
 bool BeginsAndEnds()
@@ -83,6 +85,7 @@ Kind KindNamed(std::string const& name)
         {"GetsAToken", GetsAToken},
         {"SendsAndReceivesCookies", SendsAndReceivesCookies},
         {"ExpandsAPath", ExpandsAPath},
+        {"AsksForAPluginInVain", AsksForAPluginInVain},
         {"AsksForAServerInVain", AsksForAServerInVain},
         {"AsksWithoutAPlugin", AsksWithoutAPlugin},
         {"BeginsAndEnds", BeginsAndEnds},

@@ -77,7 +77,7 @@ TEST(EarlyLog, AddsALaterOneWithItsRepetitions)
     EarlyLog later;
     AddEach(log, L"abbb");
     AddEach(later, L"bbcdcdcd");
-    log.Add(std::move(later));
+    log.Add(later);
     EXPECT_EQ(Text(log), Spelled(L"abbbbbcdcdcd"));
     AddEach(log, L"cdx");
     EXPECT_EQ(Text(log), Spelled(L"abbbbbcdcdcdcdx"));

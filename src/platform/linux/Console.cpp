@@ -6,14 +6,13 @@
 #include <cstddef>
 #include <cstdio>
 #include <cwchar>
-#include <fstream>
 #include <iostream>
-#include <locale>
 #include <string>
 
 #include <ext/stdio_sync_filebuf.h>
 
 #include "../Platform.h"
+#include "../ShowableText.h"
 #include "NarrowText.h"
 
 namespace Halvorix::Platform {
@@ -21,12 +20,13 @@ namespace Halvorix::Platform {
 namespace {
 
 using StandardBuffer = __gnu_cxx::stdio_sync_filebuf<wchar_t>;
-using FileBuffer = std::basic_filebuf<wchar_t>;
-using Conversion = std::codecvt<wchar_t, char, std::mbstate_t>;
 
 constexpr wchar_t LastCodePoint = 0x10FFFF;
 
-bool IsCharacter(wchar_t unit) { return unit <= LastCodePoint && (unit < 0xD800 || unit > 0xDFFF); }
+bool IsCharacter(wchar_t unit)
+{
+    return unit >= 0 && unit <= LastCodePoint && (unit < 0xD800 || unit > 0xDFFF);
+}
 
 // What a wide stdout makes of it, by the locale of C.
 bool IsKnownToC(wchar_t unit)
@@ -34,24 +34,6 @@ bool IsKnownToC(wchar_t unit)
     char bytes[MB_LEN_MAX];
     std::mbstate_t state{};
     return std::wcrtomb(bytes, unit, &state) != static_cast<std::size_t>(-1);
-}
-
-bool IsKnownTo(Conversion const& conversion, wchar_t unit)
-{
-    char bytes[MB_LEN_MAX];
-    std::mbstate_t state{};
-    wchar_t const* from = nullptr;
-    char* to = nullptr;
-    return conversion.out(state, &unit, &unit + 1, from, bytes, bytes + sizeof(bytes), to) !=
-           Conversion::error;
-}
-
-template <class Test>
-std::wstring Showable(std::wstring line, Test isKnown)
-{
-    std::replace_if(
-        line.begin(), line.end(), [&](wchar_t unit) { return !isKnown(unit); }, L'?');
-    return line;
 }
 
 // Past stdout itself, which a first wide line makes wide, and a first narrow one
@@ -63,9 +45,10 @@ void ShowBesideStdout(std::wstring const& line)
     std::fflush(stdout);
     for (std::size_t at = 0; at < text.size();) {
         ssize_t const count = ::write(::fileno(stdout), text.data() + at, text.size() - at);
-        if (count < 0 && errno != EINTR)
+        if (count > 0)
+            at += static_cast<std::size_t>(count);
+        else if (count == 0 || errno != EINTR)
             break;
-        at += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
     }
     ::funlockfile(stdout);
 }
@@ -82,12 +65,7 @@ void ShowOnConsole(std::wstring const& line)
             ShowBesideStdout(line);
         else
             std::wcout << Showable(line, IsKnownToC) << std::endl;
-    } else if (dynamic_cast<FileBuffer const*>(buffer) != nullptr) {
-        std::locale const locale = buffer->getloc();
-        Conversion const& conversion = std::use_facet<Conversion>(locale);
-        auto const isKnown = [&conversion](wchar_t unit) { return IsKnownTo(conversion, unit); };
-        std::wcout << Showable(line, isKnown) << std::endl;
-    } else {
+    } else if (!ShowThroughFileBuffer(line)) {
         std::wcout << line << std::endl;
     }
 }

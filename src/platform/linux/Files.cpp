@@ -33,13 +33,16 @@ public:
 int ReadRegularFile(std::string const& file, std::string& content)
 {
     content.clear();
-    // Without waiting for the other end of a pipe.
-    Descriptor const opened(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    // First what it is: to open a pipe is to wait for its other end, and a device may do
+    // anything.
     struct stat status {};
-    if (opened.number < 0 || ::fstat(opened.number, &status) != 0)
+    if (::stat(file.c_str(), &status) != 0)
         return errno;
     if (!S_ISREG(status.st_mode))
         return EINVAL;
+    Descriptor const opened(::open(file.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC));
+    if (opened.number < 0)
+        return errno;
     char piece[16384];
     for (;;) {
         ssize_t const count = ::read(opened.number, piece, sizeof(piece));

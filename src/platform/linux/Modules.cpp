@@ -1,5 +1,6 @@
 #include <dlfcn.h>
 #include <link.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <climits>
@@ -24,6 +25,14 @@ void RememberModuleError()
 {
     char const* const text = ::dlerror();
     lastModuleError = text == nullptr ? "" : text;
+}
+
+// A pipe or a device: the loader would open it, and be held up with the library's lock.
+bool IsWaitedFor(std::string const& file)
+{
+    struct stat status {};
+    return ::stat(file.c_str(), &status) == 0 && !S_ISREG(status.st_mode) &&
+           !S_ISDIR(status.st_mode);
 }
 
 struct ModuleSearch {
@@ -90,7 +99,12 @@ void SetDependencyDirectory(wchar_t const*) {}
 
 ModuleHandle LoadModule(std::wstring const& file)
 {
-    ModuleHandle module = ::dlopen(ToSystem(file).c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+    std::string const name = ToSystem(file);
+    if (IsWaitedFor(name)) {
+        lastModuleError = name + ": not a regular file";
+        return nullptr;
+    }
+    ModuleHandle module = ::dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     if (module == nullptr)
         RememberModuleError();
     return module;

@@ -22,6 +22,13 @@ std::uint32_t Folded(wchar_t unit)
         unit >= L'A' && unit <= L'Z' ? static_cast<wchar_t>(unit - L'A' + L'a') : unit);
 }
 
+// What is beyond all characters becomes the one for that.
+boost::locale::utf::code_point CodePoint(wchar_t unit)
+{
+    boost::locale::utf::code_point const value = std::char_traits<wchar_t>::to_int_type(unit);
+    return value > 0x10FFFF ? 0xFFFD : value;
+}
+
 } // namespace
 
 std::wstring FromSystem(std::string const& text)
@@ -33,8 +40,7 @@ std::string ToSystem(std::wstring const& text)
 {
     std::string narrow;
     for (wchar_t const unit : text)
-        boost::locale::utf::utf_traits<char>::encode(std::char_traits<wchar_t>::to_int_type(unit),
-                                                     std::back_inserter(narrow));
+        boost::locale::utf::utf_traits<char>::encode(CodePoint(unit), std::back_inserter(narrow));
     return narrow;
 }
 

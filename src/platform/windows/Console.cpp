@@ -1,6 +1,7 @@
 #include <iostream>
 
 #include "../Platform.h"
+#include "../ShowableText.h"
 
 namespace Halvorix::Platform {
 
@@ -10,6 +11,8 @@ void ShowOnConsole(std::wstring const& line)
 {
     std::wostream::sentry const ready(std::wcout);
     if (!ready)
+        return;
+    if (ShowThroughFileBuffer(line))
         return;
     std::wstreambuf& console = *std::wcout.rdbuf();
     auto const show = [&console](wchar_t unit) {
