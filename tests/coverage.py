@@ -23,7 +23,10 @@ EXCEPTIONS = ROOT / "tests/coverage-exceptions.txt"
 def measured(build):
     """What gcovr makes of the counters: its own account of each file."""
     file = build / "coverage.json"
-    subprocess.run(["gcovr", "--root", ROOT, "--filter", f"{ROOT}/src/", "--exclude-unreachable-branches",
+    # A process that ends while its threads call writes counters that do not fit together,
+    # of which gcov makes negative ones: such a branch is left out.
+    subprocess.run(["gcovr", "--root", ROOT, "--filter", f"{ROOT}/src/",
+                    "--gcov-ignore-parse-errors", "--exclude-unreachable-branches",
                     "--exclude-throw-branches", "--json", file, build / "src"],
                    check=True, cwd=build)
     return json.loads(file.read_text())["files"]

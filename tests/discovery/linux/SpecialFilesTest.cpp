@@ -92,6 +92,27 @@ TEST_P(SpecialFile, IsNoPlaceOfTheServerApplication)
         1);
 }
 
+// The system's loader would open it, with the library's lock held.
+TEST_P(SpecialFile, IsNoPlugin)
+{
+    std::string const plugin = "server/plugin/" + ModuleName("RecordingPlugin");
+    Make(installation.Path(plugin), GetParam());
+    Asked const asked = Ask(installation, {"GetSessionState", "Release",
+                                           "Rescue=server/SSOVersionCompatibility.config"});
+    EXPECT_THAT(asked.answers, ElementsAre(""));
+    EXPECT_EQ(asked.outcome.LoggedAt(Error, "Failed to load client plugin module {root}/" + plugin +
+                                                ". Error: {root}/" + plugin +
+                                                ": not a regular file"),
+              1);
+}
+
+TEST(ExecutableOfTheHost, IsAModuleByItsName)
+{
+    Installation installation;
+    EXPECT_THAT(Ask(installation, {"GetModuleDirPath=" + ExecutableName("host")}).answers,
+                ElementsAre("{root}/app"));
+}
+
 INSTANTIATE_TEST_SUITE_P(Linux, SpecialFile,
                          testing::Values(Kind::Pipe, Kind::Zeros, Kind::Nothing), NameOf);
 

@@ -1,0 +1,62 @@
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "platform/Platform.h"
+
+namespace Platform = Halvorix::Platform;
+
+namespace {
+
+/// std::wcout into a file, as after sync_with_stdio(false).
+class ConsoleFile : public testing::Test {
+protected:
+    ConsoleFile()
+    {
+        buffer.open(file.string(), std::ios::out | std::ios::binary);
+        before = std::wcout.rdbuf(&buffer);
+    }
+    ~ConsoleFile() override
+    {
+        std::wcout.rdbuf(before);
+        buffer.close();
+        std::filesystem::remove(file);
+    }
+
+    std::string Content() const
+    {
+        std::ostringstream content;
+        content << std::ifstream(file, std::ios::binary).rdbuf();
+        return content.str();
+    }
+
+    std::filesystem::path const file =
+        std::filesystem::temp_directory_path() /
+        ("hxsso-console-" +
+         std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
+    std::wfilebuf buffer;
+    std::wstreambuf* before;
+};
+
+} // namespace
+
+TEST_F(ConsoleFile, ShowsAQuestionMarkForWhatItCannotHold)
+{
+    Platform::ShowOnConsole(L"snow \x2603 man");
+    Platform::ShowOnConsole(L"after it");
+    EXPECT_TRUE(std::wcout.good());
+    EXPECT_EQ(Content(), "snow ? man\nafter it\n");
+}
+
+TEST_F(ConsoleFile, IsLeftAloneWhereTheHostsStreamHasFailed)
+{
+    std::wcout.setstate(std::ios::badbit);
+    Platform::ShowOnConsole(L"line");
+    EXPECT_TRUE(std::wcout.bad());
+    std::wcout.clear();
+    EXPECT_EQ(Content(), "");
+}
