@@ -72,6 +72,8 @@ class LocaleOfTheHost : public testing::TestWithParam<Locale> {};
 // all of them, and the Turkish I is a letter like any other.
 TEST_P(LocaleOfTheHost, ChangesNothingOfTheLoad)
 {
+    if (HXSSO_SANITIZED)
+        GTEST_SKIP() << "the C library loses memory of its own for the folders of LOCPATH";
     auto const [name, language, characters] = GetParam();
     if (Rig::IsWindows() && std::string(characters) != "UTF-8")
         GTEST_SKIP() << "on Windows the locale decides which file a narrow name means";
