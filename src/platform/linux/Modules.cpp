@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <climits>
+#include <cstddef>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -70,23 +71,35 @@ std::string InCanonicalFolder(std::string const& file)
     return unknown ? file : (folder / path.filename()).string();
 }
 
+// Without memory of its own, which an unloading would lose, and without an end, since
+// threads of the host call until the process is gone.
 struct OwnFile {
-    std::string spelling; // the loader's
-    std::string file;
+    char spelling[PATH_MAX]; // the loader's
+    char file[PATH_MAX];
 };
+
+// Empty for a name that is longer than any that the system opens.
+template <std::size_t Size>
+void Store(std::string const& name, char (&room)[Size])
+{
+    if (name.size() < Size)
+        room[name.copy(room, Size - 1)] = '\0';
+}
 
 OwnFile FindOwnFile()
 {
+    OwnFile found{};
     Dl_info library{};
-    if (::dladdr(reinterpret_cast<void const*>(&FindOwnFile), &library) == 0)
-        return {};
-    return {library.dli_fname, InCanonicalFolder(library.dli_fname)};
+    if (::dladdr(reinterpret_cast<void const*>(&FindOwnFile), &library) != 0) {
+        Store(library.dli_fname, found.spelling);
+        Store(InCanonicalFolder(library.dli_fname), found.file);
+    }
+    return found;
 }
 
-// Found while the library is being loaded: the loader's name for it may be relative,
-// and the process be elsewhere later. Never destroyed, since threads of the host call
-// until the process is gone.
-OwnFile const& own = *new OwnFile(FindOwnFile());
+// Found while the library is being loaded: the loader's name for it may be relative, and
+// the process be elsewhere later.
+OwnFile const own = FindOwnFile();
 
 } // namespace
 
@@ -130,8 +143,8 @@ std::wstring ErrorText(ErrorCode code)
 void KeepLibraryLoaded()
 {
     // The handle is never closed; in an executable there is none, nor need for it.
-    if (!own.spelling.empty() &&
-        ::dlopen(own.spelling.c_str(), RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE) == nullptr)
+    if (own.spelling[0] != '\0' &&
+        ::dlopen(own.spelling, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE) == nullptr)
         ::dlerror(); // not for the host to find
 }
 
