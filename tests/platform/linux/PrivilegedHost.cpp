@@ -9,10 +9,6 @@
 #include "platform/Platform.h"
 #include "platform/linux/NarrowText.h"
 
-// Under a sanitizer: it may not look for leaks in a program with rights of its own.
-extern "C" char const* __asan_default_options();
-extern "C" char const* __asan_default_options() { return "detect_leaks=0"; }
-
 int main()
 {
     using namespace Halvorix::Platform;
