@@ -1,6 +1,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <locale>
 #include <sstream>
 #include <string>
 
@@ -17,6 +18,7 @@ class ConsoleFile : public testing::Test {
 protected:
     ConsoleFile()
     {
+        buffer.pubimbue(std::locale::classic()); // whatever another test has made global
         buffer.open(file.string(), std::ios::out | std::ios::binary);
         before = std::wcout.rdbuf(&buffer);
     }
