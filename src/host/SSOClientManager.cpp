@@ -47,9 +47,8 @@ void SSOClientManager::CreateInstance()
 {
     // The locale is code of this library, and the process keeps it. Both before the lock:
     // the loader may be busy with a module whose constructors wait for that.
-    WorkBeforeTheEnd const work;
     std::locale locale;
-    if (work.MayBegin()) {
+    if (WorkBeforeTheEnd const work; work.MayBegin()) {
         Platform::KeepLibraryLoaded();
         locale = SystemLocale();
     }
@@ -59,7 +58,7 @@ void SSOClientManager::CreateInstance()
     releasePlugin = &SSOClientManager::ReleasePlugin;
     auto manager = std::make_shared<SSOClientManager>();
     // Before anyone sees the manager: if this fails, the next use does both again.
-    if (work.MayBegin())
+    if (WorkBeforeTheEnd const work; work.MayBegin())
         SetProcessLocale(locale);
     clientManager = std::move(manager);
     clientManagerPublished.store(true, std::memory_order_release);
