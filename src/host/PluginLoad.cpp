@@ -62,6 +62,9 @@ bool SSOClientManager::LoadPlugin()
 
 bool SSOClientManager::LoadPluginModule(std::wstring const& file)
 {
+    WorkBeforeTheEnd const work;
+    if (!work.MayBegin())
+        return false;
     LogLine(Messages::PluginLoading, file);
     Platform::SetDependencyDirectory(ParentPath(file).c_str());
     moduleHandle = Platform::LoadModule(file);

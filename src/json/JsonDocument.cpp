@@ -12,6 +12,7 @@
 #include <json/writer.h>
 
 #include "../platform/Platform.h"
+#include "../support/ProcessState.h"
 #include "../support/SecretText.h"
 
 namespace Halvorix::SSOServices {
@@ -70,7 +71,8 @@ std::atomic<Builders const*> theBuilders{nullptr};
 // loader may be busy with a module whose constructors read documents, and wait for it.
 Builders const& MakeBuilders()
 {
-    Platform::KeepLibraryLoaded();
+    if (WorkBeforeTheEnd const work; work.MayBegin())
+        Platform::KeepLibraryLoaded();
     auto made = std::make_unique<Builders const>();
     Builders const* earlier = nullptr;
     if (theBuilders.compare_exchange_strong(earlier, made.get(), std::memory_order_acq_rel))

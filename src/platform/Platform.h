@@ -41,6 +41,10 @@ std::wstring ErrorText(ErrorCode code);
 /// Keeps this library in the process to its end, whatever the host lets go.
 void KeepLibraryLoaded();
 
+/// Whether the system has ended all other threads when it tells modules of the
+/// process's end.
+bool ThreadsEndBeforeModules();
+
 /// Full file name of a module that is in the process already, as the system
 /// spells it; empty if there is none. By the whole name of its file, but for the
 /// library's own, which a version may follow.

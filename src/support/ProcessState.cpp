@@ -3,6 +3,7 @@
 #include <chrono>
 #include <thread>
 
+#include "../platform/Platform.h"
 #include "Undestroyed.h"
 
 namespace Halvorix::SSOServices {
@@ -31,12 +32,17 @@ std::atomic<bool> processIsEnding{false};
 namespace {
 
 std::atomic<int> workUnderWay{0};
+thread_local int ownWorkUnderWay = 0;
 
-// A system that ends the other threads first leaves their work undone for good.
+// Long enough for a busy machine, yet not for ever: what is under way may itself wait for
+// the thread that ends the process. That thread may end it from inside its own work, as
+// the constructors of a plugin do that calls exit.
 void WaitForWork()
 {
-    auto const limit = std::chrono::steady_clock::now() + std::chrono::seconds(2);
-    while (workUnderWay > 0 && std::chrono::steady_clock::now() < limit)
+    if (Platform::ThreadsEndBeforeModules())
+        return;
+    auto const limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (workUnderWay > ownWorkUnderWay && std::chrono::steady_clock::now() < limit)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
@@ -59,10 +65,15 @@ struct ProcessEnd {
 // Counted before the question, so that one of the two sees the other.
 WorkBeforeTheEnd::WorkBeforeTheEnd()
 {
+    ++ownWorkUnderWay;
     ++workUnderWay;
     mayBegin = !processIsEnding;
 }
 
-WorkBeforeTheEnd::~WorkBeforeTheEnd() { --workUnderWay; }
+WorkBeforeTheEnd::~WorkBeforeTheEnd()
+{
+    --workUnderWay;
+    --ownWorkUnderWay;
+}
 
 } // namespace Halvorix::SSOServices

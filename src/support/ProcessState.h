@@ -40,11 +40,12 @@ extern std::atomic<bool> clientManagerPublished;
 extern std::atomic<void (*)()> releasePlugin;
 
 /// From then on nothing is loaded any more: the modules that it takes may have
-/// ended, too.
+/// ended, too, and Linux's loader would begin them anew.
 extern std::atomic<bool> processIsEnding;
 
-/// Work with what other libraries' own ends take away, such as Boost's makers of locales:
-/// the end waits for it, though not for ever. Only to be begun if it may.
+/// Work with the loader, or with what other libraries' own ends take away, such as
+/// Boost's makers of locales: the end waits for it, though not for ever. Only to be begun
+/// if it may.
 class WorkBeforeTheEnd {
 public:
     WorkBeforeTheEnd();

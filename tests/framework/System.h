@@ -26,6 +26,7 @@ struct Ending {
     bool timedOut = false;
     bool crashed = false; // ended by a signal or an unhandled exception
     int status = -1;
+    bool inSystemLock = false; // timed out in a lock of the system's own, not to be helped
 };
 
 /// Runs a program to its end, or ends it at its limit.

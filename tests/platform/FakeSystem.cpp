@@ -46,6 +46,8 @@ std::wstring ErrorText(ErrorCode code)
 
 void KeepLibraryLoaded() {}
 
+bool ThreadsEndBeforeModules() { return false; }
+
 std::wstring LoadedModuleFile(std::wstring const& moduleName)
 {
     return moduleName == LibraryFileName() ? fakeSystem.library : std::wstring();

@@ -1,6 +1,8 @@
-// A module that uses the library while the system's loader is busy with it.
+// A module that uses the library, or ends the process, while the system's loader is busy
+// with it.
 
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <thread>
@@ -18,6 +20,8 @@ bool UseTheLibrary()
 {
     fs::path const inside = fs::u8path(Rig::Variable("HXSSO_MODULE_INSIDE"));
     std::ofstream(inside).close();
+    if (Rig::Variable("HXSSO_MODULE_USES") == "exit")
+        std::exit(7);
     // For the other thread to begin its call.
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     Halvorix::WebServices::NetworkCookie cookie;

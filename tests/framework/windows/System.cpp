@@ -1,10 +1,12 @@
 #include "../System.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cwctype>
 #include <fstream>
 #include <iostream>
 #include <stdexcept>
+#include <vector>
 
 #ifndef NOMINMAX
 #define NOMINMAX
@@ -12,6 +14,7 @@
 #include <windows.h>
 
 #include <process.h>
+#include <tlhelp32.h>
 
 #include "support/TextConversion.h"
 
@@ -62,6 +65,59 @@ unsigned __stdcall RunAction(void* action)
     return 0;
 }
 
+// Where a thread is; null if that cannot be told.
+std::uintptr_t PlaceOf(DWORD threadNumber)
+{
+    std::uintptr_t place = 0;
+    if (HANDLE const thread =
+            ::OpenThread(THREAD_SUSPEND_RESUME | THREAD_GET_CONTEXT, FALSE, threadNumber)) {
+        CONTEXT context{};
+        context.ContextFlags = CONTEXT_CONTROL;
+        ::SuspendThread(thread);
+        if (::GetThreadContext(thread, &context))
+#ifdef _WIN64
+            place = context.Rip;
+#else
+            place = context.Eip;
+#endif
+        ::ResumeThread(thread);
+        ::CloseHandle(thread);
+    }
+    return place;
+}
+
+std::vector<DWORD> ThreadsOf(DWORD processNumber)
+{
+    std::vector<DWORD> threads;
+    HANDLE const all = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    THREADENTRY32 entry{};
+    entry.dwSize = sizeof entry;
+    for (BOOL more = ::Thread32First(all, &entry); more; more = ::Thread32Next(all, &entry)) {
+        if (entry.th32OwnerProcessID == processNumber)
+            threads.push_back(entry.th32ThreadID);
+    }
+    ::CloseHandle(all);
+    return threads;
+}
+
+// Wine's ntdll guards the waiters for an address by spin locks. The end of a process kills
+// its threads, and one of them may hold such a lock: the last one then spins for ever, over
+// as little as a release of memory. Windows has no such lock.
+bool IsInWinesSpinLock(DWORD processNumber)
+{
+    HMODULE const ntdll = ::GetModuleHandleW(L"ntdll.dll");
+    std::vector<DWORD> const threads = ThreadsOf(processNumber);
+    if (::GetProcAddress(ntdll, "wine_get_version") == nullptr || threads.size() != 1)
+        return false;
+    std::uintptr_t const place = PlaceOf(threads[0]);
+    auto const isIn = [&](char const* function) {
+        constexpr std::uintptr_t size = 0x200;
+        auto const begin = reinterpret_cast<std::uintptr_t>(::GetProcAddress(ntdll, function));
+        return place >= begin && place < begin + size;
+    };
+    return isIn("RtlWakeAddressSingle") || isIn("RtlWakeAddressAll") || isIn("RtlWaitOnAddress");
+}
+
 } // namespace
 
 Ending RunToEnd(Process const& process)
@@ -95,6 +151,7 @@ Ending RunToEnd(Process const& process)
         throw std::runtime_error("CreateProcess failed: " + std::to_string(::GetLastError()));
     auto const limit = static_cast<DWORD>(std::chrono::milliseconds(process.limit).count());
     bool const timedOut = ::WaitForSingleObject(child.hProcess, limit) != WAIT_OBJECT_0;
+    bool const inSystemLock = timedOut && IsInWinesSpinLock(child.dwProcessId);
     if (timedOut) {
         ::TerminateProcess(child.hProcess, 1);
         ::WaitForSingleObject(child.hProcess, INFINITE);
@@ -105,7 +162,8 @@ Ending RunToEnd(Process const& process)
     ::CloseHandle(child.hThread);
     // Unhandled exceptions end a process with an NTSTATUS of severity error;
     // the runtime's abort() with 3, which no host program of the tests uses.
-    return {timedOut, !timedOut && (status >= 0xC0000000 || status == 3), static_cast<int>(status)};
+    return {timedOut, !timedOut && (status >= 0xC0000000 || status == 3), static_cast<int>(status),
+            inSystemLock};
 }
 
 bool IsWindows() { return true; }
