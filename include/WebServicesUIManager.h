@@ -16,13 +16,14 @@ namespace Halvorix::WebServicesUI {
 ///
 /// Threads, exceptions and texts as in WebServicesManager; a plugin may demand
 /// more of the thread that shows a dialog. With no plugin each member gives the
-/// answer stated at it.
+/// answer stated at it. After an Initialize that threw, Uninitialize ends one
+/// WebServicesManager::Initialize all the same, also if that was the host's own.
 class HXSSO_API WebServicesUIManager {
 public:
     /// @name Life
-    /// Counted like WebServicesManager, on its own. To be called from one thread
-    /// at a time; the last Uninitialize must not overlap any other call into the
-    /// library, since it also ends the library's plugin manager: the next call
+    /// Counted like WebServicesManager, on its own. Initialize and Uninitialize belong
+    /// to one thread at a time; the last Uninitialize must not overlap any other call
+    /// into the library, since it also ends the library's plugin manager: the next call
     /// loads the plugin anew.
     /// @{
 

@@ -76,10 +76,9 @@ void ShowUser(WebServicesManager const& manager)
 
 int main()
 {
-    // With no plugin to take its log, the library writes it to std::wcout. On
-    // Linux that turns C's stdout into a wide stream, which drops narrow text, and
-    // in the "C" locale it ends at the first path that is not ASCII. So std::cout
-    // and std::wcout leave C's streams, and both of them write UTF-8.
+    // With no plugin to take its log, the library writes it to std::wcout, with "?" for
+    // what that cannot show. So std::cout and std::wcout leave C's streams, and both of
+    // them write UTF-8.
     std::ios::sync_with_stdio(false);
     std::wcout.imbue(std::locale(std::locale(), new boost::locale::utf8_codecvt<wchar_t>));
 

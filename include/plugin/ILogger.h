@@ -24,8 +24,9 @@ public:
     /// configuration files come with whatever control characters they hold: escape what
     /// must not reach a terminal. Called from any thread with the library's lock held,
     /// which is recursive: calls back into the library on the same thread work, and
-    /// their lines come to this function 32 deep; waiting for another thread that uses
-    /// the library does not work.
+    /// their lines come to this function 32 deep (once one was deeper, it and those after
+    /// it wait in the early log until the outermost call returns); waiting for another thread that
+    /// uses the library does not work.
     /// @param message terminated, valid for the call only
     /// @param level one of the three, passed on unexamined
     virtual void WriteLine(wchar_t const* message, Log::LogLevel level) = 0;

@@ -4,6 +4,8 @@
 #include <optional>
 #include <utility>
 
+#include "../support/ProcessState.h"
+
 namespace Halvorix::SSOServices {
 
 namespace {
@@ -33,7 +35,7 @@ void SharedPathResolver::Ask(Question const& question)
         lines.clear();
         failure = nullptr;
         {
-            std::lock_guard<std::mutex> const lock(mutex);
+            auto const lock = LockBriefly(mutex);
             copy.emplace(static_cast<SSOPathResolver const&>(*this), keep);
             copiedAt = age;
         }
@@ -70,7 +72,7 @@ void SharedPathResolver::LogLines(std::vector<Line> const& lines)
 
 bool SharedPathResolver::Learn(SSOPathResolver const& copy, std::uint64_t copiedAt)
 {
-    std::lock_guard<std::mutex> const lock(mutex);
+    auto const lock = LockBriefly(mutex);
     if (age != copiedAt)
         return false;
     if (!KnowsTheSameAs(copy)) {
@@ -82,7 +84,7 @@ bool SharedPathResolver::Learn(SSOPathResolver const& copy, std::uint64_t copied
 
 void SharedPathResolver::SetSupportFileSearchPaths(std::vector<std::wstring> const& paths)
 {
-    std::lock_guard<std::mutex> const lock(mutex);
+    auto const lock = LockBriefly(mutex);
     if (paths == GetSupportFileSearchPaths())
         return;
     SSOPathResolver::SetSupportFileSearchPaths(paths);

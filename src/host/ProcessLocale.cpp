@@ -37,6 +37,15 @@ std::locale SystemLocale()
     }
 }
 
+std::locale LocaleOfTheCLibrary()
+{
+    try {
+        return std::locale("");
+    } catch (std::runtime_error const&) {
+        return std::locale::classic(); // not installed
+    }
+}
+
 void SetProcessLocale(std::locale const& locale)
 {
     std::locale::global(locale);

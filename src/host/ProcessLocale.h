@@ -8,6 +8,10 @@ namespace Halvorix::SSOServices {
 /// made under no lock: what it takes may have to be loaded.
 std::locale SystemLocale();
 
+/// The same locale as the C library has it. While it lives, Boost has nothing to load for
+/// the one that it makes when its first path locale is set.
+std::locale LocaleOfTheCLibrary();
+
 /// Gives it to the process. The host's global locale changes with the first use of the
 /// library, on purpose: narrow path text is converted by it from then on.
 void SetProcessLocale(std::locale const& locale);

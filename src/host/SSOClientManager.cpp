@@ -48,9 +48,11 @@ void SSOClientManager::CreateInstance()
     // The locale is code of this library, and the process keeps it. Both before the lock:
     // the loader may be busy with a module whose constructors wait for that.
     std::locale locale;
+    std::locale keepsWhatIsLoaded;
     if (WorkBeforeTheEnd const work; work.MayBegin()) {
         Platform::KeepLibraryLoaded();
         locale = SystemLocale();
+        keepsWhatIsLoaded = LocaleOfTheCLibrary();
     }
     std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
     if (clientManager)

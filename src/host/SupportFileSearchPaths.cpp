@@ -3,6 +3,7 @@
 #include <mutex>
 #include <utility>
 
+#include "../support/ProcessState.h"
 #include "../support/Undestroyed.h"
 
 namespace Halvorix::SSOServices {
@@ -21,14 +22,14 @@ Undestroyed<State> undestroyed;
 std::vector<std::wstring> SupportFileSearchPaths()
 {
     State& state = undestroyed.value;
-    std::lock_guard<std::mutex> const lock(state.mutex);
+    auto const lock = LockBriefly(state.mutex);
     return state.paths;
 }
 
 void StoreSupportFileSearchPaths(std::vector<std::wstring> paths)
 {
     State& state = undestroyed.value;
-    std::lock_guard<std::mutex> const lock(state.mutex);
+    auto const lock = LockBriefly(state.mutex);
     state.paths = std::move(paths);
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <algorithm>
+#include <cstddef>
 #include <cwchar>
 #include <fstream>
 #include <iostream>
@@ -9,13 +9,26 @@
 
 namespace Halvorix::Platform {
 
-/// The line with "?" for each unit that the test does not know.
-template <class Test>
-std::wstring Showable(std::wstring line, Test isKnown)
+/// Where units have 16 bits, two of them may make one character.
+inline bool ArePair(wchar_t first, wchar_t second)
 {
-    std::replace_if(
-        line.begin(), line.end(), [&](wchar_t unit) { return !isKnown(unit); }, L'?');
-    return line;
+    return sizeof(wchar_t) == 2 && first >= 0xD800 && first < 0xDC00 && second >= 0xDC00 &&
+           second < 0xE000;
+}
+
+/// The line with "?" for each character that the test, which is given its units, does not
+/// know.
+template <class Test>
+std::wstring Showable(std::wstring const& line, Test isKnown)
+{
+    std::wstring shown;
+    for (std::size_t at = 0; at < line.size();) {
+        bool const isPair = at + 1 < line.size() && ArePair(line[at], line[at + 1]);
+        std::wstring const character = line.substr(at, isPair ? 2 : 1);
+        shown += isKnown(character) ? character : L"?";
+        at += character.size();
+    }
+    return shown;
 }
 
 /// Shows the line where std::wcout has a buffer of a file's kind, which takes anything and
@@ -28,13 +41,16 @@ inline bool ShowThroughFileBuffer(std::wstring const& line)
         return false;
     std::locale const locale = buffer->getloc();
     auto const& conversion = std::use_facet<Conversion>(locale);
-    auto const isKnown = [&conversion](wchar_t unit) {
+    auto const isKnown = [&conversion](std::wstring const& character) {
         char bytes[16];
         std::mbstate_t state{};
+        wchar_t const* const begin = character.data();
+        wchar_t const* const end = begin + character.size();
         wchar_t const* from = nullptr;
         char* to = nullptr;
-        return conversion.out(state, &unit, &unit + 1, from, bytes, bytes + sizeof(bytes), to) !=
-               Conversion::error;
+        auto const result =
+            conversion.out(state, begin, end, from, bytes, bytes + sizeof(bytes), to);
+        return result == Conversion::noconv || (result == Conversion::ok && from == end);
     };
     std::wcout << Showable(line, isKnown) << std::endl;
     return true;

@@ -1,6 +1,7 @@
 #include "EarlyLog.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace Halvorix::SSOServices {
@@ -24,11 +25,12 @@ bool EarlyLog::Item::operator<(Item const& other) const
 
 void EarlyLog::Add(std::wstring const& text, Log::LogLevel level)
 {
-    auto const [known, isNew] = lines.try_emplace({level, text}, things.size());
-    if (isNew)
-        things.push_back({{text, level}, {}});
-    log.push_back({known->second, 1});
-    Fold();
+    log.push_back({NumberOf(text, level), 1});
+    try {
+        Fold();
+    } catch (std::bad_alloc const&) {
+        // The log is only longer than it need be.
+    }
 }
 
 void EarlyLog::Add(EarlyLog const& later)
@@ -58,12 +60,22 @@ void EarlyLog::ForEach(Row const& row,
     }
 }
 
-std::size_t EarlyLog::NumberOf(Row row)
+// The thing before its number, so that no number is without a thing when memory ends.
+std::size_t EarlyLog::NumberOf(std::wstring const& text, Log::LogLevel level)
 {
-    auto const [known, isNew] = rows.try_emplace(row, things.size());
-    if (isNew)
-        things.push_back({{}, std::move(row)});
-    return known->second;
+    std::pair<Log::LogLevel, std::wstring> line{level, text};
+    if (auto const known = lines.find(line); known != lines.end())
+        return known->second;
+    things.push_back({{text, level}, {}});
+    return lines.emplace(std::move(line), things.size() - 1).first->second;
+}
+
+std::size_t EarlyLog::NumberOf(Row const& row)
+{
+    if (auto const known = rows.find(row); known != rows.end())
+        return known->second;
+    things.push_back({{}, row});
+    return rows.emplace(row, things.size() - 1).first->second;
 }
 
 void EarlyLog::Fold()

@@ -43,7 +43,8 @@ private:
     };
     using Row = std::vector<Item>;
 
-    std::size_t NumberOf(Row row);
+    std::size_t NumberOf(std::wstring const& text, Log::LogLevel level);
+    std::size_t NumberOf(Row const& row);
     void Fold();
     bool FoldIntoTheOneBefore();
     bool FoldWithThoseBefore();

@@ -62,6 +62,13 @@ struct ProcessEnd {
 
 } // namespace
 
+std::unique_lock<std::mutex> LockBriefly(std::mutex& mutex)
+{
+    if (processIsEnding && Platform::ThreadsEndBeforeModules())
+        return std::unique_lock<std::mutex>(mutex, std::try_to_lock);
+    return std::unique_lock<std::mutex>(mutex);
+}
+
 // Counted before the question, so that one of the two sees the other.
 WorkBeforeTheEnd::WorkBeforeTheEnd()
 {

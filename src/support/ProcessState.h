@@ -59,6 +59,10 @@ private:
     bool mayBegin;
 };
 
+/// Locks what is held for moments only. At the end of the process a thread that the system
+/// has ended may hold it for ever: then nobody else is left, and it is not asked for.
+std::unique_lock<std::mutex> LockBriefly(std::mutex& mutex);
+
 // Under no lock: hosts initialise and uninitialise from one thread at a time, and may
 // ask from others meanwhile.
 extern std::atomic<int> webServicesManagerCount;

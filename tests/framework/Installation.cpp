@@ -266,6 +266,23 @@ Installation& Installation::Environment(std::string const& name, std::string con
     return *this;
 }
 
+bool Installation::UseLocale(std::string const& language, std::string const& characters)
+{
+    Environment("LC_ALL", language + "." + characters);
+    if (IsWindows())
+        return true;
+    Environment("LOCPATH", "{root}/locales");
+    Folder("locales");
+    Process process;
+    process.program = "/usr/bin/localedef";
+    process.directory = Path("work");
+    process.arguments = {"-i", language, "-f", characters,
+                         Text("locales/" + language + "." + characters)};
+    process.output = Path("localedef.output");
+    process.errors = Path("localedef.errors");
+    return fs::exists(process.program) && RunToEnd(process).status == 0;
+}
+
 Outcome Installation::Run(std::string const& program, std::vector<std::string> const& arguments)
 {
     for (char const* file : {"report", "record", "output", "errors"})

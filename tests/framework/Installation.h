@@ -92,6 +92,9 @@ public:
     /// Another executable of the rig in place of this one.
     Installation& Host(std::string const& executable);
     Installation& Environment(std::string const& name, std::string const& value);
+    /// The host's locale, which is made for it where they lie in files. False if it cannot
+    /// be made here.
+    bool UseLocale(std::string const& language, std::string const& characters);
 
     /// Runs a host program in the tree. A secret of Secrets.h in what the library
     /// logged, or on the console, is a failure of the test.

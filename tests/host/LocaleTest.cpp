@@ -41,23 +41,6 @@ HOST_PROGRAM(LivesInItsLocale)
     report("global", std::locale() == std::locale::classic() ? "classic" : "set");
 }
 
-/// Makes a locale for one test, on a system that keeps them in files.
-bool MakeLocale(Installation const& installation, std::string const& language,
-                std::string const& characters)
-{
-    if (Rig::IsWindows())
-        return true;
-    Rig::Process process;
-    process.program = "/usr/bin/localedef";
-    process.directory = installation.Path("work");
-    process.arguments = {"-i", language, "-f", characters,
-                         installation.Text("locales/" + language + "." + characters)};
-    process.output = installation.Path("localedef.output");
-    process.errors = installation.Path("localedef.errors");
-    std::filesystem::create_directories(installation.Path("locales"));
-    return std::filesystem::exists(process.program) && Rig::RunToEnd(process).status == 0;
-}
-
 struct Locale {
     char const* name;
     char const* language;
@@ -78,12 +61,10 @@ TEST_P(LocaleOfTheHost, ChangesNothingOfTheLoad)
     if (Rig::IsWindows() && std::string(characters) != "UTF-8")
         GTEST_SKIP() << "on Windows the locale decides which file a narrow name means";
     Installation installation("Bücher ☃");
-    if (!MakeLocale(installation, language, characters))
+    if (!installation.UseLocale(language, characters))
         GTEST_SKIP() << "localedef cannot make " << language << '.' << characters << " here";
-    installation.Complete()
-        .ClientConfig(R"({"ssoServer": {"searchPaths": "{root}/server", "serverName": 1.5}})")
-        .Environment("LOCPATH", "{root}/locales")
-        .Environment("LC_ALL", std::string(language) + "." + characters);
+    installation.Complete().ClientConfig(
+        R"({"ssoServer": {"searchPaths": "{root}/server", "serverName": 1.5}})");
     Outcome const outcome = installation.Run("LivesInItsLocale");
     EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
     EXPECT_EQ(outcome["program"], "returned");

@@ -42,20 +42,15 @@ HOST_PROGRAM(UsesTheLibraryBesideAModulesConstructor)
     report("answeredInside", fs::exists(inside.parent_path() / "answered"));
 }
 
-class LoaderLock : public testing::TestWithParam<char const*> {};
-
-} // namespace
-
-TEST_P(LoaderLock, IsNotWaitedForUnderALockOfTheLibrary)
+void ExpectBothAnswers(Installation& installation, std::string const& use)
 {
-    Installation installation;
     installation.Plugin("UsingModule", "app")
         .Environment("HXSSO_MODULE_INSIDE", installation.Text("app/inside"))
-        .Environment("HXSSO_MODULE_USES", GetParam())
+        .Environment("HXSSO_MODULE_USES", use)
         .Limit(std::chrono::seconds(20));
     Outcome const outcome =
         installation.Run("UsesTheLibraryBesideAModulesConstructor",
-                         {installation.Text("app/" + Rig::ModuleName("UsingModule")), GetParam()});
+                         {installation.Text("app/" + Rig::ModuleName("UsingModule")), use});
     EXPECT_FALSE(outcome.ending.timedOut);
     EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
     EXPECT_EQ(outcome["bound"], true);
@@ -63,5 +58,28 @@ TEST_P(LoaderLock, IsNotWaitedForUnderALockOfTheLibrary)
     EXPECT_EQ(outcome["answeredInside"], true);
 }
 
-INSTANTIATE_TEST_SUITE_P(Lifetime, LoaderLock, testing::Values("document", "path"),
+class AModulesConstructor : public testing::TestWithParam<char const*> {};
+
+} // namespace
+
+TEST_P(AModulesConstructor, IsNotWaitedForUnderALockOfTheLibrary)
+{
+    Installation installation;
+    ExpectBothAnswers(installation, GetParam());
+}
+
+// The C library loads the converter of such characters.
+TEST(LoaderLock, IsNotWaitedForByTheFirstUseInALocaleWithAConverter)
+{
+    if (Rig::IsWindows())
+        GTEST_SKIP() << "locales load nothing there";
+    if (HXSSO_SANITIZED)
+        GTEST_SKIP() << "the C library loses memory of its own for the folders of LOCPATH";
+    Installation installation;
+    if (!installation.UseLocale("ja_JP", "EUC-JP"))
+        GTEST_SKIP() << "localedef cannot make ja_JP.EUC-JP here";
+    ExpectBothAnswers(installation, "path");
+}
+
+INSTANTIATE_TEST_SUITE_P(Lifetime, AModulesConstructor, testing::Values("document", "path"),
                          [](auto const& info) { return std::string(info.param); });

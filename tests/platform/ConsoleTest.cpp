@@ -5,6 +5,7 @@
 #include <sstream>
 #include <string>
 
+#include <boost/locale/utf8_codecvt.hpp>
 #include <gtest/gtest.h>
 
 #include "platform/Platform.h"
@@ -52,6 +53,18 @@ TEST_F(ConsoleFile, ShowsAQuestionMarkForWhatItCannotHold)
     Platform::ShowOnConsole(L"after it");
     EXPECT_TRUE(std::wcout.good());
     EXPECT_EQ(Content(), "snow ? man\nafter it\n");
+}
+
+// A character of two units on one system, of one on the other; and halves of one.
+TEST_F(ConsoleFile, ShowsACharacterBeyondTheFirst65536)
+{
+    buffer.pubimbue(std::locale(std::locale::classic(), new boost::locale::utf8_codecvt<wchar_t>));
+    Platform::ShowOnConsole(L"face \U0001F600 here");
+    Platform::ShowOnConsole(std::wstring(L"half ") + static_cast<wchar_t>(0xD83D) + L" here");
+    Platform::ShowOnConsole(std::wstring(L"half ") + static_cast<wchar_t>(0xDE00) + L" here");
+    Platform::ShowOnConsole(L"after it");
+    EXPECT_TRUE(std::wcout.good());
+    EXPECT_EQ(Content(), "face \xF0\x9F\x98\x80 here\nhalf ? here\nhalf ? here\nafter it\n");
 }
 
 TEST_F(ConsoleFile, IsLeftAloneWhereTheHostsStreamHasFailed)

@@ -46,7 +46,7 @@ std::wstring ErrorText(ErrorCode code)
 
 void KeepLibraryLoaded() {}
 
-bool ThreadsEndBeforeModules() { return false; }
+bool ThreadsEndBeforeModules() { return fakeSystem.threadsEndBeforeModules; }
 
 std::wstring LoadedModuleFile(std::wstring const& moduleName)
 {

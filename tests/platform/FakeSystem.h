@@ -16,6 +16,7 @@ struct FakeSystem {
     bool wow64 = false;
     bool leadingSlashIsRoot = true;
     bool hasErrorTexts = true;
+    bool threadsEndBeforeModules = false;
 
     /// Result of opening each view, and what is then read there.
     std::map<Halvorix::Platform::LocationView, Halvorix::Platform::ErrorCode> openings;

@@ -10,6 +10,8 @@
 
 #include <gmock/gmock.h>
 
+#include "SSOClientPrivate.h"
+#include "host/SSOClientManager.h"
 #include "plugin/ILogger.h"
 #include "support/LogSink.h"
 #include "support/ProcessState.h"
@@ -107,6 +109,26 @@ TEST_F(LogFlush, KeepsEveryLineWhenTheLoggerThrowsInBetween)
     EXPECT_THAT(good->lines, ElementsAre(L"first", L"second", L"third"));
     FlushEarlyLog();
     EXPECT_EQ(good->lines.size(), 3u);
+}
+
+// What a question found out is not found out again, and so its lines do not come again.
+TEST_F(LogFlush, OfAQuestionForAPathGoesOnBehindALineThatTheLoggerRefused)
+{
+    auto const ask = [](std::wstring const& refused) {
+        SSOClientManager::ReleaseInstance();
+        auto const logger = std::make_shared<ThrowingLogger>(refused);
+        InstallLogger(logger);
+        if (refused.empty())
+            SSOClientPrivate::GetOpenSslModule();
+        else
+            EXPECT_THROW(SSOClientPrivate::GetOpenSslModule(), std::runtime_error);
+        return logger->lines;
+    };
+    std::vector<std::wstring> const lines = ask(L"");
+    ASSERT_GT(lines.size(), 2u);
+    EXPECT_EQ(ask(lines[1]), lines);
+    EXPECT_EQ(ask(lines.back()), lines);
+    SSOClientManager::ReleaseInstance();
 }
 
 TEST_F(LogFlush, HandsOnWhatTheConsoleThrowsAndKeepsTheLines)

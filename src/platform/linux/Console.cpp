@@ -23,17 +23,18 @@ using StandardBuffer = __gnu_cxx::stdio_sync_filebuf<wchar_t>;
 
 constexpr wchar_t LastCodePoint = 0x10FFFF;
 
-bool IsCharacter(wchar_t unit)
+bool IsCharacter(std::wstring const& character)
 {
+    wchar_t const unit = character[0];
     return unit >= 0 && unit <= LastCodePoint && (unit < 0xD800 || unit > 0xDFFF);
 }
 
 // What a wide stdout makes of it, by the locale of C.
-bool IsKnownToC(wchar_t unit)
+bool IsKnownToC(std::wstring const& character)
 {
     char bytes[MB_LEN_MAX];
     std::mbstate_t state{};
-    return std::wcrtomb(bytes, unit, &state) != static_cast<std::size_t>(-1);
+    return std::wcrtomb(bytes, character[0], &state) != static_cast<std::size_t>(-1);
 }
 
 // Past stdout itself, which a first wide line makes wide, and a first narrow one

@@ -20,12 +20,18 @@ namespace {
 // dlopen and dlsym give no numbers: their latest text is kept per thread and
 // goes under this one.
 constexpr ErrorCode ModuleError = 0xFFFFFFFF;
-thread_local std::string lastModuleError;
+// Without a destructor: a thread's own ends before the library does, which may still load.
+thread_local char lastModuleError[PATH_MAX + 256];
 
-void RememberModuleError()
+void RememberModuleError(std::string_view text)
+{
+    lastModuleError[text.copy(lastModuleError, sizeof lastModuleError - 1)] = '\0';
+}
+
+void RememberLoadersError()
 {
     char const* const text = ::dlerror();
-    lastModuleError = text == nullptr ? "" : text;
+    RememberModuleError(text == nullptr ? "" : text);
 }
 
 // A pipe or a device: the loader would open it, and be held up with the library's lock.
@@ -114,12 +120,12 @@ ModuleHandle LoadModule(std::wstring const& file)
 {
     std::string const name = ToSystem(file);
     if (IsWaitedFor(name)) {
-        lastModuleError = name + ": not a regular file";
+        RememberModuleError(name + ": not a regular file");
         return nullptr;
     }
     ModuleHandle module = ::dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     if (module == nullptr)
-        RememberModuleError();
+        RememberLoadersError();
     return module;
 }
 
@@ -127,7 +133,7 @@ Procedure FindProcedure(ModuleHandle module, char const* name)
 {
     void* const symbol = ::dlsym(module, name);
     if (symbol == nullptr)
-        RememberModuleError();
+        RememberLoadersError();
     return reinterpret_cast<Procedure>(symbol);
 }
 

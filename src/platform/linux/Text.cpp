@@ -4,7 +4,6 @@
 #include <iterator>
 #include <string>
 
-#include <boost/locale/encoding_utf.hpp>
 #include <boost/locale/utf.hpp>
 
 #include "../Platform.h"
@@ -22,18 +21,32 @@ std::uint32_t Folded(wchar_t unit)
         unit >= L'A' && unit <= L'Z' ? static_cast<wchar_t>(unit - L'A' + L'a') : unit);
 }
 
+constexpr wchar_t Replacement = 0xFFFD;
+
 // What is beyond all characters becomes the one for that.
 boost::locale::utf::code_point CodePoint(wchar_t unit)
 {
     boost::locale::utf::code_point const value = std::char_traits<wchar_t>::to_int_type(unit);
-    return value > 0x10FFFF ? 0xFFFD : value;
+    return value > 0x10FFFF ? Replacement : value;
 }
 
 } // namespace
 
+// A byte that is none of a character's becomes what no name has: were it left out, the
+// text would name another file.
 std::wstring FromSystem(std::string const& text)
 {
-    return boost::locale::conv::utf_to_utf<wchar_t>(text);
+    using Utf8 = boost::locale::utf::utf_traits<char>;
+    std::wstring wide;
+    for (char const* at = text.data(); at != text.data() + text.size();) {
+        char const* next = at;
+        boost::locale::utf::code_point const value = Utf8::decode(next, text.data() + text.size());
+        bool const isCharacter =
+            value != boost::locale::utf::illegal && value != boost::locale::utf::incomplete;
+        wide += isCharacter ? static_cast<wchar_t>(value) : Replacement;
+        at = isCharacter ? next : at + 1;
+    }
+    return wide;
 }
 
 std::string ToSystem(std::wstring const& text)

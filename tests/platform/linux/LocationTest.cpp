@@ -52,6 +52,19 @@ TEST_F(Location, PassesOverEmptyFolderNames)
     Platform::CloseLocationKey(key);
 }
 
+// Were the bytes left out, another folder would be searched.
+TEST_F(Location, OfBytesThatAreNoCharactersIsNoOtherFolder)
+{
+    Write("/srv/a\xED\xA0\x80"
+          "b\xFF/\xC3\xBC\n");
+    ASSERT_EQ(Open("{}/full"), 0u);
+    std::wstring text;
+    EXPECT_TRUE(Platform::ReadLocation(key, text));
+    EXPECT_EQ(text.substr(0, 6) + text.substr(text.size() - 4), L"/srv/ab\xFFFD/\xFC");
+    EXPECT_NE(text.find(L'\xFFFD'), std::wstring::npos);
+    Platform::CloseLocationKey(key);
+}
+
 TEST_F(Location, TellsWhyAFileCannotBeOpenedBeforeThatOneIsMissing)
 {
     std::ofstream(folder / "file") << "no folder";
