@@ -74,7 +74,7 @@ std::size_t EarlyLog::NumberOf(Row const& row)
 {
     if (auto const known = rows.find(row); known != rows.end())
         return known->second;
-    things.push_back({{}, row});
+    things.emplace_back().row = row;
     return rows.emplace(row, things.size() - 1).first->second;
 }
 
