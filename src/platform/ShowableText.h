@@ -50,7 +50,9 @@ inline bool ShowThroughFileBuffer(std::wstring const& line)
         char* to = nullptr;
         auto const result =
             conversion.out(state, begin, end, from, bytes, bytes + sizeof(bytes), to);
-        return result == Conversion::noconv || (result == Conversion::ok && from == end);
+        // Half a pair is taken in and gives nothing.
+        return result == Conversion::noconv ||
+               (result == Conversion::ok && from == end && to != bytes);
     };
     std::wcout << Showable(line, isKnown) << std::endl;
     return true;
