@@ -22,6 +22,7 @@ class Build:
         self.is_windows = (self.folder / "hxsso-doctor.exe").exists()
         exe = ".exe" if self.is_windows else ""
         self.doctor = "hxsso-doctor" + exe
+        self.loader = "hxsso-plugin-loader" + exe
         self.host = "asking-host" + exe
         self.row = "doctor-in-a-row" + exe
         self.program = "Program" + exe
@@ -103,6 +104,7 @@ class Installation:
             (self.root / folder).mkdir(parents=True)
         # On its own: what lies beside a program is found by it.
         self.place("doctor/" + build.doctor, build.doctor)
+        self.place("doctor/" + build.loader, build.loader)
         self.place("app/" + build.program, build.host)
         self.place("app/" + build.library, build.library)
 

@@ -74,6 +74,10 @@ def pe_checks(file, tools):
     libraries = re.findall(r"DLL Name: (\S+)", headers)
     yield f"no DLL of the stack protector (of {len(libraries)})", \
         bool(libraries) and not any(name.lower().startswith("libssp") for name in libraries)
+    if tools.starts_alone:
+        own = [name for name in libraries if name.lower().startswith("lib")]
+        yield "nothing needed beside it" + (f" ({', '.join(own)})" if own else ""), \
+            bool(libraries) and not own
 
 
 def checks(file, tools):
@@ -92,6 +96,8 @@ def main():
     parser.add_argument("--objdump", default="objdump")
     parser.add_argument("--nm", default="nm")
     parser.add_argument("--not-hardened", metavar="WHY", help="this build is none: skip")
+    parser.add_argument("--starts-alone", action="store_true",
+                        help="a program for Windows that needs the system's modules alone")
     parser.add_argument("file")
     tools = parser.parse_args()
     if tools.not_hardened:

@@ -7,10 +7,23 @@
 #include <gtest/gtest.h>
 
 #include "../../tools/common/ModuleImage.h"
+#include "platform/Platform.h"
 
 namespace {
 
 using namespace Halvorix::Tools;
+
+ModuleImage ImageOf(std::string_view bytes)
+{
+    TextSource source(bytes);
+    return ReadModuleImage(ByteView(source));
+}
+
+ModuleSymbols SymbolsOf(std::string_view bytes)
+{
+    TextSource source(bytes);
+    return ReadModuleSymbols(ByteView(source));
+}
 
 std::string PluginBytes()
 {
@@ -26,27 +39,90 @@ bool Imports(ModuleImage const& image, std::string const& beginning)
 
 TEST(ModuleImage, TellsWhatAPluginNeedsAndExports)
 {
-    ModuleImage const image = ReadModuleImage(PluginBytes());
+    ModuleImage const image = ImageOf(PluginBytes());
     EXPECT_NE(image.format, ImageFormat::None);
     EXPECT_EQ(image.flaw, "");
     EXPECT_TRUE(image.isModule);
     EXPECT_FALSE(image.machine.empty());
     EXPECT_TRUE(Imports(image, "PluginDependency"));
-    EXPECT_EQ(image.factoryNames.size(), 1U);
-    EXPECT_FALSE(image.holdsCppRuntime);
+}
+
+TEST(ModuleImage, TellsWhatBindsAPluginToOthers)
+{
+    ModuleSymbols const symbols = SymbolsOf(PluginBytes());
+    EXPECT_EQ(symbols.flaw, "");
+    EXPECT_EQ(std::count(symbols.exports.begin(), symbols.exports.end(),
+                         Halvorix::Platform::FactoryProcedureName()),
+              1);
+    EXPECT_TRUE(
+        std::any_of(symbols.imports.begin(), symbols.imports.end(), [](Import const& import) {
+            return import.symbol.find("PluginDependency") != std::string::npos;
+        }));
+}
+
+// Of the other format no more than its mark is read.
+TEST(ModuleImage, OfAnotherSystemIsOnlyNamed)
+{
+    std::string const other = NativeFormat == ImageFormat::Elf ? "MZ"
+                                                               : "\x7f"
+                                                                 "ELF";
+    ModuleImage const image = ImageOf(other + std::string(4096, '\1'));
+    EXPECT_NE(image.format, ImageFormat::None);
+    EXPECT_NE(image.format, NativeFormat);
+    EXPECT_EQ(image.machine, "");
+}
+
+TEST(ModuleImage, KnowsARuntimeWithinAModuleByItsMessages)
+{
+    for (std::size_t const before : {0U, 5U, 1048570U, 2000000U}) {
+        std::string const bytes = std::string(before, 'x') +
+                                  "terminate called after throwing an instance of '" +
+                                  std::string(100, 'y');
+        TextSource source(bytes);
+        HeldRuntimes const held = LookForRuntimes(ByteView(source));
+        EXPECT_TRUE(held.cpp) << before;
+        EXPECT_FALSE(held.jsoncpp);
+    }
+}
+
+TEST(ByteView, ReadsAcrossItsBlocksAndNotBeyondTheEnd)
+{
+    std::string text(40000, '\0');
+    for (std::size_t i = 0; i < text.size(); ++i)
+        text[i] = static_cast<char>('a' + i % 26);
+    TextSource source(text);
+    ByteView const bytes(source);
+    std::string read(20000, ' ');
+    EXPECT_TRUE(bytes.Bytes(16000, read.data(), read.size()));
+    EXPECT_EQ(read, text.substr(16000, 20000));
+    EXPECT_FALSE(bytes.Bytes(39999, read.data(), 2));
+    EXPECT_FALSE(bytes.Bytes(UINT64_MAX, read.data(), 2));
+    EXPECT_EQ(bytes.Name(39990), "") << "it has no end";
+    EXPECT_EQ(bytes.Number(40000, 1), std::nullopt);
+}
+
+TEST(ByteView, NamesEndAtTheirZeroOrAreNone)
+{
+    std::string text(20000, 'n');
+    text[16390] = '\0';
+    TextSource source(text);
+    ByteView const bytes(source);
+    EXPECT_EQ(bytes.Name(16380), std::string(10, 'n')) << "across two blocks";
+    EXPECT_EQ(bytes.Name(15800, 512), "") << "longer than a name";
+    EXPECT_EQ(bytes.Name(15800, 1000).size(), 590U);
 }
 
 TEST(ModuleImage, IsNoneForWhatIsNoModule)
 {
     for (char const* text : {"", "M", "MZ", "\x7f", "a text"})
-        EXPECT_EQ(ReadModuleImage(text).format, ImageFormat::None) << text;
+        EXPECT_EQ(ImageOf(text).format, ImageFormat::None) << text;
 }
 
 TEST(ModuleImage, IsFlawedOrNoneWhereverItsHeaderIsCut)
 {
     std::string const bytes = PluginBytes();
     for (std::size_t size = 0; size < std::min<std::size_t>(bytes.size(), 4096); ++size) {
-        ModuleImage const image = ReadModuleImage(std::string_view(bytes).substr(0, size));
+        ModuleImage const image = ImageOf(std::string_view(bytes).substr(0, size));
         EXPECT_TRUE(image.format == ImageFormat::None || !image.flaw.empty()) << size;
     }
 }
@@ -65,8 +141,10 @@ TEST(ModuleImage, SurvivesBytesThatWereMadeToHarm)
             char const extremes[] = {'\0', '\x7f', '\xff', static_cast<char>(random())};
             harmed[random() % reach] = extremes[random() % 4];
         }
-        ModuleImage const image = ReadModuleImage(harmed);
-        EXPECT_LE(image.imports.size(), 1025U);
+        ModuleImage const image = ImageOf(harmed);
+        EXPECT_LE(image.imports.size(), MostImports + 1);
+        if (image.format == NativeFormat && image.flaw.empty())
+            EXPECT_LE(SymbolsOf(harmed).exports.size(), MostSymbols);
     }
 }
 

@@ -8,16 +8,19 @@ module that a case is about, in a directory of its own.
 import json
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
 import tempfile
+import time
 
 FOLDER = pathlib.Path(sys.argv[2])
 EMULATOR = sys.argv[3:]
 IS_WINDOWS = (FOLDER / "hxsso-plugin-check.exe").exists()
 EXTENSION = ".dll" if IS_WINDOWS else ".so"
 PROGRAM = "hxsso-plugin-check" + (".exe" if IS_WINDOWS else "")
+LOADER = "hxsso-plugin-loader" + (".exe" if IS_WINDOWS else "")
 DECORATED = (
     "?GetSSOClientFactory@@YA?AV?$shared_ptr@VISSOClientFactory@SSOServices@Halvorix@@@std@@XZ"
     if IS_WINDOWS
@@ -43,7 +46,7 @@ def place(name, as_name=None):
 def place_program():
     """On its own, with the library: what lies beside a program is found by it."""
     os.mkdir("program")
-    for file in [FOLDER / PROGRAM, *FOLDER.glob("*HxSSOServices*" + EXTENSION + "*")]:
+    for file in [FOLDER / PROGRAM, FOLDER / LOADER, *FOLDER.glob("*HxSSOServices*" + EXTENSION + "*")]:
         if not file.is_symlink() or file.name.endswith(".10"):
             shutil.copy(file, "program")
 
@@ -60,9 +63,11 @@ def turn_architecture(file):
     pathlib.Path(file).write_bytes(data)
 
 
-def run(*arguments, script=None):
+def run(*arguments, script=None, hostile=None):
     pathlib.Path("script").write_text(json.dumps(script or {}))
     environment = dict(os.environ, HXSSO_PLUGIN_SCRIPT="script", HXSSO_PLUGIN_RECORD="record")
+    if hostile:
+        environment["HXSSO_HOSTILE"] = hostile
     ended = subprocess.run(
         [*EMULATOR, os.path.join("program", PROGRAM), *arguments],
         env=environment,
@@ -81,12 +86,13 @@ def run(*arguments, script=None):
 class Checked:
     """The lines of a run, as (result, check, detail)."""
 
-    def __init__(self, module, status, script=None):
-        ended = run(module, script=script)
+    def __init__(self, module, status, script=None, hostile=None, options=()):
+        ended = run(*options, module, script=script, hostile=hostile)
         assert ended.returncode == status, f"exit status {ended.returncode}, not {status}"
         assert ended.stderr == "", "something on the standard error"
         lines = ended.stdout.splitlines()
         self.entries = [line.split(None, 2) for line in lines[:-1]]
+        self.output = ended.stdout
         self.last = lines[-1]
         failures = sum(entry[0] == "FAILED" for entry in self.entries)
         assert (failures != 0) == (status != 0)
@@ -149,7 +155,7 @@ def MissingFile():
 
 def Folder():
     os.mkdir("folder")
-    failing("folder").only("file", "FAILED", "is no file").stops()
+    failing("folder").only("file", "FAILED", "folder is a folder").stops()
 
 
 def TextFile():
@@ -306,6 +312,266 @@ def JsonOfFailure():
     found = document(1, place("PlainNamePlugin"))
     assert ("export", "FAILED") in found and found[-1] == ("load", "note")
     assert document(1, "nowhere") == [("file", "FAILED"), ("load", "note")]
+
+
+# --- Plugins that were made to harm -----------------------------------------------
+
+
+def hostile(deed, options=()):
+    return Checked(place("HostilePlugin"), 1, hostile=deed, options=options)
+
+
+def PluginThatEndsTheProcess():
+    for where, check, phrase in (
+        ("load", "load", "while it is loaded"),
+        ("factory", "factory", "in GetSSOClientFactory"),
+    ):
+        for deed in ("exit", "quick exit"):
+            hostile(f"{where}: {deed}").only(
+                check, "FAILED", f"the plugin ends the process with exit status 0 {phrase}")
+
+
+def PluginThatCrashes():
+    for where in ("load", "factory"):
+        hostile(where + ": abort").only(where, "FAILED", "the plugin aborts the process")
+        hostile(where + ": null").only(
+            where, "FAILED", "the plugin crashes the process: ",
+            "access violation" if IS_WINDOWS else "Segmentation fault")
+
+
+def PluginThatLoopsForEver():
+    run_of = hostile("factory: loop", ("--timeout", "2"))
+    run_of.only("load", "ok").only(
+        "factory", "FAILED", "the plugin does not come back within 2 s in GetSSOClientFactory")
+
+
+def PluginThatPrints():
+    """Neither its lines nor its answers come out, nor does it speak for itself."""
+    run_of = hostile("load: print and exit")
+    run_of.only("load", "FAILED", "exit status 0")
+    assert "all is well" not in run_of.output and "\x1b" not in run_of.output
+    run_of = hostile("factory: print")
+    run_of.only("load", "ok").only("factory", "FAILED", "declines")
+    assert "all is well" not in run_of.output
+
+
+def JsonOfADeath():
+    for deed in ("load: exit", "factory: abort", "factory: print and exit"):
+        ended = run("--json", place("HostilePlugin"), hostile=deed)
+        parsed = json.loads(ended.stdout)
+        assert ended.returncode == 1 and not parsed["holds"]
+        assert parsed["checks"][-1]["result"] == "FAILED", parsed["checks"][-1]
+        assert "the plugin " in parsed["checks"][-1]["detail"]
+
+
+def LoaderMissing():
+    os.unlink(os.path.join("program", LOADER))
+    Checked(place("RecordingPlugin"), 1).only("loader", "FAILED", LOADER, "is missing")
+
+
+# --- What is only looked at -------------------------------------------------------
+
+
+def renamed_dependency(module, before, after):
+    """Another name in a module's header, of the same length."""
+    assert len(before) == len(after), (before, after)
+    file = pathlib.Path(module)
+    data = file.read_bytes()
+    assert before.encode() in data
+    file.write_bytes(data.replace(before.encode(), after.encode()))
+    return module
+
+
+def DependencyNamedByAPlace():
+    """The loader would open it, wherever that is; looking does not."""
+    name = "PluginDependency" + EXTENSION
+    elsewhere = tempfile.mkdtemp(prefix="hx", dir="/tmp")
+    try:
+        prefix = ("Z:" if IS_WINDOWS else "") + elsewhere + "/"
+        wanted = prefix + "x" * (len(name) - len(prefix))
+        shutil.copyfile(FOLDER / ("HostilePlugin" + EXTENSION), wanted[2:] if IS_WINDOWS else wanted)
+        module = renamed_dependency(place("DependentPlugin"), name, wanted)
+        run_of = Checked(module, 1, hostile="load: write marker")
+        run_of.only("dependencies", "FAILED", wanted, "refused, nothing was opened").not_loaded()
+        assert not os.path.exists("marker"), "code of it ran"
+    finally:
+        shutil.rmtree(elsewhere)
+
+
+def DependencyOnAnotherMachine():
+    if not IS_WINDOWS:
+        skip("only a name of Windows leads to another machine")
+    module = renamed_dependency(place("DependentPlugin"), "PluginDependency.dll",
+                                "\\\\hxsso\\share\\xxxx.dll")
+    failing(module).only("dependencies", "FAILED", "refused, nothing was opened").not_loaded()
+
+
+def DependencyIsNeverRun():
+    """Neither one beside the module nor one that the system would find."""
+    module = place("DependentPlugin")
+    shutil.copyfile(FOLDER / ("HostilePlugin" + EXTENSION), "PluginDependency" + EXTENSION)
+    run_of = Checked(module, 1, hostile="load: write marker")
+    # It is found, and lacks what the module takes from it: so nothing is loaded.
+    run_of.only("symbols", "FAILED", "DependentPlugin").not_loaded()
+    assert not os.path.exists("marker"), "code of it ran"
+
+
+def MissingSymbolVersion():
+    if IS_WINDOWS:
+        skip("modules for Windows have no symbol versions")
+    module = place("RecordingPlugin")
+    data = pathlib.Path(module).read_bytes()
+    versions = sorted(set(re.findall(rb"GLIBCXX_3\.4\.\d\d(?=\0)", data)))
+    other = versions[-1][:-2] + b"99"
+    pathlib.Path(module).write_bytes(data.replace(versions[-1] + b"\0", other + b"\0"))
+    failing(module).only("symbols", "FAILED", "needs version " + other.decode(),
+                         "libstdc++.so.6").not_loaded()
+
+
+def chain(count):
+    """Each needs the next."""
+    name = "PluginDependency" + EXTENSION
+    made = place("DependentPlugin")
+    strip = shutil.which("x86_64-w64-mingw32-strip" if IS_WINDOWS else "strip")
+    if strip:
+        subprocess.run([strip, made], check=True)
+    data = pathlib.Path(made).read_bytes()
+    for number in range(count):
+        following = f"PluginDepend{number + 1:04}{EXTENSION}"
+        file = f"PluginDepend{number:04}{EXTENSION}" if number else made
+        pathlib.Path(file).write_bytes(data.replace(name.encode(), following.encode()))
+    return made
+
+
+def ChainOfModules():
+    begun = time.monotonic()
+    run_of = failing(chain(4200))
+    run_of.only("limit", "FAILED", "more than 4096 modules are needed").not_loaded()
+    assert time.monotonic() - begun < 60
+
+
+def CircleOfModules():
+    module = place("DependentPlugin")
+    renamed_dependency(shutil.copyfile(module, "PluginDependency" + EXTENSION),
+                       "PluginDependency" + EXTENSION, "PluginDependency" + EXTENSION)
+    run_of = failing(module)
+    assert {entry[0] for entry in run_of.of("symbols")} == {"FAILED"}
+    assert "PluginDependency" in run_of.of("dependencies")[0][1]
+
+
+def LargeFiles():
+    """Read in parts, whatever their size."""
+    if IS_WINDOWS:
+        skip("Wine tells no peak of memory")
+    import resource
+
+    module = place("RecordingPlugin")
+    os.truncate(module, 900 << 20)
+    Checked(module, 0).only("load", "ok")
+    os.unlink("record")
+    os.truncate(module, 2 << 30)
+    failing(module).only("module", "FAILED", "more than 1 GiB").stops()
+    peak = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss
+    print(f"peak: {peak} KiB")
+    if "HXSSO_INSTRUMENTED" not in os.environ:
+        assert peak < 100 << 10
+
+
+def PipesAndDevices():
+    if IS_WINDOWS:
+        failing("NUL").only("file", "FAILED", "NUL is a device").stops()
+        return
+    os.mkfifo("pipe.so")
+    failing("pipe.so").only("file", "FAILED", "pipe.so is a pipe").stops()
+    os.symlink("/dev/zero", "zero.so")
+    failing("zero.so").only("file", "FAILED", "zero.so is a device").stops()
+    # As a dependency, too.
+    os.mkfifo("PluginDependency.so")
+    failing(place("DependentPlugin")).only("dependencies", "FAILED", "PluginDependency.so",
+                                           "is a pipe").not_loaded()
+
+
+def UnsafeNames():
+    """What would steer a terminal is spelled, in the text and in the document."""
+    if IS_WINDOWS:
+        names = ["\u009b31m", "\u202e", "\u2028", "\u2066"]
+    else:
+        names = ["\x1b[2J", "\u009b31m", "\u202e", "\u2028", "\u2066", "\u061c", "\x7f"]
+    for name in names:
+        for options in ([], ["--json"]):
+            ended = run(*options, name + EXTENSION)
+            assert ended.returncode == 1
+            assert name[0] not in ended.stdout, repr(ended.stdout)
+            assert f"\\u{ord(name[0]):04X}" in ended.stdout, repr(ended.stdout)
+        assert json.loads(ended.stdout)["module"].endswith(name + EXTENSION)
+
+
+# --- Where the loader looks -------------------------------------------------------
+
+
+def with_run_path(folder, module, run_path):
+    """A copy of DependentPlugin whose run path, $ORIGIN, is another one."""
+    data = (FOLDER / "DependentPlugin.so").read_bytes()
+    old = b"\0$ORIGIN\0"
+    assert data.count(old) == 1 and len(run_path) <= 7
+    os.makedirs(folder, exist_ok=True)
+    path = os.path.join(folder, module)
+    pathlib.Path(path).write_bytes(data.replace(old, b"\0" + run_path.encode().ljust(8, b"\0")))
+    return path
+
+
+def found_by_loader(module, environment=None):
+    """Whether the system's own loader finds all that it needs."""
+    ended = subprocess.run(["ldd", module], stdout=subprocess.PIPE, text=True, check=False,
+                           env=dict(os.environ, **(environment or {})))
+    return "not found" not in ended.stdout
+
+
+def RunPathsAsTheLoader():
+    if IS_WINDOWS:
+        skip("modules for Windows have no run path")
+    for run_path, place_of in (
+        ("$ORIGIN", "plugin"),
+        ("$LIB", "lib/x86_64-linux-gnu"),
+        ("a:b", "b"),
+        ("", "plugin"),
+        (":a", "."),
+        ("${LIB}", "lib"),
+    ):
+        for folder in ("plugin", "a", "b", ".", "lib/x86_64-linux-gnu", "lib"):
+            shutil.rmtree("case", ignore_errors=True)
+            os.makedirs("case")
+            here = os.getcwd()
+            os.chdir("case")
+            module = with_run_path("plugin", "DependentPlugin.so", run_path)
+            os.makedirs(folder, exist_ok=True)
+            shutil.copyfile(FOLDER / "PluginDependency.so",
+                            os.path.join(folder, "PluginDependency.so"))
+            expected = found_by_loader(module)
+            ended = subprocess.run([os.path.join(here, "program", PROGRAM), module],
+                                   stdout=subprocess.PIPE, text=True, check=False)
+            os.chdir(here)
+            told = "FAILED  dependencies" not in ended.stdout
+            assert told == expected, (run_path, folder, expected, ended.stdout)
+
+
+def LibraryPathOfTheEnvironment():
+    if IS_WINDOWS:
+        skip("LD_LIBRARY_PATH is of the other system")
+    os.mkdir("elsewhere")
+    module = place("DependentPlugin")
+    shutil.copyfile(FOLDER / "PluginDependency.so", "elsewhere/PluginDependency.so")
+    failing(module).only("dependencies", "FAILED", "PluginDependency.so")
+    for value in ("elsewhere", "/nowhere:elsewhere", "/nowhere;elsewhere"):
+        os.environ["LD_LIBRARY_PATH"] = value
+        run_of = failing(module)  # it declines, loaded
+        run_of.only("dependencies", "ok", "PluginDependency.so").only("load", "ok")
+    del os.environ["LD_LIBRARY_PATH"]
+
+
+def skip(reason):
+    print("skipped:", reason)
+    sys.exit(77)
 
 
 def main():

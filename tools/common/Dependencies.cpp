@@ -1,11 +1,10 @@
 #include "Dependencies.h"
 
-#include <fstream>
-#include <set>
+#include <algorithm>
+#include <utility>
 
-#include "System.h"
+#include "LoaderSearch.h"
 #include "Utf8.h"
-#include "platform/Platform.h"
 
 namespace Halvorix::Tools {
 
@@ -13,114 +12,115 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool IsLibrary(std::string const& name)
+// The library in the process of its program; NoModule if there is none.
+std::size_t LoadLibraryInto(ModuleGraph& graph, Host const& host)
 {
-    std::string const library = Utf8(Platform::LibraryFileName());
-    return name == library || name.rfind(library + ".", 0) == 0;
+    for (std::size_t i = 0; i < graph.modules.size(); ++i)
+        if (graph.modules[i].file.filename() == host.library.filename())
+            return i;
+    ModuleImage image = ReadModuleImage(host.library);
+    if (image.machine != OwnMachine() || !image.flaw.empty())
+        return ModuleGraph::NoModule;
+    std::size_t const program = graph.modules.empty() ? ModuleGraph::NoModule : 0;
+    return graph.Load(host.library, std::move(image), program);
 }
 
-class Search {
-public:
-    Search(fs::path const& pluginFile, ModuleImage const& ownImage, Host const& aHost)
-        : plugin(pluginFile), own(ownImage), host(aHost)
-    {
-    }
+void AddOnce(std::vector<std::string>& list, std::string const& name)
+{
+    if (std::find(list.begin(), list.end(), name) == list.end())
+        list.push_back(name);
+}
 
-    void Follow(fs::path const& file, ModuleImage const& image)
-    {
-        for (std::string const& name : image.imports)
-            if (seen.insert(name).second)
-                Find(name, file, image);
-    }
-
-    Dependencies found;
-
-private:
-    void Find(std::string const& name, fs::path const& file, ModuleImage const& image)
-    {
-        std::string hint;
-        fs::path const wanted = fs::u8path(name);
-        if (!Platform::LoadedModuleFile(Wide(wanted)).empty()) {
-            found.inProcess.push_back(name);
-            return;
+// What is needed directly by what is no module of the system.
+void Divide(ModuleGraph const& graph, std::size_t plugin, Dependencies& found)
+{
+    for (std::size_t const module : graph.ClosureOf(plugin)) {
+        if (module < plugin || graph.modules[module].place == Place::System)
+            continue;
+        for (std::size_t const needed : graph.modules[module].needs) {
+            MappedModule const& other = graph.modules[needed];
+            std::vector<std::string>& list = needed < plugin                ? found.inProcess
+                                             : other.place == Place::System ? found.ofSystem
+                                                                            : found.inFolders;
+            AddOnce(list, Utf8(other.file.filename()));
         }
-        for (fs::path const& folder : DependencyFolders(image, file, plugin, host.folder)) {
-            if (Take(folder / wanted, hint)) {
-                found.inFolders.push_back(name);
-                if (folder == host.folder && folder != here)
-                    found.ofHost.push_back(folder / wanted);
-                return;
+        for (std::string const& name : graph.modules[module].image.imports)
+            if (NeedsNoFile(name))
+                AddOnce(found.ofSystem, name);
+    }
+}
+
+// A stack in place of a recursion, which somebody's chain of modules would overflow.
+std::vector<fs::path> InOrderOfNeed(ModuleGraph const& graph, std::size_t plugin)
+{
+    std::vector<fs::path> files;
+    std::vector<bool> seen(graph.modules.size());
+    std::vector<std::pair<std::size_t, std::size_t>> stack{{plugin, 0}};
+    seen[plugin] = true;
+    while (!stack.empty()) {
+        auto& [module, next] = stack.back();
+        MappedModule const& mapped = graph.modules[module];
+        if (next < mapped.needs.size()) {
+            std::size_t const needed = mapped.needs[next++];
+            if (!seen[needed] && graph.modules[needed].place != Place::System) {
+                seen[needed] = true;
+                stack.emplace_back(needed, 0);
             }
+            continue;
         }
-        // The loader of Windows stops at the first file of the name.
-        bool const isStopped = !hint.empty() && own.format == ImageFormat::Pe;
-        if (!isStopped && IsFoundBySystem(name)) {
-            found.ofSystem.push_back(name);
-            return;
-        }
-        if (IsLibrary(name)) {
-            for (fs::path const& folder : host.libraryFolders) {
-                if (Take(folder / wanted, hint)) {
-                    found.library = folder / wanted;
-                    return;
-                }
-            }
-        }
-        std::error_code unknown;
-        if (hint.empty() && fs::exists(file.parent_path() / wanted, unknown))
-            hint = HintForDependencyBeside();
-        found.missing.push_back({name, Utf8(file.filename()), hint});
+        bool const isOfProgram =
+            module < plugin || mapped.file.parent_path() == graph.programFolder;
+        if (module != plugin && mapped.image.isModule && isOfProgram)
+            files.push_back(mapped.file);
+        stack.pop_back();
     }
-
-    // Whether this is the file, with all that it needs in turn.
-    bool Take(fs::path const& file, std::string& hint)
-    {
-        std::optional<std::string> const content = ReadWhole(file);
-        if (!content)
-            return false;
-        ModuleImage const image = ReadModuleImage(*content);
-        if (image.format != own.format || image.machine != own.machine) {
-            hint = image.format == own.format
-                       ? "the one in " + Utf8(file.parent_path()) + " is for " + image.machine
-                       : "the one in " + Utf8(file.parent_path()) + " is no module";
-            return false;
-        }
-        Follow(file, image);
-        return true;
-    }
-
-    fs::path const& plugin;
-    ModuleImage const& own;
-    Host const& host;
-    fs::path const here = FromWide(Platform::ExecutableFile()).parent_path();
-    std::set<std::string> seen;
-};
+    return files;
+}
 
 } // namespace
 
-Dependencies FindDependencies(fs::path const& plugin, ModuleImage const& image,
-                              ModuleImage const& own, Host const& host)
+Dependencies FindDependencies(fs::path const& plugin, ModuleImage const& image, Host const& host)
 {
-    Search search(plugin, own, host);
-    search.Follow(plugin, image);
-    return std::move(search.found);
+    ModuleGraph graph(host.program);
+    std::size_t const library = LoadLibraryInto(graph, host);
+    graph.dependencyFolder = plugin.parent_path();
+    std::size_t const module = graph.Load(plugin, image, library);
+    Dependencies found;
+    Divide(graph, module, found);
+    std::vector<std::size_t> closure = graph.ClosureOf(module);
+    std::sort(closure.begin(), closure.end());
+    for (MissingModule const& missing : graph.missing)
+        if (std::binary_search(closure.begin(), closure.end(), missing.needing))
+            found.missing.push_back(missing);
+    found.limit = graph.limit;
+    if (found.missing.empty() && found.limit.empty())
+        found.missingSymbols = MissingSymbols(graph, module, found.limit);
+    found.first = InOrderOfNeed(graph, module);
+    return found;
 }
 
-std::optional<std::string> ReadWhole(fs::path const& file)
+LibraryDependencies FindLibraryDependencies(Host const& host)
 {
-    std::error_code unknown;
-    if (!fs::is_regular_file(file, unknown))
-        return std::nullopt;
-    std::ifstream stream(file, std::ios::binary | std::ios::ate);
-    std::streamoff const size = stream.tellg();
-    if (size < 0)
-        return std::nullopt;
-    std::string content(static_cast<std::size_t>(size), '\0');
-    stream.seekg(0);
-    stream.read(content.data(), size);
-    if (stream.gcount() != size)
-        return std::nullopt;
-    return content;
+    ModuleGraph graph(host.program);
+    std::size_t const library = LoadLibraryInto(graph, host);
+    LibraryDependencies found;
+    if (library == ModuleGraph::NoModule)
+        return found;
+    std::vector<std::size_t> closure = graph.ClosureOf(library);
+    std::sort(closure.begin(), closure.end());
+    for (MissingModule const& missing : graph.missing)
+        if (std::binary_search(closure.begin(), closure.end(), missing.needing))
+            found.missing.push_back(missing);
+    found.limit = graph.limit;
+    if (found.missing.empty() && found.limit.empty())
+        found.missingSymbols = MissingSymbols(graph, library, found.limit);
+    return found;
+}
+
+std::string Told(MissingModule const& missing)
+{
+    return missing.name + ", which " + missing.neededBy + " needs, is missing" +
+           (missing.hint.empty() ? "" : ": " + missing.hint);
 }
 
 } // namespace Halvorix::Tools

@@ -1,41 +1,40 @@
 #pragma once
 
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "Host.h"
-#include "ModuleImage.h"
+#include "ModuleGraph.h"
 
 namespace Halvorix::Tools {
 
-struct MissingDependency {
-    std::string name;
-    std::string neededBy;
-    std::string hint; ///< may be empty
-};
-
 /// Where the modules are that a plugin needs.
 struct Dependencies {
-    std::vector<std::string> inProcess; ///< in this program already
+    std::vector<std::string> inProcess; ///< the program or the library has them
     std::vector<std::string> inFolders; ///< beside the plugin, the program, on a run path
-    std::vector<std::string> ofSystem;  ///< found by name alone
-    std::vector<MissingDependency> missing;
-    /// Of those in folders, the files in the host's own folder that this program
-    /// would not find; what another one of them needs comes before it.
-    std::vector<std::filesystem::path> ofHost;
-    /// The library, if the plugin needs it and the loader would not find it:
-    /// with a host it is in the process already.
-    std::optional<std::filesystem::path> library;
+    std::vector<std::string> ofSystem;
+    std::vector<MissingModule> missing;
+    std::vector<std::string> missingSymbols; ///< a line each
+    std::string limit;                       ///< at which the search ended; empty: none
+    /// What has to be in the process before the plugin, since its loader would not
+    /// find it in another program; what one of them needs comes before it.
+    std::vector<std::filesystem::path> first;
 };
 
-/// Follows imports through all modules that do not belong to the system. `own`
-/// is this program's image.
+/// Follows all imports, by reading alone.
 Dependencies FindDependencies(std::filesystem::path const& plugin, ModuleImage const& image,
-                              ModuleImage const& own, Host const& host);
+                              Host const& host);
 
-/// The whole file; nothing if it cannot be read.
-std::optional<std::string> ReadWhole(std::filesystem::path const& file);
+/// What the library itself needs and the program would not find.
+struct LibraryDependencies {
+    std::vector<MissingModule> missing;
+    std::vector<std::string> missingSymbols;
+    std::string limit;
+};
+LibraryDependencies FindLibraryDependencies(Host const& host);
+
+/// A line of it.
+std::string Told(MissingModule const& missing);
 
 } // namespace Halvorix::Tools

@@ -4,8 +4,8 @@
 #include <set>
 
 #include "Dependencies.h"
+#include "Files.h"
 #include "ModuleImage.h"
-#include "System.h"
 #include "Utf8.h"
 #include "platform/Platform.h"
 
@@ -61,6 +61,11 @@ std::string Undivided(std::string name)
     return name;
 }
 
+bool NamesFactoryProcedure(std::string const& name)
+{
+    return name.find("GetSSOClientFactory") != std::string::npos;
+}
+
 using NameTest = bool (*)(std::string const&);
 
 std::set<std::string> Selected(std::vector<std::string> const& names, NameTest test)
@@ -77,21 +82,21 @@ std::string Listed(std::set<std::string> const& names)
     return Listed(std::vector<std::string>(names.begin(), names.end()));
 }
 
-bool CheckModule(ModuleImage const& image, ModuleImage const& own, Report& report)
+bool CheckModule(ModuleImage const& image, Report& report)
 {
     if (image.format == ImageFormat::None) {
         report.Add("module", Result::Failed, "this is no module of any kind");
         return false;
     }
-    if (image.format != own.format) {
+    if (image.format != NativeFormat) {
         report.Add("module", Result::Failed,
                    image.format == ImageFormat::Pe ? "this is a module for Windows"
                                                    : "this is a module for Linux or its like");
         return false;
     }
-    if (image.machine != own.machine) {
+    if (image.machine != OwnMachine()) {
         report.Add("architecture", Result::Failed,
-                   "for " + image.machine + ", and the library is for " + own.machine);
+                   "for " + image.machine + ", and the library is for " + OwnMachine());
         return false;
     }
     if (!image.isModule) {
@@ -109,10 +114,10 @@ bool CheckModule(ModuleImage const& image, ModuleImage const& own, Report& repor
 
 void CheckDependencies(Dependencies const& dependencies, Report& report)
 {
-    for (MissingDependency const& missing : dependencies.missing)
-        report.Add("dependencies", Result::Failed,
-                   missing.name + ", which " + missing.neededBy + " needs, is missing" +
-                       (missing.hint.empty() ? "" : ": " + missing.hint));
+    for (MissingModule const& missing : dependencies.missing)
+        report.Add("dependencies", Result::Failed, Told(missing));
+    if (!dependencies.limit.empty())
+        report.Add("limit", Result::Failed, dependencies.limit);
     if (!dependencies.missing.empty())
         return;
     std::string detail;
@@ -123,15 +128,23 @@ void CheckDependencies(Dependencies const& dependencies, Report& report)
     add("in their places", dependencies.inFolders);
     add("in the process", dependencies.inProcess);
     add("of the system", dependencies.ofSystem);
-    if (dependencies.library)
-        add("the host's", {Utf8(dependencies.library->filename())});
     report.Add("dependencies", Result::Ok, detail.empty() ? "none" : detail);
+    for (std::string const& line : dependencies.missingSymbols)
+        report.Add("symbols", Result::Failed, line);
 }
 
-void CheckExport(ModuleImage const& image, Report& report)
+void CheckExport(ModuleSymbols const& symbols, Report& report)
 {
+    if (!symbols.flaw.empty()) {
+        report.Add("export", Result::Failed, symbols.flaw);
+        return;
+    }
+    constexpr std::size_t most = 8;
     std::string const wanted = Platform::FactoryProcedureName();
-    std::vector<std::string> const& names = image.factoryNames;
+    std::vector<std::string> names;
+    for (std::string const& name : symbols.exports)
+        if (name == wanted || (names.size() < most && NamesFactoryProcedure(name)))
+            names.push_back(name);
     if (std::find(names.begin(), names.end(), wanted) != names.end())
         report.Add("export", Result::Ok, wanted);
     else if (names.empty())
@@ -142,9 +155,10 @@ void CheckExport(ModuleImage const& image, Report& report)
                    "only as " + Listed(names) + "; the library looks for " + wanted);
 }
 
-void CheckRuntime(ModuleImage const& image, ModuleImage const& own, Report& report)
+void CheckRuntime(ModuleImage const& image, HeldRuntimes const& held, ModuleImage const& library,
+                  Report& report)
 {
-    std::set<std::string> const wanted = Selected(own.imports, IsCppRuntime);
+    std::set<std::string> const wanted = Selected(library.imports, IsCppRuntime);
     std::set<std::string> const used = Selected(image.imports, IsCppRuntime);
     std::set<std::string> foreign;
     std::set_difference(used.begin(), used.end(), wanted.begin(), wanted.end(),
@@ -160,7 +174,7 @@ void CheckRuntime(ModuleImage const& image, ModuleImage const& own, Report& repo
         report.Add("runtime", Result::Failed,
                    "another C++ runtime, " + Listed(foreign) + "; the library has " +
                        Listed(wanted));
-    else if (image.holdsCppRuntime)
+    else if (held.cpp)
         report.Add("runtime", Result::Failed,
                    "a C++ runtime of its own, linked statically; the library has " +
                        Listed(wanted));
@@ -174,11 +188,12 @@ void CheckRuntime(ModuleImage const& image, ModuleImage const& own, Report& repo
         report.Add("runtime", Result::Note, "no C++ runtime is used");
 }
 
-void CheckJsoncpp(ModuleImage const& image, ModuleImage const& own, Report& report)
+void CheckJsoncpp(ModuleImage const& image, HeldRuntimes const& held, ModuleImage const& library,
+                  Report& report)
 {
-    std::set<std::string> const wanted = Selected(own.imports, IsJsoncpp);
+    std::set<std::string> const wanted = Selected(library.imports, IsJsoncpp);
     std::set<std::string> const used = Selected(image.imports, IsJsoncpp);
-    if (image.holdsJsoncpp)
+    if (held.jsoncpp)
         report.Add("jsoncpp", Result::Note,
                    "one of its own, linked statically: nothing of it may be visible outside");
     else if (used.empty())
@@ -194,37 +209,40 @@ void CheckJsoncpp(ModuleImage const& image, ModuleImage const& own, Report& repo
 
 FileFindings CheckFile(fs::path const& file, Host const& host, Report& report)
 {
-    std::error_code error;
-    fs::file_status const status = fs::status(file, error);
-    if (!fs::exists(status)) {
-        report.Add("file", Result::Failed, Utf8(file) + " does not exist");
-        return {};
-    }
-    if (!fs::is_regular_file(status)) {
-        report.Add("file", Result::Failed, Utf8(file) + " is no file");
-        return {};
-    }
-    std::optional<std::string> const content = ReadWhole(file);
-    if (!content) {
-        report.Add("file", Result::Failed, Utf8(file) + " cannot be read");
+    OpenedFile const opened = OpenFile(file);
+    if (opened.bytes == nullptr) {
+        report.Add("file", Result::Failed, Utf8(file) + " " + opened.reason);
         return {};
     }
     report.Add("file", Result::Ok, Utf8(file));
-    // This program was built as the library was: its header is the measure.
-    ModuleImage const own =
-        ReadModuleImage(ReadWhole(FromWide(Platform::ExecutableFile())).value_or(std::string()));
-    ModuleImage const image = ReadModuleImage(*content);
-    if (!CheckModule(image, own, report))
+    ByteView const bytes(*opened.bytes);
+    ModuleImage const image = ReadModuleImage(bytes);
+    if (!CheckModule(image, report))
         return {};
-    Dependencies const dependencies = FindDependencies(file, image, own, host);
+    Dependencies const dependencies = FindDependencies(file, image, host);
     CheckDependencies(dependencies, report);
-    CheckExport(image, report);
-    CheckRuntime(image, own, report);
-    CheckJsoncpp(image, own, report);
-    std::vector<fs::path> first = dependencies.ofHost;
-    if (dependencies.library)
-        first.insert(first.begin(), *dependencies.library);
-    return {first};
+    CheckExport(ReadModuleSymbols(bytes), report);
+    // The runtimes of the library that is installed are the measure.
+    ModuleImage const library = ReadModuleImage(host.library);
+    if (library.machine == OwnMachine() && library.flaw.empty()) {
+        HeldRuntimes const held = LookForRuntimes(bytes);
+        CheckRuntime(image, held, library, report);
+        CheckJsoncpp(image, held, library, report);
+    } else {
+        report.Add("runtime", Result::Note, "there is no library to compare it with");
+    }
+    return {dependencies.first};
+}
+
+void CheckLibrary(Host const& host, Report& report)
+{
+    LibraryDependencies const found = FindLibraryDependencies(host);
+    for (MissingModule const& missing : found.missing)
+        report.Add("dependencies", Result::Failed, Told(missing));
+    for (std::string const& line : found.missingSymbols)
+        report.Add("symbols", Result::Failed, line);
+    if (!found.limit.empty())
+        report.Add("limit", Result::Failed, found.limit);
 }
 
 } // namespace Halvorix::Tools

@@ -9,13 +9,16 @@
 namespace Halvorix::Tools {
 
 struct FileFindings {
-    /// To be loaded before the module, in this order: the library, and what only
-    /// the host's own folder holds.
+    /// To be loaded before the module, in this order: what the host has in its process
+    /// or in its own folder.
     std::vector<std::filesystem::path> first;
 };
 
 /// What can be told of a module without running any of it.
 /// @param file absolute
 FileFindings CheckFile(std::filesystem::path const& file, Host const& host, Report& report);
+
+/// What the host's library needs and would not get; nothing is added where all is well.
+void CheckLibrary(Host const& host, Report& report);
 
 } // namespace Halvorix::Tools

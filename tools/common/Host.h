@@ -1,19 +1,28 @@
 #pragma once
 
 #include <filesystem>
-#include <vector>
+#include <string>
 
 namespace Halvorix::Tools {
 
 /// The program that a plugin is to work in.
 struct Host {
-    std::filesystem::path folder;
-    /// Where its library may lie. With a host it is in the process before the
-    /// plugin is, so the loader need not find it.
-    std::vector<std::filesystem::path> libraryFolders;
+    std::filesystem::path program; ///< its executable
+    std::filesystem::path library; ///< the library's file; empty: not found
 };
 
-/// This program in the place of one.
+/// This program in the place of one, with the library that is installed with it.
 Host ThisProgramAsHost();
+
+/// Where the library is that a program loads.
+struct FoundLibrary {
+    std::filesystem::path file; ///< empty: not found
+    std::string name;           ///< by which the program needs it
+    std::string hint;           ///< what there is instead; may be empty
+    std::string remedy;         ///< where to put it, if it is not found
+};
+
+/// As the program's loader would find it.
+FoundLibrary FindLibraryOf(std::filesystem::path const& program);
 
 } // namespace Halvorix::Tools

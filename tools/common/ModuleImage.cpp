@@ -1,5 +1,7 @@
 #include "ModuleImage.h"
 
+#include "Files.h"
+
 namespace Halvorix::Tools {
 
 namespace {
@@ -7,36 +9,58 @@ namespace {
 using namespace std::string_view_literals;
 
 // Messages that only the implementation of a library holds, never a user of it:
-// in libstdc++ and libc++, those of the handler for what nobody catches.
-constexpr std::string_view CppRuntimeMarks[] = {
+// in libstdc++ and libc++, those of the handler for what nobody catches; in jsoncpp,
+// that of its reader.
+std::vector<std::string_view> const RuntimeMarks = {
     "terminate called after throwing an instance of '"sv,
     "terminating with %s exception of type %s"sv,
+    "A valid JSON document must be either an array or an object value."sv,
 };
-constexpr std::string_view JsoncppMark =
-    "A valid JSON document must be either an array or an object value."sv;
+
+ImageFormat FormatOf(ByteView const& bytes)
+{
+    char mark[4] = {};
+    if (bytes.Bytes(0, mark, sizeof(mark)) && std::string_view(mark, 4) == "\x7f"
+                                                                           "ELF"sv)
+        return ImageFormat::Elf;
+    return bytes.Bytes(0, mark, 2) && std::string_view(mark, 2) == "MZ"sv ? ImageFormat::Pe
+                                                                          : ImageFormat::None;
+}
 
 } // namespace
 
-bool NamesFactoryProcedure(std::string const& name)
-{
-    return name.find("GetSSOClientFactory") != std::string::npos;
-}
-
-ModuleImage ReadModuleImage(std::string_view content)
+ModuleImage ReadModuleImage(ByteView const& bytes)
 {
     ModuleImage image;
-    ByteView const bytes(content);
-    if (content.substr(0, 4) == "\x7f"
-                                "ELF"sv) {
-        image.format = ImageFormat::Elf;
-        ReadElfImage(bytes, image);
-    } else if (content.substr(0, 2) == "MZ"sv) {
-        image.format = ImageFormat::Pe;
-        ReadPeImage(bytes, image);
-    }
-    for (std::string_view const mark : CppRuntimeMarks)
-        image.holdsCppRuntime = image.holdsCppRuntime || bytes.Contains(mark);
-    image.holdsJsoncpp = bytes.Contains(JsoncppMark);
+    image.format = FormatOf(bytes);
+    if (image.format != NativeFormat)
+        return image;
+    ReadNativeImage(bytes, image);
+    if (image.format != ImageFormat::None && bytes.Size() > LargestModule)
+        image.flaw = "it has more than 1 GiB, the limit of what is looked at";
+    return image;
+}
+
+ModuleSymbols ReadModuleSymbols(ByteView const& bytes)
+{
+    ModuleSymbols symbols;
+    ReadNativeSymbols(bytes, symbols);
+    return symbols;
+}
+
+HeldRuntimes LookForRuntimes(ByteView const& bytes)
+{
+    std::vector<bool> const held = bytes.Contains(RuntimeMarks);
+    return {held[0] || held[1], held[2]};
+}
+
+ModuleImage ReadModuleImage(std::filesystem::path const& file)
+{
+    OpenedFile const opened = OpenFile(file);
+    if (opened.bytes != nullptr)
+        return ReadModuleImage(ByteView(*opened.bytes));
+    ModuleImage image;
+    image.flaw = opened.reason;
     return image;
 }
 

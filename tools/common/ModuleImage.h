@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,7 +11,8 @@ namespace Halvorix::Tools {
 
 enum class ImageFormat { None, Elf, Pe };
 
-/// What the headers of a module say, read without loading it.
+/// What the headers of a module say, read without loading it. Of a format of
+/// another system only the format is told.
 struct ModuleImage {
     ImageFormat format = ImageFormat::None;
     std::string machine;   ///< "x86-64", say; for two images of one format comparable
@@ -18,26 +20,63 @@ struct ModuleImage {
     std::string flaw;      ///< why nothing more could be read; empty if all was
 
     std::vector<std::string> imports; ///< names of the modules that it needs
-    /// Exported names that hold that of the factory procedure.
-    std::vector<std::string> factoryNames;
+    std::string ownName;              ///< by which others need it; may be empty
     /// Folders in which the module's own imports are looked for.
     std::string runPath;
     /// The older kind, which counts only where there is none of the newer one.
     std::string inheritedRunPath;
-    bool holdsCppRuntime = false; ///< a C++ runtime was linked statically
-    bool holdsJsoncpp = false;    ///< jsoncpp was linked statically
+    std::string loader;               ///< the file of the system's loader, of a program
+    bool hasNoDefaultFolders = false; ///< neither the cache nor the system's folders
 };
 
-/// Never throws for what the bytes are.
-ModuleImage ReadModuleImage(std::string_view content);
+/// A name that a module takes from another one.
+struct Import {
+    std::string symbol;
+    std::string module; ///< empty: any
+};
 
-/// No module needs more; what says so is damaged.
-constexpr unsigned MostImports = 1024;
+struct NeededVersion {
+    std::string module;
+    std::string version;
+};
 
-bool NamesFactoryProcedure(std::string const& name);
+/// What binds a module to others.
+struct ModuleSymbols {
+    std::vector<std::string> exports;
+    std::vector<Import> imports; ///< without which it is not loaded
+    std::vector<std::string> versions;
+    std::vector<NeededVersion> neededVersions;
+    std::string flaw; ///< why not all of it could be read; empty if all was
+};
 
-// One for each format; the bytes begin with its mark.
-void ReadElfImage(ByteView const& bytes, ModuleImage& image);
-void ReadPeImage(ByteView const& bytes, ModuleImage& image);
+/// What of a runtime lies within the module.
+struct HeldRuntimes {
+    bool cpp = false;
+    bool jsoncpp = false;
+};
+
+// None of these throws for what the bytes are.
+ModuleImage ReadModuleImage(ByteView const& bytes);
+/// Of an image of this system that has no flaw.
+ModuleSymbols ReadModuleSymbols(ByteView const& bytes);
+/// Reads the whole file.
+HeldRuntimes LookForRuntimes(ByteView const& bytes);
+
+/// The image of a file; of no format, with the reason as its flaw, if it cannot be
+/// read.
+ModuleImage ReadModuleImage(std::filesystem::path const& file);
+
+// No module needs more; what says so is damaged, or made to harm.
+constexpr std::size_t MostImports = 1024;
+constexpr std::size_t MostSymbols = 1000000;
+constexpr std::size_t MostSymbolText = std::size_t{64} << 20U;
+constexpr char const* TooMuchSymbolText =
+    "its symbols have more than 64 MiB of names, the limit of what is looked at";
+constexpr std::uint64_t LargestModule = std::uint64_t{1} << 30U;
+
+// By the reader of this system's format; the bytes begin with its mark.
+extern ImageFormat const NativeFormat;
+void ReadNativeImage(ByteView const& bytes, ModuleImage& image);
+void ReadNativeSymbols(ByteView const& bytes, ModuleSymbols& symbols);
 
 } // namespace Halvorix::Tools

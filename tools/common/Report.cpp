@@ -6,6 +6,18 @@
 
 namespace Halvorix::Tools {
 
+namespace {
+
+std::string OneLine(std::string text)
+{
+    for (char& unit : text)
+        if (unit == '\n' || unit == '\r' || unit == '\t')
+            unit = ' ';
+    return text;
+}
+
+} // namespace
+
 char const* Spelled(Result result)
 {
     switch (result) {
@@ -19,15 +31,7 @@ char const* Spelled(Result result)
     return "note";
 }
 
-std::string Presentable(std::string text)
-{
-    for (char& unit : text) {
-        auto const code = static_cast<unsigned char>(unit);
-        if (code < 0x20 || code == 0x7f)
-            unit = ' ';
-    }
-    return Utf8(text);
-}
+std::string Presentable(std::string const& text) { return Escaped(OneLine(text)); }
 
 void Report::Add(char const* check, Result result, std::string const& text)
 {

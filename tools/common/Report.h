@@ -16,8 +16,9 @@ struct Check {
 /// "ok", "FAILED" or "note".
 char const* Spelled(Result result);
 
-/// One line of UTF-8 of whatever text, such as that of a plugin's exception.
-std::string Presentable(std::string text);
+/// One line of UTF-8 of whatever text, such as that of a plugin's exception. What could
+/// steer a terminal, or show the line in another order, is spelled: \u009B.
+std::string Presentable(std::string const& text);
 
 /// What holds and what does not, in the order in which it was found.
 class Report {

@@ -4,8 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "ModuleImage.h"
-
 // What the tool needs of the operating system beyond the library's own seam. Each
 // system has a folder of its own beside this header.
 namespace Halvorix::Tools {
@@ -18,17 +16,6 @@ std::vector<std::filesystem::path> BeginProgram(int count, char** arguments);
 std::wstring Wide(std::filesystem::path const& path);
 std::filesystem::path FromWide(std::wstring const& text);
 
-/// Folders in which the loader looks for what the module `file` needs, before
-/// the system's own. `plugin` is the module that the library loads, `host` the
-/// folder of the program that it does so in.
-std::vector<std::filesystem::path> DependencyFolders(ModuleImage const& image,
-                                                     std::filesystem::path const& file,
-                                                     std::filesystem::path const& plugin,
-                                                     std::filesystem::path const& host);
-
-/// Whether the loader finds a module by its name alone.
-bool IsFoundBySystem(std::string const& name);
-
 /// The name under which a running program knows its executable's file, and a
 /// module that it has loaded. Absolute.
 std::filesystem::path ExecutableAsRun(std::filesystem::path const& file);
@@ -38,7 +25,8 @@ std::filesystem::path ModuleAsLoaded(std::filesystem::path const& file);
 /// it that the terminal takes it for UTF-8.
 bool BeginTerminal();
 
-/// What helps the loader to a dependency that lies beside the module unseen.
-char const* HintForDependencyBeside();
+/// The version that a module's file carries, in its version resource or behind its
+/// name as shared objects have it. Empty if there is none.
+std::string FileVersionOf(std::filesystem::path const& file);
 
 } // namespace Halvorix::Tools

@@ -30,7 +30,32 @@ std::string Converted(std::basic_string<Unit> const& text)
     return valid;
 }
 
+bool IsUnsafe(utf::code_point point)
+{
+    return (point < 0x20 && point != '\n') || (point >= 0x7F && point <= 0x9F) || point == 0x061C ||
+           point == 0x200E || point == 0x200F || (point >= 0x2028 && point <= 0x202E) ||
+           (point >= 0x2066 && point <= 0x2069);
+}
+
 } // namespace
+
+std::string Escaped(std::string const& text)
+{
+    std::string const valid = Utf8(text);
+    std::string safe;
+    for (auto at = valid.begin(); at != valid.end();) {
+        auto const begin = at;
+        utf::code_point const point = utf::utf_traits<char>::decode(at, valid.end());
+        if (!IsUnsafe(point)) {
+            safe.append(begin, at);
+            continue;
+        }
+        safe += "\\u";
+        for (unsigned shift = 16; shift > 0; shift -= 4)
+            safe += "0123456789ABCDEF"[(point >> (shift - 4)) & 0xFU];
+    }
+    return safe;
+}
 
 std::string Utf8(std::wstring const& text) { return Converted(text); }
 

@@ -21,7 +21,7 @@ constexpr int WrongUse = 2;
 void RunPlugin(Options const& options, Findings& findings)
 {
     if (options.load)
-        ExamineInterfaces(findings);
+        ExamineInterfaces(options, findings);
     if (options.log)
         ExamineRealLoad(options, findings);
 }

@@ -3,14 +3,11 @@
 #include <algorithm>
 #include <exception>
 #include <filesystem>
-#include <fstream>
 #include <utility>
 
-#include "../common/Dependencies.h"
 #include "../common/ModuleImage.h"
 #include "../common/System.h"
 #include "../common/Utf8.h"
-#include "FileVersion.h"
 #include "Searches.h"
 #include "Text.h"
 #include "Vantage.h"
@@ -49,24 +46,21 @@ void Try(char const* during, Findings& findings, Part part)
     });
 }
 
-// What its header says, which its first bytes hold.
-std::string MachineOf(fs::path const& file)
-{
-    char head[4096];
-    std::ifstream stream(file, std::ios::binary);
-    stream.read(head, sizeof(head));
-    return Tools::ReadModuleImage({head, static_cast<std::size_t>(stream.gcount())}).machine;
-}
+std::string MachineOf(fs::path const& file) { return Tools::ReadModuleImage(file).machine; }
 
 void AddLibrary(fs::path const& file, Program& program)
 {
     if (file.empty())
         return;
-    std::string const content = Tools::ReadWhole(file).value_or(std::string());
-    Tools::ModuleImage const image = Tools::ReadModuleImage(content);
-    program.isLibraryModule = image.isModule && image.flaw.empty();
+    Tools::ModuleImage const image = Tools::ReadModuleImage(file);
+    if (image.format == Tools::ImageFormat::None || image.format == Tools::NativeFormat)
+        program.libraryFlaw = image.isModule && image.flaw.empty() ? "" : "is no whole module";
+    else
+        program.libraryFlaw = image.format == Tools::ImageFormat::Pe
+                                  ? "is a module for Windows"
+                                  : "is a module for Linux or its like";
     program.libraryMachine = image.machine;
-    program.fileVersion = FileVersionOf(file, content);
+    program.fileVersion = Tools::FileVersionOf(file);
     program.ownFileVersion = HXSSO_FILE_VERSION;
 }
 
@@ -114,6 +108,8 @@ void ExamineProgram(Resolver& resolver, Options const& options, Findings& findin
     std::error_code unknown;
     program.workingDirectory = Tools::Utf8(fs::current_path(unknown));
     AddLibrary(vantage.library, program);
+    program.libraryHint = WantedLibrary().hint;
+    program.libraryRemedy = WantedLibrary().remedy;
     program.ownMachine = MachineOf(Tools::FromWide(Platform::ExecutableFile()));
     program.executableMachine =
         options.executable.empty() ? program.ownMachine : MachineOf(vantage.executable);
@@ -183,6 +179,7 @@ Findings Examine(Options const& options)
         [&] { ExamineServerApp(resolver, findings); });
     Try("the look at the version compatibility file", findings,
         [&] { ExamineCompatibility(resolver, findings); });
+    Try("the look at what the library needs", findings, [&] { ExamineLibrary(findings); });
     Try("the look at the client plugin", findings, [&] { ExaminePlugin(findings); });
     return findings;
 }

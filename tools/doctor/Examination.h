@@ -17,10 +17,14 @@ void ExamineServerApp(Resolver& resolver, Findings& findings);
 void ExamineCompatibility(Resolver& resolver, Findings& findings);
 void ExaminePlugin(Findings& findings);
 
-/// Executes the plugin: its factory and interfaces.
-void ExamineInterfaces(Findings& findings);
+/// What the program's library needs.
+void ExamineLibrary(Findings& findings);
 
-/// Executes the plugin: a load by the library itself, with its log.
+/// Executes the plugin, in a process of its own: its factory and interfaces.
+void ExamineInterfaces(Options const& options, Findings& findings);
+
+/// Executes the plugin, in a process of its own: a load by the library itself, with
+/// its log.
 void ExamineRealLoad(Options const& options, Findings& findings);
 
 } // namespace Halvorix::Doctor

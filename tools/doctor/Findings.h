@@ -65,9 +65,12 @@ struct Program {
     std::string build;
     std::string libraryFile; ///< empty: not found
     std::string libraryMachine;
-    bool isLibraryModule = false;
-    std::string fileVersion;    ///< as the library's file carries it; empty: unknown
-    std::string ownFileVersion; ///< the same for the version of this tool
+    std::string libraryFlaw;   ///< what it is instead of a whole module; empty: it is one
+    std::string libraryHint;   ///< what there is in its place; may be empty
+    std::string libraryRemedy; ///< where to put it, if it is not found
+    std::vector<Tools::Check> libraryChecks; ///< what it needs and would not get
+    std::string fileVersion;                 ///< as the library's file carries it; empty: unknown
+    std::string ownFileVersion;              ///< the same for the version of this tool
     std::string executable;
     std::string executableMachine; ///< empty if that is no program of any kind
     std::string directory;
@@ -157,8 +160,9 @@ struct Plugin {
     std::string file;             ///< empty: none chosen
     std::filesystem::path asFile; ///< the same as the system spells it
     Presence presence;
-    std::vector<Tools::Check> fileChecks; ///< without running any of it
-    std::vector<Tools::Check> loadChecks; ///< empty unless it was asked for
+    std::vector<Tools::Check> fileChecks;     ///< without running any of it
+    std::vector<std::filesystem::path> first; ///< in the program's process before it
+    std::vector<Tools::Check> loadChecks;     ///< empty unless it was asked for
 };
 
 struct OpenSsl {
@@ -182,6 +186,7 @@ struct LogLine {
 struct RealLoad {
     bool worked = false;
     bool isInterrupted = false; ///< an exception ended it
+    std::string death;          ///< how the plugin ended the process; empty: it did not
     std::vector<LogLine> lines;
 };
 

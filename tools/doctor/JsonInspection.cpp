@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <string_view>
 
 #include <json/reader.h>
 
@@ -11,6 +12,8 @@
 namespace Halvorix::Doctor {
 
 namespace {
+
+constexpr std::size_t MarkDistance = 1024;
 
 std::string Lower(std::string text)
 {
@@ -66,6 +69,11 @@ char const* KindOf(Json::Value const& value)
 JsonInspection::JsonInspection(std::wstring const& file, std::ios::openmode mode)
     : text(Halvorix::Platform::ReadRegularFile(file, mode))
 {
+    Position position{1, 1};
+    for (std::size_t begin = 0; begin < text.size(); begin += MarkDistance) {
+        marks.push_back(position);
+        Advance(position, begin, std::min(begin + MarkDistance, text.size()));
+    }
     try {
         Json::Reader reader;
         if (reader.parse(text, root))
@@ -100,14 +108,23 @@ void JsonInspection::Explain(Json::Value::LargestInt offset, std::string const& 
 
 Position JsonInspection::PositionAt(std::size_t offset) const
 {
-    Position position{1, 1};
-    for (std::size_t i = 0; i < std::min(offset, text.size()); ++i) {
+    offset = std::min(offset, text.size());
+    if (marks.empty())
+        return {1, 1};
+    std::size_t const mark = std::min(offset / MarkDistance, marks.size() - 1);
+    Position position = marks[mark];
+    Advance(position, mark * MarkDistance, offset);
+    return position;
+}
+
+void JsonInspection::Advance(Position& position, std::size_t begin, std::size_t end) const
+{
+    for (std::size_t i = begin; i < end; ++i) {
         if (text[i] == '\n')
             position = {position.line + 1, 1};
         else if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80)
             ++position.column;
     }
-    return position;
 }
 
 std::string JsonInspection::LineAt(std::size_t offset) const
@@ -130,9 +147,14 @@ Position JsonInspection::PositionOf(Json::Value const& value) const
 
 Position JsonInspection::PositionOf(std::string const& name, Json::Value const& value) const
 {
-    auto const start = static_cast<std::size_t>(value.getOffsetStart());
-    std::size_t const found = text.rfind('"' + name + '"', start);
-    return PositionAt(found == std::string::npos ? start : found);
+    // Not far before its value: a key that is spelled in escapes is not found at all.
+    constexpr std::size_t farthest = 4096;
+    auto const start = std::min(static_cast<std::size_t>(value.getOffsetStart()), text.size());
+    std::size_t const reach = name.size() + farthest;
+    std::size_t const begin = start < reach ? 0 : start - reach;
+    std::string_view const before = std::string_view(text).substr(begin, start - begin);
+    std::size_t const found = before.rfind('"' + name + '"');
+    return PositionAt(found == std::string_view::npos ? start : begin + found);
 }
 
 void JsonInspection::FindUnknown(Json::Value const& object, std::string const& prefix,

@@ -38,10 +38,12 @@ public:
 
 private:
     Position PositionAt(std::size_t offset) const;
+    void Advance(Position& position, std::size_t begin, std::size_t end) const;
     std::string LineAt(std::size_t offset) const;
     void Explain(Json::Value::LargestInt offset, std::string const& message);
 
     std::string text;
+    std::vector<Position> marks; ///< places in the text at equal distances
 };
 
 /// False for a text that the library reads as empty though it is not.

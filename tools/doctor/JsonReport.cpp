@@ -5,6 +5,7 @@
 #include <json/value.h>
 #include <json/writer.h>
 
+#include "../common/Utf8.h"
 #include "Words.h"
 
 namespace Halvorix::Doctor {
@@ -112,6 +113,7 @@ Json::Value LibraryOf(Program const& program)
     value["file"] = OrNull(program.libraryFile);
     value["machine"] = OrNull(program.libraryMachine);
     value["fileVersion"] = OrNull(program.fileVersion);
+    value["checks"] = ToJson(program.libraryChecks);
     return value;
 }
 
@@ -239,6 +241,7 @@ Json::Value ToJson(std::optional<RealLoad> const& load)
     Json::Value value;
     if (load) {
         value["worked"] = load->worked;
+        value["death"] = OrNull(load->death);
         value["log"] = ToJson(load->lines);
     }
     return value;
@@ -282,7 +285,8 @@ void WriteJson(Findings const& findings, Verdict const& verdict)
     Json::StreamWriterBuilder builder;
     builder["indentation"] = "  ";
     builder["emitUTF8"] = true;
-    std::cout << Json::writeString(builder, document) << std::endl;
+    // What no reader of a terminal is to be steered by stays the same text as an escape.
+    std::cout << Tools::Escaped(Json::writeString(builder, document)) << std::endl;
 }
 
 } // namespace Halvorix::Doctor

@@ -28,7 +28,7 @@ void Check(Options& options)
 
 char const* const Usage =
     "usage: hxsso-doctor [--exe PATH [--library PATH]] [--config FILE] [--search PATHS]\n"
-    "                    [--load] [--log] [--json]\n"
+    "                    [--load] [--log] [--timeout SECONDS] [--json]\n"
     "\n"
     "Says why sign-in does not work for a program that uses HxSSOServices, and\n"
     "what to do about it. Looks at the program beside which it lies, or at the one\n"
@@ -43,6 +43,8 @@ char const* const Usage =
     "  --log           let the library load the plugin as in the program, whatever is\n"
     "                  found wrong with it, and show the library's own log lines of\n"
     "                  that. Executes the plugin as --load does, which it implies\n"
+    "  --timeout SECONDS  how long code of the plugin may run with --load and --log,\n"
+    "                  which is in a process of its own; 30 without this\n"
     "  --json          one JSON document in place of the text\n"
     "\n"
     "The last line of the text is \"sign-in can work\" or the first thing that is\n"
@@ -55,8 +57,8 @@ Options ReadOptions(std::vector<fs::path> const& arguments)
     std::set<std::string> seen;
     for (std::size_t i = 0; i < arguments.size() && options.misuse.empty(); ++i) {
         std::string const name = Tools::Utf8(arguments[i]);
-        bool const takesValue =
-            name == "--exe" || name == "--library" || name == "--config" || name == "--search";
+        bool const takesValue = name == "--exe" || name == "--library" || name == "--config" ||
+                                name == "--search" || name == "--timeout";
         if (name == "--help") {
             options.help = true;
         } else if (name == "--load") {
@@ -78,7 +80,10 @@ Options ReadOptions(std::vector<fs::path> const& arguments)
                 options.executable = value;
             else if (name == "--library")
                 options.library = value;
-            else if (text.empty())
+            else if (name == "--timeout") {
+                if (!Tools::ReadTimeLimit(Tools::Utf8(value), options.timeLimit))
+                    options.misuse = "the value of --timeout is no number of seconds up to 9999";
+            } else if (text.empty())
                 options.misuse = "the value of " + name + " is not UTF-8";
             else if (name == "--config")
                 options.config = text;

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <string>
 #include <vector>
+
+#include "../common/PluginRun.h"
 
 namespace Halvorix::Doctor {
 
@@ -12,6 +15,7 @@ struct Options {
     std::filesystem::path library;    ///< empty: to be found
     std::wstring config;              ///< empty: no override
     std::wstring searchPaths;
+    std::chrono::seconds timeLimit = Tools::DefaultTimeLimit; ///< for code of the plugin
     bool load = false;
     bool log = false;
     bool asJson = false;

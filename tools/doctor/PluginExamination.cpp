@@ -1,8 +1,9 @@
+#include <algorithm>
 #include <filesystem>
 #include <utility>
 
 #include "../common/FileChecks.h"
-#include "../common/LoadChecks.h"
+#include "../common/PluginRun.h"
 #include "../common/System.h"
 #include "Examination.h"
 #include "Text.h"
@@ -28,10 +29,7 @@ std::filesystem::path FileOf(Plugin const& plugin)
 Tools::FileFindings CheckFile(Plugin const& plugin, Tools::Report& report)
 {
     Vantage const& vantage = CurrentVantage();
-    Tools::Host host{vantage.executable.parent_path(), {}};
-    if (!vantage.library.empty())
-        host.libraryFolders.push_back(vantage.library.parent_path());
-    return Tools::CheckFile(FileOf(plugin), host, report);
+    return Tools::CheckFile(FileOf(plugin), {vantage.executable, vantage.library}, report);
 }
 
 } // namespace
@@ -42,23 +40,32 @@ void ExaminePlugin(Findings& findings)
     if (!plugin.presence.isThere)
         return;
     CollectedReport report;
-    CheckFile(plugin, report);
+    plugin.first = CheckFile(plugin, report).first;
     plugin.fileChecks = std::move(report.checks);
 }
 
-void ExamineInterfaces(Findings& findings)
+void ExamineLibrary(Findings& findings)
+{
+    Vantage const& vantage = CurrentVantage();
+    CollectedReport report;
+    Tools::CheckLibrary({vantage.executable, vantage.library}, report);
+    findings.program.libraryChecks = std::move(report.checks);
+}
+
+void ExamineInterfaces(Options const& options, Findings& findings)
 {
     Plugin& plugin = findings.plugin;
     if (!plugin.presence.isThere)
         return;
-    CollectedReport file;
-    Tools::FileFindings const found = CheckFile(plugin, file);
     CollectedReport report;
-    // Nothing of a module runs here that is known not to work.
-    if (file.HasFailed())
+    bool const hasFailed = std::any_of(
+        plugin.fileChecks.begin(), plugin.fileChecks.end(),
+        [](Tools::Check const& check) { return check.result == Tools::Result::Failed; });
+    // Nothing of a module runs that is known not to work.
+    if (hasFailed)
         report.Add("load", Tools::Result::Note, "not tried, for what is said above");
     else
-        Tools::CheckLoaded(FileOf(plugin), found, report);
+        Tools::CheckLoaded(FileOf(plugin), {plugin.first}, options.timeLimit, report);
     plugin.loadChecks = std::move(report.checks);
 }
 

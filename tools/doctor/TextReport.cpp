@@ -80,6 +80,7 @@ void TextReport::WriteProgram(Program const& program) const
     Line("file", program.libraryFile,
          program.libraryFile.empty() ? Coloured(Colour::Bad, "not found") : "");
     Line("file's version", Or(program.fileVersion, "unknown"));
+    WriteChecks(program.libraryChecks);
     Heading("Program");
     Line("executable", program.executable);
     Line("its directory", program.directory);

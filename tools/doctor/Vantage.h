@@ -3,6 +3,8 @@
 #include <filesystem>
 #include <string>
 
+#include "../common/Host.h"
+
 namespace Halvorix::Doctor {
 
 /// The program in whose place the library's questions are answered: its
@@ -17,9 +19,12 @@ struct Vantage {
 void SetVantage(Vantage vantage);
 Vantage const& CurrentVantage();
 
+/// What the search for its library has told.
+Tools::FoundLibrary const& WantedLibrary();
+
 /// The program that was named, or this one. The library is the file that was named;
-/// else the one beside the executable, or where the loader finds it for that
-/// executable; else for this program also that of the package.
+/// else the one that the loader finds for that executable, or that lies beside one that
+/// loads it by itself; for this program that of the package.
 Vantage FindVantage(std::filesystem::path const& executable, std::filesystem::path const& library);
 
 } // namespace Halvorix::Doctor

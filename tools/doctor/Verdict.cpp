@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
 
 #include "Text.h"
 #include "Words.h"
@@ -80,10 +81,14 @@ private:
                 "run the doctor of the package for " + program.executableMachine);
         if (program.libraryFile.empty())
             Add(Fatal, "library-missing",
-                program.libraryName + " is not where " + program.executable + " would load it from",
-                "install it beside the program, or name its file with --library");
-        else if (!program.isLibraryModule)
-            Add(Fatal, "library-damaged", program.libraryFile + " is no whole module",
+                program.libraryName + " is not where " + program.executable +
+                    " would load it from" +
+                    (program.libraryHint.empty() ? "" : ": " + program.libraryHint),
+                program.libraryRemedy.empty()
+                    ? "install it beside the program, or name its file with --library"
+                    : program.libraryRemedy);
+        else if (!program.libraryFlaw.empty())
+            Add(Fatal, "library-damaged", program.libraryFile + " " + program.libraryFlaw,
                 "install the library anew");
         else if (program.libraryMachine != program.ownMachine)
             Add(Fatal, "library-of-other-architecture",
@@ -95,6 +100,11 @@ private:
                 program.libraryFile + " is version " + program.fileVersion +
                     ", and this doctor speaks for " + program.ownFileVersion,
                 "run the doctor of that version");
+        for (Tools::Check const& check : program.libraryChecks)
+            Add(Fatal, ("library-" + check.name).c_str(),
+                "the library " + program.libraryFile + ": " + check.name + ": " + check.detail,
+                check.name == "dependencies" ? "install what is missing beside the library"
+                                             : "install the library anew");
     }
 
     void JudgeClientConfig()
@@ -261,13 +271,13 @@ private:
     void JudgeStoppingModules(ModuleList const& list)
     {
         Compatibility const& file = findings.compatibility;
+        std::set<std::string> told;
+        for (Oddity const& oddity : file.oddities)
+            if (oddity.stopsReading)
+                told.insert(oddity.key.substr(0, oddity.key.find('.')));
         for (Module const& module : list.modules) {
             std::string const name = list.key + "[" + std::to_string(module.number) + "]";
-            bool const isTold = std::any_of(
-                file.oddities.begin(), file.oddities.end(), [&name](Oddity const& oddity) {
-                    return oddity.stopsReading && oddity.key.rfind(name + ".", 0) == 0;
-                });
-            if (module.fit == Fit::StopsReading && !isTold)
+            if (module.fit == Fit::StopsReading && told.count(name) == 0)
                 Add(Fatal, "compatibility-file-wrong-type",
                     "the version compatibility file cannot be read: " +
                         Placed(file.file, module.at) + ": " + name + ": " + module.detail,
@@ -334,6 +344,8 @@ private:
             {"export", "install a plugin that is built for this library"},
             {"runtime", "install a plugin that is built with the library's compiler"},
             {"jsoncpp", "install a plugin that is built with the library's jsoncpp"},
+            {"symbols", "install modules that fit together, or the plugin anew"},
+            {"loader", "install the tools anew"},
             {"load", "install what the system asks for, or the plugin anew"},
         };
         for (Tools::Check const& check : checks) {
@@ -415,6 +427,8 @@ private:
     // An empty factory is not logged, and errors of before have nothing to do with it.
     static std::string ReasonOf(RealLoad const& load)
     {
+        if (!load.death.empty())
+            return load.death;
         std::string const getting = BeginningOf(SSOServices::Messages::FactoryGetting);
         if (!load.lines.empty() && load.lines.back().text.rfind(getting, 0) == 0)
             return "it gives no factory";

@@ -5,7 +5,7 @@
 #include <iostream>
 
 #include "../common/FileChecks.h"
-#include "../common/LoadChecks.h"
+#include "../common/PluginRun.h"
 #include "../common/System.h"
 #include "../common/Utf8.h"
 #include "WrittenReport.h"
@@ -20,12 +20,13 @@ constexpr int AllHolds = 0;
 constexpr int SomethingFails = 1;
 constexpr int WrongUse = 2;
 
-constexpr char const* Usage = "usage: hxsso-plugin-check [--json] <module>\n"
+constexpr char const* Usage = "usage: hxsso-plugin-check [--json] [--timeout SECONDS] <module>\n"
                               "\n"
-                              "Loads a client plugin as the library does and says what holds.\n"
+                              "Loads a client plugin as the library does, in a process of its\n"
+                              "own for 30 seconds at most, and says what holds.\n"
                               "Exit status: 0 all holds, 1 something does not, 2 wrong use.\n";
 
-int Check(fs::path const& module, bool asJson)
+int Check(fs::path const& module, bool asJson, std::chrono::seconds limit)
 {
     fs::path const file = fs::absolute(module).lexically_normal();
     WrittenReport report(asJson);
@@ -36,7 +37,7 @@ int Check(fs::path const& module, bool asJson)
         if (report.HasFailed())
             report.Add("load", Tools::Result::Note, "not tried, for what is said above");
         else
-            Tools::CheckLoaded(file, findings, report);
+            Tools::CheckLoaded(file, findings, limit, report);
     } catch (std::exception const& exception) {
         report.Add("check", Tools::Result::Failed, std::string("given up: ") + exception.what());
     }
@@ -47,8 +48,10 @@ int Check(fs::path const& module, bool asJson)
 int Run(std::vector<fs::path> const& arguments)
 {
     bool asJson = false;
+    std::chrono::seconds limit = Tools::DefaultTimeLimit;
     std::vector<fs::path> modules;
-    for (fs::path const& argument : arguments) {
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        fs::path const& argument = arguments[i];
         std::string const text = Tools::Utf8(argument);
         if (text == "--help") {
             std::cout << Usage;
@@ -56,6 +59,9 @@ int Run(std::vector<fs::path> const& arguments)
         }
         if (text == "--json")
             asJson = true;
+        else if (text == "--timeout" && i + 1 < arguments.size() &&
+                 Tools::ReadTimeLimit(Tools::Utf8(arguments[i + 1]), limit))
+            ++i;
         else if (!text.empty() && text.front() != '-')
             modules.push_back(argument);
         else
@@ -65,7 +71,7 @@ int Run(std::vector<fs::path> const& arguments)
         std::cerr << Usage;
         return WrongUse;
     }
-    return Check(modules.front(), asJson);
+    return Check(modules.front(), asJson, limit);
 }
 
 } // namespace

@@ -5,6 +5,8 @@
 
 #include <json/writer.h>
 
+#include "../common/Utf8.h"
+
 namespace Halvorix::PluginCheck {
 
 void WrittenReport::Take(Tools::Check check)
@@ -38,7 +40,8 @@ void WrittenReport::Close(std::string const& module)
     Json::StreamWriterBuilder builder;
     builder["indentation"] = "  ";
     builder["emitUTF8"] = true;
-    std::cout << Json::writeString(builder, document) << std::endl;
+    // What no reader of a terminal is to be steered by stays the same text as an escape.
+    std::cout << Tools::Escaped(Json::writeString(builder, document)) << std::endl;
 }
 
 } // namespace Halvorix::PluginCheck

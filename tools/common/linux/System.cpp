@@ -1,25 +1,13 @@
 #include "../System.h"
 
-#include <dlfcn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
 
+#include "../Utf8.h"
 #include "support/TextConversion.h"
 
 namespace Halvorix::Tools {
-
-namespace {
-
-std::string Replaced(std::string text, std::string const& what, std::string const& by)
-{
-    for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += by.size())
-        text.replace(at, what.size(), by);
-    return text;
-}
-
-} // namespace
 
 std::vector<std::filesystem::path> BeginProgram(int count, char** arguments)
 {
@@ -36,37 +24,6 @@ std::wstring Wide(std::filesystem::path const& path)
 std::filesystem::path FromWide(std::wstring const& text)
 {
     return std::filesystem::u8path(SSOServices::WideToUtf8(text));
-}
-
-// A newer run path is for the module's own imports; where it is missing, the
-// older one counts.
-std::vector<std::filesystem::path> DependencyFolders(ModuleImage const& image,
-                                                     std::filesystem::path const& file,
-                                                     std::filesystem::path const&,
-                                                     std::filesystem::path const&)
-{
-    std::string const origin = file.parent_path().string();
-    std::string path = image.runPath.empty() ? image.inheritedRunPath : image.runPath;
-    path = Replaced(Replaced(path, "${ORIGIN}", "$ORIGIN"), "$ORIGIN", origin);
-    std::vector<std::filesystem::path> folders;
-    while (!path.empty()) {
-        std::size_t const end = path.find(':');
-        if (end != 0)
-            folders.emplace_back(path.substr(0, end));
-        path.erase(0, end == std::string::npos ? end : end + 1);
-    }
-    return folders;
-}
-
-// In a process of its own, so that nothing of it runs in this one.
-bool IsFoundBySystem(std::string const& name)
-{
-    pid_t const child = ::fork();
-    if (child == 0)
-        ::_exit(::dlopen(name.c_str(), RTLD_LAZY | RTLD_LOCAL) == nullptr ? 1 : 0);
-    int status = 1;
-    return child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status) &&
-           WEXITSTATUS(status) == 0;
 }
 
 // The system follows all links before it runs a program; the loader spells a
@@ -86,9 +43,18 @@ std::filesystem::path ModuleAsLoaded(std::filesystem::path const& file)
 
 bool BeginTerminal() { return ::isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr; }
 
-char const* HintForDependencyBeside()
+// What is left of libX.so.1.2.3.4 once all links are followed.
+std::string FileVersionOf(std::filesystem::path const& file)
 {
-    return "it lies beside the module, whose run path does not name that folder ($ORIGIN)";
+    std::error_code unknown;
+    std::string const name = Utf8(std::filesystem::canonical(file, unknown).filename());
+    std::string const mark = ".so.";
+    std::size_t const at = name.find(mark);
+    if (unknown || at == std::string::npos)
+        return {};
+    std::string const version = name.substr(at + mark.size());
+    // A sole number is that of the interface.
+    return version.find('.') == std::string::npos ? std::string() : version;
 }
 
 } // namespace Halvorix::Tools

@@ -1,9 +1,9 @@
 #include "../System.h"
 
-#include "platform/Platform.h"
 #include "platform/windows/Windows.h"
 
 #include <shellapi.h>
+#include <winver.h>
 
 namespace Halvorix::Tools {
 
@@ -24,32 +24,6 @@ std::vector<std::filesystem::path> BeginProgram(int, char**)
 std::wstring Wide(std::filesystem::path const& path) { return path.native(); }
 
 std::filesystem::path FromWide(std::wstring const& text) { return text; }
-
-// The host's folder comes first; then the folder
-// that the library names while it loads.
-std::vector<std::filesystem::path> DependencyFolders(ModuleImage const&,
-                                                     std::filesystem::path const&,
-                                                     std::filesystem::path const& plugin,
-                                                     std::filesystem::path const& host)
-{
-    return {host, plugin.parent_path()};
-}
-
-bool IsFoundBySystem(std::string const& name)
-{
-    // Names of sets of functions, which the loader resolves without a file.
-    if (name.rfind("api-ms-win-", 0) == 0 || name.rfind("ext-ms-", 0) == 0)
-        return true;
-    // The current directory does not count while the library names a folder, and
-    // so neither here; this one was looked through before.
-    std::filesystem::path const folder = FromWide(Platform::ExecutableFile()).parent_path();
-    Platform::SetDependencyDirectory(Wide(folder).c_str());
-    HMODULE const module = ::LoadLibraryExA(name.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
-    Platform::SetDependencyDirectory(nullptr);
-    if (module != nullptr)
-        ::FreeLibrary(module);
-    return module != nullptr;
-}
 
 // Links are not followed.
 std::filesystem::path ExecutableAsRun(std::filesystem::path const& file)
@@ -79,6 +53,23 @@ bool BeginTerminal()
            ::SetConsoleMode(output, mode | takesColours) != FALSE;
 }
 
-char const* HintForDependencyBeside() { return "it lies beside the module"; }
+std::string FileVersionOf(std::filesystem::path const& file)
+{
+    DWORD ignored = 0;
+    DWORD const size = ::GetFileVersionInfoSizeW(file.c_str(), &ignored);
+    std::vector<char> resource(size);
+    void* value = nullptr;
+    UINT valueSize = 0;
+    if (size == 0 || ::GetFileVersionInfoW(file.c_str(), 0, size, resource.data()) == FALSE ||
+        ::VerQueryValueW(resource.data(), L"\\", &value, &valueSize) == FALSE ||
+        valueSize < sizeof(VS_FIXEDFILEINFO))
+        return {};
+    auto const& version = *static_cast<VS_FIXEDFILEINFO const*>(value);
+    std::string text;
+    for (DWORD const part : {version.dwFileVersionMS, version.dwFileVersionLS})
+        text += (text.empty() ? "" : ".") + std::to_string(HIWORD(part)) + "." +
+                std::to_string(LOWORD(part));
+    return text;
+}
 
 } // namespace Halvorix::Tools

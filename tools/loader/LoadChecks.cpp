@@ -11,17 +11,20 @@
 #include "../../include/plugin/ISSOClientUI.h"
 #include "../../include/plugin/ISSOLogManager.h"
 #include "../../include/plugin/ISSOServerManager.h"
-#include "System.h"
-#include "Utf8.h"
+#include "../common/ChildProcess.h"
+#include "../common/PluginRun.h"
+#include "../common/System.h"
+#include "../common/Utf8.h"
 #include "platform/Platform.h"
 #include "support/SystemError.h"
 #include "support/TextConversion.h"
 
-namespace Halvorix::Tools {
+namespace Halvorix::PluginLoader {
 
 namespace {
 
 using SSOServices::ISSOClientFactory;
+using Tools::Result;
 using FactoryProcedure = std::shared_ptr<ISSOClientFactory> (*)();
 
 std::string SystemReason()
@@ -35,8 +38,9 @@ std::string SystemReason()
 
 // False, and told, if an exception came out.
 template <class Action>
-bool Try(char const* check, std::string const& what, Report& report, Action action)
+bool Try(char const* check, std::string const& what, Channel& report, Action action)
 {
+    report.Step(check, "in " + what);
     try {
         action();
         return true;
@@ -50,7 +54,7 @@ bool Try(char const* check, std::string const& what, Report& report, Action acti
 
 class InterfaceWalk {
 public:
-    InterfaceWalk(ISSOClientFactory& pluginFactory, Report& aReport)
+    InterfaceWalk(ISSOClientFactory& pluginFactory, Channel& aReport)
         : factory(pluginFactory), report(aReport)
     {
     }
@@ -79,12 +83,12 @@ public:
 
 private:
     ISSOClientFactory& factory;
-    Report& report;
+    Channel& report;
     std::string present;
     std::string empty;
 };
 
-void CheckLogger(SSOServices::ISSOLogManager* logs, Report& report)
+void CheckLogger(SSOServices::ISSOLogManager* logs, Channel& report)
 {
     std::shared_ptr<SSOServices::ILogger> logger;
     if (logs != nullptr &&
@@ -98,19 +102,14 @@ void CheckLogger(SSOServices::ISSOLogManager* logs, Report& report)
                                    : "none: GetLogger gives an empty one");
 }
 
-} // namespace
-
-void CheckLoaded(std::filesystem::path const& file, FileFindings const& findings, Report& report)
+void LoadAndAsk(Json::Value const& request, Channel& report)
 {
-    for (std::filesystem::path const& needed : findings.first) {
-        if (Platform::LoadModule(Wide(needed)) == nullptr) {
-            report.Add("load", Result::Failed,
-                       Utf8(needed.filename()) + " of the host: " + SystemReason());
-            return;
-        }
-    }
-    Platform::SetDependencyDirectory(Wide(file.parent_path()).c_str());
-    Platform::ModuleHandle const module = Platform::LoadModule(Wide(file));
+    std::filesystem::path const file = std::filesystem::u8path(Tools::TextOf(request, "file"));
+    report.Step("load", "while it is loaded");
+    if (!LoadFirst(request, report))
+        return;
+    Platform::SetDependencyDirectory(Tools::Wide(file.parent_path()).c_str());
+    Platform::ModuleHandle const module = Platform::LoadModule(Tools::Wide(file));
     std::string const reason = module == nullptr ? SystemReason() : std::string();
     Platform::SetDependencyDirectory(nullptr);
     if (module == nullptr) {
@@ -144,6 +143,33 @@ void CheckLoaded(std::filesystem::path const& file, FileFindings const& findings
     walk.Ask("ISSOClientPrivate", &ISSOClientFactory::GetSSOClientPrivate);
     walk.Tell();
     CheckLogger(logs.get(), report);
+    // Before the plugin hears that its objects are let go.
+    report.End();
+    Tools::EndProcess();
 }
 
-} // namespace Halvorix::Tools
+} // namespace
+
+bool LoadFirst(Json::Value const& request, Channel& report)
+{
+    for (Json::Value const& needed : request["first"]) {
+        std::filesystem::path const file = std::filesystem::u8path(needed.asString());
+        if (!Platform::LoadedModuleFile(Tools::Wide(file.filename())).empty())
+            continue; // one of this process itself
+        if (Platform::LoadModule(Tools::Wide(file)) == nullptr) {
+            report.Add("load", Result::Failed,
+                       Tools::Utf8(file.filename()) + " of the host: " + SystemReason());
+            return false;
+        }
+    }
+    return true;
+}
+
+void CheckLoaded(Json::Value const& request, Channel& channel)
+{
+    LoadAndAsk(request, channel);
+    channel.End();
+    Tools::EndProcess();
+}
+
+} // namespace Halvorix::PluginLoader

@@ -1,0 +1,62 @@
+// A plugin that does what HXSSO_HOSTILE says, where that says it: "load: exit" as the
+// system loads it, "factory: abort" when it is asked.
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "plugin/ISSOClientFactory.h"
+
+namespace {
+
+void Print()
+{
+    for (int i = 0; i < 100000; ++i) {
+        std::puts("{\"check\": \"load\", \"result\": \"ok\", \"detail\": \"all is well\"}\x1b[2J");
+        std::fputs("{\"end\": true}\n", stderr);
+    }
+    std::fflush(stdout);
+}
+
+void Act(std::string const& where)
+{
+    char const* const wanted = std::getenv("HXSSO_HOSTILE");
+    std::string const what = wanted == nullptr ? "" : wanted;
+    if (what.rfind(where + ": ", 0) != 0)
+        return;
+    std::string const deed = what.substr(where.size() + 2);
+    if (deed == "exit")
+        std::exit(0);
+    if (deed == "quick exit")
+        std::_Exit(0);
+    if (deed == "abort")
+        std::abort();
+    if (deed == "null")
+        *static_cast<int volatile*>(nullptr) = 1;
+    if (deed == "loop")
+        for (bool volatile forever = true; forever;)
+            continue;
+    if (deed == "print")
+        Print();
+    if (deed == "print and exit") {
+        Print();
+        std::exit(0);
+    }
+    // A file, to be seen whether the module was loaded at all.
+    if (deed.rfind("write ", 0) == 0)
+        std::fclose(std::fopen(deed.substr(6).c_str(), "w"));
+}
+
+struct AtLoad {
+    AtLoad() { Act("load"); }
+} const atLoad;
+
+} // namespace
+
+std::shared_ptr<Halvorix::SSOServices::ISSOClientFactory> GetSSOClientFactory()
+{
+    Act("factory");
+    return nullptr;
+}

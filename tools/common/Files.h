@@ -1,0 +1,20 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "ByteView.h"
+
+namespace Halvorix::Tools {
+
+struct OpenedFile {
+    std::unique_ptr<ByteSource> bytes; ///< null if it cannot be read
+    std::string reason;                ///< why not: "is a folder", say
+};
+
+/// A regular file. Anything else of that name (a folder, a pipe, a device) is told
+/// and not opened.
+OpenedFile OpenFile(std::filesystem::path const& file);
+
+} // namespace Halvorix::Tools

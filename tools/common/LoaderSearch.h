@@ -1,0 +1,55 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "ModuleGraph.h"
+
+// How the system's loader searches, by reading alone. Each system has a folder of its
+// own beside this header.
+namespace Halvorix::Tools {
+
+struct Candidate {
+    std::filesystem::path file;
+    Place place;
+};
+
+/// The files that the loader tries for a name without a separator that a module of the
+/// graph needs, in its order; they need not exist.
+std::vector<Candidate> CandidatesFor(std::string const& name, ModuleGraph const& graph,
+                                     std::size_t needing);
+
+/// Whether the loader would open the name as it stands, wherever that leads.
+bool NamesPlace(std::string const& name);
+
+/// Resolved by the loader without any file.
+bool NeedsNoFile(std::string const& name);
+
+/// The name under which the loader knows a module in the process; empty: none but that by
+/// which it was needed.
+std::string OwnNameOf(MappedModule const& module);
+
+/// As the loader compares names.
+std::string Comparable(std::string const& name);
+
+/// What is read of one run path or variable.
+constexpr std::size_t MostFolders = 64;
+
+/// Otherwise what a module of the system needs is the system's own affair.
+extern bool const SystemModulesAreFollowed;
+
+/// A name of a module's header as that of a file.
+std::filesystem::path FileName(std::string const& name);
+
+/// What helps the loader to a module that it does not find.
+std::string HintForModuleBeside();
+std::string RemedyForMissing(std::string const& name, ModuleGraph const& graph,
+                             std::size_t needing);
+
+/// The symbols and versions that a module of the graph, or one that it brought, needs
+/// and no module there has: a line each.
+std::vector<std::string> MissingSymbols(ModuleGraph const& graph, std::size_t module,
+                                        std::string& limit);
+
+} // namespace Halvorix::Tools

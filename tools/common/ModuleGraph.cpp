@@ -1,0 +1,178 @@
+#include "ModuleGraph.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Files.h"
+#include "LoaderSearch.h"
+#include "System.h"
+#include "Utf8.h"
+#include "platform/Platform.h"
+
+namespace Halvorix::Tools {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// No process has more; a chain that was made to harm is cut.
+constexpr std::size_t MostModules = 4096;
+constexpr std::size_t MostLookups = 16384;
+constexpr std::size_t MostMissing = 64;
+
+} // namespace
+
+std::string const& OwnMachine()
+{
+    static std::string const machine =
+        ReadModuleImage(FromWide(Platform::ExecutableFile())).machine;
+    return machine;
+}
+
+ModuleGraph::ModuleGraph(fs::path const& program)
+    : programFolder(program.parent_path()), ownMachine(OwnMachine())
+{
+    if (program.empty())
+        return;
+    ModuleImage image = ReadModuleImage(program);
+    if (image.machine == ownMachine && image.flaw.empty())
+        Load(program, std::move(image), NoModule);
+}
+
+std::size_t ModuleGraph::Find(std::string const& name) const
+{
+    auto const found = names.find(Comparable(name));
+    return found == names.end() ? NoModule : found->second;
+}
+
+std::size_t ModuleGraph::Load(fs::path const& file, ModuleImage image, std::size_t loadedBy)
+{
+    std::size_t const module = Add(file, std::move(image), Place::Named, loadedBy);
+    Follow(module);
+    return module;
+}
+
+std::size_t ModuleGraph::Add(fs::path const& file, ModuleImage image, Place place,
+                             std::size_t neededBy)
+{
+    std::size_t const module = modules.size();
+    modules.push_back(
+        {file, std::move(image), place, neededBy == NoModule ? module : neededBy, {}});
+    std::string const ownName = OwnNameOf(modules.back());
+    if (!ownName.empty())
+        names.emplace(Comparable(ownName), module);
+    return module;
+}
+
+// Breadth first, as the loader: a list in place of a recursion, which somebody's
+// chain of modules would overflow.
+void ModuleGraph::Follow(std::size_t first)
+{
+    for (std::size_t i = first; i < modules.size() && limit.empty(); ++i) {
+        if (modules[i].place == Place::System && !SystemModulesAreFollowed)
+            continue;
+        // What is found moves the list.
+        std::vector<std::string> const imports = modules[i].image.imports;
+        for (std::string const& name : imports) {
+            if (limit.empty())
+                Resolve(name, i);
+        }
+    }
+}
+
+void ModuleGraph::Resolve(std::string const& name, std::size_t needing)
+{
+    std::size_t const known = Find(name);
+    if (known != NoModule) {
+        modules[needing].needs.push_back(known);
+        return;
+    }
+    if (NeedsNoFile(name) || lost.count(Comparable(name)) != 0)
+        return;
+    if (modules.size() >= MostModules)
+        limit = "more than " + std::to_string(MostModules) + " modules are needed";
+    else if (++lookups > MostLookups)
+        limit = "more than " + std::to_string(MostLookups) + " names of modules are needed";
+    else if (missing.size() >= MostMissing)
+        limit = "more than " + std::to_string(MostMissing) + " modules are missing";
+    if (!limit.empty()) {
+        limit += ": the search for what is needed ends there";
+        return;
+    }
+    std::string hint;
+    if (NamesPlace(name)) {
+        hint = "it is named by a place and not by a name: refused, nothing was opened";
+    } else {
+        bool isStopped = false;
+        for (Candidate const& candidate : CandidatesFor(name, *this, needing)) {
+            std::size_t const found =
+                Take(candidate.file, candidate.place, needing, hint, isStopped);
+            if (found != NoModule) {
+                names.emplace(Comparable(name), found);
+                modules[needing].needs.push_back(found);
+                return;
+            }
+            if (isStopped)
+                break;
+        }
+        std::error_code unknown;
+        fs::path const beside = modules[needing].file.parent_path() / FileName(name);
+        if (hint.empty() && modules[needing].place != Place::System && fs::exists(beside, unknown))
+            hint = HintForModuleBeside();
+    }
+    lost.insert(Comparable(name));
+    missing.push_back({name, Utf8(modules[needing].file.filename()), needing, hint});
+}
+
+bool ModuleGraph::FolderIsThere(fs::path const& folder)
+{
+    auto const known = folders.find(folder.string());
+    if (known != folders.end())
+        return known->second;
+    std::error_code unknown;
+    return folders[folder.string()] = fs::is_directory(folder, unknown);
+}
+
+// NoModule if this is not the file. What is for another machine the loader passes
+// over; what is no module at all ends its search.
+std::size_t ModuleGraph::Take(fs::path const& file, Place place, std::size_t needing,
+                              std::string& hint, bool& isStopped)
+{
+    if (!FolderIsThere(file.parent_path()))
+        return NoModule;
+    OpenedFile const opened = OpenFile(file);
+    std::string const where = "the one in " + Utf8(file.parent_path()) + " ";
+    if (opened.bytes == nullptr) {
+        if (opened.reason != "does not exist" && hint.empty())
+            hint = where + opened.reason;
+        return NoModule;
+    }
+    ModuleImage image = ReadModuleImage(ByteView(*opened.bytes));
+    if (image.format == NativeFormat && image.machine == ownMachine && image.flaw.empty())
+        return Add(file, std::move(image), place, needing);
+    if (image.format == NativeFormat && image.machine != ownMachine) {
+        hint = where + "is for " + image.machine;
+        return NoModule;
+    }
+    hint = where + (image.flaw.empty() ? "is no module" : "is damaged: " + image.flaw);
+    isStopped = true;
+    return NoModule;
+}
+
+std::vector<std::size_t> ModuleGraph::ClosureOf(std::size_t module) const
+{
+    std::vector<std::size_t> closure{module};
+    std::vector<bool> seen(modules.size());
+    seen[module] = true;
+    for (std::size_t i = 0; i < closure.size(); ++i) {
+        for (std::size_t const needed : modules[closure[i]].needs) {
+            if (seen[needed])
+                continue;
+            seen[needed] = true;
+            closure.push_back(needed);
+        }
+    }
+    return closure;
+}
+
+} // namespace Halvorix::Tools

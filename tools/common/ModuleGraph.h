@@ -1,0 +1,86 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "ModuleImage.h"
+
+namespace Halvorix::Tools {
+
+/// Where the loader finds a module.
+enum class Place {
+    Named,  ///< by whoever loads it: the program, the library, the plugin
+    Folder, ///< beside the plugin, the program, on a run path
+    System, ///< in the system's own folders
+};
+
+struct MappedModule {
+    std::filesystem::path file;
+    ModuleImage image;
+    Place place;
+    std::size_t neededBy; ///< itself for one that nobody needs
+    std::vector<std::size_t> needs;
+};
+
+struct MissingModule {
+    std::string name;
+    std::string neededBy; ///< the file's name
+    std::size_t needing;
+    std::string hint; ///< may be empty
+};
+
+/// The modules of a process as its loader would find them. Nothing but files is read,
+/// each in its headers; none is loaded, and nothing is opened outside the folders in
+/// which the loader looks.
+class ModuleGraph {
+public:
+    /// With the program whose process it is; one that cannot be read still has its folder.
+    explicit ModuleGraph(std::filesystem::path const& program);
+    ModuleGraph(ModuleGraph const&) = delete;
+    ModuleGraph& operator=(ModuleGraph const&) = delete;
+
+    static constexpr std::size_t NoModule = static_cast<std::size_t>(-1);
+
+    /// Adds a module that is loaded by name, with all that it needs in turn.
+    /// @param loadedBy  the module whose code loads it, or NoModule
+    std::size_t Load(std::filesystem::path const& file, ModuleImage image, std::size_t loadedBy);
+
+    /// Folder that the library names while it loads; empty: none.
+    std::filesystem::path dependencyFolder;
+    std::filesystem::path programFolder;
+
+    std::vector<MappedModule> modules; ///< the program first, if it is known
+    std::vector<MissingModule> missing;
+    std::string limit; ///< the one at which the search ended; empty: none
+
+    /// The module of this name that is in the process, or NoModule.
+    std::size_t Find(std::string const& name) const;
+
+    /// The module and all that it needs, each once, breadth first as the loader has it.
+    std::vector<std::size_t> ClosureOf(std::size_t module) const;
+
+private:
+    std::size_t Add(std::filesystem::path const& file, ModuleImage image, Place place,
+                    std::size_t neededBy);
+    void Follow(std::size_t first);
+    void Resolve(std::string const& name, std::size_t needing);
+    std::size_t Take(std::filesystem::path const& file, Place place, std::size_t needing,
+                     std::string& hint, bool& isStopped);
+    bool FolderIsThere(std::filesystem::path const& folder);
+
+    std::string ownMachine;
+    std::unordered_map<std::string, std::size_t> names; // as the loader compares them
+    std::unordered_set<std::string> lost;
+    std::unordered_map<std::string, bool> folders;
+    std::size_t lookups = 0;
+};
+
+/// What this system calls its own processor, for images of its format.
+std::string const& OwnMachine();
+
+} // namespace Halvorix::Tools

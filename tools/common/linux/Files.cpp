@@ -1,0 +1,86 @@
+#include "../Files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+namespace Halvorix::Tools {
+
+namespace {
+
+class FileSource : public ByteSource {
+public:
+    explicit FileSource(int fileDescriptor) : descriptor(fileDescriptor) {}
+    ~FileSource() override { ::close(descriptor); }
+    FileSource(FileSource const&) = delete;
+    FileSource& operator=(FileSource const&) = delete;
+
+    std::uint64_t size = 0;
+    std::uint64_t Size() const override { return size; }
+
+    bool Read(std::uint64_t offset, char* to, std::size_t count) override
+    {
+        while (count > 0) {
+            ssize_t const got = ::pread(descriptor, to, count, static_cast<off_t>(offset));
+            if (got < 0 && errno == EINTR)
+                continue;
+            if (got <= 0)
+                return false; // shorter by now
+            to += got;
+            offset += static_cast<std::uint64_t>(got);
+            count -= static_cast<std::size_t>(got);
+        }
+        return true;
+    }
+
+private:
+    int descriptor;
+};
+
+// Empty for a regular file.
+std::string WhyNotRegular(struct stat const& status)
+{
+    if (S_ISREG(status.st_mode))
+        return {};
+    if (S_ISDIR(status.st_mode))
+        return "is a folder";
+    if (S_ISFIFO(status.st_mode))
+        return "is a pipe";
+    if (S_ISSOCK(status.st_mode))
+        return "is a socket";
+    return "is a device";
+}
+
+std::string SystemReason()
+{
+    if (errno == ENOENT || errno == ENOTDIR)
+        return "does not exist";
+    return "cannot be read: " + std::generic_category().message(errno);
+}
+
+} // namespace
+
+OpenedFile OpenFile(std::filesystem::path const& file)
+{
+    struct stat status {};
+    if (::stat(file.c_str(), &status) != 0)
+        return {nullptr, SystemReason()};
+    if (std::string reason = WhyNotRegular(status); !reason.empty())
+        return {nullptr, std::move(reason)};
+    // Whatever has taken its place since, the call returns.
+    int const descriptor = ::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (descriptor < 0)
+        return {nullptr, SystemReason()};
+    auto source = std::make_unique<FileSource>(descriptor);
+    if (::fstat(descriptor, &status) != 0)
+        return {nullptr, SystemReason()};
+    if (std::string reason = WhyNotRegular(status); !reason.empty())
+        return {nullptr, std::move(reason)};
+    source->size = static_cast<std::uint64_t>(status.st_size);
+    return {std::move(source), {}};
+}
+
+} // namespace Halvorix::Tools

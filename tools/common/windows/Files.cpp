@@ -1,0 +1,80 @@
+#include "../Files.h"
+
+#include "../Utf8.h"
+#include "platform/Platform.h"
+#include "platform/windows/Windows.h"
+
+namespace Halvorix::Tools {
+
+namespace {
+
+class FileSource : public ByteSource {
+public:
+    explicit FileSource(HANDLE fileHandle) : handle(fileHandle) {}
+    ~FileSource() override { ::CloseHandle(handle); }
+    FileSource(FileSource const&) = delete;
+    FileSource& operator=(FileSource const&) = delete;
+
+    std::uint64_t size = 0;
+    std::uint64_t Size() const override { return size; }
+
+    bool Read(std::uint64_t offset, char* to, std::size_t count) override
+    {
+        while (count > 0) {
+            OVERLAPPED place{};
+            place.Offset = static_cast<DWORD>(offset);
+            place.OffsetHigh = static_cast<DWORD>(offset >> 32U);
+            DWORD got = 0;
+            if (::ReadFile(handle, to, static_cast<DWORD>(count), &got, &place) == FALSE ||
+                got == 0)
+                return false; // shorter by now
+            to += got;
+            offset += got;
+            count -= got;
+        }
+        return true;
+    }
+
+private:
+    HANDLE handle;
+};
+
+std::string SystemReason()
+{
+    DWORD const error = ::GetLastError();
+    if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ||
+        error == ERROR_INVALID_NAME)
+        return "does not exist";
+    std::string text = Utf8(Platform::ErrorText(error));
+    while (!text.empty() && (text.back() == '\n' || text.back() == '\r'))
+        text.pop_back();
+    return "cannot be read: " + text;
+}
+
+} // namespace
+
+OpenedFile OpenFile(std::filesystem::path const& file)
+{
+    DWORD const attributes = ::GetFileAttributesW(file.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return {nullptr, SystemReason()};
+    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
+        return {nullptr, "is a folder"};
+    if ((attributes & FILE_ATTRIBUTE_DEVICE) != 0)
+        return {nullptr, "is a device"};
+    HANDLE const handle = ::CreateFileW(file.c_str(), GENERIC_READ,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                        nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        return {nullptr, SystemReason()};
+    auto source = std::make_unique<FileSource>(handle);
+    if (::GetFileType(handle) != FILE_TYPE_DISK)
+        return {nullptr, "is a device"};
+    LARGE_INTEGER size{};
+    if (::GetFileSizeEx(handle, &size) == FALSE)
+        return {nullptr, SystemReason()};
+    source->size = static_cast<std::uint64_t>(size.QuadPart);
+    return {std::move(source), {}};
+}
+
+} // namespace Halvorix::Tools

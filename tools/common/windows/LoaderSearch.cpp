@@ -1,0 +1,145 @@
+#include "../LoaderSearch.h"
+
+#include <cwchar>
+#include <set>
+
+#include "../Utf8.h"
+#include "platform/windows/Windows.h"
+
+namespace Halvorix::Tools {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path SystemFolder()
+{
+    wchar_t folder[MAX_PATH + 1] = {};
+    return ::GetSystemDirectoryW(folder, MAX_PATH) < MAX_PATH ? fs::path(folder) : fs::path();
+}
+
+fs::path WindowsFolder()
+{
+    wchar_t folder[MAX_PATH + 1] = {};
+    return ::GetWindowsDirectoryW(folder, MAX_PATH) < MAX_PATH ? fs::path(folder) : fs::path();
+}
+
+bool IsOfThisMachine(fs::path const& folder)
+{
+    std::wstring const root = folder.root_path().native();
+    return root.size() == 3 && root[1] == L':' && ::GetDriveTypeW(root.c_str()) != DRIVE_REMOTE;
+}
+
+// Those of the user's path that no other machine is asked for.
+std::vector<fs::path> PathFolders()
+{
+    wchar_t variable[32768] = {};
+    if (::GetEnvironmentVariableW(L"PATH", variable, 32767) >= 32767)
+        return {};
+    std::vector<fs::path> folders;
+    std::wstring const list = variable;
+    for (std::size_t begin = 0; begin < list.size() && folders.size() < MostFolders;) {
+        std::size_t const end = std::min(list.find(L';', begin), list.size());
+        fs::path const folder = list.substr(begin, end - begin);
+        if (IsOfThisMachine(folder))
+            folders.push_back(folder);
+        begin = end + 1;
+    }
+    return folders;
+}
+
+// Modules that come from the system's folder wherever else there is one of the name.
+std::set<std::string> KnownModules()
+{
+    std::set<std::string> known;
+    HKEY key = nullptr;
+    if (::RegOpenKeyExW(HKEY_LOCAL_MACHINE,
+                        L"SYSTEM\\CurrentControlSet\\Control\\Session Manager\\KnownDLLs", 0,
+                        KEY_READ, &key) != ERROR_SUCCESS)
+        return known;
+    for (DWORD i = 0;; ++i) {
+        char name[256];
+        char value[256] = {};
+        DWORD nameSize = sizeof(name);
+        DWORD valueSize = sizeof(value) - 1;
+        LSTATUS const status = ::RegEnumValueA(key, i, name, &nameSize, nullptr, nullptr,
+                                               reinterpret_cast<BYTE*>(value), &valueSize);
+        if (status == ERROR_SUCCESS)
+            known.insert(Comparable(value));
+        else if (status != ERROR_MORE_DATA)
+            break;
+    }
+    ::RegCloseKey(key);
+    return known;
+}
+
+bool BeginsWith(std::string const& text, char const* beginning)
+{
+    return text.rfind(beginning, 0) == 0;
+}
+
+} // namespace
+
+// There its own loader sees to them.
+bool const SystemModulesAreFollowed = false;
+
+std::vector<Candidate> CandidatesFor(std::string const& name, ModuleGraph const& graph, std::size_t)
+{
+    static fs::path const system = SystemFolder();
+    static fs::path const windows = WindowsFolder();
+    static std::vector<fs::path> const path = PathFolders();
+    static std::set<std::string> const known = KnownModules();
+    fs::path const file = FileName(name);
+    if (known.count(Comparable(name)) != 0)
+        return {{system / file, Place::System}};
+    std::vector<Candidate> candidates{{graph.programFolder / file, Place::Folder}};
+    if (!graph.dependencyFolder.empty())
+        candidates.push_back({graph.dependencyFolder / file, Place::Folder});
+    candidates.push_back({system / file, Place::System});
+    candidates.push_back({windows / file, Place::System});
+    // Not the current directory: it does not count while the library names a folder.
+    for (fs::path const& folder : path)
+        candidates.push_back({folder / file, Place::Folder});
+    return candidates;
+}
+
+bool NamesPlace(std::string const& name) { return name.find_first_of("/\\:") != std::string::npos; }
+
+// Names of sets of functions.
+bool NeedsNoFile(std::string const& name)
+{
+    std::string const lower = Comparable(name);
+    return BeginsWith(lower, "api-ms-win-") || BeginsWith(lower, "ext-ms-");
+}
+
+std::string OwnNameOf(MappedModule const& module) { return module.file.filename().string(); }
+
+std::string Comparable(std::string const& name)
+{
+    std::string lower = name;
+    for (char& unit : lower)
+        if (unit >= 'A' && unit <= 'Z')
+            unit = static_cast<char>(unit - 'A' + 'a');
+    return lower;
+}
+
+fs::path FileName(std::string const& name)
+{
+    std::wstring wide(name.size(), L'\0');
+    int const size = ::MultiByteToWideChar(CP_ACP, 0, name.data(), static_cast<int>(name.size()),
+                                           wide.data(), static_cast<int>(wide.size()));
+    wide.resize(static_cast<std::size_t>(size));
+    // The loader takes one without an extension for a library.
+    if (wide.find(L'.') == std::wstring::npos)
+        wide += L".dll";
+    return wide;
+}
+
+std::string HintForModuleBeside() { return "it lies beside the module"; }
+
+std::string RemedyForMissing(std::string const& name, ModuleGraph const& graph, std::size_t)
+{
+    return "install " + name + " in " + Utf8(graph.programFolder);
+}
+
+} // namespace Halvorix::Tools
