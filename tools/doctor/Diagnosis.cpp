@@ -6,8 +6,8 @@
 #include "Examination.h"
 #include "JsonReport.h"
 #include "Options.h"
+#include "TargetProgram.h"
 #include "TextReport.h"
-#include "Vantage.h"
 #include "Verdict.h"
 
 namespace Halvorix::Doctor {
@@ -28,7 +28,7 @@ void RunPlugin(Options const& options, Findings& findings)
 
 int Diagnose(Options const& options)
 {
-    SetVantage(FindVantage(options.executable, options.library));
+    SetTargetProgram(FindTargetProgram(options.executable, options.library));
     Findings findings = Examine(options);
     if (options.asJson) {
         RunPlugin(options, findings);

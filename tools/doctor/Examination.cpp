@@ -9,8 +9,8 @@
 #include "../common/System.h"
 #include "../common/Utf8.h"
 #include "Searches.h"
+#include "TargetProgram.h"
 #include "Text.h"
-#include "Vantage.h"
 #include "discovery/ModuleFiles.h"
 #include "discovery/PathText.h"
 #include "host/SSOClientManager.h"
@@ -97,22 +97,22 @@ void LookForFiles(std::wstring const& plugin, std::wstring const& openSsl, Findi
 void ExamineProgram(Resolver& resolver, Options const& options, Findings& findings)
 {
     Program& program = findings.program;
-    Vantage const& vantage = CurrentVantage();
+    TargetProgram const& target = CurrentTargetProgram();
     std::wstring const libraryName = Platform::LibraryFileName();
     program.libraryName = Shown(libraryName);
     program.version = SSOServices::LibraryVersion;
     program.build = Shown(SSOServices::BuildName());
     program.libraryFile = Shown(SSOServices::ResolveModuleFile(libraryName));
-    program.executable = Shown(SSOServices::NormalizePath(Tools::Wide(vantage.executable)));
+    program.executable = Shown(SSOServices::NormalizePath(Tools::Wide(target.executable)));
     program.directory = Shown(SSOServices::GetExecutableDirPath());
     std::error_code unknown;
     program.workingDirectory = Tools::Utf8(fs::current_path(unknown));
-    AddLibrary(vantage.library, program);
+    AddLibrary(target.library, program);
     program.libraryHint = WantedLibrary().hint;
     program.libraryRemedy = WantedLibrary().remedy;
     program.ownMachine = MachineOf(Tools::FromWide(Platform::ExecutableFile()));
     program.executableMachine =
-        options.executable.empty() ? program.ownMachine : MachineOf(vantage.executable);
+        options.executable.empty() ? program.ownMachine : MachineOf(target.executable);
     for (auto const& [name, folder] :
          {std::pair("ProgramFiles", Platform::KnownFolder::ProgramFiles),
           std::pair("AppData", Platform::KnownFolder::RoamingAppData),

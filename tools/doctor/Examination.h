@@ -6,8 +6,8 @@
 
 namespace Halvorix::Doctor {
 
-/// Follows the road of a load up to the plugin's file and runs nothing of it. The
-/// vantage is set.
+/// Follows a load up to the plugin's file and runs nothing of it. The target program is
+/// set.
 Findings Examine(Options const& options);
 
 // The parts of it, in this order; each after the library has been asked.

@@ -1,8 +1,8 @@
 #include "../common/PluginRun.h"
 #include "../common/Utf8.h"
 #include "Examination.h"
+#include "TargetProgram.h"
 #include "Text.h"
-#include "Vantage.h"
 
 namespace Halvorix::Doctor {
 
@@ -11,8 +11,8 @@ void ExamineRealLoad(Options const& options, Findings& findings)
     findings.load = RealLoad();
     RealLoad& load = *findings.load;
     Json::Value request;
-    request["executable"] = Tools::Utf8(CurrentVantage().executable);
-    request["library"] = Tools::Utf8(CurrentVantage().library);
+    request["executable"] = Tools::Utf8(CurrentTargetProgram().executable);
+    request["library"] = Tools::Utf8(CurrentTargetProgram().library);
     request["first"] = Tools::ListOf(findings.plugin.first);
     request["config"] = Shown(options.config);
     request["searchPaths"] = Shown(options.searchPaths);

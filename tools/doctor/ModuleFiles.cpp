@@ -4,7 +4,7 @@
 #include "discovery/ModuleFiles.h"
 
 #include "../common/System.h"
-#include "Vantage.h"
+#include "TargetProgram.h"
 #include "discovery/PathText.h"
 
 namespace Halvorix::SSOServices {
@@ -13,7 +13,7 @@ std::wstring ResolveModuleFile(std::wstring const& moduleName)
 {
     // All but the library itself is what a load has brought into this process.
     if (moduleName == Platform::LibraryFileName())
-        return NormalizePath(Tools::Wide(Doctor::CurrentVantage().library));
+        return NormalizePath(Tools::Wide(Doctor::CurrentTargetProgram().library));
     return NormalizePath(Platform::LoadedModuleFile(moduleName));
 }
 
@@ -24,7 +24,7 @@ std::wstring GetModuleDirPath(std::wstring const& moduleName)
 
 std::wstring GetExecutableDirPath()
 {
-    return ParentPath(NormalizePath(Tools::Wide(Doctor::CurrentVantage().executable)));
+    return ParentPath(NormalizePath(Tools::Wide(Doctor::CurrentTargetProgram().executable)));
 }
 
 std::wstring GetKnownFolderPath(Platform::KnownFolder folder)

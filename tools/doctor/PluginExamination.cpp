@@ -6,8 +6,8 @@
 #include "../common/PluginRun.h"
 #include "../common/System.h"
 #include "Examination.h"
+#include "TargetProgram.h"
 #include "Text.h"
-#include "Vantage.h"
 
 namespace Halvorix::Doctor {
 
@@ -28,8 +28,8 @@ std::filesystem::path FileOf(Plugin const& plugin)
 
 Tools::FileFindings CheckFile(Plugin const& plugin, Tools::Report& report)
 {
-    Vantage const& vantage = CurrentVantage();
-    return Tools::CheckFile(FileOf(plugin), {vantage.executable, vantage.library}, report);
+    TargetProgram const& target = CurrentTargetProgram();
+    return Tools::CheckFile(FileOf(plugin), {target.executable, target.library}, report);
 }
 
 } // namespace
@@ -46,9 +46,9 @@ void ExaminePlugin(Findings& findings)
 
 void ExamineLibrary(Findings& findings)
 {
-    Vantage const& vantage = CurrentVantage();
+    TargetProgram const& target = CurrentTargetProgram();
     CollectedReport report;
-    Tools::CheckLibrary({vantage.executable, vantage.library}, report);
+    Tools::CheckLibrary({target.executable, target.library}, report);
     findings.program.libraryChecks = std::move(report.checks);
 }
 

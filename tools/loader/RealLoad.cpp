@@ -8,8 +8,8 @@
 #include "../common/ChildProcess.h"
 #include "../common/PluginRun.h"
 #include "../common/System.h"
+#include "../doctor/TargetProgram.h"
 #include "../doctor/Text.h"
-#include "../doctor/Vantage.h"
 #include "LoadChecks.h"
 #include "discovery/PathText.h"
 #include "host/SSOClientManager.h"
@@ -37,8 +37,8 @@ void Interrupted(std::string const& text, Channel& channel)
 
 void LoadByLibrary(Json::Value const& request, Channel& channel)
 {
-    Doctor::SetVantage({std::filesystem::u8path(Tools::TextOf(request, "executable")),
-                        std::filesystem::u8path(Tools::TextOf(request, "library"))});
+    Doctor::SetTargetProgram({std::filesystem::u8path(Tools::TextOf(request, "executable")),
+                              std::filesystem::u8path(Tools::TextOf(request, "library"))});
     // A host gets its locale from the library's first use.
     SSOClientManager::GetInstance();
     SSOServices::StoreSupportFileSearchPaths(

@@ -1,4 +1,4 @@
-#include "Vantage.h"
+#include "TargetProgram.h"
 
 #include <utility>
 
@@ -11,20 +11,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
-Vantage vantage;
+TargetProgram target;
 Tools::FoundLibrary wanted;
 
 } // namespace
 
-void SetVantage(Vantage newVantage) { vantage = std::move(newVantage); }
+void SetTargetProgram(TargetProgram newTarget) { target = std::move(newTarget); }
 
-Vantage const& CurrentVantage() { return vantage; }
+TargetProgram const& CurrentTargetProgram() { return target; }
 
 Tools::FoundLibrary const& WantedLibrary() { return wanted; }
 
-Vantage FindVantage(fs::path const& executable, fs::path const& library)
+TargetProgram FindTargetProgram(fs::path const& executable, fs::path const& library)
 {
-    Vantage found;
+    TargetProgram found;
     bool const isThisProgram = executable.empty();
     wanted = {};
     found.executable = Tools::ExecutableAsRun(
