@@ -37,7 +37,7 @@ void Report::Add(char const* check, Result result, std::string const& text)
 {
     if (result == Result::Failed)
         ++failures;
-    Take({check, result, Presentable(text)});
+    Take({Presentable(check), result, Presentable(text)});
 }
 
 } // namespace Halvorix::Tools

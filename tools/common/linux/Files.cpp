@@ -54,7 +54,7 @@ std::string WhyNotRegular(struct stat const& status)
     return "is a device";
 }
 
-std::string SystemReason()
+std::string WhyNotOpened()
 {
     if (errno == ENOENT || errno == ENOTDIR)
         return "does not exist";
@@ -67,16 +67,16 @@ OpenedFile OpenFile(std::filesystem::path const& file)
 {
     struct stat status {};
     if (::stat(file.c_str(), &status) != 0)
-        return {nullptr, SystemReason()};
+        return {nullptr, WhyNotOpened()};
     if (std::string reason = WhyNotRegular(status); !reason.empty())
         return {nullptr, std::move(reason)};
     // Whatever has taken its place since, the call returns.
     int const descriptor = ::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
     if (descriptor < 0)
-        return {nullptr, SystemReason()};
+        return {nullptr, WhyNotOpened()};
     auto source = std::make_unique<FileSource>(descriptor);
     if (::fstat(descriptor, &status) != 0)
-        return {nullptr, SystemReason()};
+        return {nullptr, WhyNotOpened()};
     if (std::string reason = WhyNotRegular(status); !reason.empty())
         return {nullptr, std::move(reason)};
     source->size = static_cast<std::uint64_t>(status.st_size);

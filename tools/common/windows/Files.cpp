@@ -39,7 +39,7 @@ private:
     HANDLE handle;
 };
 
-std::string SystemReason()
+std::string WhyNotOpened()
 {
     DWORD const error = ::GetLastError();
     if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ||
@@ -57,7 +57,7 @@ OpenedFile OpenFile(std::filesystem::path const& file)
 {
     DWORD const attributes = ::GetFileAttributesW(file.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES)
-        return {nullptr, SystemReason()};
+        return {nullptr, WhyNotOpened()};
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
         return {nullptr, "is a folder"};
     if ((attributes & FILE_ATTRIBUTE_DEVICE) != 0)
@@ -66,13 +66,13 @@ OpenedFile OpenFile(std::filesystem::path const& file)
                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                         nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE)
-        return {nullptr, SystemReason()};
+        return {nullptr, WhyNotOpened()};
     auto source = std::make_unique<FileSource>(handle);
     if (::GetFileType(handle) != FILE_TYPE_DISK)
         return {nullptr, "is a device"};
     LARGE_INTEGER size{};
     if (::GetFileSizeEx(handle, &size) == FALSE)
-        return {nullptr, SystemReason()};
+        return {nullptr, WhyNotOpened()};
     source->size = static_cast<std::uint64_t>(size.QuadPart);
     return {std::move(source), {}};
 }

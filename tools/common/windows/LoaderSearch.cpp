@@ -73,11 +73,6 @@ std::set<std::string> KnownModules()
     return known;
 }
 
-bool BeginsWith(std::string const& text, char const* beginning)
-{
-    return text.rfind(beginning, 0) == 0;
-}
-
 } // namespace
 
 // There its own loader sees to them.
@@ -109,7 +104,7 @@ bool NamesPlace(std::string const& name) { return name.find_first_of("/\\:") != 
 bool NeedsNoFile(std::string const& name)
 {
     std::string const lower = Comparable(name);
-    return BeginsWith(lower, "api-ms-win-") || BeginsWith(lower, "ext-ms-");
+    return lower.rfind("api-ms-win-", 0) == 0 || lower.rfind("ext-ms-", 0) == 0;
 }
 
 std::string OwnNameOf(MappedModule const& module) { return module.file.filename().string(); }

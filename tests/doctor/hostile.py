@@ -1,0 +1,203 @@
+#!/usr/bin/env python3
+"""Installations that were made to harm whoever looks at them."""
+
+import json
+import os
+import re
+import time
+
+import rig
+import harness
+from harness import COMPATIBILITY, line_of, skip
+
+UNSAFE = [0x1B, 0x7F, 0x9B, 0x85, 0x61C, 0x200E, 0x200F, 0x2028, 0x2029, 0x202E, 0x2066, 0x2069]
+
+
+def hostile(test):
+    """The plugin is one that does what the environment says."""
+    place = test.whole()
+    name = "server/plugin/RecordingPlugin" + test.build.module
+    place.place(name, "HostilePlugin" + test.build.module)
+    return place
+
+
+def PluginThatEndsTheProcess(test):
+    """Always a last line, always a whole document, never status 0."""
+    place = hostile(test)
+    for deed, how in (
+        ("load: exit", "the plugin ends the process with exit status 0 while it is loaded"),
+        ("factory: exit", "the plugin ends the process with exit status 0 in GetSSOClientFactory"),
+        ("factory: abort", "the plugin aborts the process"),
+        ("factory: null", "the plugin crashes the process: "),
+        ("load: print and exit", "the plugin ends the process with exit status 0 while it is"),
+    ):
+        environment = {"HXSSO_HOSTILE": deed}
+        ended = place.diagnose("--load", environment=environment)
+        assert ended.status == 1 and ended.errors == ""
+        assert how in ended.output and "all is well" not in ended.output, ended.output
+        ended = place.diagnose("--log", "--json", environment=environment)
+        assert ended.status == 1 and not ended.document["verdict"]["canWork"]
+        load = ended.document["load"]
+        assert load["death"].startswith(how.split(" while")[0].split(" in Get")[0]), load
+        assert load["death"].endswith("while the library loads it") and not load["worked"], load
+        # What the library said before is not lost.
+        assert "Dynamically loading client plugin" in load["log"][-1]["text"] or \
+            "Getting factory" in load["log"][-1]["text"], load["log"][-1]
+
+
+def PluginThatLoopsForEver(test):
+    place = hostile(test)
+    for option in ("--load", "--log"):
+        begun = time.monotonic()
+        ended = place.diagnose(option, "--timeout", "1", environment={"HXSSO_HOSTILE": "load: loop"})
+        assert ended.status == 1 and time.monotonic() - begun < 30
+        assert "does not come back within 1 s while it is loaded" in ended.output
+    for value in ("", "0", "x", "-1", "1.5", "99999"):
+        assert place.diagnose("--timeout", value).status == 2, value
+
+
+def PluginThatPrints(test):
+    place = hostile(test)
+    ended = place.diagnose("--log", "--json", environment={"HXSSO_HOSTILE": "factory: print"})
+    assert "all is well" not in ended.output
+    checks = {one["check"]: one["result"] for one in ended.document["plugin"]["loadChecks"]}
+    assert checks == {"load": "ok", "factory": "FAILED"}, checks
+
+
+def PipesInTheInstallation(test):
+    """Told, not opened: the doctor waits for nobody."""
+    if test.build.is_windows:
+        skip("only the other system has pipes among its files")
+    for relative in ("app/SSOClient.config", COMPATIBILITY, "server/plugin/RecordingPlugin.so",
+                     "app/" + test.build.library):
+        place = test.whole()
+        place.path(relative).unlink()
+        os.mkfifo(place.path(relative))
+        ended = place.diagnose()
+        assert ended.last, relative
+        assert ended.status == (0 if relative == "app/SSOClient.config" else 1) or \
+            "SSOClient.config" in ended.last, (relative, ended.last)
+
+
+def TextsThatSteer(test):
+    """Names, paths, keys and values with what would steer a terminal or turn a line."""
+    place = test.whole()
+    for point in UNSAFE:
+        unsafe = chr(point)
+        whole = harness.compatibility(test.whole())
+        module = whole["ssoClientPlugin"][0]
+        whole["ssoClientPlugin"] = [module | {"module": "a" + unsafe, "modulePath": "p" + unsafe,
+                                              "k" + unsafe: 1, "version": "9" + unsafe}, module]
+        place.write(COMPATIBILITY, json.dumps(whole, ensure_ascii=False))
+        config = {"ssoServer": {"searchPaths": "{root}/server;" + unsafe, unsafe: 1}}
+        place.write("app/SSOClient.config", json.dumps(config, ensure_ascii=False))
+        for options in ([], ["--json"]):
+            output = place.diagnose(*options).output
+            assert unsafe not in output, (hex(point), output)
+        assert place.diagnose("--json").document["compatibilityFile"]["file"]
+        place.write("app/SSOClient.config", "{" + unsafe + "}")
+        for options in ([], ["--json"]):
+            output = place.diagnose(*options).output
+            assert unsafe not in output, (hex(point), output)
+
+
+def ManyEntries(test):
+    """In time that grows as their number does: eight times as many, not 64 times."""
+    if test.build.is_windows:
+        skip("Wine tells no time of a process")
+    import resource
+
+    def seconds(count, entry):
+        place = test.whole()
+        whole = harness.compatibility(place)
+        whole["ssoClientPlugin"] = [entry] * count + whole["ssoClientPlugin"]
+        place.write(COMPATIBILITY, json.dumps(whole, indent=1))
+        used = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime
+        assert place.diagnose("--json").document["compatibilityFile"]["ssoClientPlugin"]["modules"]
+        return resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime - used
+
+    whole = harness.compatibility(test.whole())["ssoClientPlugin"][0]
+    for entry in (whole | {"version": "0.5"}, whole | {"module": [], "more": 1}, {"version": []}):
+        few, many = seconds(4000, entry), seconds(32000, entry)
+        print(f"4,000 entries {few:.2f} s, 32,000 entries {many:.2f} s")
+        assert many < 24 * max(few, 0.05), entry
+
+
+def LibraryLacksWhatItNeeds(test):
+    """Found by reading, named, and nothing is loaded."""
+    place = test.whole()
+    library = place.path("app/" + test.build.library)
+    needed = "libjsoncpp.dll" if test.build.is_windows else "libjsoncpp.so.25"
+    gone = needed.replace("json", "jsxn")
+    data = library.read_bytes()
+    assert needed.encode() + b"\0" in data
+    place.replace("app/" + test.build.library,
+                  data.replace(needed.encode() + b"\0", gone.encode() + b"\0"))
+    ended = place.diagnose("--load")
+    spelled = test.build.spelled(library)
+    assert ended.last.startswith(
+        f"the library {spelled}: dependencies: {gone}, which {test.build.library} needs, "
+        "is missing"), ended.last
+    assert not (place.root / "record").exists()
+    # And it is well again where the remedy leads.
+    place.place("app/" + test.build.library, test.build.library)
+    assert place.diagnose("--load").last == rig.CAN_WORK
+
+
+def LibraryThatLacksSymbols(test):
+    """What it needs is there under the right name, and is another one."""
+    place = test.whole()
+    library = "app/" + test.build.library
+    if test.build.is_windows:
+        place.place("app/libjsoncpp.dll", "PluginDependency.dll")
+        lacks = "of libjsoncpp.dll, which that one does not have"
+    else:
+        data = place.path(library).read_bytes()
+        newest = max(re.findall(rb"GLIBCXX_3\.4\.\d\d(?=\0)", data))
+        other = newest[:-2] + b"99"
+        place.replace(library, data.replace(newest + b"\0", other + b"\0"))
+        lacks = f"needs version {other.decode()} of the symbols of libstdc++.so.6"
+    ended = place.diagnose()
+    assert ended.status == 1 and f"{library}: symbols: " in ended.last, ended.last
+    assert lacks in ended.last, ended.last
+
+
+def LibraryWhereTheLoaderLooks(test):
+    if test.build.is_windows:
+        skip("programs for Windows have no run path")
+    place = test.whole()
+    library = place.path("app/" + test.build.library)
+    elsewhere = place.root / "elsewhere"
+    elsewhere.mkdir()
+    os.rename(library, elsewhere / library.name)
+    ended = place.diagnose()
+    assert ended.status == 1 and f"install {library.name} in {place.root}/app" in ended.last
+    environment = {"LD_LIBRARY_PATH": f"/nowhere:{elsewhere}"}
+    ended = place.diagnose(environment=environment)
+    assert ended.last == rig.CAN_WORK
+    line_of(ended, "%SSOServicesModulePath%", str(elsewhere))
+    # The remedy, followed.
+    os.rename(elsewhere / library.name, library)
+    assert place.diagnose().last == rig.CAN_WORK
+
+
+def LibraryForTheOtherSystem(test):
+    place = test.whole()
+    foreign = b"\x7fELF\x02\x01\x01" + bytes(2000) if test.build.is_windows else b"MZ" + bytes(2000)
+    place.replace("app/foreign", foreign)
+    ended = place.diagnose("--library", test.build.spelled(place.root / "app/foreign"))
+    system = "Linux or its like" if test.build.is_windows else "Windows"
+    assert f"app/foreign is a module for {system}" in ended.last, ended.last
+
+
+def PluginWithoutItsSymbols(test):
+    place = test.installation("plugin-lacks-a-dependency")
+    place.place("server/plugin/PluginDependency" + test.build.module,
+                "PlainNamePlugin" + test.build.module)
+    ended = place.diagnose("--load")
+    assert ": symbols: DependentPlugin" in ended.last, ended.last
+    assert "not tried" in ended.output
+
+
+if __name__ == "__main__":
+    harness.run(globals())
