@@ -43,6 +43,8 @@ void Replace(std::string& text, std::string const& what, std::string const& by)
 // The loader's own variables, in both spellings.
 std::string Expanded(std::string text, fs::path const& origin)
 {
+    // The system gives an address as a number.
+    // NOLINTNEXTLINE(performance-no-int-to-ptr)
     auto const* const platform = reinterpret_cast<char const*>(::getauxval(AT_PLATFORM));
     std::pair<char const*, std::string> const values[] = {
         {"ORIGIN", origin.string()},
