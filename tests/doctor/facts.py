@@ -3,6 +3,7 @@
 
 import json
 import os
+import struct
 
 import rig
 import harness
@@ -127,7 +128,10 @@ def LibraryOfOtherVersion(test):
     place = test.whole()
     library = place.root / "app" / test.build.library
     if test.build.is_windows:
-        wanted, other = ("10.22.0.1800".encode("utf-16-le"), "10.23.0.1801".encode("utf-16-le"))
+        # In the resource's record of numbers, behind its mark.
+        mark = b"\xbd\x04\xef\xfe\x00\x00\x01\x00"
+        wanted = mark + struct.pack("<4H", 22, 10, 1800, 0)
+        other = mark + struct.pack("<4H", 23, 10, 1801, 0)
         content = library.read_bytes()
         assert wanted in content
         place.replace("app/" + test.build.library, content.replace(wanted, other))

@@ -143,8 +143,9 @@ TEST(ModuleImage, SurvivesBytesThatWereMadeToHarm)
         }
         ModuleImage const image = ImageOf(harmed);
         EXPECT_LE(image.imports.size(), MostImports + 1);
-        if (image.format == NativeFormat && image.flaw.empty())
+        if (image.format == NativeFormat && image.flaw.empty()) {
             EXPECT_LE(SymbolsOf(harmed).exports.size(), MostSymbols);
+        }
     }
 }
 
