@@ -68,6 +68,8 @@ def run(*arguments, script=None, hostile=None):
     environment = dict(os.environ, HXSSO_PLUGIN_SCRIPT="script", HXSSO_PLUGIN_RECORD="record")
     if hostile:
         environment["HXSSO_HOSTILE"] = hostile
+        # A sanitizer would end a crash in its own way.
+        environment["ASAN_OPTIONS"] = "handle_segv=0:" + environment.get("ASAN_OPTIONS", "")
     ended = subprocess.run(
         [*EMULATOR, os.path.join("program", PROGRAM), *arguments],
         env=environment,
