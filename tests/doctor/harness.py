@@ -8,14 +8,10 @@ import tempfile
 
 sys.dont_write_bytecode = True
 import rig  # noqa: E402
+from rig import skip  # noqa: E402,F401
 
 CASES = pathlib.Path(__file__).resolve().parent / "cases"
 COMPATIBILITY = "server/SSOVersionCompatibility.config"
-
-
-def skip(reason):
-    print("skipped:", reason)
-    sys.exit(rig.SKIPPED)
 
 
 class Test:

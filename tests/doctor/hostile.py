@@ -174,14 +174,14 @@ def LibraryWhereTheLoaderLooks(test):
     elsewhere.mkdir()
     os.rename(library, elsewhere / library.name)
     ended = place.diagnose()
-    assert ended.status == 1 and f"install {library.name} in {place.root}/app" in ended.last
+    assert ended.status == 1 and f"Fix: install {library.name} in {place.root}/app" in ended.lines
     environment = {"LD_LIBRARY_PATH": f"/nowhere:{elsewhere}"}
-    ended = place.diagnose(environment=environment)
-    assert ended.last == rig.CAN_WORK
+    ended = place.diagnose("--verbose", environment=environment)
+    assert ended.last == rig.NOT_LOADED
     line_of(ended, "%SSOServicesModulePath%", str(elsewhere))
     # The remedy, followed.
     os.rename(elsewhere / library.name, library)
-    assert place.diagnose().last == rig.CAN_WORK
+    assert place.diagnose().last == rig.NOT_LOADED
 
 
 def LibraryForTheOtherSystem(test):

@@ -12,7 +12,11 @@ def NothingOfThePluginRunsUnasked(test):
     place = test.whole()
     assert place.diagnose().status == 0 and place.diagnose("--json").status == 0
     assert not (place.root / "record").exists(), "code of the plugin ran"
-    line_of(place.diagnose("--load"), "ok", "interfaces", "ISSOServerManager, ")
+    assert place.diagnose().last == place.diagnose("--verbose").last == rig.NOT_LOADED
+    ended = place.diagnose("--load")
+    line_of(ended, "Client plugin, loaded", "ISSOServerManager, ")
+    assert ended.last == rig.CAN_WORK
+    line_of(place.diagnose("--load", "--verbose"), "ok", "interfaces", "ISSOServerManager, ")
     assert (place.root / "record").exists()
 
 

@@ -6,7 +6,9 @@ import json
 import os
 import pathlib
 import random
+import re
 
+import rig
 import harness
 from harness import CASES, COMPATIBILITY, skip
 
@@ -36,6 +38,9 @@ def tree(root):
 def JsonKeepsToItsSchema(test):
     validator = schema()
     for case in sorted(CASES.iterdir()):
+        about = json.loads((case / "case.json").read_text(encoding="utf-8"))
+        if "deny" in about or "system" in about or (test.build.is_windows and "location" in about):
+            continue
         place = test.installation(case.name)
         for more in ([], ["--log"]) if case.name in ("nothing-is-wrong", "factory-throws") else ([],):
             document = place.diagnose("--json", *place.arguments, *more).document
@@ -64,35 +69,91 @@ def NoColoursInAPipe(test):
         assert b"\x1b" not in test.installation(case).diagnose().bytes
 
 
-def ColoursOnATerminal(test):
+def on_terminal(test, place, environment, *arguments, columns=0):
+    """What the doctor writes to a terminal of that many columns."""
     if test.build.is_windows:
         skip("Wine has no console to write to here")
+    import fcntl
     import pty
+    import struct
     import subprocess
+    import termios
 
-    def shown(environment=None):
-        place = test.whole()
-        master, slave = pty.openpty()
-        program = str(place.root / "app" / test.build.program)
-        with subprocess.Popen(
-            place.command("--exe", program), stdout=slave, env=place.environment(environment)
-        ) as process:
-            os.close(slave)
-            output = b""
-            while True:
-                try:
-                    part = os.read(master, 65536)
-                except OSError:
-                    break
-                if not part:
-                    break
-                output += part
-            assert process.wait() == 0
-        os.close(master)
-        return output
+    master, slave = pty.openpty()
+    fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
+    command = place.command("--exe", place.program, *arguments)
+    with subprocess.Popen(command, stdout=slave, env=place.environment(environment)) as process:
+        os.close(slave)
+        output = b""
+        while True:
+            try:
+                part = os.read(master, 65536)
+            except OSError:
+                break
+            if not part:
+                break
+            output += part
+        process.wait()
+    os.close(master)
+    return output.decode("utf-8").replace("\r\n", "\n")
 
-    assert b"\x1b[32msign-in can work\x1b[0m" in shown()
-    assert b"\x1b" not in shown({"NO_COLOR": "1"})
+
+def ColoursOnATerminal(test):
+    place = test.whole()
+
+    def shown(**environment):
+        return on_terminal(test, place, {"TERM": "xterm"} | environment)
+
+    green = f"\x1b[32m{rig.NOT_LOADED}\x1b[0m"
+    assert green in shown()
+    assert green in shown(NO_COLOR="")
+    for environment in ({"NO_COLOR": "1"}, {"NO_COLOR": "0"}, {"TERM": "dumb"}, {"TERM": ""}):
+        output = shown(**environment)
+        assert "\x1b" not in output and rig.NOT_LOADED in output, environment
+
+
+def LinesBreakAtTheTerminalsWidth(test):
+    """Between words, and nowhere else: what is joined again is what a pipe gets."""
+    place = test.installation("every-plugin-object-is-incomplete")
+    plain = place.diagnose().output.split("\n")
+    longest = max(len(word) for line in plain for word in line.split(" "))
+    assert max(map(len, plain)) > 3 * longest, "nothing here has to be broken"
+    for environment, columns in (({"TERM": "dumb"}, 70), ({"TERM": "dumb", "COLUMNS": "70"}, 40)):
+        output = on_terminal(test, place, environment, columns=columns)
+        for line in output.split("\n"):
+            # A long word stays whole, behind no more than its indent.
+            assert len(line) <= 70 or len(line) - len(line.split()[-1]) <= 27, line
+        assert output.split() == " ".join(plain).split()
+        assert len(output.split("\n")) > len(plain) + 5
+    coloured = on_terminal(test, place, {"TERM": "xterm"}, columns=70)
+    assert re.sub("\x1b\\[[0-9;]*m", "", coloured) == on_terminal(test, place, {"TERM": "dumb"}, columns=70)
+    # A pipe has no width, whatever the environment says.
+    assert place.diagnose(environment={"COLUMNS": "40"}).output.split("\n") == plain
+
+
+def OneScreenWhenAllIsWell(test):
+    place = test.whole()
+    ended = place.diagnose("--load")
+    assert len(ended.lines) <= 12, ended.output
+    assert ended.problems == [rig.CAN_WORK]
+    names = ["Program", "Library", "Client configuration", "Server application"]
+    names += ["Version compatibility file", "Client plugin", "OpenSSL module", "Client plugin, loaded"]
+    assert [line.split("  ")[0].split(" /")[0].split(" Z:")[0] for line in ended.lines[:-2]] == names
+    assert "searched for" not in ended.output
+    verbose = place.diagnose("--verbose")
+    assert verbose.output.count("searched for") == 3 and "  ssoClientPlugin" in verbose.lines
+
+
+def DetailsWhereSomethingIsWrong(test):
+    """The section with the problem is whole, and the others stay short."""
+    place = test.installation("server-application-missing")
+    ended = place.diagnose()
+    assert "  searched for HxSSO.exe in" in ended.lines
+    assert ended.output.count("searched for") == 1, ended.output
+    for number, line in enumerate(ended.lines):
+        if line.startswith(("wrong: ", "warning: ")):
+            assert ended.lines[number + 1].startswith("Fix: "), ended.lines[number + 1]
+    assert any(line.startswith("wrong: ") for line in ended.lines)
 
 
 def ChangesNothing(test):

@@ -2,6 +2,7 @@
 own, and hxsso-doctor run on it."""
 
 import contextlib
+import ctypes
 import json
 import os
 import pathlib
@@ -11,6 +12,22 @@ import sys
 
 SKIPPED = 77
 CAN_WORK = "sign-in can work"
+NOT_LOADED = "nothing wrong found; the plugin was not loaded (--load loads it)"
+BASE = pathlib.Path(__file__).resolve().parent / "base"
+LOCATION_KEY = "HKLM\\SOFTWARE\\Halvorix\\Halvorix HxSSO"
+# What makes a file's permissions count for root too: CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH.
+PR_CAPBSET_DROP, CAPABILITIES = 24, (1, 2)
+
+
+def skip(reason):
+    print("skipped:", reason)
+    sys.exit(SKIPPED)
+
+
+def obey_permissions():
+    """In the child, before it becomes the doctor: root is denied what others are."""
+    for capability in CAPABILITIES:
+        ctypes.CDLL(None).prctl(PR_CAPBSET_DROP, capability, 0, 0, 0)
 
 
 class Build:
@@ -54,6 +71,12 @@ class Ended:
         return self.lines[-1]
 
     @property
+    def problems(self):
+        """What is wrong, what to do about it, and the last line."""
+        kinds = ("wrong: ", "warning: ", "Fix: ")
+        return [line for line in self.lines if line.startswith(kinds)] + [self.last]
+
+    @property
     def document(self):
         return json.loads(self.output)
 
@@ -95,11 +118,14 @@ class Row:
 
 class Installation:
     """app/ has the program and the library, server/ the server application and its
-    files, work/ is the current directory."""
+    files, work/ is the current directory. Closed at the end, for what it has left in the
+    system."""
 
     def __init__(self, build, root):
         self.build = build
         self.root = pathlib.Path(os.path.realpath(root))
+        self.script, self.variables, self.denied, self.has_location = {}, {}, [], False
+        self.program = build.spelled(self.root / "app" / build.program)
         for folder in ("app", "server", "work", "doctor", "home", "xdg"):
             (self.root / folder).mkdir(parents=True)
         # On its own: what lies beside a program is found by it.
@@ -107,6 +133,32 @@ class Installation:
         self.place("doctor/" + build.loader, build.loader)
         self.place("app/" + build.program, build.host)
         self.place("app/" + build.library, build.library)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        for relative in self.denied:
+            self.path(relative).chmod(0o755)
+        if self.has_location and self.build.is_windows:
+            self.registry("delete", LOCATION_KEY, "/f")
+
+    def registry(self, *words):
+        subprocess.run([*self.build.emulator, "reg", *words], check=True, capture_output=True)
+
+    def leave_location(self, directory):
+        """As the server application's installation does."""
+        self.has_location = True
+        if self.build.is_windows:
+            self.registry("add", LOCATION_KEY, "/v", "Location", "/d", directory, "/f")
+        else:
+            self.write("xdg/Halvorix/HxSSO/Location", directory + "\n")
+
+    def deny(self, relative):
+        if self.build.is_windows and os.geteuid() == 0:
+            skip("runs as root, whom Wine denies nothing")
+        self.path(relative).chmod(0)
+        self.denied.append(relative)
 
     def texts(self):
         return {
@@ -168,8 +220,31 @@ class Installation:
         return self.replace(relative, bytes(data))
 
     def set_up(self, case):
-        """As the folder of a case tells it."""
-        about = json.loads((case / "case.json").read_text())
+        """What is whole, and over it what the folder of a case tells; how the doctor is
+        started then."""
+        self.apply(BASE)
+        about = self.apply(case)
+        for relative in about.get("deny", []):
+            self.deny(relative)
+        if "location" in about:
+            self.leave_location(self.filled(about["location"]))
+        self.script = about.get("script", {})
+        self.variables = about.get("environment", {})
+        self.program = self.filled(about.get("exe", "{root}/app/{program}"))
+        return [self.filled(argument) for argument in about.get("arguments", [])]
+
+    def apply(self, case):
+        about = json.loads((case / "case.json").read_text(encoding="utf-8"))
+        system = "windows" if self.build.is_windows else "linux"
+        if about.get("system", system) != system:
+            skip("this happens on " + about["system"] + " only")
+        for relative in about.get("remove", []):
+            self.path(relative).unlink()
+        for relative, name in about.get("rename", {}).items():
+            self.path(name).parent.mkdir(parents=True, exist_ok=True)
+            os.rename(self.path(relative), self.path(name))
+        for relative in about.get("folders", []):
+            self.path(relative).mkdir(parents=True)
         for file in sorted(case.rglob("*")):
             relative = file.relative_to(case)
             if file.is_file() and len(relative.parts) > 1:
@@ -184,12 +259,20 @@ class Installation:
             self.replace(relative, self.path(relative).read_bytes()[:size])
         for relative in about.get("otherArchitecture", []):
             self.turn_architecture(relative)
-        for relative in about.get("remove", []):
-            self.path(relative).unlink()
-        self.script = about.get("script", {})
-        return [self.filled(argument) for argument in about.get("arguments", [])]
+        for relative, changes in about.get("edit", {}).items():
+            self.edit(relative, changes)
+        for relative, encoding in about.get("encode", {}).items():
+            text = self.path(relative).read_text(encoding="utf-8")
+            self.replace(relative, text.encode(encoding))
+        return about
 
-    script: dict = {}
+    def edit(self, relative, changes):
+        """Each first text by the second one, once."""
+        text = self.path(relative).read_text(encoding="utf-8")
+        for before, after in changes:
+            assert self.filled(before) in text, before
+            text = text.replace(self.filled(before), self.filled(after), 1)
+        self.write(relative, text)
 
     def environment(self, changes=None):
         (self.root / "script").write_text(json.dumps(self.script))
@@ -201,8 +284,9 @@ class Installation:
             HXSSO_PLUGIN_SCRIPT=self.build.spelled(self.root / "script"),
             HXSSO_PLUGIN_RECORD=self.build.spelled(self.root / "record"),
         )
-        for name in ("XDG_CONFIG_HOME", "XDG_DATA_HOME", "NO_COLOR"):
+        for name in ("XDG_CONFIG_HOME", "XDG_DATA_HOME", "NO_COLOR", "COLUMNS"):
             environment.pop(name, None)
+        environment.update(self.variables)
         environment.update(changes or {})
         return environment
 
@@ -220,6 +304,7 @@ class Installation:
             stderr=subprocess.PIPE,
             timeout=100,
             check=False,
+            preexec_fn=obey_permissions if self.denied else None,
         )
         if self.build.emulator and process.returncode == SKIPPED:
             print(process.stderr.decode())
@@ -235,6 +320,6 @@ class Installation:
         )
 
     def diagnose(self, *arguments, environment=None):
-        """The doctor on the program in app/."""
-        program = self.build.spelled(self.root / "app" / self.build.program)
-        return self.run("--exe", program, *arguments, environment=environment)
+        """The doctor on the program in app/, or on the one that the case names, if any."""
+        program = ["--exe", self.program] if self.program else []
+        return self.run(*program, *arguments, environment=environment)

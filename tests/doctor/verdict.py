@@ -36,15 +36,15 @@ def OnlyWhatIsReadStops(test):
     place.write(COMPATIBILITY, json.dumps(whole | {"ssoClientPlugin": objects}))
     ended = place.diagnose("--log")
     assert ended.last == rig.CAN_WORK, ended.last
-    line_of(ended, "warning", "ssoClientPlugin[1].modulePath is an array where a text belongs")
+    line_of(ended, "warning", "entry 1 of ssoClientPlugin: modulePath is an array where a text belongs")
     # The value that ends the reading hides those behind it.
     objects[0] = {"module": "x", "modulePath": [], "version": []}
     place.write(COMPATIBILITY, json.dumps(whole | {"ssoClientPlugin": objects}))
     document = place.diagnose("--json").document
     oddities = document["compatibilityFile"]["oddities"]
     stops = [oddity["key"] for oddity in oddities if oddity["stopsReading"]]
-    assert stops == ["ssoClientPlugin[1].modulePath"], stops
-    assert "ssoClientPlugin[1].modulePath" in document["verdict"]["line"]
+    assert stops == ["ssoClientPlugin[0].modulePath"], stops
+    assert "entry 1 of ssoClientPlugin: modulePath" in document["verdict"]["line"]
 
 
 def NestedTooDeeply(test):
@@ -53,7 +53,7 @@ def NestedTooDeeply(test):
     place = test.whole().write("app/SSOClient.config", deep)
     ended = place.diagnose()
     assert ended.last.startswith("the client configuration cannot be read: "), ended.last
-    assert "nested too deeply" in ended.last and "is no JSON" not in ended.output
+    assert "nested too deeply" in ended.last and "not valid JSON" not in ended.output
     assert "defaults" not in ended.output
     config = place.diagnose("--json").document["clientConfig"]
     assert config["state"] == "stopped"
@@ -61,7 +61,7 @@ def NestedTooDeeply(test):
     place = test.whole().write(COMPATIBILITY, deep)
     ended = place.diagnose()
     assert ended.last.startswith("the version compatibility file cannot be read: "), ended.last
-    assert "nested too deeply" in ended.last and "is no JSON" not in ended.output
+    assert "nested too deeply" in ended.last and "not valid JSON" not in ended.output
 
 
 def LastLineIsTheFirstFatalProblem(test):
@@ -71,12 +71,12 @@ def LastLineIsTheFirstFatalProblem(test):
     place.write("app/SSOClient.config", config)
     ended = place.diagnose()
     assert ended.last.startswith("the server application "), ended.last
-    line_of(ended, "warning", "more is no key of this file")
+    line_of(ended, "warning", "more is not a key of this file")
     assert place.diagnose("--json").document["verdict"]["line"] == ended.last
     place.write("app/SSOClient.config", config[:-1])
-    assert place.diagnose().last.startswith("the client configuration is no JSON: ")
+    assert place.diagnose().last.startswith("the client configuration is not valid JSON: ")
     nowhere = test.build.spelled(place.root / "nowhere")
-    assert " that the program names " in place.diagnose("--config", nowhere).last
+    assert ", which the program names, " in place.diagnose("--config", nowhere).last
     # Keys that were meant to say where it lies are named beside it.
     config = '{"ssoServer": {"bundleid": 1, "SearchPaths": "{root}/server"}}'
     ended = place.write("app/SSOClient.config", config).diagnose()
@@ -116,7 +116,7 @@ def MisspeltKeysOfTheCompatibilityFile(test):
     # Both lists have it; that of OpenSSL keeps no plugin away.
     place.write(COMPATIBILITY, content.replace('"modulePath"', '"modulepath"'))
     last = place.diagnose().last
-    assert "; ssoClientPlugin[1].modulepath is ignored: the key is written modulePath" in last, last
+    assert "; entry 1 of ssoClientPlugin: modulepath is ignored: the key is written modulePath" in last
     assert "openssl" not in last, last
 
 
@@ -134,7 +134,7 @@ def OpenSslThatCannotBeLookedFor(test):
     for one in (module, row):
         assert not one["exists"] and one["lookError"] == (stumbles[0] if stumbles else None), one
     if stumbles:
-        ended = place.diagnose()
+        ended = place.diagnose("--verbose")
         assert stumbles[0] in ended.last, ended.last
         line_of(ended, "chosen, file cannot be looked at: ", stumbles[0])
         assert "does not exist" not in ended.output
@@ -153,6 +153,23 @@ def RowsAskAsTheLoadDoes(test):
     assert bool(row["lookError"]) == (not test.build.is_windows), row
 
 
+def LastLineIsShort(test):
+    """However many entries there are, and directories."""
+    place = test.whole()
+    entry = harness.compatibility(place)["ssoClientPlugin"][0]
+    entry["compatibleSsoServicesVersion"] = {"minVersion": "11"}
+    place.write(COMPATIBILITY, json.dumps({"ssoClientPlugin": [entry] * 200}))
+    ended = place.diagnose()
+    assert "; 3. " in ended.last and ended.last.endswith("; and 197 more)"), ended.last
+    assert len(ended.last) < 500, ended.last
+    line_of(ended, "    200. ", "excluded by minVersion")
+    paths = ";".join(f"{{root}}/{number}" for number in range(200))
+    place.write("app/SSOClient.config", json.dumps({"ssoServer": {"searchPaths": paths}}))
+    ended = place.diagnose()
+    assert ended.last.endswith("/1, and 198 more"), ended.last
+    line_of(ended, "    ", "/199  no such directory")
+
+
 def OpenSslIsJudgedLast(test):
     """The library reads its list when the plugin is in use already."""
     place = test.whole()
@@ -160,12 +177,12 @@ def OpenSslIsJudgedLast(test):
     whole["openssl"][0]["version"] = []
     place.write(COMPATIBILITY, json.dumps(whole))
     last = place.diagnose().last
-    assert "openssl[1].version is an array where a text belongs" in last, last
+    assert "entry 1 of openssl: version is an array where a text belongs" in last, last
     whole["ssoClientPlugin"][0]["module"] = "Nowhere"
     place.write(COMPATIBILITY, json.dumps(whole))
     ended = place.diagnose()
     assert ended.last.startswith("the chosen client plugin ") and "does not exist" in ended.last
-    line_of(ended, "wrong: ", "openssl[1].version is an array where a text belongs")
+    line_of(ended, "wrong: ", "entry 1 of openssl: version is an array where a text belongs")
 
 
 if __name__ == "__main__":

@@ -50,6 +50,42 @@ void Divide(ModuleGraph const& graph, std::size_t plugin, Dependencies& found)
     }
 }
 
+bool Imports(MappedModule const& module, std::string const& name)
+{
+    if (module.place == Place::System && !SystemModulesAreFollowed)
+        return false;
+    std::vector<std::string> const& imports = module.image.imports;
+    return std::any_of(imports.begin(), imports.end(), [&name](std::string const& import) {
+        return Comparable(import) == Comparable(name);
+    });
+}
+
+// What the module and those that it needs lack, each name once, even if a module that
+// was there before them was the first to need it.
+std::vector<MissingModule> MissingFor(ModuleGraph const& graph, std::size_t module)
+{
+    std::vector<std::size_t> const closure = graph.ClosureOf(module);
+    std::vector<MissingModule> found;
+    for (MissingModule const& missing : graph.missing) {
+        if (graph.Find(missing.name) != ModuleGraph::NoModule)
+            continue; // it has come since
+        auto const needing = std::find_if(closure.begin(), closure.end(), [&](std::size_t one) {
+            return Imports(graph.modules[one], missing.name);
+        });
+        if (needing == closure.end())
+            continue;
+        found.push_back(missing);
+        if (std::find(closure.begin(), closure.end(), missing.needing) != closure.end())
+            continue;
+        found.back().needing = *needing;
+        found.back().neededBy = Utf8(graph.modules[*needing].file.filename());
+        // That hint is about a folder of the other one.
+        if (missing.hint == HintForModuleBeside())
+            found.back().hint.clear();
+    }
+    return found;
+}
+
 // A stack in place of a recursion, which somebody's chain of modules would overflow.
 std::vector<fs::path> InOrderOfNeed(ModuleGraph const& graph, std::size_t plugin)
 {
@@ -87,11 +123,7 @@ Dependencies FindDependencies(fs::path const& plugin, ModuleImage const& image, 
     std::size_t const module = graph.Load(plugin, image, library);
     Dependencies found;
     Divide(graph, module, found);
-    std::vector<std::size_t> closure = graph.ClosureOf(module);
-    std::sort(closure.begin(), closure.end());
-    for (MissingModule const& missing : graph.missing)
-        if (std::binary_search(closure.begin(), closure.end(), missing.needing))
-            found.missing.push_back(missing);
+    found.missing = MissingFor(graph, module);
     found.limit = graph.limit;
     if (found.missing.empty() && found.limit.empty())
         found.missingSymbols = MissingSymbols(graph, module, found.limit);
@@ -106,11 +138,7 @@ LibraryDependencies FindLibraryDependencies(Host const& host)
     LibraryDependencies found;
     if (library == ModuleGraph::NoModule)
         return found;
-    std::vector<std::size_t> closure = graph.ClosureOf(library);
-    std::sort(closure.begin(), closure.end());
-    for (MissingModule const& missing : graph.missing)
-        if (std::binary_search(closure.begin(), closure.end(), missing.needing))
-            found.missing.push_back(missing);
+    found.missing = MissingFor(graph, library);
     found.limit = graph.limit;
     if (found.missing.empty() && found.limit.empty())
         found.missingSymbols = MissingSymbols(graph, library, found.limit);

@@ -10,7 +10,7 @@ namespace Halvorix::Tools {
 
 struct OpenedFile {
     std::unique_ptr<ByteSource> bytes; ///< null if it cannot be read
-    std::string reason;                ///< why not: "is a folder", say
+    std::string reason;                ///< why not: "is a folder, not a file", say
 };
 
 /// A regular file. Anything else of that name (a folder, a pipe, a device) is told

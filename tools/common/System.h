@@ -21,9 +21,8 @@ std::filesystem::path FromWide(std::wstring const& text);
 std::filesystem::path ExecutableAsRun(std::filesystem::path const& file);
 std::filesystem::path ModuleAsLoaded(std::filesystem::path const& file);
 
-/// Whether a person reads the standard output and sees colours there. Also sees to
-/// it that the terminal takes it for UTF-8.
-bool BeginTerminal();
+/// What holds the server application's directory, for a sentence.
+std::string NameOfLocation();
 
 /// The version that a module's file carries, in its version resource or behind its
 /// name as shared objects have it. Empty if there is none.

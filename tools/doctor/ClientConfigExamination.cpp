@@ -1,9 +1,12 @@
 #include <algorithm>
+#include <optional>
 
 #include "Examination.h"
 #include "JsonInspection.h"
 #include "Searches.h"
 #include "Text.h"
+#include "discovery/PathText.h"
+#include "platform/Platform.h"
 
 namespace Halvorix::Doctor {
 
@@ -20,9 +23,9 @@ struct Key {
 
 // In the order in which the library reads them; the search paths apart.
 constexpr Key Keys[] = {
-    {"ssoServer", "appName", TextKind::Wide,
+    {"ssoServer", "appName", TextKind::Name,
      [](SSOClientConfig const& c) { return Shown(c.appName); }},
-    {"ssoServer", "exeName", TextKind::Wide,
+    {"ssoServer", "exeName", TextKind::Name,
      [](SSOClientConfig const& c) { return Shown(c.exeName); }},
     {"ssoServer", "processName", TextKind::Narrow,
      [](SSOClientConfig const& c) { return c.processName; }},
@@ -30,12 +33,12 @@ constexpr Key Keys[] = {
      [](SSOClientConfig const& c) { return c.serverName; }},
     {"ssoServer", "bundleId", TextKind::Wide,
      [](SSOClientConfig const& c) { return Shown(c.bundleId); }},
-    {"ssoServer", "VersionCompatibilityConfigfilePath", TextKind::Wide,
+    {"ssoServer", "VersionCompatibilityConfigfilePath", TextKind::Path,
      [](SSOClientConfig const& c) { return Shown(c.versionCompatibilityConfigFilePath); }},
-    {"ssoServer", "searchPaths", TextKind::Wide, nullptr},
-    {"openssl", "moduleName", TextKind::Wide,
+    {"ssoServer", "searchPaths", TextKind::PathList, nullptr},
+    {"openssl", "moduleName", TextKind::Name,
      [](SSOClientConfig const& c) { return Shown(c.openSslModuleName); }},
-    {"openssl", "modulePath", TextKind::Wide,
+    {"openssl", "modulePath", TextKind::Path,
      [](SSOClientConfig const& c) { return Shown(c.openSslModulePath); }},
 };
 
@@ -56,11 +59,8 @@ bool CheckSection(JsonInspection const& file, std::string const& name,
     if (section.isNull())
         return true;
     if (!section.isObject()) {
-        oddities.push_back({file.PositionOf(name, section),
-                            name,
-                            std::string(KindOf(section)) + " where an object belongs",
-                            true,
-                            {}});
+        oddities.push_back(
+            WrongType(file.PositionOf(name, section), name, section, "an object", true));
         return false;
     }
     bool isRead = true;
@@ -73,21 +73,38 @@ bool CheckSection(JsonInspection const& file, std::string const& name,
     return isRead;
 }
 
+void FindHalfOverride(JsonInspection const& file, std::vector<Oddity>& oddities)
+{
+    Json::Value const& section = static_cast<Json::Value const&>(file.root)["openssl"];
+    if (!section.isObject())
+        return;
+    bool const hasName = section.isMember("moduleName");
+    if (hasName != section.isMember("modulePath"))
+        oddities.push_back(
+            {file.PositionOf("openssl", section),
+             "openssl",
+             "half-override",
+             std::string("has ") + (hasName ? "moduleName" : "modulePath") +
+                 " only, which overrides nothing",
+             std::string("add ") + (hasName ? "modulePath" : "moduleName") + ", or remove both",
+             false,
+             {}});
+}
+
 void FindOddities(JsonInspection const& file, std::vector<Oddity>& oddities)
 {
     if (file.root.isNull())
         return;
     if (!file.root.isObject()) {
-        oddities.push_back({file.PositionOf(file.root),
-                            "the top level",
-                            std::string(KindOf(file.root)) + " where an object belongs",
-                            true,
-                            {}});
+        oddities.push_back(
+            WrongType(file.PositionOf(file.root), "the top level", file.root, "an object", true));
         return;
     }
     CheckSection(file, "ssoServer", oddities);
     CheckSection(file, "openssl", oddities);
+    FindHalfOverride(file, oddities);
     file.FindUnknown(file.root, "", {"ssoServer", "openssl"}, oddities);
+    file.FindRepeated(oddities);
     std::stable_sort(oddities.begin(), oddities.end(), [](Oddity const& a, Oddity const& b) {
         return a.at.line != b.at.line ? a.at.line < b.at.line : a.at.column < b.at.column;
     });
@@ -108,7 +125,7 @@ std::string TextOf(Json::Value const& value, TextKind kind)
     if (value.isArray() || value.isObject())
         return {};
     std::string text = value.asString();
-    return kind == TextKind::Wide && !IsReadable(text) ? std::string() : text;
+    return kind != TextKind::Narrow && !IsReadable(text) ? std::string() : text;
 }
 
 void AddSearchPaths(SSOClientConfig const& config, bool hasLocation, Position at,
@@ -151,7 +168,32 @@ ConfigState StateOf(Resolver const& resolver, JsonInspection const& file)
 {
     if (resolver.IsClientConfigLoaded())
         return ConfigState::Read;
-    return file.error && !file.error->stopsReading ? ConfigState::NotJson : ConfigState::Stopped;
+    return file.error && !file.error->StopsReading() ? ConfigState::NotJson : ConfigState::Stopped;
+}
+
+// As the library would have read it.
+std::optional<std::wstring> LocationOfInstallation()
+{
+    using Platform::LocationView;
+    Platform::LocationKey key = nullptr;
+    if (Platform::OpenLocationKey(LocationView::Own, key) != 0 &&
+        (!Platform::IsWow64Process() ||
+         Platform::OpenLocationKey(LocationView::Native64, key) != 0))
+        return std::nullopt;
+    std::wstring location;
+    bool const isRead = Platform::ReadLocation(key, location);
+    Platform::CloseLocationKey(key);
+    return isRead ? std::optional(location) : std::nullopt;
+}
+
+// It is asked only where a configuration was read.
+void TellUnaskedLocation(Resolver const& resolver, ClientConfig& config)
+{
+    std::optional<std::wstring> const location = LocationOfInstallation();
+    if (!location)
+        return;
+    std::wstring const& appName = resolver.GetClientConfig().appName;
+    config.unasked = {Shown(*location), LookFor(SSOServices::JoinPath(*location, appName)).isThere};
 }
 
 } // namespace
@@ -167,6 +209,7 @@ void ExamineClientConfig(Resolver& resolver, Findings& findings)
     config.file = Shown(file);
     if (!LookFor(file).isThere) {
         AddKeys(resolver, nullptr, config);
+        TellUnaskedLocation(resolver, config);
         return;
     }
     config.isInWorkingDirectory =
@@ -174,6 +217,8 @@ void ExamineClientConfig(Resolver& resolver, Findings& findings)
     JsonInspection const inspection(file, std::ios::binary);
     config.state = StateOf(resolver, inspection);
     config.parseError = inspection.error;
+    if (config.state == ConfigState::NotJson)
+        TellUnaskedLocation(resolver, config);
     if (!inspection.error)
         FindOddities(inspection, config.oddities);
     // What was stored before an exception stays stored, and no default follows it.

@@ -98,14 +98,14 @@ void TellFlaw(ModuleFlaw flaw, Json::Value const& element, Module& told)
         std::string const other = own == "modulePath" ? "modulePathWoW64" : "modulePath";
         if (TextOf(element, own.c_str()).empty() && !TextOf(element, other.c_str()).empty()) {
             told.fit = Fit::NoPathForProcess;
-            told.detail = "it has " + other + " alone, and this process takes " + own;
+            told.detail = "it has " + other + " only, and this process reads " + own;
         } else {
             told.detail = own + " is " + WhyEmpty(element, own.c_str());
         }
         break;
     }
     case ModuleFlaw::PathVanishes:
-        told.detail = std::string(Resolver::ModulePathKey()) + " comes to nothing";
+        told.detail = std::string(Resolver::ModulePathKey()) + " is nothing but slashes";
         break;
     case ModuleFlaw::NoRange:
         told.detail = "compatibleSsoServicesVersion is missing";
@@ -198,6 +198,20 @@ void Judge(std::vector<Read>& reads, Version const& own, std::string const& answ
     }
 }
 
+void FindRangeOddities(JsonInspection const& file, Json::Value const& range,
+                       std::string const& prefix, std::vector<Oddity>& oddities)
+{
+    if (!range.isObject())
+        return;
+    for (char const* const key : {"minVersion", "maxVersion"})
+        file.CheckQuotes(range[key], prefix + key, file.PositionOf(key, range[key]), oddities);
+    Json::Value const& versions = range["versions"];
+    for (Json::ArrayIndex i = 0; versions.isArray() && i < versions.size(); ++i)
+        file.CheckQuotes(versions[i], prefix + "versions[" + std::to_string(i) + "]",
+                         file.PositionOf(versions[i]), oddities);
+    file.FindUnknown(range, prefix, {"minVersion", "maxVersion", "versions"}, oddities);
+}
+
 void FindOddities(JsonInspection const& file, Json::Value const& element, Read const& read,
                   std::string const& name, std::vector<Oddity>& oddities)
 {
@@ -206,10 +220,10 @@ void FindOddities(JsonInspection const& file, Json::Value const& element, Read c
     // In the order of the reading. One value at most ends it: none where the object
     // is dropped before, and nothing behind the first is looked at.
     bool isRead = read.isWrongType;
-    for (char const* const key : {"module", Resolver::ModulePathKey(), "version"}) {
-        TextKind const kind = key == std::string("version") ? TextKind::Narrow : TextKind::Wide;
-        bool const isText = file.CheckText(element, name + ".", key, kind, oddities);
-        if (isText)
+    for (auto const& [key, kind] :
+         {std::pair("module", TextKind::Name), std::pair(Resolver::ModulePathKey(), TextKind::Path),
+          std::pair("version", TextKind::Narrow)}) {
+        if (file.CheckText(element, name + ".", key, kind, oddities))
             continue;
         oddities.back().stopsReading = isRead;
         isRead = false;
@@ -218,9 +232,8 @@ void FindOddities(JsonInspection const& file, Json::Value const& element, Read c
         element, name + ".",
         {"module", "modulePath", "modulePathWoW64", "version", "compatibleSsoServicesVersion"},
         oddities);
-    file.FindUnknown(element["compatibleSsoServicesVersion"],
-                     name + ".compatibleSsoServicesVersion.",
-                     {"minVersion", "maxVersion", "versions"}, oddities);
+    FindRangeOddities(file, element["compatibleSsoServicesVersion"],
+                      name + ".compatibleSsoServicesVersion.", oddities);
 }
 
 // What is never read cannot end anything.
@@ -249,12 +262,9 @@ void ExamineList(Resolver& resolver, JsonInspection const& file, LookForModule l
         // What has no size counts as empty, an object with members as a fault, if it
         // is read at all.
         bool const stops = !isOverridden && group.isObject() && !group.empty();
-        oddities.push_back({file.PositionOf(list.key, group),
-                            list.key,
-                            std::string(KindOf(group)) + " where an array belongs",
-                            stops,
-                            {}});
-        list.problem = list.key + " is " + KindOf(group) + " and no array";
+        oddities.push_back(
+            WrongType(file.PositionOf(list.key, group), list.key, group, "an array", stops));
+        list.problem = list.key + " is " + KindOf(group) + ", not an array";
         return;
     }
     Version own;
@@ -266,8 +276,7 @@ void ExamineList(Resolver& resolver, JsonInspection const& file, LookForModule l
         Module& told = reads.back().told;
         told.number = i + 1;
         told.at = file.PositionOf(group[i]);
-        FindOddities(file, group[i], reads.back(), list.key + "[" + std::to_string(i + 1) + "]",
-                     found);
+        FindOddities(file, group[i], reads.back(), list.key + "[" + std::to_string(i) + "]", found);
     }
     if (isOverridden)
         TellUnread(reads, found);
@@ -280,7 +289,7 @@ void ExamineList(Resolver& resolver, JsonInspection const& file, LookForModule l
     if (list.modules.empty())
         list.problem = list.key + " is empty";
     else if (!isAnyRecord)
-        list.problem = "no object under " + list.key + " is complete";
+        list.problem = "no entry of " + list.key + " is complete";
 }
 
 } // namespace
@@ -306,11 +315,8 @@ void ExamineCompatibility(Resolver& resolver, Findings& findings)
     if (inspection.error)
         return;
     if (!inspection.root.isObject() && !inspection.root.isNull()) {
-        told.oddities.push_back({inspection.PositionOf(inspection.root),
-                                 "the top level",
-                                 std::string(KindOf(inspection.root)) + " where an object belongs",
-                                 true,
-                                 {}});
+        told.oddities.push_back(WrongType(inspection.PositionOf(inspection.root), "the top level",
+                                          inspection.root, "an object", true));
         return;
     }
     ExamineList(resolver, inspection, LookForPlugin, findings.plugin.file, false, told.plugins,
@@ -318,6 +324,7 @@ void ExamineCompatibility(Resolver& resolver, Findings& findings)
     ExamineList(resolver, inspection, LookFor, findings.openSsl.file, findings.openSsl.isOverride,
                 told.openSsl, told.oddities);
     inspection.FindUnknown(inspection.root, "", {"ssoClientPlugin", "openssl"}, told.oddities);
+    inspection.FindRepeated(told.oddities);
 }
 
 } // namespace Halvorix::Doctor

@@ -2,13 +2,14 @@
 
 #include <iostream>
 
-#include "../common/System.h"
+#include "../common/Terminal.h"
 #include "Examination.h"
 #include "JsonReport.h"
 #include "Options.h"
 #include "TargetProgram.h"
 #include "TextReport.h"
 #include "Verdict.h"
+#include "support/LibraryIdentity.h"
 
 namespace Halvorix::Doctor {
 
@@ -17,6 +18,11 @@ namespace {
 constexpr int CanWork = 0;
 constexpr int SomethingIsWrong = 1;
 constexpr int WrongUse = 2;
+
+std::string VersionLine()
+{
+    return std::string("hxsso-doctor ") + SSOServices::LibraryVersion + '\n';
+}
 
 void RunPlugin(Options const& options, Findings& findings)
 {
@@ -36,11 +42,11 @@ int Diagnose(Options const& options)
         WriteJson(findings, verdict);
         return verdict.canWork ? CanWork : SomethingIsWrong;
     }
-    TextReport const report(Tools::BeginTerminal());
-    report.WriteFindings(findings);
+    TextReport report(Tools::BeginTerminal(), options.verbose);
+    report.WriteFindings(findings, Judge(findings));
     RunPlugin(options, findings);
-    report.WriteLoad(findings);
     Verdict const verdict = Judge(findings);
+    report.WriteLoad(findings, verdict);
     report.WriteVerdict(verdict);
     return verdict.canWork ? CanWork : SomethingIsWrong;
 }
@@ -50,8 +56,8 @@ int Diagnose(Options const& options)
 int Run(std::vector<std::filesystem::path> const& arguments)
 {
     Options const options = ReadOptions(arguments);
-    if (options.help && options.misuse.empty()) {
-        std::cout << Usage;
+    if (options.misuse.empty() && (options.help || options.version)) {
+        std::cout << (options.help ? Usage : VersionLine());
         return CanWork;
     }
     if (!options.misuse.empty()) {

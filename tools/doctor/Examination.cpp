@@ -5,13 +5,9 @@
 #include <filesystem>
 #include <utility>
 
-#include "../common/ModuleImage.h"
 #include "../common/System.h"
-#include "../common/Utf8.h"
 #include "Searches.h"
-#include "TargetProgram.h"
 #include "Text.h"
-#include "discovery/ModuleFiles.h"
 #include "discovery/PathText.h"
 #include "host/SSOClientManager.h"
 #include "support/LibraryIdentity.h"
@@ -46,43 +42,17 @@ void Try(char const* during, Findings& findings, Part part)
     });
 }
 
-std::string MachineOf(fs::path const& file) { return Tools::ReadModuleImage(file).machine; }
-
-void AddLibrary(fs::path const& file, Program& program)
-{
-    if (file.empty())
-        return;
-    Tools::ModuleImage const image = Tools::ReadModuleImage(file);
-    if (image.format == Tools::ImageFormat::None || image.format == Tools::NativeFormat)
-        program.libraryFlaw = image.isModule && image.flaw.empty() ? "" : "is no whole module";
-    else
-        program.libraryFlaw = image.format == Tools::ImageFormat::Pe
-                                  ? "is a module for Windows"
-                                  : "is a module for Linux or its like";
-    program.libraryMachine = image.machine;
-    program.fileVersion = Tools::FileVersionOf(file);
-    program.ownFileVersion = HXSSO_FILE_VERSION;
-}
-
-void AddVariables(Resolver& resolver, Program& program)
-{
-    for (char const* const name : {"SSOServerAppPath", "SSOServerAppExeDirPath",
-                                   "SSOServerAppExeFile", "SSOServicesModulePath", "ProgramFiles",
-                                   "ExePath", "AppPath", "AppData", "LocalAppData"}) {
-        std::wstring const variable = Wide(std::string("%") + name + "%");
-        std::wstring value = variable;
-        resolver.ExpandPathVariables(value);
-        program.variables.push_back({name, value == variable ? "" : Shown(value)});
-    }
-}
-
 // A load ends with the exception where it cannot look at one of them.
 void LookForFiles(std::wstring const& plugin, std::wstring const& openSsl, Findings& findings)
 {
-    if (!plugin.empty())
+    if (!plugin.empty()) {
         findings.plugin.presence = LookForPlugin(plugin);
-    if (!openSsl.empty())
+        LookCloser(plugin, findings.plugin.presence);
+    }
+    if (!openSsl.empty()) {
         findings.openSsl.presence = LookFor(openSsl);
+        LookCloser(openSsl, findings.openSsl.presence);
+    }
     std::string const& ofPlugin = findings.plugin.presence.reason;
     std::string const& ofOpenSsl = findings.openSsl.presence.reason;
     if (!ofPlugin.empty())
@@ -93,33 +63,6 @@ void LookForFiles(std::wstring const& plugin, std::wstring const& openSsl, Findi
 }
 
 } // namespace
-
-void ExamineProgram(Resolver& resolver, Options const& options, Findings& findings)
-{
-    Program& program = findings.program;
-    TargetProgram const& target = CurrentTargetProgram();
-    std::wstring const libraryName = Platform::LibraryFileName();
-    program.libraryName = Shown(libraryName);
-    program.version = SSOServices::LibraryVersion;
-    program.build = Shown(SSOServices::BuildName());
-    program.libraryFile = Shown(SSOServices::ResolveModuleFile(libraryName));
-    program.executable = Shown(SSOServices::NormalizePath(Tools::Wide(target.executable)));
-    program.directory = Shown(SSOServices::GetExecutableDirPath());
-    std::error_code unknown;
-    program.workingDirectory = Tools::Utf8(fs::current_path(unknown));
-    AddLibrary(target.library, program);
-    program.libraryHint = WantedLibrary().hint;
-    program.libraryRemedy = WantedLibrary().remedy;
-    program.ownMachine = MachineOf(Tools::FromWide(Platform::ExecutableFile()));
-    program.executableMachine =
-        options.executable.empty() ? program.ownMachine : MachineOf(target.executable);
-    for (auto const& [name, folder] :
-         {std::pair("ProgramFiles", Platform::KnownFolder::ProgramFiles),
-          std::pair("AppData", Platform::KnownFolder::RoamingAppData),
-          std::pair("LocalAppData", Platform::KnownFolder::LocalAppData)})
-        program.folders.push_back({name, Shown(SSOServices::GetKnownFolderPath(folder))});
-    AddVariables(resolver, program);
-}
 
 void ExamineServerApp(Resolver& resolver, Findings& findings)
 {
@@ -135,8 +78,10 @@ void ExamineServerApp(Resolver& resolver, Findings& findings)
                     });
     std::wstring const executable = resolver.GetSSOServerAppExeFile();
     server.executable = Shown(executable);
-    if (!executable.empty())
+    if (!executable.empty()) {
         server.presence = LookFor(executable);
+        LookCloser(executable, server.presence);
+    }
 }
 
 Findings Examine(Options const& options)
@@ -172,6 +117,7 @@ Findings Examine(Options const& options)
     findings.openSsl.file = Shown(openSsl);
     LookForFiles(plugin, openSsl, findings);
 
+    Try("the look at the locale", findings, [&] { ExamineLocale(resolver, findings); });
     Try("the look at the program", findings, [&] { ExamineProgram(resolver, options, findings); });
     Try("the look at the client configuration", findings,
         [&] { ExamineClientConfig(resolver, findings); });

@@ -17,19 +17,26 @@ struct Position {
     unsigned column = 0;
 };
 
-/// Why a file is no JSON.
+/// Why nothing comes of a file.
+enum class Damage { NotJson, NotOpened, NoFile, Empty, Utf16, ByteOrderMark, TooDeep };
+
 struct ParseError {
-    Position at;
+    Damage damage = Damage::NotJson;
+    Position at; ///< only where it is not valid JSON, or nested too deeply
     std::string message;
-    std::string line;          ///< the line itself
-    bool stopsReading = false; ///< the library ends here with an exception
+    std::string line; ///< the line itself
+
+    /// The library ends here with an exception.
+    bool StopsReading() const { return damage == Damage::TooDeep; }
 };
 
 /// What is strange in a file that is JSON.
 struct Oddity {
     Position at;
-    std::string key;
-    std::string text;
+    std::string key;  ///< as a JSON path, where entries count from 0
+    std::string code; ///< never changes, for programs
+    std::string text; ///< goes on behind the key: "is a number where …"
+    std::string remedy;
     bool stopsReading = false; ///< the library ends here with an exception
     std::string meant;         ///< for a key: the one that is written otherwise
 };
@@ -40,6 +47,7 @@ struct Directory {
     std::string path; ///< as it was searched
     Finding finding;
     std::vector<std::string> unknown; ///< variables that stayed in it
+    std::string similar;              ///< a file there whose name is nearly the one searched
 };
 
 struct Search {
@@ -50,7 +58,10 @@ struct Search {
 /// A file on disk.
 struct Presence {
     bool isThere = false;
-    std::string reason; ///< why it cannot be looked at, which counts as not there
+    std::string reason;        ///< why it cannot be looked at, which counts as not there
+    std::string flaw;          ///< of one that is there: "is a folder, not a file"
+    std::string similar;       ///< for one that is not: a file whose name is nearly the same
+    bool isOutOfReach = false; ///< there, but not under the name that the library makes of it
 };
 
 struct NamedText {
@@ -65,14 +76,18 @@ struct Program {
     std::string build;
     std::string libraryFile; ///< empty: not found
     std::string libraryMachine;
-    std::string libraryFlaw;   ///< what it is instead of a whole module; empty: it is one
-    std::string libraryHint;   ///< what there is in its place; may be empty
-    std::string libraryRemedy; ///< where to put it, if it is not found
+    std::string libraryFlaw;                 ///< "is damaged"; empty: none
+    std::string libraryHint;                 ///< what there is in its place; may be empty
+    std::string libraryRemedy;               ///< where to put it, if it is not found
     std::vector<Tools::Check> libraryChecks; ///< what it needs and would not get
     std::string fileVersion;                 ///< as the library's file carries it; empty: unknown
     std::string ownFileVersion;              ///< the same for the version of this tool
     std::string executable;
-    std::string executableMachine; ///< empty if that is no program of any kind
+    std::string executableMachine;        ///< empty if that is no program of this system
+    std::string executableFlaw;           ///< "is not a program"; empty: none
+    bool isNamed = false;                 ///< by --exe; else it is this tool
+    std::string locale;                   ///< the environment's; empty: none
+    std::vector<std::string> outOfLocale; ///< paths that it spells otherwise, or not at all
     std::string directory;
     std::string workingDirectory;
     std::string ownMachine; ///< of this tool
@@ -91,6 +106,13 @@ struct KeyValue {
 
 enum class ConfigState { Read, NoFile, NotJson, Stopped };
 
+/// The server application's directory as its installation left it for the library,
+/// which has not asked.
+struct UnaskedLocation {
+    std::string path;
+    bool holdsServerApp = false;
+};
+
 struct ClientConfig {
     std::string override; ///< empty: none
     Search search;        ///< empty with an override
@@ -99,6 +121,7 @@ struct ClientConfig {
     ConfigState state = ConfigState::NoFile;
     std::optional<ParseError> parseError;
     bool hasLocation = false; ///< the last search path is the registry's
+    std::optional<UnaskedLocation> unasked;
     std::vector<KeyValue> keys;
     std::vector<Oddity> oddities;
 };

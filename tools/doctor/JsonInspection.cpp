@@ -6,6 +6,11 @@
 
 #include <json/reader.h>
 
+#include "../common/System.h"
+#include "FileFlaw.h"
+#include "RepeatedKeys.h"
+#include "Text.h"
+#include "TextOddities.h"
 #include "platform/Platform.h"
 #include "support/TextConversion.h"
 
@@ -15,27 +20,16 @@ namespace {
 
 constexpr std::size_t MarkDistance = 1024;
 
-std::string Lower(std::string text)
-{
-    for (char& unit : text)
-        if (unit >= 'A' && unit <= 'Z')
-            unit = static_cast<char>(unit - 'A' + 'a');
-    return text;
-}
-
-bool BeginsWith(std::string const& text, char const* beginning)
+bool BeginsWith(std::string const& text, std::string const& beginning)
 {
     return text.rfind(beginning, 0) == 0;
 }
 
-// Editors that mean well put these in front; to the reader they are no JSON.
-char const* MarkOf(std::string const& text)
+// By its mark, or by the empty half of the first character, which every JSON file has.
+bool IsUtf16(std::string const& text)
 {
-    if (BeginsWith(text, "\xef\xbb\xbf"))
-        return "the file begins with a byte order mark; save it as UTF-8 without one";
-    if (BeginsWith(text, "\xff\xfe") || BeginsWith(text, "\xfe\xff"))
-        return "the file is UTF-16; save it as UTF-8";
-    return nullptr;
+    return BeginsWith(text, "\xff\xfe") || BeginsWith(text, "\xfe\xff") ||
+           (text.size() > 1 && (text[0] == '\0') != (text[1] == '\0'));
 }
 
 } // namespace
@@ -66,9 +60,26 @@ char const* KindOf(Json::Value const& value)
     return "a number";
 }
 
-JsonInspection::JsonInspection(std::wstring const& file, std::ios::openmode mode)
-    : text(Halvorix::Platform::ReadRegularFile(file, mode))
+Oddity WrongType(Position at, std::string const& key, Json::Value const& value, char const* wanted,
+                 bool stopsReading)
 {
+    return {at,
+            key,
+            "wrong-type",
+            std::string("is ") + KindOf(value) + " where " + wanted + " belongs",
+            std::string("write ") + wanted + " there",
+            stopsReading,
+            {}};
+}
+
+JsonInspection::JsonInspection(std::wstring const& file, std::ios::openmode mode)
+{
+    std::string const flaw = FlawOf(Tools::FromWide(file));
+    if (!flaw.empty()) {
+        Explain(BeginsWith(flaw, "is ") ? Damage::NoFile : Damage::NotOpened, flaw);
+        return;
+    }
+    text = Halvorix::Platform::ReadRegularFile(file, mode);
     Position position{1, 1};
     for (std::size_t begin = 0; begin < text.size(); begin += MarkDistance) {
         marks.push_back(position);
@@ -78,32 +89,49 @@ JsonInspection::JsonInspection(std::wstring const& file, std::ios::openmode mode
         Json::Reader reader;
         if (reader.parse(text, root))
             return;
-        auto const errors = reader.getStructuredErrors();
-        if (errors.empty())
-            Explain(0, "no reason is given");
+        if (text.find_first_not_of(" \t\r\n") == std::string::npos)
+            Explain(Damage::Empty, "is empty");
+        else if (BeginsWith(text, "\xef\xbb\xbf"))
+            Explain(Damage::ByteOrderMark, "begins with a byte order mark");
+        else if (IsUtf16(text))
+            Explain(Damage::Utf16, "is UTF-16, and the library reads UTF-8");
+        else if (auto const errors = reader.getStructuredErrors(); errors.empty())
+            Explain(Damage::NotJson, 0, "no reason is given");
         else
-            Explain(errors.front().offset_start, errors.front().message);
+            Explain(Damage::NotJson, errors.front().offset_start, errors.front().message);
     } catch (std::exception const& exception) {
         // The reader throws for nothing else, and says it in terms of its own.
-        Explain(0, std::string("the file is nested too deeply: ") + exception.what());
-        error->stopsReading = true;
+        Explain(Damage::TooDeep, 0, std::string("it is nested too deeply: ") + exception.what());
     }
 }
 
-void JsonInspection::Explain(Json::Value::LargestInt offset, std::string const& message)
+void JsonInspection::Explain(Damage damage, std::string const& message)
 {
     root = Json::Value();
     error = ParseError();
+    error->damage = damage;
+    error->message = Tools::Presentable(message);
+}
+
+void JsonInspection::Explain(Damage damage, Json::Value::LargestInt offset,
+                             std::string const& message)
+{
+    Explain(damage, message);
     auto const at = std::min(static_cast<std::size_t>(std::max<Json::Value::LargestInt>(offset, 0)),
                              text.size());
     error->at = PositionAt(at);
     error->line = Tools::Presentable(LineAt(at));
-    char const* const mark = MarkOf(text);
-    error->message = Tools::Presentable(mark != nullptr ? mark
-                                        : text.empty()  ? "the file is empty or cannot be read"
-                                                        : message);
     while (!error->message.empty() && error->message.back() == '.')
         error->message.pop_back();
+    if (BeginsWith(message, "Bad escape sequence"))
+        error->message += "; a backslash in a path is written twice";
+}
+
+std::string JsonInspection::SpellingOf(Json::Value const& value) const
+{
+    auto const begin = static_cast<std::size_t>(value.getOffsetStart());
+    auto const end = static_cast<std::size_t>(value.getOffsetLimit());
+    return begin <= end && end <= text.size() ? text.substr(begin, end - begin) : value.asString();
 }
 
 Position JsonInspection::PositionAt(std::size_t offset) const
@@ -169,11 +197,42 @@ void JsonInspection::FindUnknown(Json::Value const& object, std::string const& p
         auto const meant = std::find_if(known.begin(), known.end(), [&](std::string const& key) {
             return Lower(key) == Lower(name);
         });
+        bool const isMeant = meant != known.end();
         oddities.push_back({PositionOf(name, object[name]), Tools::Presentable(prefix + name),
-                            meant == known.end() ? "no key of this file, ignored"
-                                                 : "ignored: the key is written " + *meant,
-                            false, meant == known.end() ? std::string() : prefix + *meant});
+                            "unknown-key",
+                            isMeant ? "is ignored: the key is written " + *meant
+                                    : "is not a key of this file, and is ignored",
+                            isMeant ? "write " + *meant : "correct or remove it", false,
+                            isMeant ? prefix + *meant : std::string()});
     }
+}
+
+void JsonInspection::FindRepeated(std::vector<Oddity>& oddities) const
+{
+    for (RepeatedKey const& key : FindRepeatedKeys(text))
+        oddities.push_back({PositionAt(key.offset),
+                            Tools::Presentable(key.path),
+                            "repeated-key",
+                            "is there once more, and the last one counts",
+                            "leave one of them",
+                            false,
+                            {}});
+}
+
+void JsonInspection::CheckQuotes(Json::Value const& value, std::string const& key, Position at,
+                                 std::vector<Oddity>& oddities) const
+{
+    if (!value.isNumeric() && !value.isBool())
+        return;
+    std::string const spelling = SpellingOf(value);
+    oddities.push_back(
+        {at,
+         key,
+         "not-quoted",
+         "is " + spelling + " without quotes, and reads as \"" + value.asString() + "\"",
+         "write it in quotes: \"" + spelling + "\"",
+         false,
+         {}});
 }
 
 bool JsonInspection::CheckText(Json::Value const& object, std::string const& prefix,
@@ -181,19 +240,17 @@ bool JsonInspection::CheckText(Json::Value const& object, std::string const& pre
                                std::vector<Oddity>& oddities) const
 {
     Json::Value const& value = object[name];
-    if (kind == TextKind::Wide && value.isString() && !IsReadable(value.asString()))
-        oddities.push_back(
-            {PositionOf(name, value), prefix + name, "not UTF-8 and reads as empty", false, {}});
-    if (value.isNull() || value.isString())
+    if (value.isNull())
         return true;
-    bool const stops = value.isArray() || value.isObject();
-    oddities.push_back(
-        {PositionOf(name, value),
-         prefix + name,
-         std::string(KindOf(value)) + (stops ? " where a text belongs" : ", taken as a text"),
-         stops,
-         {}});
-    return !stops;
+    Position const at = PositionOf(name, value);
+    std::string const key = prefix + name;
+    if (value.isArray() || value.isObject()) {
+        oddities.push_back(WrongType(at, key, value, "a text", true));
+        return false;
+    }
+    CheckQuotes(value, key, at, oddities);
+    FindTextOddities(value.asString(), kind, key, at, oddities);
+    return true;
 }
 
 } // namespace Halvorix::Doctor

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <initializer_list>
 #include <ios>
 #include <optional>
 #include <string>
@@ -13,8 +12,9 @@
 
 namespace Halvorix::Doctor {
 
-/// How the library keeps a text of a file: as it is, or as characters.
-enum class TextKind { Narrow, Wide };
+/// What a text of a file is for. The library keeps a narrow one as it is and the others
+/// as characters.
+enum class TextKind { Narrow, Wide, Name, Path, PathList };
 
 /// A JSON file, read as the library reads it, with the places of what is in it.
 class JsonInspection {
@@ -32,15 +32,24 @@ public:
     void FindUnknown(Json::Value const& object, std::string const& prefix,
                      std::vector<std::string> const& known, std::vector<Oddity>& oddities) const;
 
-    /// Adds a text that is none; false if the library ends there.
+    /// Adds the members of a name that their object has already.
+    void FindRepeated(std::vector<Oddity>& oddities) const;
+
+    /// Adds a text that is none, or that is hardly meant; false if the library ends there.
     bool CheckText(Json::Value const& object, std::string const& prefix, std::string const& name,
                    TextKind kind, std::vector<Oddity>& oddities) const;
+
+    /// Adds a number or a boolean where a text belongs.
+    void CheckQuotes(Json::Value const& value, std::string const& key, Position at,
+                     std::vector<Oddity>& oddities) const;
 
 private:
     Position PositionAt(std::size_t offset) const;
     void Advance(Position& position, std::size_t begin, std::size_t end) const;
     std::string LineAt(std::size_t offset) const;
-    void Explain(Json::Value::LargestInt offset, std::string const& message);
+    std::string SpellingOf(Json::Value const& value) const;
+    void Explain(Damage damage, std::string const& message);
+    void Explain(Damage damage, Json::Value::LargestInt offset, std::string const& message);
 
     std::string text;
     std::vector<Position> marks; ///< places in the text at equal distances
@@ -51,5 +60,9 @@ bool IsReadable(std::string const& text);
 
 /// "an array", say.
 char const* KindOf(Json::Value const& value);
+
+/// An oddity of a value of a wrong type.
+Oddity WrongType(Position at, std::string const& key, Json::Value const& value, char const* wanted,
+                 bool stopsReading);
 
 } // namespace Halvorix::Doctor

@@ -12,7 +12,7 @@ namespace Halvorix::Doctor {
 
 namespace {
 
-constexpr int FormatVersion = 1;
+constexpr int FormatVersion = 2;
 
 Json::Value OrNull(std::string const& text) { return text.empty() ? Json::Value() : text; }
 
@@ -61,6 +61,7 @@ Json::Value ToJson(Directory const& directory)
     value["path"] = directory.path;
     value["result"] = Code(directory.finding);
     value["unresolvedVariables"] = ToJson(directory.unknown);
+    value["similarName"] = OrNull(directory.similar);
     return value;
 }
 
@@ -76,6 +77,7 @@ Json::Value ToJson(std::optional<ParseError> const& error)
 {
     Json::Value value;
     if (error) {
+        value["damage"] = Code(error->damage);
         value["position"] = ToJson(error->at);
         value["message"] = error->message;
         value["text"] = error->line;
@@ -88,6 +90,7 @@ Json::Value ToJson(Oddity const& oddity)
     Json::Value value;
     value["position"] = ToJson(oddity.at);
     value["key"] = oddity.key;
+    value["code"] = oddity.code;
     value["text"] = oddity.text;
     value["stopsReading"] = oddity.stopsReading;
     return value;
@@ -97,7 +100,11 @@ Json::Value ToJson(Program const& program)
 {
     Json::Value value;
     value["executable"] = program.executable;
+    value["isNamed"] = program.isNamed;
+    value["executableFlaw"] = OrNull(program.executableFlaw);
     value["executableMachine"] = OrNull(program.executableMachine);
+    value["locale"] = program.locale;
+    value["outOfLocale"] = ToJson(program.outOfLocale);
     value["executableDirectory"] = program.directory;
     value["workingDirectory"] = program.workingDirectory;
     value["knownFolders"] = ToJson(program.folders);
@@ -111,6 +118,7 @@ Json::Value LibraryOf(Program const& program)
     value["version"] = program.version;
     value["build"] = program.build;
     value["file"] = OrNull(program.libraryFile);
+    value["flaw"] = OrNull(program.libraryFlaw);
     value["machine"] = OrNull(program.libraryMachine);
     value["fileVersion"] = OrNull(program.fileVersion);
     value["checks"] = ToJson(program.libraryChecks);
@@ -135,9 +143,22 @@ Json::Value ToJson(ClientConfig const& config)
     value["file"] = config.state == ConfigState::NoFile ? Json::Value() : config.file;
     value["state"] = Code(config.state);
     value["parseError"] = ToJson(config.parseError);
+    if (config.unasked) {
+        value["unaskedLocation"]["path"] = config.unasked->path;
+        value["unaskedLocation"]["holdsServerApplication"] = config.unasked->holdsServerApp;
+    } else {
+        value["unaskedLocation"] = Json::Value();
+    }
     value["keys"] = ToJson(config.keys);
     value["oddities"] = ToJson(config.oddities);
     return value;
+}
+
+void AddDetails(Presence const& presence, Json::Value& value)
+{
+    value["lookError"] = OrNull(presence.reason);
+    value["flaw"] = OrNull(presence.flaw);
+    value["similarName"] = OrNull(presence.similar);
 }
 
 Json::Value ToJson(ServerApp const& server)
@@ -147,7 +168,7 @@ Json::Value ToJson(ServerApp const& server)
     value["directory"] = OrNull(server.directory);
     value["executable"] = OrNull(server.executable);
     value["executableExists"] = server.presence.isThere;
-    value["lookError"] = OrNull(server.presence.reason);
+    AddDetails(server.presence, value);
     return value;
 }
 
@@ -204,7 +225,7 @@ Json::Value ToJson(Plugin const& plugin)
     Json::Value value;
     value["file"] = OrNull(plugin.file);
     value["exists"] = plugin.presence.isThere;
-    value["lookError"] = OrNull(plugin.presence.reason);
+    AddDetails(plugin.presence, value);
     value["checks"] = ToJson(plugin.fileChecks);
     value["loadChecks"] = ToJson(plugin.loadChecks);
     return value;
@@ -215,7 +236,7 @@ Json::Value ToJson(OpenSsl const& openSsl)
     Json::Value value;
     value["file"] = OrNull(openSsl.file);
     value["exists"] = openSsl.presence.isThere;
-    value["lookError"] = OrNull(openSsl.presence.reason);
+    AddDetails(openSsl.presence, value);
     value["isOverride"] = openSsl.isOverride;
     return value;
 }
@@ -261,6 +282,7 @@ Json::Value ToJson(Verdict const& verdict)
 {
     Json::Value value;
     value["canWork"] = verdict.canWork;
+    value["pluginWasLoaded"] = verdict.isLoaded;
     value["line"] = Told(verdict);
     value["problems"] = ToJson(verdict.problems);
     return value;

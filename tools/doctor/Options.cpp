@@ -21,35 +21,10 @@ void Check(Options& options)
 {
     for (fs::path const* const file : {&options.executable, &options.library})
         if (options.misuse.empty() && !file->empty() && !IsFile(*file))
-            options.misuse = Tools::Utf8(*file) + " is no file";
+            options.misuse = Tools::Utf8(*file) + " is not a file";
 }
 
 } // namespace
-
-char const* const Usage =
-    "usage: hxsso-doctor [--exe PATH [--library PATH]] [--config FILE] [--search PATHS]\n"
-    "                    [--load] [--log] [--timeout SECONDS] [--json]\n"
-    "\n"
-    "Says why sign-in does not work for a program that uses HxSSOServices, and\n"
-    "what to do about it. Looks at the program beside which it lies, or at the one\n"
-    "that is named. Changes nothing on disk.\n"
-    "\n"
-    "  --exe PATH      look at it as if this executable had loaded the library\n"
-    "  --library PATH  the library's file, where it does not lie beside the executable\n"
-    "  --config FILE   as if the program had named its client configuration file\n"
-    "  --search PATHS  as if it had set its support file search paths: A;B;C\n"
-    "  --load          load the plugin and ask it for its interfaces. Without this\n"
-    "                  (or --log) nothing of the plugin is executed\n"
-    "  --log           let the library load the plugin as in the program, whatever is\n"
-    "                  found wrong with it, and show the library's own log lines of\n"
-    "                  that. Executes the plugin as --load does, which it implies\n"
-    "  --timeout SECONDS  how long code of the plugin may run with --load and --log,\n"
-    "                  which is in a process of its own; 30 without this\n"
-    "  --json          one JSON document in place of the text\n"
-    "\n"
-    "The last line of the text is \"sign-in can work\" or the first thing that is\n"
-    "wrong. Start it in the program's own working directory if that matters.\n"
-    "Exit status: 0 sign-in can work, 1 something is wrong, 2 wrong use.\n";
 
 Options ReadOptions(std::vector<fs::path> const& arguments)
 {
@@ -67,8 +42,12 @@ Options ReadOptions(std::vector<fs::path> const& arguments)
             options.load = options.log = true;
         } else if (name == "--json") {
             options.asJson = true;
+        } else if (name == "--verbose") {
+            options.verbose = true;
+        } else if (name == "--version") {
+            options.version = true;
         } else if (!takesValue) {
-            options.misuse = "what is '" + name + "'?";
+            options.misuse = "unknown option or argument '" + name + "'";
         } else if (i + 1 == arguments.size() || arguments[i + 1].empty()) {
             options.misuse = name + " needs a value";
         } else if (!seen.insert(name).second) {

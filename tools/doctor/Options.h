@@ -19,10 +19,13 @@ struct Options {
     bool load = false;
     bool log = false;
     bool asJson = false;
+    bool verbose = false;
     bool help = false;
+    bool version = false;
     std::string misuse; ///< why this is wrong use; empty if it is not
 };
 
+/// The text of --help, made of hxsso-doctor.txt as the man page is.
 extern char const* const Usage;
 
 Options ReadOptions(std::vector<std::filesystem::path> const& arguments);

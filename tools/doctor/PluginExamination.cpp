@@ -6,6 +6,7 @@
 #include "../common/PluginRun.h"
 #include "../common/System.h"
 #include "Examination.h"
+#include "FileFlaw.h"
 #include "TargetProgram.h"
 #include "Text.h"
 
@@ -32,6 +33,13 @@ Tools::FileFindings CheckFile(Plugin const& plugin, Tools::Report& report)
     return Tools::CheckFile(FileOf(plugin), {target.executable, target.library}, report);
 }
 
+std::string FlawOfPlugin(Plugin const& plugin)
+{
+    if (plugin.presence.flaw.empty() && IsEmpty(plugin.asFile))
+        return "is empty";
+    return plugin.presence.flaw;
+}
+
 } // namespace
 
 void ExaminePlugin(Findings& findings)
@@ -40,7 +48,10 @@ void ExaminePlugin(Findings& findings)
     if (!plugin.presence.isThere)
         return;
     CollectedReport report;
-    plugin.first = CheckFile(plugin, report).first;
+    if (std::string const flaw = FlawOfPlugin(plugin); flaw.empty())
+        plugin.first = CheckFile(plugin, report).first;
+    else
+        report.Add("file", Tools::Result::Failed, "it " + flaw);
     plugin.fileChecks = std::move(report.checks);
 }
 

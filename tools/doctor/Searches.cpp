@@ -1,7 +1,11 @@
 #include "Searches.h"
 
 #include <exception>
+#include <filesystem>
 
+#include "../common/System.h"
+#include "../common/Utf8.h"
+#include "FileFlaw.h"
 #include "Text.h"
 #include "discovery/FileSearch.h"
 #include "discovery/PathText.h"
@@ -27,11 +31,13 @@ Finding Look(std::wstring const& file, std::wstring const& directory, bool isFir
 template <class Name>
 Presence Look(Name const& name)
 {
+    Presence presence;
     try {
-        return {SSOServices::PathExists(name), {}};
+        presence.isThere = SSOServices::PathExists(name);
     } catch (std::exception const& exception) {
-        return {false, Tools::Presentable(exception.what())};
+        presence.reason = Tools::Presentable(exception.what());
     }
+    return presence;
 }
 
 } // namespace
@@ -45,7 +51,10 @@ Search LookThrough(std::wstring const& file, std::vector<std::wstring> const& di
     for (std::wstring const& directory : directories) {
         Finding const finding = Look(file, directory, !isHit);
         isHit = isHit || finding == Finding::Hit;
-        search.tried.push_back({Shown(directory), finding, VariablesIn(directory)});
+        search.tried.push_back({Shown(directory), finding, VariablesIn(directory), {}});
+        if (finding == Finding::NoFile)
+            search.tried.back().similar =
+                SimilarName(directory.empty() ? "." : Tools::FromWide(directory), search.file);
     }
     return search;
 }
@@ -53,5 +62,17 @@ Search LookThrough(std::wstring const& file, std::vector<std::wstring> const& di
 Presence LookFor(std::wstring const& file) { return Look(file); }
 
 Presence LookForPlugin(std::wstring const& file) { return Look(SSOServices::WideToUtf8(file)); }
+
+void LookCloser(std::wstring const& file, Presence& presence)
+{
+    std::filesystem::path const path = Tools::FromWide(file);
+    std::error_code unknown;
+    if (presence.isThere)
+        presence.flaw = FlawOf(path);
+    else if (std::filesystem::exists(path, unknown))
+        presence.isOutOfReach = true;
+    else if (path.has_parent_path())
+        presence.similar = SimilarName(path.parent_path(), Tools::Utf8(path.filename()));
+}
 
 } // namespace Halvorix::Doctor

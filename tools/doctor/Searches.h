@@ -23,4 +23,8 @@ Presence LookFor(std::wstring const& file);
 /// By that for the client plugin, which takes the narrow name.
 Presence LookForPlugin(std::wstring const& file);
 
+/// What is wrong with the file, or what lies in its place. Lists a folder, so not for
+/// each entry of a list.
+void LookCloser(std::wstring const& file, Presence& presence);
+
 } // namespace Halvorix::Doctor

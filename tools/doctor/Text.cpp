@@ -1,5 +1,8 @@
 #include "Text.h"
 
+#include <algorithm>
+#include <cstddef>
+
 #include <boost/locale/encoding_utf.hpp>
 
 #include "../common/Utf8.h"
@@ -12,6 +15,26 @@ std::string Shown(std::wstring const& text) { return Tools::Utf8(text); }
 std::wstring Wide(std::string const& text)
 {
     return boost::locale::conv::utf_to_utf<wchar_t>(text);
+}
+
+std::string Lower(std::string text)
+{
+    for (char& unit : text)
+        if (unit >= 'A' && unit <= 'Z')
+            unit = static_cast<char>(unit - 'A' + 'a');
+    return text;
+}
+
+std::string InWords(std::string const& key)
+{
+    std::size_t const open = key.find('[');
+    std::size_t const close = key.find(']', std::min(open, key.size()));
+    if (close == std::string::npos || key.find_first_not_of("0123456789", open + 1) != close ||
+        close - open > 10)
+        return key;
+    std::string const number = std::to_string(std::stoull(key.substr(open + 1)) + 1);
+    std::string const list = "entry " + number + " of " + key.substr(0, open);
+    return close + 2 < key.size() ? list + ": " + InWords(key.substr(close + 2)) : list;
 }
 
 std::vector<std::string> VariablesIn(std::wstring const& text)

@@ -12,8 +12,14 @@ namespace Halvorix::Doctor {
 std::string Shown(std::wstring const& text);
 std::wstring Wide(std::string const& text);
 
+/// Of what is ASCII.
+std::string Lower(std::string text);
+
 /// Names of the variables in a text.
 std::vector<std::string> VariablesIn(std::wstring const& text);
+
+/// A key's JSON path in words, where entries count from 1: "entry 2 of openssl: version".
+std::string InWords(std::string const& key);
 
 /// What the lines of this message begin with, up to the first placeholder.
 std::string BeginningOf(SSOServices::Message const& message);

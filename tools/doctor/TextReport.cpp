@@ -1,10 +1,13 @@
 #include "TextReport.h"
 
+#include <algorithm>
 #include <iostream>
 #include <sstream>
 
+#include "../common/System.h"
 #include "Text.h"
 #include "Words.h"
+#include "Wrap.h"
 
 namespace Halvorix::Doctor {
 
@@ -29,66 +32,134 @@ std::string Or(std::string const& text, char const* whenEmpty)
     return text.empty() ? whenEmpty : text;
 }
 
-// One that names directories has a line for each.
-void WriteLogLine(LogLine const& line)
+bool IsAbout(Verdict const& verdict, Subject subject)
 {
-    std::istringstream lines(line.text);
-    std::string before = "  [" + std::string(WordsOfLevel(line.level)) + "] ";
-    for (std::string text; std::getline(lines, text); before = "      ")
-        std::cout << before << Tools::Presentable(text) << '\n';
+    return std::any_of(verdict.problems.begin(), verdict.problems.end(),
+                       [subject](Problem const& problem) { return problem.subject == subject; });
+}
+
+std::string BriefOf(Program const& program)
+{
+    return program.isNamed
+               ? program.executable
+               : "this doctor itself, since no --exe names another: " + program.executable;
+}
+
+// The version that was chosen.
+std::string BriefOf(Plugin const& plugin, ModuleList const& list)
+{
+    for (Module const& module : list.modules)
+        if (module.fit == Fit::Chosen && !module.version.empty())
+            return plugin.file + ", version " + module.version;
+    return plugin.file;
+}
+
+// What the plugin gave: the last word of the checks that are no formality.
+std::string BriefOf(std::vector<Tools::Check> const& checks)
+{
+    for (Tools::Check const& check : checks)
+        if (check.name == "interfaces" && check.result == Tools::Result::Ok)
+            return check.detail;
+    return {};
 }
 
 } // namespace
 
 std::string TextReport::Coloured(Colour colour, std::string const& text) const
 {
-    if (!isColoured)
+    if (!terminal.takesColours)
         return Tools::Presentable(text);
     char const* const codes[] = {"32", "1;31", "33", "1"};
     return std::string("\x1b[") + codes[static_cast<int>(colour)] + "m" + Tools::Presentable(text) +
            "\x1b[0m";
 }
 
-void TextReport::Heading(char const* text) const
+void TextReport::Write(std::string const& line, std::size_t indent) const
 {
-    std::cout << '\n' << Coloured(Colour::Heading, text) << '\n';
+    std::cout << Wrapped(line, terminal.width, indent) << '\n';
+}
+
+void TextReport::Section(char const* name, bool isWhole, std::string const& brief,
+                         std::function<void()> const& writeWhole)
+{
+    bool const isSeparate = isAfterWhole || isWhole;
+    if (isSeparate)
+        std::cout << '\n';
+    isAfterWhole = isWhole;
+    if (isWhole) {
+        std::cout << Coloured(Colour::Heading, name) << '\n';
+        writeWhole();
+        return;
+    }
+    constexpr std::size_t width = 27;
+    std::string const padding(width - std::string(name).size(), ' ');
+    Write(Coloured(Colour::Heading, name) + padding + Tools::Presentable(brief), width);
 }
 
 void TextReport::Line(std::string const& name, std::string const& text,
                       std::string const& coloured) const
 {
-    std::cout << "  " << Padded(name, 24) << Tools::Presentable(text)
-              << (text.empty() || coloured.empty() ? "" : "  ") << coloured << '\n';
+    Write("  " + Padded(name, 24) + Tools::Presentable(text) +
+              (text.empty() || coloured.empty() ? "" : "  ") + coloured,
+          27);
 }
 
-void TextReport::WriteFindings(Findings const& findings) const
+void TextReport::WriteFindings(Findings const& findings, Verdict const& verdict)
 {
-    WriteProgram(findings.program);
-    WriteClientConfig(findings.config);
-    WriteServerApp(findings.server);
-    WriteCompatibility(findings.compatibility);
-    WritePlugin(findings.plugin);
-    WriteOpenSsl(findings.openSsl);
+    auto const section = [&](char const* name, Subject subject, std::string const& brief,
+                             std::function<void()> const& writeWhole) {
+        Section(name, isVerbose || IsAbout(verdict, subject), brief, writeWhole);
+    };
+    Program const& program = findings.program;
+    if (!isVerbose && !IsAbout(verdict, Subject::Program)) {
+        Section("Program", false, BriefOf(program), {});
+        Section("Library", false,
+                program.libraryFile + ", version " + program.version + " " + program.build, {});
+    } else {
+        Section("Program", true, {}, [&] { WriteProgram(program); });
+    }
+    ClientConfig const& config = findings.config;
+    section("Client configuration", Subject::ClientConfig,
+            config.state == ConfigState::NoFile ? "none: the defaults apply" : config.file,
+            [&] { WriteClientConfig(config); });
+    section("Server application", Subject::ServerApp, findings.server.executable,
+            [&] { WriteServerApp(findings.server); });
+    // Its tables say why a module that is not there was chosen.
+    Compatibility const& compatibility = findings.compatibility;
+    bool const isModuleLost =
+        (!findings.plugin.file.empty() && !findings.plugin.presence.isThere) ||
+        (!findings.openSsl.file.empty() && !findings.openSsl.presence.isThere);
+    Section("Version compatibility file",
+            isVerbose || isModuleLost || IsAbout(verdict, Subject::Compatibility),
+            compatibility.file, [&] { WriteCompatibility(compatibility); });
+    section("Client plugin", Subject::Plugin,
+            BriefOf(findings.plugin, findings.compatibility.plugins),
+            [&] { WritePlugin(findings.plugin); });
+    section("OpenSSL module", Subject::OpenSsl,
+            findings.openSsl.presence.isThere ? findings.openSsl.file : "none chosen",
+            [&] { WriteOpenSsl(findings.openSsl); });
     std::cout << std::flush;
 }
 
 void TextReport::WriteProgram(Program const& program) const
 {
-    std::cout << Coloured(Colour::Heading, "Library") << '\n';
-    Line("version", program.version);
-    Line("build", program.build);
-    Line("file", program.libraryFile,
-         program.libraryFile.empty() ? Coloured(Colour::Bad, "not found") : "");
-    Line("file's version", Or(program.fileVersion, "unknown"));
-    WriteChecks(program.libraryChecks);
-    Heading("Program");
-    Line("executable", program.executable);
+    if (!program.isNamed)
+        Line("looked at", "this doctor itself: no --exe names another program");
+    Line("executable", program.executable,
+         program.executableFlaw.empty() ? "" : Coloured(Colour::Bad, program.executableFlaw));
     Line("its directory", program.directory);
     Line("current directory", program.workingDirectory);
-    Heading("Known folders");
+    Line("locale", program.locale,
+         program.outOfLocale.empty() ? "" : Coloured(Colour::Bad, "cannot hold a path"));
+    Line("library", program.libraryFile,
+         program.libraryFile.empty()   ? Coloured(Colour::Bad, "not found")
+         : program.libraryFlaw.empty() ? ""
+                                       : Coloured(Colour::Bad, program.libraryFlaw));
+    Line("version", program.version + " " + program.build);
+    Line("version of its file", Or(program.fileVersion, "unknown"));
+    WriteChecks(program.libraryChecks);
     for (NamedText const& folder : program.folders)
-        Line(folder.name, Or(folder.text, "unknown to the system"));
-    Heading("Path variables");
+        Line("folder " + folder.name, Or(folder.text, "unknown to the system"));
     for (NamedText const& variable : program.variables)
         Line("%" + variable.name + "%", variable.text,
              variable.text.empty() ? Coloured(Colour::Doubtful, "unresolved, stays as text") : "");
@@ -97,64 +168,69 @@ void TextReport::WriteProgram(Program const& program) const
 void TextReport::WriteSearch(Search const& search) const
 {
     if (search.file.empty()) {
-        Line("not searched", "its name is blank after a reading that ended early");
+        Line("not searched", "its name is blank, since a read ended early");
         return;
     }
-    std::cout << "  searched for " << Tools::Presentable(search.file) << " in\n";
+    Write("  searched for " + Tools::Presentable(search.file) + " in", 4);
     for (Directory const& directory : search.tried) {
         bool const isHit = directory.finding == Finding::Hit;
         std::string text = Words(directory.finding);
         if (!directory.unknown.empty())
             text += ": " + ListedVariables(directory.unknown) + " stays as text";
-        std::cout << "    " << Tools::Presentable(Or(directory.path, "(the current directory)"))
-                  << "  " << Coloured(isHit ? Colour::Good : Colour::Doubtful, text) << '\n';
+        if (!directory.similar.empty())
+            text += ", but " + directory.similar + " is";
+        Write("    " + Tools::Presentable(Or(directory.path, "(the current directory)")) + "  " +
+                  Coloured(isHit ? Colour::Good : Colour::Doubtful, text),
+              6);
     }
 }
 
 void TextReport::WriteParseError(ParseError const& error) const
 {
-    std::cout << "  " << Coloured(Colour::Bad, At(error.at) + ": " + error.message) << '\n'
-              << "  | " << error.line << '\n';
+    if (error.at.line == 0)
+        return; // the file is no text at all, as the problem says
+    Write("  " + Coloured(Colour::Bad, At(error.at) + ": " + error.message), 4);
+    std::cout << "  | " << error.line << '\n';
 }
 
 void TextReport::WriteOddities(std::vector<Oddity> const& oddities) const
 {
     for (Oddity const& oddity : oddities)
-        std::cout << "  "
-                  << Coloured(oddity.stopsReading ? Colour::Bad : Colour::Doubtful,
-                              At(oddity.at) + ": " + oddity.key + ": " + oddity.text)
-                  << '\n';
+        Write("  " + Coloured(oddity.stopsReading ? Colour::Bad : Colour::Doubtful,
+                              At(oddity.at) + ": " + InWords(oddity.key) + " " + oddity.text),
+              4);
 }
 
 void TextReport::WriteClientConfig(ClientConfig const& config) const
 {
-    Heading("Client configuration");
     if (config.override.empty())
         WriteSearch(config.search);
     else
         Line("named by the program", config.override);
     if (config.state == ConfigState::NoFile)
-        Line("file", "none: the defaults hold");
+        Line("file", "none: the defaults apply");
     else
         Line("file", config.file,
              Coloured(config.state == ConfigState::Read ? Colour::Good : Colour::Bad,
                       Words(config.state)));
     if (config.parseError)
         WriteParseError(*config.parseError);
+    if (config.unasked)
+        Line("not asked", Tools::NameOfLocation() + " names " + config.unasked->path);
     for (KeyValue const& key : config.keys) {
         std::string origin = Words(key.origin);
         if (key.at.line != 0)
             origin += ", " + At(key.at);
-        std::cout << "  " << Padded(key.key, 44)
-                  << (key.origin == Origin::Unset ? "" : Tools::Presentable(key.value) + "  ")
-                  << "(" << origin << ")\n";
+        Write("  " + Padded(key.key, 44) +
+                  (key.origin == Origin::Unset ? "" : Tools::Presentable(key.value) + "  ") + "(" +
+                  origin + ")",
+              4);
     }
     WriteOddities(config.oddities);
 }
 
 void TextReport::WriteServerApp(ServerApp const& server) const
 {
-    Heading("Server application");
     WriteSearch(server.search);
     if (server.directory.empty()) {
         Line("directory", "",
@@ -164,13 +240,13 @@ void TextReport::WriteServerApp(ServerApp const& server) const
         return;
     }
     Line("directory", server.directory);
+    bool const isWhole = server.presence.isThere && server.presence.flaw.empty();
     Line("executable", server.executable,
-         Coloured(server.presence.isThere ? Colour::Good : Colour::Bad, Words(server.presence)));
+         Coloured(isWhole ? Colour::Good : Colour::Bad, Words(server.presence)));
 }
 
 void TextReport::WriteCompatibility(Compatibility const& compatibility) const
 {
-    Heading("Version compatibility file");
     WriteSearch(compatibility.search);
     Line("file", compatibility.file,
          compatibility.file.empty() ? Coloured(Colour::Bad, "not found") : "");
@@ -196,17 +272,18 @@ void TextReport::WriteModules(ModuleList const& list) const
             verdict += ", file cannot be looked at: " + module.presence.reason;
         else if (!module.file.empty() && !module.presence.isThere)
             verdict += ", file missing on disk";
-        std::cout << "    " << module.number << ". " << Or(module.name, "(no module)")
-                  << "  version " << Or(module.version, "(none)") << "  for "
-                  << Or(module.range, "(no range)") << "  "
-                  << Coloured(isLost     ? Colour::Bad
-                              : isChosen ? Colour::Good
-                                         : Colour::Doubtful,
-                              verdict)
-                  << '\n';
+        Write("    " + std::to_string(module.number) + ". " + Or(module.name, "(no module)") +
+                  "  version " + Or(module.version, "(none)") + "  for " +
+                  Or(module.range, "(no range)") + "  " +
+                  Coloured(isLost     ? Colour::Bad
+                           : isChosen ? Colour::Good
+                                      : Colour::Doubtful,
+                           verdict),
+              7);
         if (!module.path.empty() || !module.expandedPath.empty())
-            std::cout << "       " << module.path << " -> "
-                      << Tools::Presentable(Or(module.expandedPath, "(nothing)")) << '\n';
+            Write("       " + module.path + " -> " +
+                      Tools::Presentable(Or(module.expandedPath, "(nothing)")),
+                  9);
     }
     if (!list.problem.empty())
         std::cout << "    " << Coloured(Colour::Doubtful, list.problem) << '\n';
@@ -215,17 +292,17 @@ void TextReport::WriteModules(ModuleList const& list) const
 void TextReport::WriteChecks(std::vector<Tools::Check> const& checks) const
 {
     for (Tools::Check const& check : checks)
-        std::cout << "  "
-                  << Coloured(check.result == Tools::Result::Ok       ? Colour::Good
-                              : check.result == Tools::Result::Failed ? Colour::Bad
-                                                                      : Colour::Doubtful,
-                              Padded(Tools::Spelled(check.result), 7))
-                  << Padded(check.name, 13) << check.detail << '\n';
+        Write("  " +
+                  Coloured(check.result == Tools::Result::Ok       ? Colour::Good
+                           : check.result == Tools::Result::Failed ? Colour::Bad
+                                                                   : Colour::Doubtful,
+                           Padded(Tools::Spelled(check.result), 7)) +
+                  Padded(check.name, 13) + check.detail,
+              24);
 }
 
 void TextReport::WritePlugin(Plugin const& plugin) const
 {
-    Heading("Client plugin");
     if (plugin.file.empty())
         Line("file", "", Coloured(Colour::Bad, "none chosen"));
     else if (!plugin.presence.isThere)
@@ -235,48 +312,51 @@ void TextReport::WritePlugin(Plugin const& plugin) const
 
 void TextReport::WriteOpenSsl(OpenSsl const& openSsl) const
 {
-    Heading("OpenSSL module");
     if (openSsl.file.empty()) {
         Line("file", "", Coloured(Colour::Doubtful, "none chosen"));
         return;
     }
+    bool const isWhole = openSsl.presence.isThere && openSsl.presence.flaw.empty();
     Line("file", openSsl.file,
-         Coloured(openSsl.presence.isThere ? Colour::Good : Colour::Doubtful,
-                  Words(openSsl.presence)));
+         Coloured(isWhole ? Colour::Good : Colour::Doubtful, Words(openSsl.presence)));
     Line("chosen by",
          openSsl.isOverride ? "the client configuration" : "the version compatibility file");
 }
 
-void TextReport::WriteLoad(Findings const& findings) const
+// A line that names directories has one for each.
+void TextReport::WriteLog(RealLoad const& load) const
 {
-    if (!findings.plugin.loadChecks.empty()) {
-        Heading("Client plugin, loaded");
-        WriteChecks(findings.plugin.loadChecks);
+    for (LogLine const& line : load.lines) {
+        std::istringstream lines(line.text);
+        std::string before = "  [" + std::string(WordsOfLevel(line.level)) + "] ";
+        for (std::string text; std::getline(lines, text); before = "      ")
+            Write(before + Tools::Presentable(text), 6);
     }
-    if (findings.load) {
-        Heading("The library's log of a load");
-        for (LogLine const& line : findings.load->lines)
-            WriteLogLine(line);
-    }
+}
+
+void TextReport::WriteLoad(Findings const& findings, Verdict const& verdict)
+{
+    std::vector<Tools::Check> const& checks = findings.plugin.loadChecks;
+    if (!checks.empty())
+        Section("Client plugin, loaded", isVerbose || IsAbout(verdict, Subject::Plugin),
+                BriefOf(checks), [&] { WriteChecks(checks); });
+    if (findings.load)
+        Section("The library's log of a load", true, {}, [&] { WriteLog(*findings.load); });
 }
 
 void TextReport::WriteVerdict(Verdict const& verdict) const
 {
-    Problem const* const first = verdict.First();
-    bool isAnyBefore = false;
     for (Problem const& problem : verdict.problems) {
-        if (&problem == first)
-            continue;
-        if (!isAnyBefore)
-            Heading(first == nullptr ? "Worth knowing" : "What else is not as it should be");
-        isAnyBefore = true;
-        std::cout << "  "
-                  << Coloured(problem.isFatal ? Colour::Bad : Colour::Doubtful,
-                              problem.isFatal ? "wrong:   " : "warning: ")
-                  << Told(problem) << '\n';
+        bool const isWrong = problem.isFatal || (problem.isCause && !verdict.canWork);
+        std::cout << '\n';
+        Write(Coloured(isWrong ? Colour::Bad : Colour::Doubtful, isWrong ? "wrong:" : "warning:") +
+                  " " + problem.text,
+              2);
+        Write("Fix: " + problem.remedy, 2);
     }
-    std::cout << '\n'
-              << Coloured(verdict.canWork ? Colour::Good : Colour::Bad, Told(verdict)) << std::endl;
+    std::cout << '\n';
+    Write(Coloured(verdict.canWork ? Colour::Good : Colour::Bad, Told(verdict)), 0);
+    std::cout << std::flush;
 }
 
 } // namespace Halvorix::Doctor

@@ -1,29 +1,36 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
+#include "../common/Terminal.h"
 #include "Findings.h"
 #include "Verdict.h"
 
 namespace Halvorix::Doctor {
 
-/// The findings for a person, written as they come, so that none is lost if a
-/// plugin ends the process.
+/// The findings for a person: a line for each section, and all of it for those with a
+/// problem, or where all is asked for.
 class TextReport {
 public:
-    explicit TextReport(bool withColours) : isColoured(withColours) {}
+    TextReport(Tools::Terminal terminal, bool isVerbose) : terminal(terminal), isVerbose(isVerbose)
+    {
+    }
 
-    /// All but what comes of running the plugin.
-    void WriteFindings(Findings const& findings) const;
-    void WriteLoad(Findings const& findings) const;
-    /// Warnings, further problems, and the last line.
+    /// All but what comes of running the plugin, with the verdict so far.
+    void WriteFindings(Findings const& findings, Verdict const& verdict);
+    void WriteLoad(Findings const& findings, Verdict const& verdict);
+    /// The problems with their remedies, and the last line.
     void WriteVerdict(Verdict const& verdict) const;
 
 private:
     enum class Colour { Good, Bad, Doubtful, Heading };
 
     std::string Coloured(Colour colour, std::string const& text) const;
-    void Heading(char const* text) const;
+    /// A line of the report, broken between words where the terminal ends.
+    void Write(std::string const& line, std::size_t indent) const;
+    void Section(char const* name, bool isWhole, std::string const& brief,
+                 std::function<void()> const& writeWhole);
     /// The text is made one line; what is coloured stands behind it.
     void Line(std::string const& name, std::string const& text,
               std::string const& coloured = {}) const;
@@ -38,8 +45,11 @@ private:
     void WriteChecks(std::vector<Tools::Check> const& checks) const;
     void WritePlugin(Plugin const& plugin) const;
     void WriteOpenSsl(OpenSsl const& openSsl) const;
+    void WriteLog(RealLoad const& load) const;
 
-    bool isColoured;
+    Tools::Terminal terminal;
+    bool isVerbose;
+    bool isAfterWhole = false; ///< the section before was written whole
 };
 
 } // namespace Halvorix::Doctor

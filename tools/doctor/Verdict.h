@@ -7,10 +7,14 @@
 
 namespace Halvorix::Doctor {
 
+/// What a problem is about: the sections of the report.
+enum class Subject { Program, ClientConfig, ServerApp, Compatibility, Plugin, OpenSsl, Load };
+
 /// Something that a support engineer should know.
 struct Problem {
-    std::string code;   ///< never changes, for programs
-    std::string text;   ///< what is wrong
+    std::string code; ///< never changes, for programs
+    Subject subject;
+    std::string text;   ///< what is wrong, in one line
     std::string remedy; ///< what to do about it
     bool isFatal;       ///< sign-in cannot work; else a warning
     bool isCause;       ///< a warning that explains what is fatal after it
@@ -19,15 +23,13 @@ struct Problem {
 struct Verdict {
     std::vector<Problem> problems; ///< in the order in which the library stumbles
     bool canWork = true;
+    bool isLoaded = false; ///< the plugin was, and its interfaces were asked for
 
     /// The first that is fatal, or a cause of what is; null if sign-in can work.
     Problem const* First() const;
 };
 
-/// What is wrong and what to do about it, in one line.
-std::string Told(Problem const& problem);
-
-/// The last line of all.
+/// The last line of all: what is wrong first.
 std::string Told(Verdict const& verdict);
 
 Verdict Judge(Findings const& findings);

@@ -15,7 +15,7 @@ struct Pair {
 
 constexpr Pair FindingNames[] = {
     {"found", "found"},
-    {"there too, but the search has ended before", "found-later"},
+    {"there too, but the search has ended already", "found-later"},
     {"not there", "no-file"},
     {"no such directory", "no-directory"},
     {"cannot be looked at", "unreadable"},
@@ -24,8 +24,8 @@ constexpr Pair FindingNames[] = {
 constexpr Pair StateNames[] = {
     {"read", "read"},
     {"none", "no-file"},
-    {"no JSON: the defaults hold", "not-json"},
-    {"reading ended with an exception", "stopped"},
+    {"cannot be read: the defaults apply", "not-json"},
+    {"the read ended with an exception", "stopped"},
 };
 
 constexpr Pair OriginNames[] = {
@@ -38,16 +38,19 @@ constexpr Pair OriginNames[] = {
 constexpr Pair FitNames[] = {
     {"chosen", "chosen"},
     {"fits, but its version is lower", "fits-lower-version"},
-    {"fits, but the same version stands before it", "fits-later-in-file"},
+    {"fits, but an entry of the same version comes first", "fits-later-in-file"},
     {"fits, but the client configuration names another", "fits-overridden"},
     {"excluded by minVersion", "below-minimum"},
     {"excluded by maxVersion", "above-maximum"},
     {"excluded by versions", "not-listed"},
     {"no path for this kind of process", "no-path-for-process"},
     {"ignored", "ignored"},
-    {"ends the reading", "stops-reading"},
-    {"null, passed over", "null"},
+    {"ends the read", "stops-reading"},
+    {"null, skipped", "null"},
 };
+
+constexpr char const* DamageCodes[] = {"not-json", "not-opened",      "not-a-file", "empty",
+                                       "utf-16",   "byte-order-mark", "too-deep"};
 
 template <class Enumeration, std::size_t Count>
 constexpr Pair const& Of(Pair const (&pairs)[Count], Enumeration value)
@@ -66,6 +69,8 @@ std::string Words(Presence const& presence)
 {
     if (!presence.reason.empty())
         return "cannot be looked at: " + presence.reason;
+    if (!presence.flaw.empty())
+        return presence.flaw;
     return presence.isThere ? "is there" : "does not exist";
 }
 
@@ -78,5 +83,6 @@ char const* Code(Finding finding) { return Of(FindingNames, finding).code; }
 char const* Code(ConfigState state) { return Of(StateNames, state).code; }
 char const* Code(Origin origin) { return Of(OriginNames, origin).code; }
 char const* Code(Fit fit) { return Of(FitNames, fit).code; }
+char const* Code(Damage damage) { return DamageCodes[static_cast<std::size_t>(damage)]; }
 
 } // namespace Halvorix::Doctor

@@ -19,5 +19,6 @@ char const* Code(Finding finding);
 char const* Code(ConfigState state);
 char const* Code(Origin origin);
 char const* Code(Fit fit);
+char const* Code(Damage damage);
 
 } // namespace Halvorix::Doctor

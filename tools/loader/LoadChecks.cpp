@@ -72,13 +72,15 @@ public:
         return answer;
     }
 
-    void Tell() const
+    // A plugin may do without all of them but the one that signs in.
+    void Tell(bool hasClient) const
     {
         if (!present.empty())
             report.Add("interfaces", Result::Ok, present);
         if (!empty.empty())
-            report.Add("interfaces", present.empty() ? Result::Failed : Result::Note,
-                       "empty: " + empty);
+            report.Add("interfaces", hasClient ? Result::Note : Result::Failed,
+                       "empty: " + empty +
+                           (hasClient ? "" : "; without ISSOClient nobody can sign in"));
     }
 
 private:
@@ -138,10 +140,10 @@ void LoadAndAsk(Json::Value const& request, Channel& report)
     walk.Ask("ISSOServerManager", &ISSOClientFactory::GetSSOServerManager);
     auto const logs = walk.Ask("ISSOLogManager", &ISSOClientFactory::GetSSOLogManager);
     walk.Ask("ISSOClientModule", &ISSOClientFactory::GetSSOClientModule);
-    walk.Ask("ISSOClient", &ISSOClientFactory::GetSSOClient);
+    auto const client = walk.Ask("ISSOClient", &ISSOClientFactory::GetSSOClient);
     walk.Ask("ISSOClientUI", &ISSOClientFactory::GetSSOClientUI);
     walk.Ask("ISSOClientPrivate", &ISSOClientFactory::GetSSOClientPrivate);
-    walk.Tell();
+    walk.Tell(client != nullptr);
     CheckLogger(logs.get(), report);
     // Before the plugin hears that its objects are let go.
     report.End();

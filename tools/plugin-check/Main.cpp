@@ -9,8 +9,12 @@
 #include "../common/System.h"
 #include "../common/Utf8.h"
 #include "WrittenReport.h"
+#include "support/LibraryIdentity.h"
 
 namespace Halvorix::PluginCheck {
+
+/// The text of --help, made of hxsso-plugin-check.txt as the man page is.
+extern char const* const Usage;
 
 namespace {
 
@@ -19,12 +23,6 @@ namespace fs = std::filesystem;
 constexpr int AllHolds = 0;
 constexpr int SomethingFails = 1;
 constexpr int WrongUse = 2;
-
-constexpr char const* Usage = "usage: hxsso-plugin-check [--json] [--timeout SECONDS] <module>\n"
-                              "\n"
-                              "Loads a client plugin as the library does, in a process of its\n"
-                              "own for 30 seconds at most, and says what holds.\n"
-                              "Exit status: 0 all holds, 1 something does not, 2 wrong use.\n";
 
 int Check(fs::path const& module, bool asJson, std::chrono::seconds limit)
 {
@@ -55,6 +53,10 @@ int Run(std::vector<fs::path> const& arguments)
         std::string const text = Tools::Utf8(argument);
         if (text == "--help") {
             std::cout << Usage;
+            return AllHolds;
+        }
+        if (text == "--version") {
+            std::cout << "hxsso-plugin-check " << SSOServices::LibraryVersion << '\n';
             return AllHolds;
         }
         if (text == "--json")

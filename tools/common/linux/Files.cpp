@@ -46,19 +46,19 @@ std::string WhyNotRegular(struct stat const& status)
     if (S_ISREG(status.st_mode))
         return {};
     if (S_ISDIR(status.st_mode))
-        return "is a folder";
+        return "is a folder, not a file";
     if (S_ISFIFO(status.st_mode))
-        return "is a pipe";
+        return "is a pipe, not a file";
     if (S_ISSOCK(status.st_mode))
-        return "is a socket";
-    return "is a device";
+        return "is a socket, not a file";
+    return "is a device, not a file";
 }
 
 std::string WhyNotOpened()
 {
     if (errno == ENOENT || errno == ENOTDIR)
         return "does not exist";
-    return "cannot be read: " + std::generic_category().message(errno);
+    return "cannot be opened: " + std::generic_category().message(errno);
 }
 
 } // namespace

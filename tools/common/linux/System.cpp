@@ -2,8 +2,6 @@
 
 #include <unistd.h>
 
-#include <cstdlib>
-
 #include "../Utf8.h"
 #include "support/TextConversion.h"
 
@@ -41,7 +39,7 @@ std::filesystem::path ModuleAsLoaded(std::filesystem::path const& file)
     return ExecutableAsRun(absolute.parent_path()) / absolute.filename();
 }
 
-bool BeginTerminal() { return ::isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr; }
+std::string NameOfLocation() { return "the file Location of the server application"; }
 
 // What is left of libX.so.1.2.3.4 once all links are followed.
 std::string FileVersionOf(std::filesystem::path const& file)

@@ -48,7 +48,7 @@ std::string WhyNotOpened()
     std::string text = Utf8(Platform::ErrorText(error));
     while (!text.empty() && (text.back() == '\n' || text.back() == '\r'))
         text.pop_back();
-    return "cannot be read: " + text;
+    return "cannot be opened: " + text;
 }
 
 } // namespace
@@ -59,9 +59,9 @@ OpenedFile OpenFile(std::filesystem::path const& file)
     if (attributes == INVALID_FILE_ATTRIBUTES)
         return {nullptr, WhyNotOpened()};
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
-        return {nullptr, "is a folder"};
+        return {nullptr, "is a folder, not a file"};
     if ((attributes & FILE_ATTRIBUTE_DEVICE) != 0)
-        return {nullptr, "is a device"};
+        return {nullptr, "is a device, not a file"};
     HANDLE const handle = ::CreateFileW(file.c_str(), GENERIC_READ,
                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                         nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -69,7 +69,7 @@ OpenedFile OpenFile(std::filesystem::path const& file)
         return {nullptr, WhyNotOpened()};
     auto source = std::make_unique<FileSource>(handle);
     if (::GetFileType(handle) != FILE_TYPE_DISK)
-        return {nullptr, "is a device"};
+        return {nullptr, "is a device, not a file"};
     LARGE_INTEGER size{};
     if (::GetFileSizeEx(handle, &size) == FALSE)
         return {nullptr, WhyNotOpened()};

@@ -36,22 +36,7 @@ std::filesystem::path ModuleAsLoaded(std::filesystem::path const& file)
     return ExecutableAsRun(file);
 }
 
-bool BeginTerminal()
-{
-    HANDLE const output = ::GetStdHandle(STD_OUTPUT_HANDLE);
-    DWORD mode = 0;
-    if (::GetConsoleMode(output, &mode) == FALSE)
-        return false;
-    // The console's own way is put back at the end: it outlives this program.
-    static struct CodePage {
-        UINT before = ::GetConsoleOutputCP();
-        ~CodePage() { ::SetConsoleOutputCP(before); }
-    } const codePage;
-    ::SetConsoleOutputCP(CP_UTF8);
-    constexpr DWORD takesColours = 0x0004; // ENABLE_VIRTUAL_TERMINAL_PROCESSING
-    return ::GetEnvironmentVariableW(L"NO_COLOR", nullptr, 0) == 0 &&
-           ::SetConsoleMode(output, mode | takesColours) != FALSE;
-}
+std::string NameOfLocation() { return "the registry value Location"; }
 
 std::string FileVersionOf(std::filesystem::path const& file)
 {

@@ -1,0 +1,70 @@
+#include "FileFlaw.h"
+
+#include <system_error>
+
+#include "../common/Files.h"
+#include "../common/Utf8.h"
+#include "Text.h"
+
+namespace Halvorix::Doctor {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char const* Addition = ".txt";
+
+std::string WithoutBlanks(std::string const& text)
+{
+    std::size_t const begin = text.find_first_not_of(' ');
+    return begin == std::string::npos ? std::string()
+                                      : text.substr(begin, text.find_last_not_of(' ') - begin + 1);
+}
+
+bool IsSimilar(std::string const& found, std::string const& name)
+{
+    std::string const wanted = Lower(WithoutBlanks(name));
+    std::string const other = Lower(WithoutBlanks(found));
+    return found != name && (other == wanted || other == wanted + Addition);
+}
+
+} // namespace
+
+std::string FlawOf(fs::path const& file)
+{
+    std::error_code error;
+    if (!fs::exists(fs::status(file, error)))
+        return {};
+    return Tools::OpenFile(file).reason;
+}
+
+bool IsEmpty(fs::path const& file)
+{
+    std::error_code error;
+    return fs::file_size(file, error) == 0 && !error;
+}
+
+std::string SimilarName(fs::path const& directory, std::string const& name)
+{
+    // A folder of more files is not one that somebody put this one into.
+    int rest = 10000;
+    std::error_code error;
+    for (fs::directory_iterator entry(directory, error), end; !error && entry != end && rest > 0;
+         entry.increment(error), --rest) {
+        std::string found = Tools::Utf8(entry->path().filename());
+        if (IsSimilar(found, name))
+            return found;
+    }
+    return {};
+}
+
+std::string DifferenceOf(std::string const& similar, std::string const& name)
+{
+    if (Lower(WithoutBlanks(similar)) != Lower(WithoutBlanks(name)))
+        return std::string("its name ends in ") + Addition;
+    if (Lower(similar) == Lower(name))
+        return "its name differs in case";
+    return "its name differs by a blank";
+}
+
+} // namespace Halvorix::Doctor

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace Halvorix::Doctor {
+
+/// What keeps a file from being read, to stand behind its name: "is a folder, not a
+/// file". Empty if nothing does, and for one that is not there. Neither a pipe nor a
+/// device is opened.
+std::string FlawOf(std::filesystem::path const& file);
+
+/// Of one that has no flaw.
+bool IsEmpty(std::filesystem::path const& file);
+
+/// The name of a file in the directory that is nearly this one: it differs in case, in
+/// blanks at an end, or by a further ".txt". Empty if there is none.
+std::string SimilarName(std::filesystem::path const& directory, std::string const& name);
+
+/// What such a name differs by: "its name ends in .txt".
+std::string DifferenceOf(std::string const& similar, std::string const& name);
+
+} // namespace Halvorix::Doctor

@@ -1,0 +1,148 @@
+#include <exception>
+#include <filesystem>
+#include <utility>
+
+#include <boost/filesystem/path.hpp>
+#include <boost/locale/util.hpp>
+
+#include "../common/ModuleGraph.h"
+#include "../common/ModuleImage.h"
+#include "../common/System.h"
+#include "../common/Utf8.h"
+#include "Examination.h"
+#include "FileFlaw.h"
+#include "TargetProgram.h"
+#include "Text.h"
+#include "discovery/ModuleFiles.h"
+#include "discovery/PathText.h"
+#include "support/LibraryIdentity.h"
+
+namespace Halvorix::Doctor {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Tools::ImageFormat;
+using Tools::ModuleImage;
+
+// What is said of a file before what kind of image it is counts.
+std::string FlawOfImage(fs::path const& file, ModuleImage const& image, char const* kind)
+{
+    std::string const flaw = FlawOf(file);
+    if (!flaw.empty())
+        return flaw;
+    if (IsEmpty(file))
+        return "is empty";
+    if (image.format == ImageFormat::None)
+        return std::string("is not a ") + kind;
+    if (image.format != Tools::NativeFormat)
+        return std::string("is for ") +
+               (image.format == ImageFormat::Pe ? "Windows" : "Linux or its like");
+    return {};
+}
+
+// The mark of a program is younger than some that are in use, so the name counts too.
+bool IsNamedAsModule(fs::path const& file)
+{
+    std::string const name = Lower(Tools::Utf8(file.filename()));
+    return name.find(".so") != std::string::npos || name.find(".dll") != std::string::npos;
+}
+
+void AddExecutable(fs::path const& file, Program& program)
+{
+    ModuleImage const image = Tools::ReadModuleImage(file);
+    program.executableFlaw = FlawOfImage(file, image, "program");
+    if (program.executableFlaw.empty() && image.isModule && IsNamedAsModule(file))
+        program.executableFlaw = "is a module, not a program";
+    if (program.executableFlaw.empty())
+        program.executableMachine = image.machine;
+}
+
+void AddLibrary(fs::path const& file, Program& program)
+{
+    if (file.empty())
+        return;
+    ModuleImage const image = Tools::ReadModuleImage(file);
+    program.libraryMachine = image.machine;
+    program.libraryFlaw = FlawOfImage(file, image, "module");
+    if (program.libraryFlaw.empty() && !image.flaw.empty())
+        program.libraryFlaw = "is damaged: " + image.flaw;
+    if (program.libraryFlaw.empty() && !image.isModule)
+        program.libraryFlaw = "is a program, not a module";
+    program.fileVersion = Tools::FileVersionOf(file);
+    program.ownFileVersion = HXSSO_FILE_VERSION;
+}
+
+void AddVariables(Resolver& resolver, Program& program)
+{
+    for (char const* const name : {"SSOServerAppPath", "SSOServerAppExeDirPath",
+                                   "SSOServerAppExeFile", "SSOServicesModulePath", "ProgramFiles",
+                                   "ExePath", "AppPath", "AppData", "LocalAppData"}) {
+        std::wstring const variable = Wide(std::string("%") + name + "%");
+        std::wstring value = variable;
+        resolver.ExpandPathVariables(value);
+        program.variables.push_back({name, value == variable ? "" : Shown(value)});
+    }
+}
+
+// Whether the library asks the system for the file that is meant. What is no character
+// has no spelling in any locale.
+bool IsSpelledAlike(std::wstring const& path)
+{
+    if (Wide(Shown(path)) != path)
+        return true;
+    try {
+        return boost::filesystem::path(path).native() == Tools::FromWide(path).native();
+    } catch (std::exception const&) {
+        return false;
+    }
+}
+
+} // namespace
+
+void ExamineLocale(Resolver const& resolver, Findings& findings)
+{
+    Program& program = findings.program;
+    TargetProgram const& target = CurrentTargetProgram();
+    SSOServices::SSOClientConfig const& config = resolver.GetClientConfig();
+    std::vector<std::wstring> paths{Tools::Wide(target.executable), Tools::Wide(target.library)};
+    paths.insert(paths.end(), config.searchPaths.begin(), config.searchPaths.end());
+    paths.insert(paths.end(), {config.versionCompatibilityConfigFilePath,
+                               Wide(findings.plugin.file), Wide(findings.openSsl.file)});
+    for (std::wstring const& path : paths)
+        if (!IsSpelledAlike(path))
+            program.outOfLocale.push_back(Shown(path));
+    program.locale = boost::locale::util::get_system_locale();
+}
+
+void ExamineProgram(Resolver& resolver, Options const& options, Findings& findings)
+{
+    Program& program = findings.program;
+    TargetProgram const& target = CurrentTargetProgram();
+    std::wstring const libraryName = Platform::LibraryFileName();
+    program.libraryName = Shown(libraryName);
+    program.version = SSOServices::LibraryVersion;
+    program.build = Shown(SSOServices::BuildName());
+    program.libraryFile = Shown(SSOServices::ResolveModuleFile(libraryName));
+    AddLibrary(target.library, program);
+    program.libraryHint = WantedLibrary().hint;
+    program.libraryRemedy = WantedLibrary().remedy;
+    program.executable = Shown(SSOServices::NormalizePath(Tools::Wide(target.executable)));
+    program.ownMachine = Tools::OwnMachine();
+    program.isNamed = !options.executable.empty();
+    if (program.isNamed)
+        AddExecutable(target.executable, program);
+    else
+        program.executableMachine = program.ownMachine;
+    std::error_code unknown;
+    program.workingDirectory = Tools::Utf8(fs::current_path(unknown));
+    for (auto const& [name, folder] :
+         {std::pair("ProgramFiles", Platform::KnownFolder::ProgramFiles),
+          std::pair("AppData", Platform::KnownFolder::RoamingAppData),
+          std::pair("LocalAppData", Platform::KnownFolder::LocalAppData)})
+        program.folders.push_back({name, Shown(SSOServices::GetKnownFolderPath(folder))});
+    program.directory = Shown(SSOServices::GetExecutableDirPath());
+    AddVariables(resolver, program);
+}
+
+} // namespace Halvorix::Doctor
