@@ -257,6 +257,15 @@ def OneEmptyInterface():
     ]
 
 
+def NoClient():
+    """It alone signs in."""
+    run_of = recorded({"ISSOClientFactory::GetSSOClient": {"empty": True}}, 1)
+    assert run_of.of("interfaces") == [
+        ("ok", ", ".join(name for name in INTERFACES if name != "ISSOClient")),
+        ("FAILED", "empty: ISSOClient; without ISSOClient nobody can sign in"),
+    ]
+
+
 def ThrowingGetter():
     run_of = recorded({"ISSOClientFactory::GetSSOClient": {"throw": "not now"}}, 1)
     assert ("FAILED", "GetSSOClient throws: not now") in run_of.of("interfaces")
@@ -287,9 +296,25 @@ def WrongUse():
     for arguments in ([], ["one", "two"], ["--nonsense"], ["--nonsense", "one"], [""], ["--json"]):
         ended = run(*arguments)
         assert ended.returncode == 2, arguments
-        assert ended.stdout == "" and ended.stderr.startswith("usage:"), arguments
+        assert ended.stdout == "" and ended.stderr.startswith("hxsso-plugin-check: "), arguments
+        assert "\nusage: hxsso-plugin-check " in ended.stderr, arguments
+
+
+def Help():
     ended = run("--help")
-    assert ended.returncode == 0 and ended.stdout.startswith("usage:")
+    assert ended.returncode == 0 and ended.stderr == ""
+    assert ended.stdout.startswith("hxsso-plugin-check - ")
+    for text in ("\nusage: hxsso-plugin-check ", "\n  --json  ", "\nExit status:\n"):
+        assert text in ended.stdout, text
+    page = (FOLDER.parent / "tools/text/hxsso-plugin-check.1").read_text(encoding="utf-8")
+    assert page.startswith(".TH HXSSO-PLUGIN-CHECK 1 ")
+    for option in ("json", "help", "version"):
+        assert f"\n.TP\n.B \\-\\-{option}\n" in page, option
+
+
+def Version():
+    ended = run("--version")
+    assert (ended.returncode, ended.stdout) == (0, "hxsso-plugin-check 10.22.00.1800\n")
 
 
 def document(status, module, script=None):

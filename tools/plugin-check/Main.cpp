@@ -70,7 +70,7 @@ int Run(std::vector<fs::path> const& arguments)
             modules.insert(modules.end(), 2, argument); // unknown: wrong use
     }
     if (modules.size() != 1) {
-        std::cerr << Usage;
+        std::cerr << "hxsso-plugin-check: name one module\n\n" << Usage;
         return WrongUse;
     }
     return Check(modules.front(), asJson, limit);
