@@ -308,7 +308,7 @@ def Help():
         assert text in ended.stdout, text
     page = (FOLDER.parent / "tools/text/hxsso-plugin-check.1").read_text(encoding="utf-8")
     assert page.startswith(".TH HXSSO-PLUGIN-CHECK 1 ")
-    for option in ("json", "help", "version"):
+    for option in ("json", "timeout SECONDS", "help", "version"):
         assert f"\n.TP\n.B \\-\\-{option}\n" in page, option
 
 

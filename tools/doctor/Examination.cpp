@@ -16,8 +16,6 @@ namespace Halvorix::Doctor {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 // As the library stumbles, so does this: what comes out of a question is noted, and
 // the next one is asked.
 template <class Question>

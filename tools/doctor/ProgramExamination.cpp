@@ -36,7 +36,7 @@ std::string FlawOfImage(fs::path const& file, ModuleImage const& image, char con
     if (image.format == ImageFormat::None)
         return std::string("is not a ") + kind;
     if (image.format != Tools::NativeFormat)
-        return std::string("is for ") +
+        return std::string("is a ") + kind + " for " +
                (image.format == ImageFormat::Pe ? "Windows" : "Linux or its like");
     return {};
 }

@@ -346,7 +346,13 @@ void TextReport::WriteLoad(Findings const& findings, Verdict const& verdict)
 
 void TextReport::WriteVerdict(Verdict const& verdict) const
 {
+    // What the last line needs is among the first ones; a file of thousands of entries
+    // may have a warning for each.
+    std::size_t const most = isVerbose ? verdict.problems.size() : 20;
+    std::size_t shown = 0;
     for (Problem const& problem : verdict.problems) {
+        if (!problem.isFatal && ++shown > most)
+            continue;
         bool const isWrong = problem.isFatal || (problem.isCause && !verdict.canWork);
         std::cout << '\n';
         Write(Coloured(isWrong ? Colour::Bad : Colour::Doubtful, isWrong ? "wrong:" : "warning:") +
@@ -354,6 +360,8 @@ void TextReport::WriteVerdict(Verdict const& verdict) const
               2);
         Write("Fix: " + problem.remedy, 2);
     }
+    if (shown > most)
+        Write("\nand " + std::to_string(shown - most) + " more warnings, which --verbose shows", 2);
     std::cout << '\n';
     Write(Coloured(verdict.canWork ? Colour::Good : Colour::Bad, Told(verdict)), 0);
     std::cout << std::flush;

@@ -431,7 +431,7 @@ private:
     void JudgeStoppingModules(ModuleList const& list)
     {
         Compatibility const& file = findings.compatibility;
-        std::set<std::string> told;
+        std::set<std::string> told; // the entries
         for (Oddity const& oddity : file.oddities)
             if (oddity.stopsReading)
                 told.insert(oddity.key.substr(0, oddity.key.find('.')));
@@ -461,7 +461,9 @@ private:
         for (Oddity const& oddity : file.oddities)
             if (oddity.meant.rfind(list.key, 0) == 0 ||
                 (oddity.key.rfind(list.key, 0) == 0 &&
-                 (oddity.code == "not-quoted" || oddity.code == "repeated-key")))
+                 (oddity.code == "repeated-key" ||
+                  (oddity.code == "not-quoted" &&
+                   oddity.key.find(".compatibleSsoServicesVersion.") != std::string::npos))))
                 hints.push_back({InWords(oddity.key) + " " + oddity.text, oddity.remedy});
         if (!list.problem.empty())
             AddMissing("no-plugin-listed", Subject::Compatibility,
@@ -507,10 +509,11 @@ private:
                              "correct module in " + findings.compatibility.file +
                                  ": the file is named " + plugin.presence.similar});
         for (Module const& module : findings.compatibility.plugins.modules) {
+            if (module.fit != Fit::Chosen || !hints.empty())
+                continue;
             std::string const key = "ssoClientPlugin[" + std::to_string(module.number - 1) + "].";
-            if (module.fit == Fit::Chosen && hints.empty())
-                AddHints(findings.compatibility.oddities,
-                         {key + "module", key + "modulePath", key + "modulePathWoW64"}, hints);
+            AddHints(findings.compatibility.oddities,
+                     {key + "module", key + "modulePath", key + "modulePathWoW64"}, hints);
         }
         std::vector<std::string> const unknown = VariablesIn(Wide(plugin.file));
         std::string const entry =
@@ -603,9 +606,10 @@ private:
             if (interruption.isAfterPlugin != areAfterPlugin ||
                 (findings.plugin.presence.isOutOfReach &&
                  interruption.text == findings.plugin.presence.reason) ||
-                std::find(told.begin(), told.end(), interruption.text) != told.end())
+                std::find(toldInterruptions.begin(), toldInterruptions.end(), interruption.text) !=
+                    toldInterruptions.end())
                 continue;
-            told.push_back(interruption.text);
+            toldInterruptions.push_back(interruption.text);
             Add(Fatal, "library-stops", areAfterPlugin ? Subject::Load : Subject::Program,
                 "the library ends " + interruption.during +
                     " with an exception: " + interruption.text,
@@ -670,7 +674,7 @@ private:
 
     Findings const& findings;
     Verdict verdict;
-    std::vector<std::string> told; ///< texts of interruptions
+    std::vector<std::string> toldInterruptions; ///< their texts
 };
 
 } // namespace
