@@ -318,11 +318,7 @@ private:
             return;
         std::vector<std::string> const unknown = UnknownOf(server.search);
         std::vector<Hint> hints;
-        for (Directory const& directory : server.search.tried)
-            if (!directory.similar.empty())
-                hints.push_back({Joined(directory.path, directory.similar) + " is there, but " +
-                                     DifferenceOf(directory.similar, server.search.file),
-                                 "rename it to " + server.search.file});
+        AddSimilar(server.search, hints);
         AddHints(findings.config.oddities,
                  {"ssoServer", "ssoServer.searchPaths", "ssoServer.appName", "ssoServer.exeName"},
                  hints);
@@ -338,6 +334,15 @@ private:
                    "install it, or name its directory in ssoServer.searchPaths of the client "
                    "configuration",
                    hints);
+    }
+
+    static void AddSimilar(Search const& search, std::vector<Hint>& hints)
+    {
+        for (Directory const& directory : search.tried)
+            if (!directory.similar.empty())
+                hints.push_back({Joined(directory.path, directory.similar) + " is there, but " +
+                                     DifferenceOf(directory.similar, search.file),
+                                 "rename it to " + search.file});
     }
 
     // Those of these keys, and of what was meant for one of them.
@@ -390,11 +395,7 @@ private:
     void AddMissingCompatibility(Compatibility const& file)
     {
         std::vector<Hint> hints;
-        for (Directory const& directory : file.search.tried)
-            if (!directory.similar.empty())
-                hints.push_back({Joined(directory.path, directory.similar) + " is there, but " +
-                                     DifferenceOf(directory.similar, file.search.file),
-                                 "rename it to " + file.search.file});
+        AddSimilar(file.search, hints);
         for (Directory const& directory : file.search.tried)
             if (NameOf(directory.path) == file.search.file)
                 hints.push_back(
