@@ -115,7 +115,6 @@ Findings Examine(Options const& options)
     findings.openSsl.file = Shown(openSsl);
     LookForFiles(plugin, openSsl, findings);
 
-    Try("the look at the locale", findings, [&] { ExamineLocale(resolver, findings); });
     Try("the look at the program", findings, [&] { ExamineProgram(resolver, options, findings); });
     Try("the look at the client configuration", findings,
         [&] { ExamineClientConfig(resolver, findings); });

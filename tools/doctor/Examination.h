@@ -11,7 +11,6 @@ namespace Halvorix::Doctor {
 Findings Examine(Options const& options);
 
 // The parts of it, in this order; each after the library has been asked.
-void ExamineLocale(Resolver const& resolver, Findings& findings);
 void ExamineProgram(Resolver& resolver, Options const& options, Findings& findings);
 void ExamineClientConfig(Resolver& resolver, Findings& findings);
 void ExamineServerApp(Resolver& resolver, Findings& findings);

@@ -83,11 +83,10 @@ struct Program {
     std::string fileVersion;                 ///< as the library's file carries it; empty: unknown
     std::string ownFileVersion;              ///< the same for the version of this tool
     std::string executable;
-    std::string executableMachine;        ///< empty if that is no program of this system
-    std::string executableFlaw;           ///< "is not a program"; empty: none
-    bool isNamed = false;                 ///< by --exe; else it is this tool
-    std::string locale;                   ///< the environment's; empty: none
-    std::vector<std::string> outOfLocale; ///< paths that it spells otherwise, or not at all
+    std::string executableMachine; ///< empty if that is no program of this system
+    std::string executableFlaw;    ///< "is not a program"; empty: none
+    bool isNamed = false;          ///< by --exe; else it is this tool
+    std::string locale;            ///< the environment's; empty: none
     std::string directory;
     std::string workingDirectory;
     std::string ownMachine; ///< of this tool

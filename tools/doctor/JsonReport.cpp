@@ -104,7 +104,6 @@ Json::Value ToJson(Program const& program)
     value["executableFlaw"] = OrNull(program.executableFlaw);
     value["executableMachine"] = OrNull(program.executableMachine);
     value["locale"] = program.locale;
-    value["outOfLocale"] = ToJson(program.outOfLocale);
     value["executableDirectory"] = program.directory;
     value["workingDirectory"] = program.workingDirectory;
     value["knownFolders"] = ToJson(program.folders);

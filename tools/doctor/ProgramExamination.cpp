@@ -1,8 +1,6 @@
-#include <exception>
 #include <filesystem>
 #include <utility>
 
-#include <boost/filesystem/path.hpp>
 #include <boost/locale/util.hpp>
 
 #include "../common/ModuleGraph.h"
@@ -85,35 +83,7 @@ void AddVariables(Resolver& resolver, Program& program)
     }
 }
 
-// Whether the library asks the system for the file that is meant. What is no character
-// has no spelling in any locale.
-bool IsSpelledAlike(std::wstring const& path)
-{
-    if (Wide(Shown(path)) != path)
-        return true;
-    try {
-        return boost::filesystem::path(path).native() == Tools::FromWide(path).native();
-    } catch (std::exception const&) {
-        return false;
-    }
-}
-
 } // namespace
-
-void ExamineLocale(Resolver const& resolver, Findings& findings)
-{
-    Program& program = findings.program;
-    TargetProgram const& target = CurrentTargetProgram();
-    SSOServices::SSOClientConfig const& config = resolver.GetClientConfig();
-    std::vector<std::wstring> paths{Tools::Wide(target.executable), Tools::Wide(target.library)};
-    paths.insert(paths.end(), config.searchPaths.begin(), config.searchPaths.end());
-    paths.insert(paths.end(), {config.versionCompatibilityConfigFilePath,
-                               Wide(findings.plugin.file), Wide(findings.openSsl.file)});
-    for (std::wstring const& path : paths)
-        if (!IsSpelledAlike(path))
-            program.outOfLocale.push_back(Shown(path));
-    program.locale = boost::locale::util::get_system_locale();
-}
 
 void ExamineProgram(Resolver& resolver, Options const& options, Findings& findings)
 {
@@ -127,6 +97,7 @@ void ExamineProgram(Resolver& resolver, Options const& options, Findings& findin
     AddLibrary(target.library, program);
     program.libraryHint = WantedLibrary().hint;
     program.libraryRemedy = WantedLibrary().remedy;
+    program.locale = boost::locale::util::get_system_locale();
     program.executable = Shown(SSOServices::NormalizePath(Tools::Wide(target.executable)));
     program.ownMachine = Tools::OwnMachine();
     program.isNamed = !options.executable.empty();

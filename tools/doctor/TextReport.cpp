@@ -149,8 +149,7 @@ void TextReport::WriteProgram(Program const& program) const
          program.executableFlaw.empty() ? "" : Coloured(Colour::Bad, program.executableFlaw));
     Line("its directory", program.directory);
     Line("current directory", program.workingDirectory);
-    Line("locale", program.locale,
-         program.outOfLocale.empty() ? "" : Coloured(Colour::Bad, "cannot hold a path"));
+    Line("locale", program.locale);
     Line("library", program.libraryFile,
          program.libraryFile.empty()   ? Coloured(Colour::Bad, "not found")
          : program.libraryFlaw.empty() ? ""

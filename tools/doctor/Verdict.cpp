@@ -74,10 +74,6 @@ public:
 
     Verdict Take()
     {
-        if (IsLostInLocale()) {
-            JudgeLocale(Fatal);
-            return std::move(verdict);
-        }
         JudgeProgram();
         JudgeClientConfig();
         JudgeInterruptions();
@@ -100,28 +96,9 @@ private:
         verdict.canWork = verdict.canWork && weight != Fatal;
     }
 
-    // Then whatever else seems wrong comes of that.
-    bool IsLostInLocale() const
-    {
-        return !findings.program.outOfLocale.empty() &&
-               (!findings.interruptions.empty() || IsServerAppLost() ||
-                !findings.plugin.presence.isThere);
-    }
-
-    void JudgeLocale(Weight weight)
-    {
-        Program const& program = findings.program;
-        Add(weight, "locale-cannot-hold-path", Subject::Program,
-            "the locale " + program.locale + " cannot hold the path " +
-                program.outOfLocale.front() + ", so the library does not find what is there",
-            "start the program with a UTF-8 locale, such as LC_ALL=C.UTF-8");
-    }
-
     void JudgeProgram()
     {
         Program const& program = findings.program;
-        if (!program.outOfLocale.empty())
-            JudgeLocale(Warning);
         if (!program.executableFlaw.empty())
             Add(Fatal, "executable-not-a-program", Subject::Program,
                 program.executable + " " + program.executableFlaw,
