@@ -56,7 +56,7 @@ TEST(ModuleImage, TellsWhatBindsAPluginToOthers)
               1);
     EXPECT_TRUE(
         std::any_of(symbols.imports.begin(), symbols.imports.end(), [](Import const& import) {
-            return import.symbol.find("PluginDependency") != std::string::npos;
+            return import.symbol.find("UseDependency") != std::string::npos;
         }));
 }
 
@@ -114,7 +114,7 @@ TEST(ByteView, NamesEndAtTheirZeroOrAreNone)
 
 TEST(ModuleImage, IsNoneForWhatIsNoModule)
 {
-    for (char const* text : {"", "M", "MZ", "\x7f", "a text"})
+    for (char const* text : {"", "M", "\x7f", "a text"})
         EXPECT_EQ(ImageOf(text).format, ImageFormat::None) << text;
 }
 
