@@ -29,8 +29,8 @@ std::string InWords(std::string const& key)
 {
     std::size_t const open = key.find('[');
     std::size_t const close = key.find(']', std::min(open, key.size()));
-    if (close == std::string::npos || key.find_first_not_of("0123456789", open + 1) != close ||
-        close - open > 10)
+    if (close == std::string::npos || close == open + 1 ||
+        key.find_first_not_of("0123456789", open + 1) != close || close - open > 10)
         return key;
     std::string const number = std::to_string(std::stoull(key.substr(open + 1)) + 1);
     std::string const list = "entry " + number + " of " + key.substr(0, open);
