@@ -26,7 +26,7 @@ using Tools::ModuleImage;
 // What is said of a file before what kind of image it is counts.
 std::string FlawOfImage(fs::path const& file, ModuleImage const& image, char const* kind)
 {
-    std::string const flaw = FlawOf(file);
+    std::string flaw = FlawOf(file);
     if (!flaw.empty())
         return flaw;
     if (IsEmpty(file))

@@ -1,7 +1,6 @@
 #include "TextOddities.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "../common/System.h"
 #include "Text.h"
@@ -31,9 +30,9 @@ public:
     {
     }
 
-    void Add(char const* code, std::string text, char const* remedy)
+    void Add(char const* code, std::string const& text, char const* remedy)
     {
-        oddities.push_back({at, key, code, Tools::Presentable(std::move(text)), remedy, false, {}});
+        oddities.push_back({at, key, code, Tools::Presentable(text), remedy, false, {}});
     }
 
     void FindEscape(std::string const& value)

@@ -337,6 +337,7 @@ private:
                     std::string const& remedy, std::vector<Hint> const& hints)
     {
         std::vector<std::string> texts;
+        texts.reserve(hints.size());
         for (Hint const& hint : hints)
             texts.push_back(hint.text);
         Add(Fatal, code, subject, text + (texts.empty() ? "" : "; " + Listed(texts, "; ")),
