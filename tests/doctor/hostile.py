@@ -4,6 +4,7 @@
 import json
 import os
 import re
+import subprocess
 import time
 
 import rig
@@ -46,6 +47,35 @@ def PluginThatEndsTheProcess(test):
         # What the library said before is not lost.
         assert "Dynamically loading client plugin" in load["log"][-1]["text"] or \
             "Getting factory" in load["log"][-1]["text"], load["log"][-1]
+
+
+def PluginThatForgesTheReport(test):
+    """What it says in the loader's place does not count once it has ended the process."""
+    place = hostile(test)
+    for deed in ("load: forge and abort", "factory: forge and abort"):
+        environment = {"HXSSO_HOSTILE": deed}
+        ended = place.diagnose("--load", environment=environment)
+        assert ended.status == 1 and "the plugin aborts the process" in ended.output, ended.output
+        ended = place.diagnose("--log", "--json", environment=environment)
+        assert ended.status == 1 and not ended.document["verdict"]["canWork"]
+
+
+def OutputThatCannotBeWritten(test):
+    if test.build.is_windows:
+        skip("only the other system has a device that is always full")
+    place = test.whole()
+    for options in ([], ["--json"]):
+        with open("/dev/full", "w", encoding="utf-8") as full:
+            ended = subprocess.run(place.command(*options), cwd=place.root / "work",
+                                   env=place.environment(), stdout=full, stderr=subprocess.PIPE,
+                                   timeout=100, check=False, text=True)
+        assert ended.returncode == 1, ended
+        assert "the report cannot be written" in ended.stderr, ended
+
+
+def WrongUseThatSteers(test):
+    ended = test.whole().diagnose("--\x1b]0;title\x07")
+    assert ended.status == 2 and "\x1b" not in ended.output + ended.errors
 
 
 def PluginThatLoopsForEver(test):
@@ -191,6 +221,21 @@ def LibraryForTheOtherSystem(test):
     ended = place.diagnose("--library", test.build.spelled(place.root / "app/foreign"))
     system = "Linux or its like" if test.build.is_windows else "Windows"
     assert f"app/foreign is a module for {system}" in ended.last, ended.last
+
+
+def ProgramLacksWhatItNeeds(test):
+    """It would not start, whatever the library could do."""
+    place = test.whole()
+    program = place.path("app/" + test.build.program)
+    needed = "libgcc_s_seh-1.dll" if test.build.is_windows else "libgcc_s.so.1"
+    gone = needed.replace("gcc", "gxc")
+    data = program.read_bytes()
+    if needed.encode() + b"\0" not in data:
+        skip("the program of the rig needs no module that could be taken away")
+    place.replace("app/" + test.build.program,
+                  data.replace(needed.encode() + b"\0", gone.encode() + b"\0"))
+    ended = place.diagnose("--load")
+    assert ended.status == 1 and gone in ended.last and "does not start" in ended.last, ended.last
 
 
 def PluginWithoutItsSymbols(test):

@@ -8,8 +8,9 @@ namespace Halvorix::Tools {
 
 struct ChildRun {
     bool isStarted = false;
-    std::string output; ///< what it wrote on its standard output
-    std::string end;    ///< how it ended: "ends the process with exit status 0", say
+    std::string output;  ///< what it wrote on its standard output
+    std::string end;     ///< how it ended: "ends the process with exit status 0", say
+    bool isGood = false; ///< by itself, with exit status 0
 };
 
 /// Runs a program in a process of its own, with that on its standard input. When the
@@ -27,6 +28,6 @@ void WriteAll(int descriptor, std::string const& text);
 /// Ends this process at once: no code of a module runs at its end.
 [[noreturn]] void EndProcess();
 
-constexpr std::size_t MostChildOutput = std::size_t{16} << 20U;
+constexpr std::size_t MostChildOutput = std::size_t{2} << 20U;
 
 } // namespace Halvorix::Tools

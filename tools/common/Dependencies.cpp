@@ -140,8 +140,11 @@ LibraryDependencies FindLibraryDependencies(Host const& host)
         return found;
     found.missing = MissingFor(graph, library);
     found.limit = graph.limit;
-    if (found.missing.empty() && found.limit.empty())
-        found.missingSymbols = MissingSymbols(graph, library, found.limit);
+    if (!found.missing.empty() || !found.limit.empty())
+        return found;
+    found.missingSymbols = MissingSymbols(graph, library, found.limit);
+    if (library != 0)
+        found.missingOfProgram = MissingFor(graph, 0);
     return found;
 }
 

@@ -29,6 +29,7 @@ Dependencies FindDependencies(std::filesystem::path const& plugin, ModuleImage c
 /// What the library itself needs and the program would not find.
 struct LibraryDependencies {
     std::vector<MissingModule> missing;
+    std::vector<MissingModule> missingOfProgram; ///< and not of the library
     std::vector<std::string> missingSymbols;
     std::string limit;
 };

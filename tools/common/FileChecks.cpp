@@ -239,6 +239,8 @@ void CheckLibrary(Host const& host, Report& report)
     LibraryDependencies const found = FindLibraryDependencies(host);
     for (MissingModule const& missing : found.missing)
         report.Add("dependencies", Result::Failed, Told(missing));
+    for (MissingModule const& missing : found.missingOfProgram)
+        report.Add("program", Result::Failed, Told(missing));
     for (std::string const& line : found.missingSymbols)
         report.Add("symbols", Result::Failed, line);
     if (!found.limit.empty())

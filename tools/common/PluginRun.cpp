@@ -23,15 +23,21 @@ std::filesystem::path LoaderFile()
     return file;
 }
 
+// More than any load makes.
+constexpr std::size_t MostRecords = 20000;
+constexpr std::size_t LongestRecord = 65536;
+
 // What is none, since a plugin may write anywhere, is passed over.
 std::vector<Json::Value> RecordsIn(std::string const& output)
 {
     std::vector<Json::Value> records;
     std::istringstream lines(output);
-    for (std::string line; std::getline(lines, line);) {
+    for (std::string line; records.size() < MostRecords && std::getline(lines, line);) {
+        if (line.size() > LongestRecord)
+            continue;
         try {
             Json::Value record;
-            if (Json::Reader().parse(line, record) && record.isObject())
+            if (Json::Reader().parse(line, record) && record.isObject() && !record.empty())
                 records.push_back(std::move(record));
         } catch (std::exception const&) {
             continue; // nested too deeply
@@ -73,6 +79,7 @@ PluginRun RunPluginLoader(Json::Value const& request, std::chrono::seconds limit
     bool hasEnded = false;
     std::string during;
     for (Json::Value& record : RecordsIn(child.output)) {
+        hasEnded = false; // nothing comes behind the end
         if (record.isMember("step")) {
             hasBegun = true;
             during = TextOf(record, "step");
@@ -86,7 +93,7 @@ PluginRun RunPluginLoader(Json::Value const& request, std::chrono::seconds limit
     if (!hasBegun)
         run.death = Utf8(loader.filename()) + " " +
                     (child.isStarted ? child.end : "cannot be started: " + child.end);
-    else if (!hasEnded)
+    else if (!hasEnded || !child.isGood)
         run.death = "the plugin " + child.end + " " + during;
     return run;
 }

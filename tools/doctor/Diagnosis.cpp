@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "../common/Report.h"
 #include "../common/Terminal.h"
 #include "Examination.h"
 #include "JsonReport.h"
@@ -61,10 +62,15 @@ int Run(std::vector<std::filesystem::path> const& arguments)
         return CanWork;
     }
     if (!options.misuse.empty()) {
-        std::cerr << "hxsso-doctor: " << options.misuse << "\n\n" << Usage;
+        std::cerr << "hxsso-doctor: " << Tools::Presentable(options.misuse) << "\n\n" << Usage;
         return WrongUse;
     }
-    return Diagnose(options);
+    int const status = Diagnose(options);
+    if (!std::cout.flush()) {
+        std::cerr << "hxsso-doctor: the report cannot be written\n";
+        return SomethingIsWrong;
+    }
+    return status;
 }
 
 } // namespace Halvorix::Doctor

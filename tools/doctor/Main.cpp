@@ -3,6 +3,7 @@
 #include <exception>
 #include <iostream>
 
+#include "../common/Report.h"
 #include "../common/System.h"
 #include "Diagnosis.h"
 
@@ -11,7 +12,7 @@ int main(int count, char** arguments)
     try {
         return Halvorix::Doctor::Run(Halvorix::Tools::BeginProgram(count, arguments));
     } catch (std::exception const& exception) {
-        std::cerr << "hxsso-doctor: " << exception.what() << '\n';
+        std::cerr << "hxsso-doctor: " << Halvorix::Tools::Presentable(exception.what()) << '\n';
         return 1;
     }
 }

@@ -1,12 +1,16 @@
 #include "RepeatedKeys.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <set>
 #include <utility>
 
 namespace Halvorix::Doctor {
 
 namespace {
+
+// More than anyone reads; each has its whole path.
+constexpr std::size_t MostRepeatedKeys = 100;
 
 /// An object or an array around the place where the scan is.
 struct Level {
@@ -61,7 +65,7 @@ private:
         Level& level = levels.back();
         level.isKeyNext = false;
         level.key = text.substr(begin + 1, std::min(at, text.size()) - begin - 1);
-        if (!level.keys.insert(level.key).second)
+        if (!level.keys.insert(level.key).second && found.size() < MostRepeatedKeys)
             found.push_back({begin, Path()});
     }
 

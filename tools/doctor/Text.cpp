@@ -56,9 +56,12 @@ std::string BeginningOf(SSOServices::Message const& message)
 
 std::string ListedVariables(std::vector<std::string> const& names)
 {
+    constexpr std::size_t most = 3;
     std::string list;
-    for (std::string const& name : names)
-        list += (list.empty() ? "%" : ", %") + name + "%";
+    for (std::size_t i = 0; i < std::min(names.size(), most); ++i)
+        list += (list.empty() ? "%" : ", %") + names[i] + "%";
+    if (names.size() > most)
+        list += " and " + std::to_string(names.size() - most) + " more";
     return list;
 }
 

@@ -124,6 +124,17 @@ private:
                     ", and this doctor is for version " + program.ownFileVersion,
                 "run the doctor of that version");
         for (Tools::Check const& check : program.libraryChecks)
+            JudgeLibraryCheck(check);
+    }
+
+    void JudgeLibraryCheck(Tools::Check const& check)
+    {
+        Program const& program = findings.program;
+        if (check.name == "program")
+            Add(Fatal, "program-dependencies", Subject::Program,
+                "the program " + program.executable + " does not start: " + check.detail,
+                "install what is missing where the program's loader looks, or the program again");
+        else
             Add(Fatal, ("library-" + check.name).c_str(), Subject::Program,
                 "the library " + program.libraryFile + ": " + check.name + ": " + check.detail,
                 check.name == "dependencies" ? "install what is missing beside the library"

@@ -6,6 +6,7 @@
 
 #include "../common/FileChecks.h"
 #include "../common/PluginRun.h"
+#include "../common/Report.h"
 #include "../common/System.h"
 #include "../common/Utf8.h"
 #include "WrittenReport.h"
@@ -26,9 +27,10 @@ constexpr int WrongUse = 2;
 
 int Check(fs::path const& module, bool asJson, std::chrono::seconds limit)
 {
-    fs::path const file = fs::absolute(module).lexically_normal();
     WrittenReport report(asJson);
+    fs::path file = module;
     try {
+        file = fs::absolute(module).lexically_normal();
         Tools::FileFindings const findings =
             Tools::CheckFile(file, Tools::ThisProgramAsHost(), report);
         // Nothing of a module runs here that is known not to work.
@@ -40,6 +42,10 @@ int Check(fs::path const& module, bool asJson, std::chrono::seconds limit)
         report.Add("check", Tools::Result::Failed, std::string("given up: ") + exception.what());
     }
     report.Close(Tools::Utf8(file));
+    if (!std::cout.flush()) {
+        std::cerr << "hxsso-plugin-check: the report cannot be written\n";
+        return SomethingFails;
+    }
     return report.HasFailed() ? SomethingFails : AllHolds;
 }
 
@@ -85,7 +91,8 @@ int main(int count, char** arguments)
     try {
         return Halvorix::PluginCheck::Run(Halvorix::Tools::BeginProgram(count, arguments));
     } catch (std::exception const& exception) {
-        std::cerr << "hxsso-plugin-check: " << exception.what() << '\n';
+        std::cerr << "hxsso-plugin-check: " << Halvorix::Tools::Presentable(exception.what())
+                  << '\n';
         return 1;
     }
 }

@@ -7,9 +7,24 @@
 #include <stdexcept>
 #include <string>
 
+#ifdef _WIN32
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
 #include "plugin/ISSOClientFactory.h"
 
 namespace {
+
+long Write(int descriptor, char const* text, unsigned size)
+{
+#ifdef _WIN32
+    return _write(descriptor, text, size);
+#else
+    return ::write(descriptor, text, size);
+#endif
+}
 
 void Print()
 {
@@ -18,6 +33,19 @@ void Print()
         std::fputs("{\"end\": true}\n", stderr);
     }
     std::fflush(stdout);
+}
+
+// In place of the program that loads it, wherever that one writes.
+void Forge()
+{
+    constexpr char const text[] =
+        "{\"check\":\"load\",\"result\":\"ok\",\"detail\":\"all is well\"}\n"
+        "{\"check\":\"interfaces\",\"result\":\"ok\",\"detail\":\"ISSOClient\"}\n"
+        "{\"worked\":true}\n{\"end\":true}\n";
+    for (int descriptor = 3; descriptor < 256; ++descriptor)
+        if (Write(descriptor, text, sizeof(text) - 1) < 0)
+            continue;
+    std::abort();
 }
 
 void Act(std::string const& where)
@@ -44,6 +72,8 @@ void Act(std::string const& where)
         Print();
         std::exit(0);
     }
+    if (deed == "forge and abort")
+        Forge();
     // A file, to be seen whether the module was loaded at all.
     if (deed.rfind("write ", 0) == 0)
         std::fclose(std::fopen(deed.substr(6).c_str(), "w"));

@@ -42,7 +42,7 @@ private:
 // Only what may be called between fork and exec.
 [[noreturn]] void BecomeProgram(char const* program, int input, int output, pid_t parent)
 {
-    ::setpgid(0, 0);
+    ::setsid(); // out of reach of the terminal, and a group to be ended as one
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() != parent)
         ::_exit(127); // it has ended already
@@ -93,6 +93,8 @@ ChildRun RunChild(std::filesystem::path const& program, std::string const& input
                   std::chrono::seconds limit)
 {
     ChildRun run;
+    ::signal(SIGCHLD, SIG_DFL);  // whoever starts this program may ignore it
+    ::prctl(PR_SET_DUMPABLE, 0); // else the child could open what is written to
     int ends[2];
     int streams[2];
     // A socket, since a write to it tells of a reader that has gone instead of killing.
@@ -114,7 +116,6 @@ ChildRun RunChild(std::filesystem::path const& program, std::string const& input
         run.end = std::generic_category().message(errno);
         return run;
     }
-    ::setpgid(child, child);
     run.isStarted = true;
     childOutput.Close();
     childRequest.Close();
@@ -137,11 +138,15 @@ ChildRun RunChild(std::filesystem::path const& program, std::string const& input
         int status = 0;
         bool const hasEnded = ::waitpid(child, &status, WNOHANG) == child;
         isOpen = isOpen && ReadWhatIsThere(output.Get(), run.output);
-        if (hasEnded)
+        if (hasEnded) {
             run.end = Told(status);
-        else if (run.output.size() > MostChildOutput)
+            run.isGood = WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        }
+        if (run.output.size() > MostChildOutput) {
             run.end = "writes without end";
-        else if (Clock::now() > deadline)
+            run.isGood = false;
+        }
+        if (run.end.empty() && Clock::now() > deadline)
             run.end = "does not come back within " + std::to_string(limit.count()) + " s";
         if (!hasEnded && !run.end.empty()) {
             ::kill(child, SIGKILL);
