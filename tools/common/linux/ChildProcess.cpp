@@ -39,6 +39,18 @@ private:
     int descriptor;
 };
 
+// Else the child could open what this process writes to.
+class HiddenProcess {
+public:
+    HiddenProcess() : before(::prctl(PR_GET_DUMPABLE)) { ::prctl(PR_SET_DUMPABLE, 0); }
+    ~HiddenProcess() { ::prctl(PR_SET_DUMPABLE, before); }
+    HiddenProcess(HiddenProcess const&) = delete;
+    HiddenProcess& operator=(HiddenProcess const&) = delete;
+
+private:
+    int const before;
+};
+
 // Only what may be called between fork and exec.
 [[noreturn]] void BecomeProgram(char const* program, int input, int output, pid_t parent)
 {
@@ -93,8 +105,8 @@ ChildRun RunChild(std::filesystem::path const& program, std::string const& input
                   std::chrono::seconds limit)
 {
     ChildRun run;
-    ::signal(SIGCHLD, SIG_DFL);  // whoever starts this program may ignore it
-    ::prctl(PR_SET_DUMPABLE, 0); // else the child could open what is written to
+    ::signal(SIGCHLD, SIG_DFL); // whoever starts this program may ignore it
+    HiddenProcess const hidden;
     int ends[2];
     int streams[2];
     // A socket, since a write to it tells of a reader that has gone instead of killing.
