@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -9,6 +10,8 @@
 #include <boost/locale/encoding_errors.hpp>
 #include <boost/locale/generator.hpp>
 #include <boost/locale/util.hpp>
+
+#include "../support/Undestroyed.h"
 
 namespace Halvorix::SSOServices {
 
@@ -20,6 +23,10 @@ bool NamesALanguage(std::string const& locale)
     constexpr std::size_t longest = 11;
     return std::min(locale.find_first_of("_.-@"), locale.size()) <= longest;
 }
+
+// Threads that use the library first at the same time each make it, and all but one let
+// it go: none of them is the last to do so, or the C library unloads what another loads.
+Undestroyed<std::optional<std::locale>> keptLocaleOfTheCLibrary;
 
 } // namespace
 
@@ -46,8 +53,9 @@ std::locale LocaleOfTheCLibrary()
     }
 }
 
-void SetProcessLocale(std::locale const& locale)
+void SetProcessLocale(std::locale const& locale, std::locale const& ofTheCLibrary)
 {
+    keptLocaleOfTheCLibrary.value = ofTheCLibrary;
     std::locale::global(locale);
     try {
         boost::filesystem::path::imbue(locale);

@@ -13,7 +13,8 @@ std::locale SystemLocale();
 std::locale LocaleOfTheCLibrary();
 
 /// Gives it to the process. The host's global locale changes with the first use of the
-/// library, on purpose: narrow path text is converted by it from then on.
-void SetProcessLocale(std::locale const& locale);
+/// library, on purpose: narrow path text is converted by it from then on. The process keeps
+/// the C library's too.
+void SetProcessLocale(std::locale const& locale, std::locale const& ofTheCLibrary);
 
 } // namespace Halvorix::SSOServices

@@ -45,14 +45,14 @@ SSOClientManager::SSOClientManager(LogFunction log)
 
 void SSOClientManager::CreateInstance()
 {
-    // The locale is code of this library, and the process keeps it. Both before the lock:
+    // The locale is code of this library, and the process keeps it. All before the lock:
     // the loader may be busy with a module whose constructors wait for that.
     std::locale locale;
-    std::locale keepsWhatIsLoaded;
+    std::locale ofTheCLibrary;
     if (WorkBeforeTheEnd const work; work.MayBegin()) {
         Platform::KeepLibraryLoaded();
         locale = SystemLocale();
-        keepsWhatIsLoaded = LocaleOfTheCLibrary();
+        ofTheCLibrary = LocaleOfTheCLibrary();
     }
     std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
     if (clientManager)
@@ -61,7 +61,7 @@ void SSOClientManager::CreateInstance()
     auto manager = std::make_shared<SSOClientManager>();
     // Before anyone sees the manager: if this fails, the next use does both again.
     if (WorkBeforeTheEnd const work; work.MayBegin())
-        SetProcessLocale(locale);
+        SetProcessLocale(locale, ofTheCLibrary);
     clientManager = std::move(manager);
     clientManagerPublished.store(true, std::memory_order_release);
 }

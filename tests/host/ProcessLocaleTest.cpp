@@ -21,7 +21,8 @@ protected:
     static std::string NameFor(std::string const& value)
     {
         Rig::SetVariable("LC_ALL", value);
-        Halvorix::SSOServices::SetProcessLocale(Halvorix::SSOServices::SystemLocale());
+        Halvorix::SSOServices::SetProcessLocale(Halvorix::SSOServices::SystemLocale(),
+                                                Halvorix::SSOServices::LocaleOfTheCLibrary());
         return std::use_facet<boost::locale::info>(std::locale()).name();
     }
 
