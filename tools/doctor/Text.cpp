@@ -54,15 +54,24 @@ std::string BeginningOf(SSOServices::Message const& message)
     return Shown(text.substr(0, text.find(L'%')));
 }
 
-std::string ListedVariables(std::vector<std::string> const& names)
+std::string Listed(std::vector<std::string> const& items, char const* separator)
 {
     constexpr std::size_t most = 3;
     std::string list;
-    for (std::size_t i = 0; i < std::min(names.size(), most); ++i)
-        list += (list.empty() ? "%" : ", %") + names[i] + "%";
-    if (names.size() > most)
-        list += " and " + std::to_string(names.size() - most) + " more";
-    return list;
+    for (std::size_t i = 0; i < std::min(items.size(), most); ++i)
+        list += (i == 0 ? "" : separator) + items[i];
+    return items.size() <= most
+               ? list
+               : list + separator + "and " + std::to_string(items.size() - most) + " more";
+}
+
+std::string ListedVariables(std::vector<std::string> const& names)
+{
+    std::vector<std::string> spelled;
+    spelled.reserve(names.size());
+    for (std::string const& name : names)
+        spelled.push_back("%" + name + "%");
+    return Listed(spelled, ", ");
 }
 
 } // namespace Halvorix::Doctor

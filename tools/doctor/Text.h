@@ -24,6 +24,9 @@ std::string InWords(std::string const& key);
 /// What the lines of this message begin with, up to the first placeholder.
 std::string BeginningOf(SSOServices::Message const& message);
 
+/// The first three, and how many more there are: the tables hold all of them.
+std::string Listed(std::vector<std::string> const& items, char const* separator);
+
 /// "%a%, %b%" for a sentence.
 std::string ListedVariables(std::vector<std::string> const& names);
 

@@ -22,18 +22,6 @@ std::string Placed(std::string const& file, Position at)
     return file + ", line " + std::to_string(at.line) + ", column " + std::to_string(at.column);
 }
 
-// The tables hold all of them; a line stays short.
-std::string Listed(std::vector<std::string> const& items, char const* separator)
-{
-    constexpr std::size_t most = 3;
-    std::string list;
-    for (std::size_t i = 0; i < std::min(items.size(), most); ++i)
-        list += (i == 0 ? "" : separator) + items[i];
-    return items.size() <= most
-               ? list
-               : list + separator + "and " + std::to_string(items.size() - most) + " more";
-}
-
 std::string DirectoriesOf(Search const& search)
 {
     std::vector<std::string> paths;

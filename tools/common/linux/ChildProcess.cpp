@@ -150,15 +150,12 @@ ChildRun RunChild(std::filesystem::path const& program, std::string const& input
         int status = 0;
         bool const hasEnded = ::waitpid(child, &status, WNOHANG) == child;
         isOpen = isOpen && ReadWhatIsThere(output.Get(), run.output);
-        if (hasEnded) {
-            run.end = Told(status);
-            run.isGood = WIFEXITED(status) && WEXITSTATUS(status) == 0;
-        }
         if (run.output.size() > MostChildOutput) {
             run.end = "writes without end";
-            run.isGood = false;
-        }
-        if (run.end.empty() && Clock::now() > deadline)
+        } else if (hasEnded) {
+            run.end = Told(status);
+            run.isGood = WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        } else if (Clock::now() > deadline)
             run.end = "does not come back within " + std::to_string(limit.count()) + " s";
         if (!hasEnded && !run.end.empty()) {
             ::kill(child, SIGKILL);

@@ -150,15 +150,12 @@ ChildRun RunChild(std::filesystem::path const& program, std::string const& input
         bool const hasEnded = ::WaitForSingleObject(process.Get(), 10) == WAIT_OBJECT_0;
         ReadWhatIsThere(output.Get(), run.output);
         DWORD status = 0;
-        if (hasEnded && ::GetExitCodeProcess(process.Get(), &status) != FALSE) {
-            run.end = Told(status);
-            run.isGood = status == 0;
-        }
         if (run.output.size() > MostChildOutput) {
             run.end = "writes without end";
-            run.isGood = false;
-        }
-        if (run.end.empty() && Clock::now() > deadline)
+        } else if (hasEnded && ::GetExitCodeProcess(process.Get(), &status) != FALSE) {
+            run.end = Told(status);
+            run.isGood = status == 0;
+        } else if (Clock::now() > deadline)
             run.end = "does not come back within " + std::to_string(limit.count()) + " s";
         if (!hasEnded && !run.end.empty())
             ::TerminateProcess(process.Get(), 1);
