@@ -17,11 +17,16 @@ namespace Halvorix::SSOServices {
 
 namespace {
 
-// Boost's generator ends the process over a language longer than any there is.
-bool NamesALanguage(std::string const& locale)
+// language[_territory][.character set][@modifier]. Boost's generator ends the process over
+// a language longer than any there is, and over some keywords with values behind an @.
+bool IsLocaleName(std::string const& text)
 {
-    constexpr std::size_t longest = 11;
-    return std::min(locale.find_first_of("_.-@"), locale.size()) <= longest;
+    constexpr std::size_t longest = 100;
+    constexpr std::size_t longestLanguage = 11;
+    constexpr char const* characters =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_.-@";
+    return text.size() <= longest && text.find_first_not_of(characters) == std::string::npos &&
+           std::min(text.find_first_of("_.-@"), text.size()) <= longestLanguage;
 }
 
 // Threads that use the library first at the same time each make it, and all but one let
@@ -35,7 +40,7 @@ Undestroyed<std::optional<std::locale>> keptLocaleOfTheCLibrary;
 std::locale SystemLocale()
 {
     boost::locale::generator const generate;
-    if (!NamesALanguage(boost::locale::util::get_system_locale()))
+    if (!IsLocaleName(boost::locale::util::get_system_locale()))
         return generate("C.UTF-8");
     try {
         return generate("");

@@ -43,8 +43,9 @@ std::vector<Setting> Settings()
                                      {"HOME", "relative"},
                                      {"TMPDIR", "/nowhere"}};
     for (char const* const variable : {"LC_ALL", "LANG", "LC_CTYPE"})
-        for (char const* const value : {"", "C", "POSIX", "xx_YY", "xx_YY.UTF-8", "de_DE.nonsense",
-                                        "tr_TR.UTF-8", ".", "@", "/", "a_b.c@d"})
+        for (char const* const value :
+             {"", "C", "POSIX", "xx_YY", "xx_YY.UTF-8", "de_DE.nonsense", "tr_TR.UTF-8", ".", "@",
+              "/", "a_b.c@d", "en@=", "en@x=y;z", "en_US.UTF-8@calendar="})
             settings.push_back({variable, value});
     for (std::size_t const length : {9, 12, 13, 200, 5000})
         settings.push_back({"LC_ALL", std::string(length, 'x') + ".UTF-8"});

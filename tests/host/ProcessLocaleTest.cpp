@@ -34,14 +34,20 @@ protected:
 
 TEST_F(ProcessLocale, IsThatOfTheEnvironment)
 {
-    for (char const* const name :
-         {"de_DE.UTF-8", "norwegian.UTF-8", "lithuanian.UTF-8", "abcdefghijk.UTF-8", "C.UTF-8"})
+    for (char const* const name : {"de_DE.UTF-8", "norwegian.UTF-8", "lithuanian.UTF-8",
+                                   "abcdefghijk.UTF-8", "ca_ES.UTF-8@valencia", "C.UTF-8"})
         EXPECT_EQ(NameFor(name), name);
 }
 
-// Boost's generator ends the process for a language that is longer than any.
+// Boost's generator ends the process for a language that is longer than any, and for
+// keywords that have no value, or one that is longer than any.
 TEST_F(ProcessLocale, IsOneThatIsAlwaysThereWhereTheEnvironmentNamesNone)
 {
-    for (char const* const name : {"abcdefghijkl.UTF-8", "abcdefghijklmnopqrst"})
+    std::string const overflow =
+        "C.UTF-7@;collation==" + std::string(100, 'v') + ";" + std::string(30, 'k') + "buddhist";
+    for (std::string const& name :
+         {std::string("abcdefghijkl.UTF-8"), std::string("abcdefghijklmnopqrst"),
+          std::string("en@="), std::string("en@x=y;z"), std::string("C@a=b;c"),
+          std::string("en_US.UTF-8@calendar="), "en." + std::string(98, 'x'), overflow})
         EXPECT_EQ(NameFor(name), "C.UTF-8") << name;
 }
