@@ -43,7 +43,8 @@ class OAuth2TokenSpec;
 /// plugin, so from any first one, Json::LogicError for a configuration file with values
 /// of wrong types, Json::RuntimeError for one nested too deeply, and
 /// boost::filesystem::filesystem_error for a folder that may not be searched or a name
-/// that is too long; from the members that read a document of the plugin
+/// that is too long; on Windows boost::system::system_error for a path with characters
+/// that the environment's locale (LC_ALL and so on) does not have; from the members that read a document of the plugin
 /// (GetOAuth2AccessToken with a token, InitiateLogout), Json::LogicError for values of
 /// wrong types, Json::RuntimeError for one nested too deeply, and for a token that is not
 /// base64 boost::archive::iterators::dataflow_exception or std::out_of_range. An Initialize that
