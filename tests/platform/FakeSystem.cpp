@@ -55,7 +55,7 @@ std::wstring LoadedModuleFile(std::wstring const& moduleName)
 
 std::wstring ExecutableFile() { return fakeSystem.executable; }
 
-std::wstring KnownFolderPath(KnownFolder) { return {}; }
+std::wstring KnownFolderPath(KnownFolder) { return fakeSystem.knownFolder; }
 
 bool IsWow64Process()
 {

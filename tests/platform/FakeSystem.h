@@ -13,6 +13,7 @@ namespace Rig {
 struct FakeSystem {
     std::wstring executable;
     std::wstring library;
+    std::wstring knownFolder;
     bool wow64 = false;
     bool leadingSlashIsRoot = true;
     bool hasErrorTexts = true;

@@ -7,6 +7,7 @@
 
 #include "../support/EarlyLines.h"
 #include "OverFakeSystem.h"
+#include "SSOClientPrivate.h"
 #include "host/SSOClientManager.h"
 #include "support/SystemError.h"
 
@@ -88,4 +89,15 @@ TEST_F(Seam, TheFileNameOfThePluginIsTheLastPartOfItsPath)
     Halvorix::SSOServices::SSOPathResolver fresh{Version{"10"}, {}};
     EXPECT_EQ(fresh.GetSSOClientPluginModule(), L"/plugins/sub/plugin.dll");
     EXPECT_EQ(fresh.GetSSOClientPluginFileName(), L"plugin.dll");
+}
+
+// A drive without a slash names the drive's current folder.
+TEST_F(Seam, TheLogFileIsJoinedToAKnownFolderAsTheSystemJoinsPaths)
+{
+    fakeSystem.knownFolder = L"D:";
+    std::wstring const below = L"Halvorix/Web Services/Log/WebServices.log";
+    EXPECT_EQ(SSOClientPrivate::GetLogFile(),
+              (Platform::AreFileNamesWide() ? L"D:" : L"D:/") + below);
+    fakeSystem.knownFolder = L"/data";
+    EXPECT_EQ(SSOClientPrivate::GetLogFile(), L"/data/" + below);
 }
