@@ -80,14 +80,23 @@ def pe_checks(file, tools):
             bool(libraries) and not own
 
 
+def archive_checks(file, tools):
+    """What becomes a part of other modules, whose own marks say nothing about it."""
+    symbols = run(tools.nm, file)
+    yield "stack protector", \
+        re.search(r"\bU _{2,3}stack_chk_fail$", symbols, re.MULTILINE) is not None
+
+
 def checks(file, tools):
     with open(file, "rb") as stream:
-        start = stream.read(4)
-    if start == b"\x7fELF":
+        start = stream.read(7)
+    if start == b"!<arch>":
+        return list(archive_checks(file, tools))
+    if start.startswith(b"\x7fELF"):
         return list(elf_checks(file, tools))
     if start[:2] == b"MZ":
         return list(pe_checks(file, tools))
-    raise SystemExit(f"{file}: neither ELF nor PE")
+    raise SystemExit(f"{file}: neither ELF nor PE nor an archive")
 
 
 def main():

@@ -49,6 +49,17 @@ def main():
                 "nothing needed beside it (lib"] \
         if windows else ["position-ind", "RELRO seg", "all symbols", "stack not exec",
                          "stack protector", "no run path", "branch targets"]
+    library = folder / "libloose.a"
+    library.unlink(missing_ok=True)
+    subprocess.run([compiler, "-c", *loose[:1], str(source), "-o", str(folder / "loose.o")],
+                   check=True)
+    subprocess.run(["ar", "qc", str(library), str(folder / "loose.o")], check=True)
+    archive = subprocess.run([sys.executable, str(pathlib.Path(check.__file__)), *options,
+                              str(library)], stdout=subprocess.PIPE, text=True, check=False)
+    print(archive.stdout)
+    if archive.returncode != 1 or "FAILED stack protector" not in archive.stdout:
+        print("not seen: an archive without the stack protector")
+        return 1
     missed = [text for text in expected if f"FAILED {text}" not in output.stdout]
     if output.returncode != 1 or missed:
         print("not seen:", ", ".join(missed))
