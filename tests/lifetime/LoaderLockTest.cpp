@@ -42,8 +42,14 @@ HOST_PROGRAM(UsesTheLibraryBesideAModulesConstructor)
     report("answeredInside", fs::exists(inside.parent_path() / "answered"));
 }
 
-void ExpectBothAnswers(Installation& installation, std::string const& use)
+class AModulesConstructor : public testing::TestWithParam<char const*> {};
+
+} // namespace
+
+TEST_P(AModulesConstructor, IsNotWaitedForUnderALockOfTheLibrary)
 {
+    std::string const use = GetParam();
+    Installation installation;
     installation.Plugin("UsingModule", "app")
         .Environment("HXSSO_MODULE_INSIDE", installation.Text("app/inside"))
         .Environment("HXSSO_MODULE_USES", use)
@@ -56,29 +62,6 @@ void ExpectBothAnswers(Installation& installation, std::string const& use)
     EXPECT_EQ(outcome["bound"], true);
     EXPECT_EQ(outcome["answered"], true);
     EXPECT_EQ(outcome["answeredInside"], true);
-}
-
-class AModulesConstructor : public testing::TestWithParam<char const*> {};
-
-} // namespace
-
-TEST_P(AModulesConstructor, IsNotWaitedForUnderALockOfTheLibrary)
-{
-    Installation installation;
-    ExpectBothAnswers(installation, GetParam());
-}
-
-// The C library loads the converter of such characters.
-TEST(LoaderLock, IsNotWaitedForByTheFirstUseInALocaleWithAConverter)
-{
-    if (Rig::IsWindows())
-        GTEST_SKIP() << "locales load nothing there";
-    if (HXSSO_SANITIZED)
-        GTEST_SKIP() << "the C library loses memory of its own for the folders of LOCPATH";
-    Installation installation;
-    if (!installation.UseLocale("ja_JP", "EUC-JP"))
-        GTEST_SKIP() << "localedef cannot make ja_JP.EUC-JP here";
-    ExpectBothAnswers(installation, "path");
 }
 
 INSTANTIATE_TEST_SUITE_P(Lifetime, AModulesConstructor, testing::Values("document", "path"),
