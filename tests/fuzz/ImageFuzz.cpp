@@ -48,16 +48,28 @@ void CheckImage(std::string const& bytes, ModuleImage const& image)
           "what is no module needs none", image.imports);
 }
 
-void CheckSymbols(std::string const& bytes, ModuleSymbols const& symbols)
+bool IsAny(std::string const&) { return true; }
+
+void CheckSymbols(std::string const& bytes, ByteView const& view)
 {
-    Holds(symbols.exports.size() <= MostSymbols, "exports are limited", symbols.exports.size());
+    SymbolBudget budget;
+    ModuleNeeds const needs = ReadModuleNeeds(view, budget);
+    ModuleOffers const offers = ReadModuleOffers(view, IsAny, budget);
     // Many of them may be one and the same.
-    std::set<std::string> names(symbols.exports.begin(), symbols.exports.end());
-    for (Import const& import : symbols.imports)
+    std::set<std::string> names(offers.exports.begin(), offers.exports.end());
+    std::size_t kept = 0;
+    for (Import const& import : needs.imports) {
         names.insert({import.symbol, import.module});
-    for (NeededVersion const& needed : symbols.neededVersions)
+        kept += sizeof(import) + import.symbol.size() + import.module.size();
+    }
+    for (NeededVersion const& needed : needs.versions) {
         names.insert({needed.module, needed.version});
-    names.insert(symbols.versions.begin(), symbols.versions.end());
+        kept += sizeof(needed) + needed.module.size() + needed.version.size();
+    }
+    for (std::string const& name : offers.exports)
+        kept += sizeof(name) + name.size();
+    Holds(kept <= MostSymbolText + bytes.size(), "the memory of names is limited", kept);
+    names.insert(offers.versions.begin(), offers.versions.end());
     for (std::string const& name : names)
         StandsIn(bytes, name);
 }
@@ -75,7 +87,7 @@ int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
     Same("a second reading's imports", image.imports, again.imports);
     Same("a second reading's flaw", image.flaw, again.flaw);
     if (image.format == NativeFormat)
-        CheckSymbols(input, ReadModuleSymbols(bytes));
+        CheckSymbols(input, bytes);
     LookForRuntimes(bytes);
 
     ShortSource failing(input);

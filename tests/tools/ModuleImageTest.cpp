@@ -19,10 +19,20 @@ ModuleImage ImageOf(std::string_view bytes)
     return ReadModuleImage(ByteView(source));
 }
 
-ModuleSymbols SymbolsOf(std::string_view bytes)
+ModuleNeeds NeedsOf(std::string_view bytes)
 {
     TextSource source(bytes);
-    return ReadModuleSymbols(ByteView(source));
+    SymbolBudget budget;
+    return ReadModuleNeeds(ByteView(source), budget);
+}
+
+bool IsAny(std::string const&) { return true; }
+
+ModuleOffers OffersOf(std::string_view bytes, SymbolTest const& isWanted = IsAny)
+{
+    TextSource source(bytes);
+    SymbolBudget budget;
+    return ReadModuleOffers(ByteView(source), isWanted, budget);
 }
 
 std::string PluginBytes()
@@ -49,15 +59,48 @@ TEST(ModuleImage, TellsWhatAPluginNeedsAndExports)
 
 TEST(ModuleImage, TellsWhatBindsAPluginToOthers)
 {
-    ModuleSymbols const symbols = SymbolsOf(PluginBytes());
-    EXPECT_EQ(symbols.flaw, "");
-    EXPECT_EQ(std::count(symbols.exports.begin(), symbols.exports.end(),
+    ModuleOffers const offers = OffersOf(PluginBytes());
+    EXPECT_EQ(offers.flaw, "");
+    EXPECT_EQ(std::count(offers.exports.begin(), offers.exports.end(),
                          Halvorix::Platform::FactoryProcedureName()),
               1);
-    EXPECT_TRUE(
-        std::any_of(symbols.imports.begin(), symbols.imports.end(), [](Import const& import) {
-            return import.symbol.find("UseDependency") != std::string::npos;
-        }));
+    ModuleNeeds const needs = NeedsOf(PluginBytes());
+    EXPECT_EQ(needs.flaw, "");
+    EXPECT_TRUE(std::any_of(needs.imports.begin(), needs.imports.end(), [](Import const& import) {
+        return import.symbol.find("UseDependency") != std::string::npos;
+    }));
+}
+
+TEST(ModuleImage, KeepsOfTheExportsWhatIsAskedFor)
+{
+    std::string const wanted = Halvorix::Platform::FactoryProcedureName();
+    ModuleOffers const offers =
+        OffersOf(PluginBytes(), [&](std::string const& name) { return name == wanted; });
+    EXPECT_EQ(offers.exports, std::vector<std::string>{wanted});
+}
+
+// A limit for each of them alone would let many take any time.
+TEST(ModuleImage, ReadsNoMoreOfAllModulesTogetherThanTheBudgetHas)
+{
+    std::string const bytes = PluginBytes();
+    TextSource source(bytes);
+    SymbolBudget budget;
+    EXPECT_EQ(ReadModuleNeeds(ByteView(source), budget).flaw, "");
+    EXPECT_EQ(budget.Limit(), "");
+    EXPECT_FALSE(budget.TakeRecords(MostRecords)) << "it has taken some";
+    std::string const limit = "with it the modules have more than 16000000 symbols and "
+                              "relocations, the limit of what is looked at";
+    EXPECT_EQ(budget.Limit(), limit);
+    EXPECT_EQ(ReadModuleNeeds(ByteView(source), budget).flaw, limit);
+    EXPECT_EQ(ReadModuleOffers(ByteView(source), IsAny, budget).flaw, limit);
+
+    SymbolBudget names;
+    EXPECT_TRUE(names.TakeName(MostSymbolText / 2));
+    EXPECT_FALSE(names.TakeName(MostSymbolText / 2));
+    std::string const ofNames = "with it the modules have more than 64 MiB of names of symbols, "
+                                "the limit of what is looked at";
+    EXPECT_EQ(names.Limit(), ofNames);
+    EXPECT_EQ(ReadModuleNeeds(ByteView(source), names).flaw, ofNames);
 }
 
 // Of the other format no more than its mark is read.
@@ -144,7 +187,8 @@ TEST(ModuleImage, SurvivesBytesThatWereMadeToHarm)
         ModuleImage const image = ImageOf(harmed);
         EXPECT_LE(image.imports.size(), MostImports + 1);
         if (image.format == NativeFormat && image.flaw.empty()) {
-            EXPECT_LE(SymbolsOf(harmed).exports.size(), MostSymbols);
+            EXPECT_LE(OffersOf(harmed).exports.size(), MostSymbols);
+            EXPECT_LE(NeedsOf(harmed).imports.size(), MostSymbols);
         }
     }
 }

@@ -10,10 +10,14 @@ import os
 import pathlib
 import re
 import shutil
+import struct
 import subprocess
 import sys
 import tempfile
 import time
+
+sys.dont_write_bytecode = True
+import elf  # noqa: E402
 
 FOLDER = pathlib.Path(sys.argv[2])
 EMULATOR = sys.argv[3:]
@@ -439,6 +443,37 @@ def DependencyOnAnotherMachine():
     failing(module).only("dependencies", "FAILED", "refused, nothing was opened").not_loaded()
 
 
+def import_by_text(module, before, after):
+    """Another name of any length, in the place of the text for a system of old."""
+    data = bytearray(pathlib.Path(module).read_bytes())
+    header = int.from_bytes(data[60:64], "little")
+    sections = header + 24 + int.from_bytes(data[header + 20:header + 22], "little")
+    text = data.index(before.encode() + b"\0")
+    for place_of in range(sections, sections + 40 * data[header + 6], 40):
+        address, size, begin = struct.unpack_from("<III", data, place_of + 12)
+        if begin <= text < begin + size:
+            pointer = struct.pack("<I", text - begin + address)
+    assert data.count(pointer) == 1 and len(after) < 38
+    data = data.replace(pointer, struct.pack("<I", 0x4E))
+    data[0x4E:0x4F + len(after)] = after.encode() + b"\0"
+    pathlib.Path(module).write_bytes(data)
+    return module
+
+
+def SetsOfFunctions():
+    """Only those that this system has."""
+    if not IS_WINDOWS:
+        skip("only the other system has them")
+    for name, is_there in (("api-ms-win-core-file-l1-1-0.dll", True),
+                           ("API-MS-Win-core-file-l1-1-9.dll", True),
+                           ("api-ms-win-no-such-l1-1-0.dll", False),
+                           ("api-ms-win-none.dll", False)):
+        module = import_by_text(place("DependentPlugin"), "PluginDependency.dll", name)
+        ended = run(module)
+        told = f"{name}, which DependentPlugin.dll needs, is missing" in ended.stdout
+        assert told != is_there and ended.returncode == 1, name
+
+
 def DependencyIsNeverRun():
     """Neither one beside the module nor one that the system would find."""
     module = place("DependentPlugin")
@@ -490,6 +525,80 @@ def CircleOfModules():
     run_of = failing(module)
     assert {entry[0] for entry in run_of.of("symbols")} == {"FAILED"}
     assert "PluginDependency" in run_of.of("dependencies")[0][1]
+
+
+def many_links(count, name_length=12, **content):
+    """One file under many names, which needs all of them."""
+    names = [f"m{number:04}".ljust(name_length, "x") for number in range(count)]
+    elf.write("many.so", needed=names, runpath="$ORIGIN", **content)
+    for name in names:
+        os.symlink("many.so", name)
+    return "many.so"
+
+
+def measured(module):
+    """What a check took: its run, the seconds of its process, the peak of memory in MiB."""
+    import resource
+
+    before = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime
+    run_of = failing(module)
+    after = resource.getrusage(resource.RUSAGE_CHILDREN)
+    seconds, peak = after.ru_utime - before, after.ru_maxrss >> 10
+    print(f"{seconds:.2f} s, at most {peak} MiB so far")
+    if "HXSSO_INSTRUMENTED" in os.environ:
+        seconds, peak = 0, 0
+    return run_of, seconds, peak
+
+
+def ManySymbolNames():
+    """Only what is still looked for is kept, of all modules together."""
+    if IS_WINDOWS:
+        skip("Wine tells no peak of memory")
+    long_name = b"a" * 500 + b"\0"
+    run_of, _, peak = measured(many_links(16, strings=long_name, symbols=[(0, 0)] * 130000,
+                                          used=130000))
+    run_of.only("limit", "FAILED", "with it the modules have more than 64 MiB of names of symbols")
+    assert peak < 250, peak
+
+
+def ManyRelocations():
+    """A limit over all modules, not only for each table."""
+    if IS_WINDOWS:
+        skip("modules for Windows are not relocated by name")
+    run_of, seconds, _ = measured(many_links(16, relocations=7000000))
+    run_of.only("limit", "FAILED", "with it the modules have more than 16000000 symbols and "
+                                   "relocations")
+    assert seconds < 4, seconds
+
+
+def ManyNamesOfModules():
+    if IS_WINDOWS:
+        skip("the names of a module for Windows are limited likewise, and told by the unit tests")
+    run_of, _, peak = measured(many_links(600, name_length=240))
+    run_of.only("limit", "FAILED", "name more than 32 MiB of modules and folders: the search for "
+                                   "what is needed ends there")
+    assert peak < 150, peak
+
+
+def LongRunPaths():
+    """A chain in which each inherits the folders of all before it, and adds the same ones."""
+    if IS_WINDOWS:
+        skip("modules for Windows have no run path")
+    path = ":".join(["/nonexistent/" + "d" * 50] * 63 + ["$ORIGIN"])
+    for number in range(400):
+        elf.write(f"c{number:04}.so", rpath=path,
+                  needed=[f"c{number + 1:04}.so"] if number < 399 else [])
+    run_of, seconds, _ = measured("c0000.so")
+    run_of.only("dependencies", "ok", "c0399.so")
+    assert seconds < 2, seconds
+    # Different ones, each with the loader's own variables over and over.
+    for number in range(400):
+        folders = [f"/nonexistent/{number}/{part}" for part in range(200)]
+        elf.write(f"c{number:04}.so", rpath=":".join(folders + ["$ORIGIN" * 4000, "$ORIGIN"]),
+                  needed=[f"c{number + 1:04}.so"] if number < 399 else [])
+    run_of, seconds, peak = measured("c0000.so")
+    run_of.only("limit", "FAILED", "name more than 32 MiB of modules and folders")
+    assert seconds < 4 and peak < 150, (seconds, peak)
 
 
 def LargeFiles():
@@ -555,9 +664,10 @@ def with_run_path(folder, module, run_path):
 
 def found_by_loader(module, environment=None):
     """Whether the system's own loader finds all that it needs."""
-    ended = subprocess.run(["ldd", module], stdout=subprocess.PIPE, text=True, check=False,
+    ended = subprocess.run(["timeout", "2", "ldd", module], stdout=subprocess.PIPE, text=True,
+                           stderr=subprocess.DEVNULL, check=False,
                            env=dict(os.environ, **(environment or {})))
-    return "not found" not in ended.stdout
+    return ended.returncode == 0 and "not found" not in ended.stdout
 
 
 def RunPathsAsTheLoader():
@@ -586,6 +696,70 @@ def RunPathsAsTheLoader():
             os.chdir(here)
             told = "FAILED  dependencies" not in ended.stdout
             assert told == expected, (run_path, folder, expected, ended.stdout)
+
+
+def told_by_check(module):
+    ended = run(module)
+    return "FAILED  dependencies" not in ended.stdout
+
+
+def FilesAtWhichTheLoaderStops():
+    """What is no file ends its search; what is not there or denied does not."""
+    if IS_WINDOWS:
+        skip("modules for Windows have no run path")
+    first, second = "a/PluginDependency.so", "b/PluginDependency.so"
+    module = with_run_path(".", "DependentPlugin.so", "a:b")
+    os.mkdir("b")
+    shutil.copyfile(FOLDER / "PluginDependency.so", second)
+    for make, hint in (
+        (lambda: None, ""),
+        (lambda: os.mkdir(first), "a is a folder, not a file"),
+        (lambda: os.mkfifo(first), "a is a pipe, not a file"),
+        (lambda: os.symlink("/dev/null", first), "a is a device, not a file"),
+        (lambda: os.symlink("PluginDependency.so", first), "a cannot be opened: "),
+        (lambda: os.symlink("/nonexistent", first), ""),
+        (lambda: pathlib.Path(first).touch(), "a is no module"),
+    ):
+        shutil.rmtree("a", ignore_errors=True)
+        os.mkdir("a")
+        make()
+        assert found_by_loader(module) == (hint == ""), hint
+        ended = run(module)
+        assert ("FAILED  dependencies" in ended.stdout) == (hint != ""), hint
+        assert hint == "" or "is missing: the one in " + hint in ended.stdout, hint
+
+
+def FoldersForTheProcessor():
+    """As the loader of this machine has it for its processor."""
+    if IS_WINDOWS:
+        skip("only the other system has them")
+    module = with_run_path(".", "DependentPlugin.so", "a")
+    seen = set()
+    for folder in ("glibc-hwcaps", "glibc-hwcaps/x86-64-v1", "glibc-hwcaps/x86-64-v2",
+                   "glibc-hwcaps/x86-64-v3", "glibc-hwcaps/x86-64-v4", "tls", "x86_64",
+                   "tls/x86_64", "x86_64/tls", "haswell", "tls/haswell/avx512_1/x86_64",
+                   "haswell/avx512_1", "sse2"):
+        shutil.rmtree("a", ignore_errors=True)
+        os.makedirs("a/" + folder)
+        shutil.copyfile(FOLDER / "PluginDependency.so", f"a/{folder}/PluginDependency.so")
+        expected = found_by_loader(module)
+        seen.add(expected)
+        assert told_by_check(module) == expected, (folder, expected)
+    assert seen == {True, False}
+
+
+def ManyFoldersOfTheEnvironment():
+    """All of them count, however many there are."""
+    if IS_WINDOWS:
+        skip("a program for Windows gets its path from Wine")
+    folders = [os.path.abspath(f"f{number}") for number in range(300)]
+    for folder in folders:
+        os.mkdir(folder)
+    shutil.copyfile(FOLDER / "PluginDependency.so", folders[-1] + "/PluginDependency.so")
+    module = place("DependentPlugin")
+    os.environ["LD_LIBRARY_PATH"] = ":".join(folders)
+    failing(module).only("dependencies", "ok", "PluginDependency.so").only("load", "ok")
+    del os.environ["LD_LIBRARY_PATH"]
 
 
 def LibraryPathOfTheEnvironment():

@@ -133,17 +133,19 @@ void CheckDependencies(Dependencies const& dependencies, Report& report)
         report.Add("symbols", Result::Failed, line);
 }
 
-void CheckExport(ModuleSymbols const& symbols, Report& report)
+void CheckExport(ByteView const& bytes, Report& report)
 {
-    if (!symbols.flaw.empty()) {
-        report.Add("export", Result::Failed, symbols.flaw);
+    SymbolBudget budget;
+    ModuleOffers const offers = ReadModuleOffers(bytes, NamesFactoryProcedure, budget);
+    if (!offers.flaw.empty()) {
+        report.Add("export", Result::Failed, offers.flaw);
         return;
     }
     constexpr std::size_t most = 8;
     std::string const wanted = Platform::FactoryProcedureName();
     std::vector<std::string> names;
-    for (std::string const& name : symbols.exports)
-        if (name == wanted || (names.size() < most && NamesFactoryProcedure(name)))
+    for (std::string const& name : offers.exports)
+        if (name == wanted || names.size() < most)
             names.push_back(name);
     if (std::find(names.begin(), names.end(), wanted) != names.end())
         report.Add("export", Result::Ok, wanted);
@@ -221,7 +223,7 @@ FileFindings CheckFile(fs::path const& file, Host const& host, Report& report)
         return {};
     Dependencies const dependencies = FindDependencies(file, image, host);
     CheckDependencies(dependencies, report);
-    CheckExport(ReadModuleSymbols(bytes), report);
+    CheckExport(bytes, report);
     // The runtimes of the library that is installed are the measure.
     ModuleImage const library = ReadModuleImage(host.library);
     if (library.machine == OwnMachine() && library.flaw.empty()) {

@@ -41,11 +41,39 @@ ModuleImage ReadModuleImage(ByteView const& bytes)
     return image;
 }
 
-ModuleSymbols ReadModuleSymbols(ByteView const& bytes)
+ModuleNeeds ReadModuleNeeds(ByteView const& bytes, SymbolBudget& budget)
 {
-    ModuleSymbols symbols;
-    ReadNativeSymbols(bytes, symbols);
-    return symbols;
+    ModuleNeeds needs;
+    ReadNativeNeeds(bytes, budget, needs);
+    return needs;
+}
+
+ModuleOffers ReadModuleOffers(ByteView const& bytes, SymbolTest const& isWanted,
+                              SymbolBudget& budget)
+{
+    ModuleOffers offers;
+    ReadNativeOffers(bytes, isWanted, budget, offers);
+    return offers;
+}
+
+bool SymbolBudget::TakeRecords(std::uint64_t count)
+{
+    if (limit.empty() && count > MostRecords - records)
+        limit = "with it the modules have more than " + std::to_string(MostRecords) +
+                " symbols and relocations, the limit of what is looked at";
+    records += limit.empty() ? count : 0;
+    return limit.empty();
+}
+
+bool SymbolBudget::TakeName(std::size_t size)
+{
+    // Even an empty one takes its place.
+    std::uint64_t const taken = size + sizeof(Import);
+    if (limit.empty() && taken > MostSymbolText - text)
+        limit = "with it the modules have more than 64 MiB of names of symbols, the limit of "
+                "what is looked at";
+    text += limit.empty() ? taken : 0;
+    return limit.empty();
 }
 
 HeldRuntimes LookForRuntimes(ByteView const& bytes)

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,13 +43,38 @@ struct NeededVersion {
     std::string version;
 };
 
-/// What binds a module to others.
-struct ModuleSymbols {
-    std::vector<std::string> exports;
+/// What a module takes from others.
+struct ModuleNeeds {
     std::vector<Import> imports; ///< without which it is not loaded
-    std::vector<std::string> versions;
-    std::vector<NeededVersion> neededVersions;
+    std::vector<NeededVersion> versions;
     std::string flaw; ///< why not all of it could be read; empty if all was
+};
+
+/// What a module has for others.
+struct ModuleOffers {
+    std::vector<std::string> exports; ///< those that were asked for
+    std::vector<std::string> versions;
+    std::string flaw; ///< why not all of it could be read; empty if all was
+};
+
+using SymbolTest = std::function<bool(std::string const&)>;
+
+/// What may be read of symbols, of all modules together: a limit for each alone would let
+/// many of them take any time and memory.
+class SymbolBudget {
+public:
+    /// Symbols, relocations and versions; false if that is too much.
+    bool TakeRecords(std::uint64_t count);
+    /// A name that is kept.
+    bool TakeName(std::size_t size);
+
+    /// The line of what was too much; empty if nothing was.
+    std::string const& Limit() const { return limit; }
+
+private:
+    std::uint64_t records = 0;
+    std::uint64_t text = 0;
+    std::string limit;
 };
 
 /// What of a runtime lies within the module.
@@ -58,7 +86,10 @@ struct HeldRuntimes {
 // None of these throws for what the bytes are.
 ModuleImage ReadModuleImage(ByteView const& bytes);
 /// Of an image of this system that has no flaw.
-ModuleSymbols ReadModuleSymbols(ByteView const& bytes);
+ModuleNeeds ReadModuleNeeds(ByteView const& bytes, SymbolBudget& budget);
+/// Likewise. Of the exports only what the test accepts is kept.
+ModuleOffers ReadModuleOffers(ByteView const& bytes, SymbolTest const& isWanted,
+                              SymbolBudget& budget);
 /// Reads the whole file.
 HeldRuntimes LookForRuntimes(ByteView const& bytes);
 
@@ -69,14 +100,15 @@ ModuleImage ReadModuleImage(std::filesystem::path const& file);
 // No module needs more; what says so is damaged, or made to harm.
 constexpr std::size_t MostImports = 1024;
 constexpr std::size_t MostSymbols = 1000000;
-constexpr std::size_t MostSymbolText = std::size_t{64} << 20U;
-constexpr char const* TooMuchSymbolText =
-    "its symbols have more than 64 MiB of names, the limit of what is looked at";
+constexpr std::uint64_t MostRecords = 16000000;
+constexpr std::uint64_t MostSymbolText = std::uint64_t{64} << 20U;
 constexpr std::uint64_t LargestModule = std::uint64_t{1} << 30U;
 
 // By the reader of this system's format; the bytes begin with its mark.
 extern ImageFormat const NativeFormat;
 void ReadNativeImage(ByteView const& bytes, ModuleImage& image);
-void ReadNativeSymbols(ByteView const& bytes, ModuleSymbols& symbols);
+void ReadNativeNeeds(ByteView const& bytes, SymbolBudget& budget, ModuleNeeds& needs);
+void ReadNativeOffers(ByteView const& bytes, SymbolTest const& isWanted, SymbolBudget& budget,
+                      ModuleOffers& offers);
 
 } // namespace Halvorix::Tools

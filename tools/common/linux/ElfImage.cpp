@@ -2,7 +2,7 @@
 #include <link.h>
 
 #include <algorithm>
-#include <set>
+#include <vector>
 
 #include "../ModuleImage.h"
 
@@ -21,8 +21,7 @@ using VersionNeedName = ElfW(Vernaux);
 
 // More than any linker writes.
 constexpr std::size_t MostSegments = 512;
-constexpr std::size_t MostEntries = 4096;
-constexpr std::size_t MostVersions = 65536;
+constexpr std::size_t MostEntries = 2048;
 constexpr std::size_t LongestRunPath = 65536;
 
 constexpr unsigned char OwnClass = sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32;
@@ -70,13 +69,22 @@ public:
             image.flaw = ReadDynamic(image);
     }
 
-    void Read(ModuleSymbols& symbols)
+    void Read(SymbolBudget& budget, ModuleNeeds& needs)
     {
-        symbols.flaw = ReadTables();
-        if (symbols.flaw.empty())
-            symbols.flaw = ReadSymbols(symbols);
-        if (symbols.flaw.empty())
-            symbols.flaw = ReadVersions(symbols);
+        needs.flaw = ReadTables();
+        if (needs.flaw.empty() && !entries.empty())
+            needs.flaw = ReadImports(budget, needs);
+        if (needs.flaw.empty() && !entries.empty())
+            needs.flaw = ReadNeededVersions(budget, needs);
+    }
+
+    void Read(SymbolTest const& isWanted, SymbolBudget& budget, ModuleOffers& offers)
+    {
+        offers.flaw = ReadTables();
+        if (offers.flaw.empty() && !entries.empty())
+            offers.flaw = ReadExports(isWanted, budget, offers);
+        if (offers.flaw.empty() && !entries.empty())
+            offers.flaw = ReadVersions(budget, offers);
     }
 
 private:
@@ -178,74 +186,88 @@ private:
         return {};
     }
 
-    std::string ReadSymbols(ModuleSymbols& symbols) const
+    std::string ReadExports(SymbolTest const& isWanted, SymbolBudget& budget,
+                            ModuleOffers& offers) const
     {
-        if (entries.empty())
-            return {};
         std::uint64_t const table = OffsetOf(ValueOf(DT_SYMTAB));
-        std::uint64_t const count = SymbolCount();
+        std::uint64_t const count = SymbolCount(budget);
         if (count > MostSymbols)
             return "it has more than " + std::to_string(MostSymbols) +
                    " symbols, the limit of what is looked at";
+        if (!budget.TakeRecords(count))
+            return budget.Limit();
         if (!bytes.Holds(table, count * sizeof(Symbol)))
             return "its symbol table cannot be read";
-        std::size_t text = 0;
         for (std::uint64_t i = 1; i < count; ++i) {
             Symbol symbol{};
             bytes.Read(table + i * sizeof(Symbol), symbol);
             if (symbol.st_shndx == SHN_UNDEF || ELF32_ST_BIND(symbol.st_info) == STB_LOCAL)
                 continue;
-            symbols.exports.push_back(Text(symbol.st_name));
-            text += symbols.exports.back().size();
-            if (text > MostSymbolText)
-                return TooMuchSymbolText;
-        }
-        std::set<std::uint64_t> used;
-        if (!AddUsed(DT_RELA, DT_RELASZ, sizeof(ElfW(Rela)), used) ||
-            !AddUsed(DT_REL, DT_RELSZ, sizeof(ElfW(Rel)), used) ||
-            !AddUsed(DT_JMPREL, DT_PLTRELSZ,
-                     ValueOf(DT_PLTREL) == DT_REL ? sizeof(ElfW(Rel)) : sizeof(ElfW(Rela)), used))
-            return "its relocations cannot be read";
-        for (std::uint64_t const i : used) {
-            Symbol symbol{};
-            // What is weak may be missing.
-            if (bytes.Read(table + i * sizeof(Symbol), symbol) && symbol.st_shndx == SHN_UNDEF &&
-                ELF32_ST_BIND(symbol.st_info) == STB_GLOBAL) {
-                symbols.imports.push_back({Text(symbol.st_name), {}});
-                text += symbols.imports.back().symbol.size();
-            }
-            if (text > MostSymbolText)
-                return TooMuchSymbolText;
+            std::string name = Text(symbol.st_name);
+            if (!isWanted(name))
+                continue;
+            if (!budget.TakeName(name.size()))
+                return budget.Limit();
+            offers.exports.push_back(std::move(name));
         }
         return {};
     }
 
-    // The symbols that a table of relocations names.
-    bool AddUsed(ElfW(Sxword) table, ElfW(Sxword) size, std::size_t recordSize,
-                 std::set<std::uint64_t>& used) const
+    std::string ReadImports(SymbolBudget& budget, ModuleNeeds& needs) const
+    {
+        std::uint64_t const table = OffsetOf(ValueOf(DT_SYMTAB));
+        std::vector<bool> used;
+        std::string flaw = FindUsed(DT_RELA, DT_RELASZ, sizeof(ElfW(Rela)), budget, used);
+        if (flaw.empty())
+            flaw = FindUsed(DT_REL, DT_RELSZ, sizeof(ElfW(Rel)), budget, used);
+        if (flaw.empty())
+            flaw = FindUsed(DT_JMPREL, DT_PLTRELSZ,
+                            ValueOf(DT_PLTREL) == DT_REL ? sizeof(ElfW(Rel)) : sizeof(ElfW(Rela)),
+                            budget, used);
+        for (std::uint64_t i = 1; i < used.size() && flaw.empty(); ++i) {
+            Symbol symbol{};
+            // What is weak may be missing.
+            if (!used[i] || !bytes.Read(table + i * sizeof(Symbol), symbol) ||
+                symbol.st_shndx != SHN_UNDEF || ELF32_ST_BIND(symbol.st_info) != STB_GLOBAL)
+                continue;
+            needs.imports.push_back({Text(symbol.st_name), {}});
+            if (!budget.TakeName(needs.imports.back().symbol.size()))
+                flaw = budget.Limit();
+        }
+        return flaw;
+    }
+
+    // The symbols that a table of relocations names. The answer is what is wrong.
+    std::string FindUsed(ElfW(Sxword) table, ElfW(Sxword) size, std::size_t recordSize,
+                         SymbolBudget& budget, std::vector<bool>& used) const
     {
         std::uint64_t const total = ValueOf(size);
         if (total == 0)
-            return true;
+            return {};
         std::uint64_t const begin = OffsetOf(ValueOf(table));
-        if (!bytes.Holds(begin, total) || total / recordSize > 8 * MostSymbols)
-            return false;
+        if (!bytes.Holds(begin, total))
+            return "its relocations cannot be read";
+        if (!budget.TakeRecords(total / recordSize))
+            return budget.Limit();
         for (std::uint64_t at = 0; at + recordSize <= total; at += recordSize) {
             // Both kinds begin with the same two members.
             ElfW(Rel) relocation{};
             if (!bytes.Read(begin + at, relocation))
-                return false;
+                return "its relocations cannot be read";
             std::uint64_t const symbol = sizeof(void*) == 8
                                              ? std::uint64_t{relocation.r_info} >> 32U
                                              : std::uint64_t{relocation.r_info} >> 8U;
-            if (symbol != 0 && symbol <= MostSymbols)
-                used.insert(symbol);
+            if (symbol > MostSymbols)
+                continue;
+            if (symbol >= used.size())
+                used.resize(symbol + 1);
+            used[symbol] = true;
         }
-        return true;
+        return {};
     }
 
     // The number of symbols is told by their hash tables alone.
-    std::uint64_t SymbolCount() const
+    std::uint64_t SymbolCount(SymbolBudget& budget) const
     {
         if (std::uint64_t const address = ValueOf(DT_HASH); address != 0)
             return bytes.NumberOrZero(OffsetOf(address) + 4, 4);
@@ -259,6 +281,8 @@ private:
         std::uint64_t const buckets = table + 16 + filterSize * sizeof(ElfW(Addr));
         std::uint64_t const chains = buckets + bucketCount * 4;
         if (bucketCount > MostSymbols || !bytes.Holds(buckets, bucketCount * 4))
+            return 0;
+        if (!budget.TakeRecords(bucketCount))
             return 0;
         std::uint64_t last = 0;
         for (std::uint64_t i = 0; i < bucketCount; ++i)
@@ -277,40 +301,54 @@ private:
         return last;
     }
 
-    std::string ReadVersions(ModuleSymbols& symbols) const
+    std::string ReadVersions(SymbolBudget& budget, ModuleOffers& offers) const
     {
-        std::size_t budget = MostVersions;
-        bool const isWhole = Walk<Version>(ValueOf(DT_VERDEF), ValueOf(DT_VERDEFNUM), budget,
-                                           [&](std::uint64_t at, Version const& version) {
-                                               VersionName name{};
-                                               if (!bytes.Read(at + version.vd_aux, name))
-                                                   return false;
-                                               symbols.versions.push_back(Text(name.vda_name));
-                                               return true;
-                                           }) &&
-                             Walk<VersionNeed>(ValueOf(DT_VERNEED), ValueOf(DT_VERNEEDNUM), budget,
-                                               [&](std::uint64_t at, VersionNeed const& need) {
-                                                   return ReadNeed(at, need, budget, symbols);
-                                               });
-        return isWhole ? std::string() : "its table of symbol versions cannot be read";
+        bool const isWhole =
+            Walk<Version>(ValueOf(DT_VERDEF), ValueOf(DT_VERDEFNUM), budget,
+                          [&](std::uint64_t at, Version const& version) {
+                              VersionName name{};
+                              if (!bytes.Read(at + version.vd_aux, name))
+                                  return false;
+                              offers.versions.push_back(Text(name.vda_name));
+                              return budget.TakeName(offers.versions.back().size());
+                          });
+        return isWhole ? std::string() : FlawOfVersions(budget);
     }
 
-    bool ReadNeed(std::uint64_t at, VersionNeed const& need, std::size_t& budget,
-                  ModuleSymbols& symbols) const
+    std::string ReadNeededVersions(SymbolBudget& budget, ModuleNeeds& needs) const
+    {
+        bool const isWhole = Walk<VersionNeed>(ValueOf(DT_VERNEED), ValueOf(DT_VERNEEDNUM), budget,
+                                               [&](std::uint64_t at, VersionNeed const& need) {
+                                                   return ReadNeed(at, need, budget, needs);
+                                               });
+        return isWhole ? std::string() : FlawOfVersions(budget);
+    }
+
+    static std::string FlawOfVersions(SymbolBudget const& budget)
+    {
+        std::string const limit = budget.Limit();
+        return limit.empty() ? "its table of symbol versions cannot be read" : limit;
+    }
+
+    bool ReadNeed(std::uint64_t at, VersionNeed const& need, SymbolBudget& budget,
+                  ModuleNeeds& needs) const
     {
         std::string const module = Text(need.vn_file);
         at += need.vn_aux;
         for (unsigned i = 0; i < need.vn_cnt; ++i) {
             VersionNeedName name{};
-            if (budget-- == 0 || !bytes.Read(at, name))
+            if (!budget.TakeRecords(1) || !bytes.Read(at, name))
                 return false;
-            if ((name.vna_flags & VER_FLG_WEAK) == 0)
-                symbols.neededVersions.push_back({module, Text(name.vna_name)});
+            if ((name.vna_flags & VER_FLG_WEAK) == 0) {
+                needs.versions.push_back({module, Text(name.vna_name)});
+                if (!budget.TakeName(module.size() + needs.versions.back().version.size()))
+                    return false;
+            }
             if (name.vna_next == 0)
                 break;
             at += name.vna_next;
         }
-        return budget != 0;
+        return true;
     }
 
     static std::uint64_t NextOf(Version const& version) { return version.vd_next; }
@@ -318,16 +356,15 @@ private:
 
     // Over a list whose records name the place of the next.
     template <class Record, class Action>
-    bool Walk(std::uint64_t address, std::uint64_t count, std::size_t& budget, Action action) const
+    bool Walk(std::uint64_t address, std::uint64_t count, SymbolBudget& budget, Action action) const
     {
         if (address == 0)
             return true;
         std::uint64_t at = OffsetOf(address);
         for (std::uint64_t i = 0; i < count; ++i) {
             Record record{};
-            if (budget == 0 || !bytes.Read(at, record) || !action(at, record))
+            if (!budget.TakeRecords(1) || !bytes.Read(at, record) || !action(at, record))
                 return false;
-            --budget;
             if (NextOf(record) == 0)
                 break;
             at += NextOf(record);
@@ -347,9 +384,15 @@ ImageFormat const NativeFormat = ImageFormat::Elf;
 
 void ReadNativeImage(ByteView const& bytes, ModuleImage& image) { ElfReader(bytes).Read(image); }
 
-void ReadNativeSymbols(ByteView const& bytes, ModuleSymbols& symbols)
+void ReadNativeNeeds(ByteView const& bytes, SymbolBudget& budget, ModuleNeeds& needs)
 {
-    ElfReader(bytes).Read(symbols);
+    ElfReader(bytes).Read(budget, needs);
+}
+
+void ReadNativeOffers(ByteView const& bytes, SymbolTest const& isWanted, SymbolBudget& budget,
+                      ModuleOffers& offers)
+{
+    ElfReader(bytes).Read(isWanted, budget, offers);
 }
 
 } // namespace Halvorix::Tools

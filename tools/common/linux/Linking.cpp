@@ -1,4 +1,7 @@
-#include <unordered_set>
+#include <algorithm>
+#include <map>
+#include <unordered_map>
+#include <utility>
 
 #include "../Files.h"
 #include "../LoaderSearch.h"
@@ -8,97 +11,112 @@ namespace Halvorix::Tools {
 
 namespace {
 
-constexpr std::size_t MostSymbolsOfAll = 4 * MostSymbols;
 constexpr std::size_t MostLines = 16;
 
-ModuleSymbols SymbolsOf(MappedModule const& module)
-{
-    OpenedFile const opened = OpenFile(module.file);
-    return opened.bytes == nullptr ? ModuleSymbols() : ReadModuleSymbols(ByteView(*opened.bytes));
-}
+struct WantedVersion {
+    std::size_t needing;
+    std::string module; ///< by which name
+};
+
+// What is needed and was found in no module yet, with the first one that needs it. Only
+// this is kept: what all modules have would take any memory.
+struct Wanted {
+    std::unordered_map<std::string, std::size_t> symbols;
+    std::map<std::pair<std::size_t, std::string>, WantedVersion> versions; // of which module
+
+    bool IsEmpty() const { return symbols.empty() && versions.empty(); }
+};
 
 std::string FileNameOf(MappedModule const& module) { return Utf8(module.file.filename()); }
 
-struct Needs {
-    std::vector<Import> imports;
-    std::vector<NeededVersion> versions;
-    std::unordered_set<std::string> ownVersions;
-};
+// The answer is the limit that was reached.
+std::string Told(MappedModule const& module, std::string const& flaw)
+{
+    return flaw.empty() ? flaw : FileNameOf(module) + ": " + flaw;
+}
 
-// The loader looks for a symbol in all that the process has and in what came with the
-// module.
-class Linker {
-public:
-    Linker(ModuleGraph const& moduleGraph, std::string& reachedLimit)
-        : graph(moduleGraph), limit(reachedLimit)
-    {
-        std::size_t count = 0;
-        for (MappedModule const& module : graph.modules) {
-            ModuleSymbols read = SymbolsOf(module);
-            count += read.exports.size();
-            if (!read.flaw.empty())
-                limit = FileNameOf(module) + ": " + read.flaw;
-            else if (count > MostSymbolsOfAll)
-                limit = "the modules have more than " + std::to_string(MostSymbolsOfAll) +
-                        " symbols, the limit of what is looked at";
-            exported.insert(read.exports.begin(), read.exports.end());
-            needs.push_back({std::move(read.imports),
-                             std::move(read.neededVersions),
-                             {read.versions.begin(), read.versions.end()}});
-            if (!limit.empty())
-                return;
-        }
+std::string AddNeeds(ModuleGraph const& graph, std::size_t module, SymbolBudget& budget,
+                     Wanted& wanted)
+{
+    OpenedFile const opened = OpenFile(graph.modules[module].file);
+    if (opened.bytes == nullptr)
+        return {};
+    ModuleNeeds needs = ReadModuleNeeds(ByteView(*opened.bytes), budget);
+    for (Import& import : needs.imports)
+        wanted.symbols.emplace(std::move(import.symbol), module);
+    for (NeededVersion& needed : needs.versions) {
+        std::size_t const of = graph.Find(needed.module);
+        if (of != ModuleGraph::NoModule)
+            wanted.versions.emplace(std::pair(of, std::move(needed.version)),
+                                    WantedVersion{module, std::move(needed.module)});
     }
+    return Told(graph.modules[module], needs.flaw);
+}
 
-    std::vector<std::string> MissingFor(std::size_t module) const
-    {
-        std::vector<std::string> lines;
-        if (!limit.empty())
-            return lines;
-        std::string const name = FileNameOf(graph.modules[module]);
-        for (NeededVersion const& needed : needs[module].versions)
-            if (!HasVersion(needed) && lines.size() < MostLines)
-                lines.push_back(name + " needs version " + needed.version + " of the symbols of " +
-                                needed.module + ", which that one does not have");
-        for (Import const& import : needs[module].imports)
-            if (exported.count(import.symbol) == 0 && lines.size() < MostLines)
-                lines.push_back(name + " needs the symbol " + import.symbol +
-                                ", which no module has");
-        return lines;
-    }
-
-private:
+std::string TakeOffers(ModuleGraph const& graph, std::size_t module, SymbolBudget& budget,
+                       Wanted& wanted)
+{
+    OpenedFile const opened = OpenFile(graph.modules[module].file);
+    if (opened.bytes == nullptr)
+        return {};
+    auto const isWanted = [&](std::string const& name) { return wanted.symbols.count(name) != 0; };
+    ModuleOffers const offers = ReadModuleOffers(ByteView(*opened.bytes), isWanted, budget);
+    for (std::string const& symbol : offers.exports)
+        wanted.symbols.erase(symbol);
+    for (std::string const& version : offers.versions)
+        wanted.versions.erase({module, version});
     // One without versions serves all of them.
-    bool HasVersion(NeededVersion const& needed) const
-    {
-        std::size_t const module = graph.Find(needed.module);
-        return module == ModuleGraph::NoModule || needs[module].ownVersions.empty() ||
-               needs[module].ownVersions.count(needed.version) != 0;
-    }
+    if (offers.versions.empty() && offers.flaw.empty())
+        wanted.versions.erase(wanted.versions.lower_bound({module, {}}),
+                              wanted.versions.lower_bound({module + 1, {}}));
+    return Told(graph.modules[module], offers.flaw);
+}
 
-    ModuleGraph const& graph;
-    std::string& limit;
-    std::vector<Needs> needs;
-    std::unordered_set<std::string> exported;
-};
+std::vector<std::string> LinesOf(ModuleGraph const& graph, Wanted const& wanted)
+{
+    std::vector<std::pair<std::size_t, std::string>> lines;
+    for (auto const& [of, needed] : wanted.versions)
+        if (lines.size() < MostLines)
+            lines.emplace_back(needed.needing, FileNameOf(graph.modules[needed.needing]) +
+                                                   " needs version " + of.second +
+                                                   " of the symbols of " + needed.module +
+                                                   ", which that one does not have");
+    std::vector<std::pair<std::size_t, std::string const*>> symbols;
+    for (auto const& [symbol, needing] : wanted.symbols)
+        symbols.emplace_back(needing, &symbol);
+    std::sort(symbols.begin(), symbols.end(), [](auto const& one, auto const& other) {
+        return std::pair(one.first, std::string_view(*one.second)) <
+               std::pair(other.first, std::string_view(*other.second));
+    });
+    for (auto const& [needing, symbol] : symbols)
+        if (lines.size() < MostLines)
+            lines.emplace_back(needing, FileNameOf(graph.modules[needing]) + " needs the symbol " +
+                                            *symbol + ", which no module has");
+    std::stable_sort(lines.begin(), lines.end(),
+                     [](auto const& one, auto const& other) { return one.first < other.first; });
+    std::vector<std::string> texts;
+    for (auto& line : lines)
+        texts.push_back(std::move(line.second));
+    return texts;
+}
 
 } // namespace
 
+// The loader looks for a symbol in all that the process has and in what came with the
+// module.
 std::vector<std::string> MissingSymbols(ModuleGraph const& graph, std::size_t module,
                                         std::string& limit)
 {
-    Linker const linker(graph, limit);
-    std::vector<std::string> lines;
+    SymbolBudget budget;
+    Wanted wanted;
     for (std::size_t const brought : graph.ClosureOf(module)) {
         // What the system brings fits together.
-        if (graph.modules[brought].place == Place::System)
-            continue;
-        for (std::string& line : linker.MissingFor(brought))
-            lines.push_back(std::move(line));
-        if (lines.size() >= MostLines)
-            break;
+        if (graph.modules[brought].place != Place::System && limit.empty())
+            limit = AddNeeds(graph, brought, budget, wanted);
     }
-    return lines;
+    for (std::size_t i = 0; i < graph.modules.size() && limit.empty() && !wanted.IsEmpty(); ++i)
+        limit = TakeOffers(graph, i, budget, wanted);
+    return limit.empty() ? LinesOf(graph, wanted) : std::vector<std::string>();
 }
 
 } // namespace Halvorix::Tools

@@ -1,4 +1,5 @@
 #include <cstddef>
+#include <utility>
 
 #include "../ModuleImage.h"
 #include "platform/windows/Windows.h"
@@ -47,18 +48,27 @@ public:
             });
     }
 
-    void Read(ModuleSymbols& symbols)
+    void Read(SymbolBudget& budget, ModuleNeeds& needs)
     {
         IMAGE_DOS_HEADER dos{};
         bytes.Read(0, dos);
-        symbols.flaw = ReadHeaders(dos);
-        if (symbols.flaw.empty())
-            symbols.flaw = ReadExports(symbols);
-        if (symbols.flaw.empty())
-            symbols.flaw =
+        needs.flaw = ReadHeaders(dos);
+        if (needs.flaw.empty())
+            needs.flaw =
                 ReadImports([&](std::string const& name, IMAGE_IMPORT_DESCRIPTOR const& table) {
-                    return ReadImported(name, table, symbols);
+                    return ReadImported(name, table, budget, needs);
                 });
+        if (std::string limit = budget.Limit(); !limit.empty())
+            needs.flaw = std::move(limit);
+    }
+
+    void Read(SymbolTest const& isWanted, SymbolBudget& budget, ModuleOffers& offers)
+    {
+        IMAGE_DOS_HEADER dos{};
+        bytes.Read(0, dos);
+        offers.flaw = ReadHeaders(dos);
+        if (offers.flaw.empty())
+            offers.flaw = ReadExports(isWanted, budget, offers);
     }
 
 private:
@@ -114,7 +124,8 @@ private:
         return address < headerSize ? address : bytes.Size();
     }
 
-    std::string ReadExports(ModuleSymbols& symbols) const
+    std::string ReadExports(SymbolTest const& isWanted, SymbolBudget& budget,
+                            ModuleOffers& offers) const
     {
         DWORD const address = directories[IMAGE_DIRECTORY_ENTRY_EXPORT].VirtualAddress;
         if (address == 0)
@@ -127,13 +138,15 @@ private:
         if (table.NumberOfNames > MostSymbols)
             return "it has more than " + std::to_string(MostSymbols) +
                    " exports, the limit of what is looked at";
-        std::size_t text = 0;
+        if (!budget.TakeRecords(table.NumberOfNames))
+            return budget.Limit();
         for (std::uint64_t i = 0; i < table.NumberOfNames; ++i) {
-            symbols.exports.push_back(
-                bytes.Name(OffsetOf(bytes.NumberOrZero(names + i * 4, 4)), 4096));
-            text += symbols.exports.back().size();
-            if (text > MostSymbolText)
-                return TooMuchSymbolText;
+            std::string name = bytes.Name(OffsetOf(bytes.NumberOrZero(names + i * 4, 4)), 4096);
+            if (!isWanted(name))
+                continue;
+            if (!budget.TakeName(name.size()))
+                return budget.Limit();
+            offers.exports.push_back(std::move(name));
         }
         return {};
     }
@@ -159,14 +172,12 @@ private:
     }
 
     bool ReadImported(std::string const& module, IMAGE_IMPORT_DESCRIPTOR const& descriptor,
-                      ModuleSymbols& symbols) const
+                      SymbolBudget& budget, ModuleNeeds& needs) const
     {
         DWORD const names = descriptor.OriginalFirstThunk != 0 ? descriptor.OriginalFirstThunk
                                                                : descriptor.FirstThunk;
         std::uint64_t at = OffsetOf(names);
-        std::size_t text = 0;
-        for (; symbols.imports.size() < MostSymbols && text < MostSymbolText;
-             at += sizeof(IMAGE_THUNK_DATA)) {
+        for (; budget.TakeRecords(1); at += sizeof(IMAGE_THUNK_DATA)) {
             IMAGE_THUNK_DATA thunk{};
             if (!bytes.Read(at, thunk))
                 return false;
@@ -175,9 +186,10 @@ private:
             if (IMAGE_SNAP_BY_ORDINAL(thunk.u1.Ordinal))
                 continue;
             // Behind a number that is a guess at its place.
-            symbols.imports.push_back(
-                {bytes.Name(OffsetOf(thunk.u1.AddressOfData) + sizeof(WORD), 4096), module});
-            text += symbols.imports.back().symbol.size();
+            std::string name = bytes.Name(OffsetOf(thunk.u1.AddressOfData) + sizeof(WORD), 4096);
+            if (!budget.TakeName(name.size() + module.size()))
+                return false;
+            needs.imports.push_back({std::move(name), module});
         }
         return false;
     }
@@ -195,9 +207,15 @@ ImageFormat const NativeFormat = ImageFormat::Pe;
 
 void ReadNativeImage(ByteView const& bytes, ModuleImage& image) { PeReader(bytes).Read(image); }
 
-void ReadNativeSymbols(ByteView const& bytes, ModuleSymbols& symbols)
+void ReadNativeNeeds(ByteView const& bytes, SymbolBudget& budget, ModuleNeeds& needs)
 {
-    PeReader(bytes).Read(symbols);
+    PeReader(bytes).Read(budget, needs);
+}
+
+void ReadNativeOffers(ByteView const& bytes, SymbolTest const& isWanted, SymbolBudget& budget,
+                      ModuleOffers& offers)
+{
+    PeReader(bytes).Read(isWanted, budget, offers);
 }
 
 } // namespace Halvorix::Tools
