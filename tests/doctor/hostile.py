@@ -7,9 +7,15 @@ import re
 import subprocess
 import time
 
+import pathlib
+import sys
+
 import rig
 import harness
 from harness import COMPATIBILITY, line_of, skip
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "tools"))
+import elf  # noqa: E402
 
 UNSAFE = [0x1B, 0x7F, 0x9B, 0x85, 0x61C, 0x200E, 0x200F, 0x2028, 0x2029, 0x202E, 0x2066, 0x2069]
 
@@ -110,6 +116,38 @@ def PipesInTheInstallation(test):
         assert ended.last, relative
         assert ended.status == (0 if relative == "app/SSOClient.config" else 1) or \
             "SSOClient.config" in ended.last, (relative, ended.last)
+
+
+def SettingsOfAnySize(test):
+    """Told as what they are, by either file, in little memory."""
+    for relative in ("app/SSOClient.config", COMPATIBILITY):
+        place = test.whole()
+        os.truncate(place.path(relative), 2 << 30)
+        ended = place.diagnose()
+        line = line_of(ended, ": ", relative, "is larger than 16 MiB, the limit of what is looked at")
+        assert line.startswith(("wrong: ", "warning: ")), line
+        assert "bad_alloc" not in ended.output and "allow the" not in ended.output, ended.output
+        ended = place.diagnose("--json")
+        assert ended.document["verdict"]["problems"], ended.output
+    if not test.build.is_windows:
+        import resource
+
+        peak = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss >> 10
+        print(f"peak: {peak} MiB")
+        assert peak < 1024, peak
+
+
+def FilesThatKeepTheirReaderWaiting(test):
+    """The system calls some of them regular."""
+    if test.build.is_windows or not os.access("/proc/kmsg", os.R_OK):
+        skip("no such file can be read here")
+    for relative in ("app/SSOClient.config", COMPATIBILITY):
+        place = test.whole()
+        place.path(relative).unlink()
+        os.symlink("/proc/kmsg", place.path(relative))
+        begun = time.monotonic()
+        ended = place.diagnose()
+        assert time.monotonic() - begun < 50 and relative in ended.output, ended.output
 
 
 def TextsThatSteer(test):
@@ -216,6 +254,52 @@ def LibraryWhereTheLoaderLooks(test):
     # The remedy, followed.
     os.rename(elsewhere / library.name, library)
     assert place.diagnose().last == rig.NOT_LOADED
+
+
+def PrivilegedProgram(test):
+    """One that gets more rights than its user has does not heed LD_LIBRARY_PATH."""
+    if test.build.is_windows:
+        skip("programs for Windows have no such rights")
+    if os.geteuid() != 0:
+        skip("only root can give a program to somebody else")
+    place = test.whole()
+    library = place.path("app/" + test.build.library)
+    elsewhere = place.root / "elsewhere"
+    elsewhere.mkdir()
+    os.rename(library, elsewhere / library.name)
+    environment = {"LD_LIBRARY_PATH": str(elsewhere)}
+    program = place.path("app/" + test.build.program)
+    place.replace("app/" + test.build.program, program.read_bytes())
+
+    def starts():
+        return subprocess.run([program, "nothing"], env=place.environment(environment),
+                              capture_output=True, check=False).returncode != 127
+
+    assert starts() and place.diagnose(environment=environment).last == rig.NOT_LOADED
+    os.chown(program, 65534, 65534)
+    program.chmod(0o4755)
+    if starts():
+        skip("this file system gives no program more rights")
+    ended = place.diagnose(environment=environment)
+    assert ended.status == 1 and "is not where" in ended.last, ended.last
+
+
+def DependencyByTheProgramsRunPath(test):
+    """The older kind of it serves the plugin too, and in the loading process as well."""
+    if test.build.is_windows:
+        skip("programs for Windows have no run path")
+    place = test.installation("plugin-lacks-a-dependency")
+    plugin = place.path("server/plugin/DependentPlugin.so")
+    place.replace("server/plugin/DependentPlugin.so", plugin.read_bytes())
+    elf.retag(plugin, elf.RUNPATH, elf.DEBUG)
+    place.place("lib/PluginDependency.so", "PluginDependency.so")
+    ended = place.diagnose()
+    assert "PluginDependency.so, which DependentPlugin.so needs, is missing" in ended.last
+    program = place.path("app/" + test.build.program)
+    elf.retag(program, elf.RUNPATH, elf.RPATH)
+    ended = place.diagnose("--load", "--verbose")
+    line_of(ended, "ok", "load", "loaded")
+    assert "the plugin declines" in ended.last, ended.last
 
 
 def LibraryForTheOtherSystem(test):

@@ -86,6 +86,23 @@ std::vector<MissingModule> MissingFor(ModuleGraph const& graph, std::size_t modu
     return found;
 }
 
+// Whether the loader finds it by what the program or the library names, of which another
+// program knows nothing.
+bool IsOfProgram(ModuleGraph const& graph, std::size_t module, std::size_t plugin)
+{
+    if (module < plugin)
+        return true;
+    fs::path const folder = graph.modules[module].file.parent_path();
+    std::vector<fs::path> const& ofLibrary =
+        graph.modules[graph.modules[plugin].neededBy].inheritedFolders;
+    std::vector<fs::path> const& ofProgram = graph.modules.front().inheritedFolders;
+    auto const has = [&folder](std::vector<fs::path> const& folders) {
+        return std::find(folders.begin(), folders.end(), folder) != folders.end();
+    };
+    return folder == graph.programFolder || has(ofProgram) ||
+           (graph.modules[plugin].neededBy != plugin && has(ofLibrary));
+}
+
 // A stack in place of a recursion, which somebody's chain of modules would overflow.
 std::vector<fs::path> InOrderOfNeed(ModuleGraph const& graph, std::size_t plugin)
 {
@@ -104,9 +121,7 @@ std::vector<fs::path> InOrderOfNeed(ModuleGraph const& graph, std::size_t plugin
             }
             continue;
         }
-        bool const isOfProgram =
-            module < plugin || mapped.file.parent_path() == graph.programFolder;
-        if (module != plugin && mapped.image.isModule && isOfProgram)
+        if (module != plugin && mapped.image.isModule && IsOfProgram(graph, module, plugin))
             files.push_back(mapped.file);
         stack.pop_back();
     }

@@ -11,10 +11,15 @@ namespace Halvorix::Tools {
 struct OpenedFile {
     std::unique_ptr<ByteSource> bytes; ///< null if it cannot be read
     std::string reason;                ///< why not: "is a folder, not a file", say
+    bool endsSearch = false;           ///< the loader looks no further than at this one
 };
 
 /// A regular file. Anything else of that name (a folder, a pipe, a device) is told
 /// and not opened.
 OpenedFile OpenFile(std::filesystem::path const& file);
+
+/// Why a file of settings is not read as a whole; empty if it is. The library has no
+/// limit, but nobody writes that much.
+std::string FlawOfText(std::filesystem::path const& file);
 
 } // namespace Halvorix::Tools

@@ -16,7 +16,7 @@ struct Candidate {
 };
 
 /// The files that the loader tries for a name without a separator that a module of the
-/// graph needs, in its order; they need not exist.
+/// graph needs, in its order; their folders are there.
 std::vector<Candidate> CandidatesFor(std::string const& name, ModuleGraph const& graph,
                                      std::size_t needing);
 
@@ -33,8 +33,12 @@ std::string OwnNameOf(MappedModule const& module);
 /// As the loader compares names.
 std::string Comparable(std::string const& name);
 
-/// What is read of one run path or variable.
-constexpr std::size_t MostFolders = 64;
+/// The folders that the environment names for the modules of a program.
+std::vector<std::filesystem::path> EnvironmentFolders(std::filesystem::path const& program);
+
+/// Adds the folders of a module's run paths; behind the older ones come those of the
+/// module that needs it, if there is one.
+void AddRunPaths(MappedModule& module, MappedModule const* neededBy);
 
 /// Otherwise what a module of the system needs is the system's own affair.
 extern bool const SystemModulesAreFollowed;

@@ -18,7 +18,10 @@ namespace fs = std::filesystem;
 // No process has more; a chain that was made to harm is cut.
 constexpr std::size_t MostModules = 4096;
 constexpr std::size_t MostLookups = 16384;
+constexpr std::size_t MostQuestions = 1000000;
 constexpr std::size_t MostMissing = 64;
+constexpr std::uint64_t MostText = std::uint64_t{32} << 20U;
+constexpr char const* EndOfSearch = ": the search for what is needed ends there";
 
 } // namespace
 
@@ -30,7 +33,8 @@ std::string const& OwnMachine()
 }
 
 ModuleGraph::ModuleGraph(fs::path const& program)
-    : programFolder(program.parent_path()), ownMachine(OwnMachine())
+    : programFolder(program.parent_path()), environmentFolders(EnvironmentFolders(program)),
+      ownMachine(OwnMachine())
 {
     if (program.empty())
         return;
@@ -56,12 +60,31 @@ std::size_t ModuleGraph::Add(fs::path const& file, ModuleImage image, Place plac
                              std::size_t neededBy)
 {
     std::size_t const module = modules.size();
-    modules.push_back(
-        {file, std::move(image), place, neededBy == NoModule ? module : neededBy, {}});
+    MappedModule added{
+        file, std::move(image), place, neededBy == NoModule ? module : neededBy, {}, {}, {}};
+    AddRunPaths(added, neededBy == NoModule ? nullptr : &modules[neededBy]);
+    CountText(added);
+    modules.push_back(std::move(added));
     std::string const ownName = OwnNameOf(modules.back());
     if (!ownName.empty())
         names.emplace(Comparable(ownName), module);
     return module;
+}
+
+// What is kept of each is limited; this is for all of them together.
+void ModuleGraph::CountText(MappedModule const& module)
+{
+    // Even an empty name takes its place.
+    constexpr std::size_t place = 64;
+    text += module.image.runPath.size() + module.image.inheritedRunPath.size();
+    for (std::string const& name : module.image.imports)
+        text += place + name.size();
+    for (auto const* folders : {&module.folders, &module.inheritedFolders})
+        for (fs::path const& folder : *folders)
+            text += place + folder.native().size() * sizeof(fs::path::value_type);
+    if (limit.empty() && text > MostText)
+        limit =
+            std::string("the modules name more than 32 MiB of modules and folders") + EndOfSearch;
 }
 
 // Breadth first, as the loader: a list in place of a recursion, which somebody's
@@ -96,25 +119,20 @@ void ModuleGraph::Resolve(std::string const& name, std::size_t needing)
     else if (missing.size() >= MostMissing)
         limit = "more than " + std::to_string(MostMissing) + " modules are missing";
     if (!limit.empty()) {
-        limit += ": the search for what is needed ends there";
+        limit += EndOfSearch;
         return;
     }
     std::string hint;
     if (NamesPlace(name)) {
         hint = "it is named by a place and not by a name: refused, nothing was opened";
     } else {
-        bool isStopped = false;
-        for (Candidate const& candidate : CandidatesFor(name, *this, needing)) {
-            std::size_t const found =
-                Take(candidate.file, candidate.place, needing, hint, isStopped);
-            if (found != NoModule) {
-                names.emplace(Comparable(name), found);
-                modules[needing].needs.push_back(found);
-                return;
-            }
-            if (isStopped)
-                break;
+        std::size_t const found = Search(name, needing, hint);
+        if (found != NoModule) {
+            names.emplace(Comparable(name), found);
+            modules[needing].needs.push_back(found);
         }
+        if (found != NoModule || !limit.empty())
+            return;
         std::error_code unknown;
         fs::path const beside = modules[needing].file.parent_path() / FileName(name);
         if (hint.empty() && modules[needing].place != Place::System && fs::exists(beside, unknown))
@@ -124,8 +142,26 @@ void ModuleGraph::Resolve(std::string const& name, std::size_t needing)
     missing.push_back({name, Utf8(modules[needing].file.filename()), needing, hint});
 }
 
-bool ModuleGraph::FolderIsThere(fs::path const& folder)
+std::size_t ModuleGraph::Search(std::string const& name, std::size_t needing, std::string& hint)
 {
+    std::vector<Candidate> const candidates = CandidatesFor(name, *this, needing);
+    if (questions > MostQuestions) {
+        limit = "modules are looked for in more than " + std::to_string(MostQuestions) + " places" +
+                EndOfSearch;
+        return NoModule;
+    }
+    bool isStopped = false;
+    for (Candidate const& candidate : candidates) {
+        std::size_t const found = Take(candidate.file, candidate.place, needing, hint, isStopped);
+        if (found != NoModule || isStopped)
+            return found;
+    }
+    return NoModule;
+}
+
+bool ModuleGraph::FolderIsThere(fs::path const& folder) const
+{
+    ++questions;
     auto const known = folders.find(folder.string());
     if (known != folders.end())
         return known->second;
@@ -143,7 +179,8 @@ std::size_t ModuleGraph::Take(fs::path const& file, Place place, std::size_t nee
     OpenedFile const opened = OpenFile(file);
     std::string const where = "the one in " + Utf8(file.parent_path()) + " ";
     if (opened.bytes == nullptr) {
-        if (opened.reason != "does not exist" && hint.empty())
+        isStopped = opened.endsSearch;
+        if (opened.reason != "does not exist" && (hint.empty() || isStopped))
             hint = where + opened.reason;
         return NoModule;
     }

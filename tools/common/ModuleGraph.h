@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -25,6 +26,11 @@ struct MappedModule {
     Place place;
     std::size_t neededBy; ///< itself for one that nobody needs
     std::vector<std::size_t> needs;
+    /// In which the loader looks for what it needs: its run path.
+    std::vector<std::filesystem::path> folders;
+    /// And in these for what those need that it brings: its older run path, and of those
+    /// that brought it.
+    std::vector<std::filesystem::path> inheritedFolders;
 };
 
 struct MissingModule {
@@ -53,10 +59,15 @@ public:
     /// Folder that the library names while it loads; empty: none.
     std::filesystem::path dependencyFolder;
     std::filesystem::path programFolder;
+    /// Those that the environment names for this program.
+    std::vector<std::filesystem::path> environmentFolders;
 
     std::vector<MappedModule> modules; ///< the program first, if it is known
     std::vector<MissingModule> missing;
     std::string limit; ///< the one at which the search ended; empty: none
+
+    /// What was asked once is remembered, and each question counts.
+    bool FolderIsThere(std::filesystem::path const& folder) const;
 
     /// The module of this name that is in the process, or NoModule.
     std::size_t Find(std::string const& name) const;
@@ -69,15 +80,19 @@ private:
                     std::size_t neededBy);
     void Follow(std::size_t first);
     void Resolve(std::string const& name, std::size_t needing);
+    std::size_t Search(std::string const& name, std::size_t needing, std::string& hint);
     std::size_t Take(std::filesystem::path const& file, Place place, std::size_t needing,
                      std::string& hint, bool& isStopped);
-    bool FolderIsThere(std::filesystem::path const& folder);
 
     std::string ownMachine;
     std::unordered_map<std::string, std::size_t> names; // as the loader compares them
     std::unordered_set<std::string> lost;
-    std::unordered_map<std::string, bool> folders;
+    mutable std::unordered_map<std::string, bool> folders;
+    mutable std::size_t questions = 0;
+    void CountText(MappedModule const& module);
+
     std::size_t lookups = 0;
+    std::uint64_t text = 0;
 };
 
 /// What this system calls its own processor, for images of its format.

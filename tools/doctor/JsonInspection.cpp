@@ -6,8 +6,8 @@
 
 #include <json/reader.h>
 
+#include "../common/Files.h"
 #include "../common/System.h"
-#include "FileFlaw.h"
 #include "RepeatedKeys.h"
 #include "Text.h"
 #include "TextOddities.h"
@@ -74,7 +74,7 @@ Oddity WrongType(Position at, std::string const& key, Json::Value const& value, 
 
 JsonInspection::JsonInspection(std::wstring const& file, std::ios::openmode mode)
 {
-    std::string const flaw = FlawOf(Tools::FromWide(file));
+    std::string const flaw = Tools::FlawOfText(Tools::FromWide(file));
     if (!flaw.empty()) {
         Explain(BeginsWith(flaw, "is ") ? Damage::NoFile : Damage::NotOpened, flaw);
         return;

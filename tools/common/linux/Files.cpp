@@ -54,11 +54,13 @@ std::string WhyNotRegular(struct stat const& status)
     return "is a device, not a file";
 }
 
-std::string WhyNotOpened()
+// Over what is not there, or is denied, the loader passes.
+OpenedFile NotOpened(int error)
 {
-    if (errno == ENOENT || errno == ENOTDIR)
-        return "does not exist";
-    return "cannot be opened: " + std::generic_category().message(errno);
+    if (error == ENOENT || error == ENOTDIR)
+        return {nullptr, "does not exist", false};
+    return {nullptr, "cannot be opened: " + std::generic_category().message(error),
+            error != EACCES};
 }
 
 } // namespace
@@ -67,20 +69,27 @@ OpenedFile OpenFile(std::filesystem::path const& file)
 {
     struct stat status {};
     if (::stat(file.c_str(), &status) != 0)
-        return {nullptr, WhyNotOpened()};
+        return NotOpened(errno);
     if (std::string reason = WhyNotRegular(status); !reason.empty())
-        return {nullptr, std::move(reason)};
+        return {nullptr, std::move(reason), true};
     // Whatever has taken its place since, the call returns.
     int const descriptor = ::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
     if (descriptor < 0)
-        return {nullptr, WhyNotOpened()};
+        return NotOpened(errno);
     auto source = std::make_unique<FileSource>(descriptor);
     if (::fstat(descriptor, &status) != 0)
-        return {nullptr, WhyNotOpened()};
+        return NotOpened(errno);
     if (std::string reason = WhyNotRegular(status); !reason.empty())
-        return {nullptr, std::move(reason)};
+        return {nullptr, std::move(reason), true};
+    // What the system makes up as it is read has no size, and there may be nothing to read.
+    char first = '\0';
+    if (status.st_size == 0 && ::pread(descriptor, &first, 1, 0) < 0)
+        return {nullptr,
+                errno == EAGAIN ? "has nothing to read, and would keep its reader waiting"
+                                : "cannot be read: " + std::generic_category().message(errno),
+                true};
     source->size = static_cast<std::uint64_t>(status.st_size);
-    return {std::move(source), {}};
+    return {std::move(source), {}, false};
 }
 
 } // namespace Halvorix::Tools

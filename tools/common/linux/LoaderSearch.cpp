@@ -1,8 +1,16 @@
 #include "../LoaderSearch.h"
 
+#include <gnu/libc-version.h>
 #include <sys/auxv.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/xattr.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
+#include <string_view>
 #include <unordered_set>
 #include <utility>
 
@@ -34,108 +42,215 @@ std::string const& OwnLibraryFolder()
     return folder;
 }
 
-void Replace(std::string& text, std::string const& what, std::string const& by)
-{
-    for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += by.size())
-        text.replace(at, what.size(), by);
-}
+constexpr std::size_t LongestPath = 4096; // to the system
 
-// The loader's own variables, in both spellings.
-std::string Expanded(std::string text, fs::path const& origin)
+using Variables = std::vector<std::pair<std::string_view, std::string>>;
+
+// The loader's own variables.
+Variables VariablesOf(fs::path const& origin)
 {
     // The system gives an address as a number.
     // NOLINTNEXTLINE(performance-no-int-to-ptr)
     auto const* const platform = reinterpret_cast<char const*>(::getauxval(AT_PLATFORM));
-    std::pair<char const*, std::string> const values[] = {
-        {"ORIGIN", origin.string()},
-        {"LIB", OwnLibraryFolder()},
-        {"PLATFORM", platform == nullptr ? "" : platform},
-    };
-    for (auto const& [name, value] : values) {
-        Replace(text, "${" + std::string(name) + "}", value);
-        Replace(text, "$" + std::string(name), value);
+    return {{"ORIGIN", origin.string()},
+            {"LIB", OwnLibraryFolder()},
+            {"PLATFORM", platform == nullptr ? "" : platform}};
+}
+
+// Empty for a name that is too long for the system.
+std::string Expanded(std::string_view text, Variables const& variables)
+{
+    std::string expanded;
+    while (!text.empty() && expanded.size() <= LongestPath) {
+        std::size_t taken = 1;
+        std::string_view by = text.substr(0, 1);
+        for (auto const& [name, value] : variables) {
+            // In both spellings.
+            for (std::string const& spelled :
+                 {"$" + std::string(name), "${" + std::string(name) + "}"}) {
+                if (text.substr(0, spelled.size()) == spelled) {
+                    taken = spelled.size();
+                    by = value;
+                }
+            }
+        }
+        if (taken == 1 && text.front() != '$') {
+            taken = std::min(text.find('$'), text.size());
+            by = text.substr(0, taken);
+        }
+        expanded += by;
+        text.remove_prefix(taken);
     }
-    return text;
+    return expanded.size() > LongestPath ? std::string() : expanded;
+}
+
+// The folders of a list, each once. An empty entry is the current directory.
+void AddList(std::string const& list, char const* separators, fs::path const& origin,
+             std::vector<fs::path>& folders)
+{
+    if (list.empty())
+        return;
+    Variables const variables = VariablesOf(origin);
+    std::unordered_set<std::string_view> entries;
+    for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1) {
+        end = list.find_first_of(separators, begin);
+        std::string_view const entry = std::string_view(list).substr(begin, end - begin);
+        if (!entries.insert(entry).second)
+            continue;
+        std::string folder = entry.empty() ? "." : Expanded(entry, variables);
+        if (!folder.empty())
+            folders.emplace_back(std::move(folder));
+    }
+}
+
+// Whether the system runs a program with rights that its user does not have.
+bool IsPrivileged(fs::path const& program)
+{
+    struct stat status {};
+    struct statvfs system {};
+    if (::stat(program.c_str(), &status) != 0 || ::statvfs(program.c_str(), &system) != 0 ||
+        (system.f_flag & ST_NOSUID) != 0)
+        return false;
+    bool const takesUser = (status.st_mode & S_ISUID) != 0 && status.st_uid != ::getuid();
+    bool const takesGroup = (status.st_mode & S_ISGID) != 0 && (status.st_mode & S_IXGRP) != 0 &&
+                            status.st_gid != ::getgid();
+    bool const takesCapabilities =
+        ::getuid() != 0 && ::getxattr(program.c_str(), "security.capability", nullptr, 0) > 0;
+    return takesUser || takesGroup || takesCapabilities;
+}
+
+// Below each folder, those for what the processor can do come first.
+std::vector<std::string> FoldersForProcessor()
+{
+    std::vector<std::string> folders;
+    bool const hasLevel2 = __builtin_cpu_supports("ssse3") != 0 &&
+                           __builtin_cpu_supports("sse4.2") != 0 &&
+                           __builtin_cpu_supports("popcnt") != 0;
+    bool const hasLevel3 = hasLevel2 && __builtin_cpu_supports("avx2") != 0 &&
+                           __builtin_cpu_supports("bmi2") != 0 &&
+                           __builtin_cpu_supports("fma") != 0;
+    bool const hasLevel4 =
+        hasLevel3 && __builtin_cpu_supports("avx512f") != 0 &&
+        __builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("avx512cd") != 0 &&
+        __builtin_cpu_supports("avx512dq") != 0 && __builtin_cpu_supports("avx512vl") != 0;
+    for (auto const& [level, isThere] :
+         {std::pair("4", hasLevel4), std::pair("3", hasLevel3), std::pair("2", hasLevel2)})
+        if (isThere)
+            folders.push_back(std::string("glibc-hwcaps/x86-64-v") + level);
+    if (::strverscmp(::gnu_get_libc_version(), "2.37") >= 0)
+        return folders;
+    // Until then it looked in those of an older kind too, in all ways to combine them.
+    std::pair<char const*, bool> const parts[] = {
+        {"tls", true}, {"haswell", hasLevel3}, {"avx512_1", hasLevel4}, {"x86_64", true}};
+    for (unsigned chosen = 15; chosen > 0; --chosen) {
+        fs::path folder;
+        bool isThere = true;
+        for (unsigned i = 0; i < 4; ++i) {
+            if ((chosen & 8U >> i) == 0)
+                continue;
+            isThere = isThere && parts[i].second;
+            folder /= parts[i].first;
+        }
+        if (isThere)
+            folders.push_back(folder.string());
+    }
+    return folders;
 }
 
 class CandidateList {
 public:
-    explicit CandidateList(std::string const& wantedName) : name(wantedName) {}
-
-    // An empty entry is the current directory.
-    void AddList(std::string const& list, char const* separators, fs::path const& origin)
+    CandidateList(std::string const& wantedName, ModuleGraph const& moduleGraph)
+        : name(wantedName), graph(moduleGraph)
     {
-        std::size_t begin = 0;
-        for (std::size_t count = 0; !list.empty() && count < MostFolders; ++count) {
-            std::size_t const end = list.find_first_of(separators, begin);
-            std::string const entry = list.substr(begin, end - begin);
-            AddFolder(entry.empty() ? "." : Expanded(entry, origin), Place::Folder);
-            if (end == std::string::npos)
-                break;
-            begin = end + 1;
-        }
     }
 
-    void AddFolder(fs::path const& folder, Place place)
+    void Add(fs::path const& folder, Place place)
     {
-        if (folders.size() < 4 * MostFolders && folders.insert(folder.string()).second)
-            candidates.push_back({folder / name, place});
+        static std::vector<std::string> const below = FoldersForProcessor();
+        if (!folders.insert(folder.string()).second || !graph.FolderIsThere(folder))
+            return;
+        for (std::string const& special : below)
+            if (graph.FolderIsThere(folder / special))
+                candidates.push_back({folder / special / name, place});
+        candidates.push_back({folder / name, place});
     }
 
     void AddFile(fs::path const& file, Place place) { candidates.push_back({file, place}); }
-
-    bool IsFull() const { return folders.size() >= MostFolders; }
 
     std::vector<Candidate> candidates;
 
 private:
     std::string const& name;
+    ModuleGraph const& graph;
     std::unordered_set<std::string> folders;
 };
 
-// The older run paths: of the module that needs another one, of those that brought it,
-// and of the program. A newer run path of the module itself puts them all out.
-void AddInherited(ModuleGraph const& graph, std::size_t needing, CandidateList& list)
+// Those that an installation can have to itself, in the order in which they are looked
+// through. A newer run path puts all older ones out.
+std::vector<fs::path const*> OwnFolders(ModuleGraph const& graph, std::size_t needing)
 {
-    if (!graph.modules[needing].image.runPath.empty())
-        return;
-    auto const add = [&](MappedModule const& module) {
-        if (module.image.runPath.empty())
-            list.AddList(module.image.inheritedRunPath, ":", module.file.parent_path());
+    std::vector<fs::path const*> folders;
+    auto const add = [&folders](std::vector<fs::path> const& more) {
+        for (fs::path const& folder : more)
+            folders.push_back(&folder);
     };
-    for (std::size_t at = needing; !list.IsFull(); at = graph.modules[at].neededBy) {
-        add(graph.modules[at]);
-        if (graph.modules[at].neededBy == at)
-            break;
+    MappedModule const& module = graph.modules[needing];
+    if (module.image.runPath.empty()) {
+        add(module.inheritedFolders);
+        add(graph.modules.front().inheritedFolders);
     }
-    add(graph.modules.front());
+    add(graph.environmentFolders);
+    add(module.folders);
+    return folders;
 }
 
 } // namespace
+
+std::vector<fs::path> EnvironmentFolders(fs::path const& program)
+{
+    std::vector<fs::path> folders;
+    // Of what is looked at, and not of this program, which has no more rights than its user.
+    char const* const variable = std::getenv("LD_LIBRARY_PATH");
+    if (variable != nullptr && !IsPrivileged(program))
+        AddList(variable, ":;", program.parent_path(), folders);
+    return folders;
+}
+
+void AddRunPaths(MappedModule& module, MappedModule const* neededBy)
+{
+    fs::path const origin = module.file.parent_path();
+    AddList(module.image.runPath, ":", origin, module.folders);
+    if (module.image.runPath.empty())
+        AddList(module.image.inheritedRunPath, ":", origin, module.inheritedFolders);
+    if (neededBy == nullptr)
+        return;
+    std::unordered_set<std::string> known;
+    for (fs::path const& folder : module.inheritedFolders)
+        known.insert(folder.string());
+    for (fs::path const& folder : neededBy->inheritedFolders)
+        if (known.insert(folder.string()).second)
+            module.inheritedFolders.push_back(folder);
+}
 
 bool const SystemModulesAreFollowed = true;
 
 std::vector<Candidate> CandidatesFor(std::string const& name, ModuleGraph const& graph,
                                      std::size_t needing)
 {
-    CandidateList list(name);
-    MappedModule const& module = graph.modules[needing];
-    AddInherited(graph, needing, list);
-    // A privileged program would not heed it.
-    if (char const* const variable = ::secure_getenv("LD_LIBRARY_PATH"); variable != nullptr)
-        list.AddList(variable, ":;", graph.modules.front().file.parent_path());
-    list.AddList(module.image.runPath, ":", module.file.parent_path());
-    if (module.image.hasNoDefaultFolders)
+    CandidateList list(name, graph);
+    for (fs::path const* const folder : OwnFolders(graph, needing))
+        list.Add(*folder, Place::Folder);
+    if (graph.modules[needing].image.hasNoDefaultFolders)
         return std::move(list.candidates);
     LoaderCache const& cache = SystemLoaderCache();
     if (auto const known = cache.find(name); known != cache.end())
         for (std::string const& file : known->second)
             list.AddFile(file, Place::System);
     for (char const* const root : {"/", "/usr/"})
-        list.AddFolder(root + OwnLibraryFolder(), Place::System);
+        list.Add(root + OwnLibraryFolder(), Place::System);
     if (OwnLibraryFolder() != "lib64")
         for (char const* const folder : {"/lib", "/usr/lib"})
-            list.AddFolder(folder, Place::System);
+            list.Add(folder, Place::System);
     return std::move(list.candidates);
 }
 
@@ -157,10 +272,9 @@ std::string HintForModuleBeside()
 // The first place in which the loader looks and which this installation has to itself.
 std::string RemedyForMissing(std::string const& name, ModuleGraph const& graph, std::size_t needing)
 {
-    for (Candidate const& candidate : CandidatesFor(name, graph, needing))
-        if (candidate.place == Place::Folder && candidate.file.is_absolute())
-            return "install " + name + " in " +
-                   Utf8(candidate.file.parent_path().lexically_normal());
+    for (fs::path const* const folder : OwnFolders(graph, needing))
+        if (folder->is_absolute())
+            return "install " + name + " in " + Utf8(folder->lexically_normal());
     return "install " + name + " in /usr/" + OwnLibraryFolder() +
            ", or name its folder in LD_LIBRARY_PATH";
 }

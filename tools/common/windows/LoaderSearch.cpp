@@ -2,6 +2,7 @@
 
 #include <cwchar>
 #include <set>
+#include <string>
 
 #include "../Utf8.h"
 #include "platform/windows/Windows.h"
@@ -31,14 +32,14 @@ bool IsOfThisMachine(fs::path const& folder)
 }
 
 // Those of the user's path that no other machine is asked for.
-std::vector<fs::path> PathFolders()
+std::vector<fs::path> FoldersOfPath()
 {
     wchar_t variable[32768] = {};
     if (::GetEnvironmentVariableW(L"PATH", variable, 32767) >= 32767)
         return {};
     std::vector<fs::path> folders;
     std::wstring const list = variable;
-    for (std::size_t begin = 0; begin < list.size() && folders.size() < MostFolders;) {
+    for (std::size_t begin = 0; begin < list.size();) {
         std::size_t const end = std::min(list.find(L';', begin), list.size());
         fs::path const folder = list.substr(begin, end - begin);
         if (IsOfThisMachine(folder))
@@ -73,6 +74,25 @@ std::set<std::string> KnownModules()
     return known;
 }
 
+// By a function that systems have since Windows 10; before it, all of them count as there.
+bool HasFunctionSet(std::string const& name)
+{
+    using IsImplemented = BOOL(WINAPI*)(char const*);
+    HMODULE const base = ::GetModuleHandleW(L"kernelbase.dll");
+    auto const isImplemented = base == nullptr
+                                   ? nullptr
+                                   : reinterpret_cast<IsImplemented>(reinterpret_cast<void (*)()>(
+                                         ::GetProcAddress(base, "IsApiSetImplemented")));
+    if (isImplemented == nullptr)
+        return true;
+    // The loader passes over the last number.
+    std::string const set = name.substr(0, name.rfind('-'));
+    for (unsigned i = 0; i < 10; ++i)
+        if (isImplemented((set + "-" + std::to_string(i)).c_str()) != FALSE)
+            return true;
+    return false;
+}
+
 } // namespace
 
 // There its own loader sees to them.
@@ -82,7 +102,6 @@ std::vector<Candidate> CandidatesFor(std::string const& name, ModuleGraph const&
 {
     static fs::path const system = SystemFolder();
     static fs::path const windows = WindowsFolder();
-    static std::vector<fs::path> const path = PathFolders();
     static std::set<std::string> const known = KnownModules();
     fs::path const file = FileName(name);
     if (known.count(Comparable(name)) != 0)
@@ -93,18 +112,29 @@ std::vector<Candidate> CandidatesFor(std::string const& name, ModuleGraph const&
     candidates.push_back({system / file, Place::System});
     candidates.push_back({windows / file, Place::System});
     // Not the current directory: it does not count while the library names a folder.
-    for (fs::path const& folder : path)
+    for (fs::path const& folder : graph.environmentFolders)
         candidates.push_back({folder / file, Place::Folder});
     return candidates;
 }
 
+std::vector<fs::path> EnvironmentFolders(fs::path const&)
+{
+    static std::vector<fs::path> const folders = FoldersOfPath();
+    return folders;
+}
+
+// There are none.
+void AddRunPaths(MappedModule&, MappedModule const*) {}
+
 bool NamesPlace(std::string const& name) { return name.find_first_of("/\\:") != std::string::npos; }
 
-// Names of sets of functions.
+// Names of sets of functions, of which a system has its own.
 bool NeedsNoFile(std::string const& name)
 {
     std::string const lower = Comparable(name);
-    return lower.rfind("api-ms-win-", 0) == 0 || lower.rfind("ext-ms-", 0) == 0;
+    if (lower.rfind("ext-ms-", 0) == 0)
+        return true; // these may be missing
+    return lower.rfind("api-ms-win-", 0) == 0 && HasFunctionSet(lower);
 }
 
 std::string OwnNameOf(MappedModule const& module) { return module.file.filename().string(); }
