@@ -33,16 +33,19 @@ public:
 int ReadRegularFile(std::string const& file, std::string& content)
 {
     content.clear();
-    // First what it is: to open a pipe is to wait for its other end, and a device may do
-    // anything.
+    // First what it is: a device may do anything when it is opened.
     struct stat status {};
     if (::stat(file.c_str(), &status) != 0)
         return errno;
     if (!S_ISREG(status.st_mode))
         return EINVAL;
-    Descriptor const opened(::open(file.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC));
-    if (opened.number < 0)
+    // A pipe may have taken its place since, and some files of the system wait for what is
+    // to come though they are called regular: no call waits.
+    Descriptor const opened(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (opened.number < 0 || ::fstat(opened.number, &status) != 0)
         return errno;
+    if (!S_ISREG(status.st_mode))
+        return EINVAL;
     char piece[16384];
     for (;;) {
         ssize_t const count = ::read(opened.number, piece, sizeof(piece));
