@@ -1,0 +1,124 @@
+#include <algorithm>
+#include <iterator>
+#include <set>
+
+#include "Judgement.h"
+#include "Text.h"
+
+namespace Halvorix::Doctor {
+
+namespace {
+
+void AddMissingCompatibility(Findings const& findings, ProblemList& problems,
+                             Compatibility const& file)
+{
+    std::vector<Hint> hints;
+    AddSimilar(file.search, hints);
+    for (Directory const& directory : file.search.tried)
+        if (NameOf(directory.path) == file.search.file)
+            hints.push_back(
+                {"ssoServer.VersionCompatibilityConfigfilePath names the file, not its folder",
+                 "remove the file's name from that path"});
+    AddHints(findings.config.oddities, {"ssoServer.VersionCompatibilityConfigfilePath"}, hints);
+    std::vector<std::string> const unknown = UnknownOf(file.search);
+    if (!unknown.empty())
+        hints.push_back({HaveNoValue(unknown), "install it beside the server application"});
+    problems.AddMissing(
+        "compatibility-file-missing", Subject::Compatibility,
+        "the version compatibility file " + file.search.file +
+            " is in none of the directories searched: " + DirectoriesOf(file.search),
+        "install it beside the server application", hints);
+}
+
+void JudgeNoPlugin(Findings const& findings, ProblemList& problems, Compatibility const& file)
+{
+    ModuleList const& list = file.plugins;
+    if (AnyStops(file.oddities) || AnyStops(list))
+        return;
+    std::vector<std::string> entries;
+    for (Module const& module : list.modules)
+        if (!module.detail.empty())
+            entries.push_back(std::to_string(module.number) + ". " +
+                              (module.name.empty() ? "(no name)" : module.name) + ": " +
+                              module.detail);
+    std::string const reasons = entries.empty() ? "" : " (" + Listed(entries, "; ") + ")";
+    std::vector<Hint> hints;
+    for (Oddity const& oddity : file.oddities)
+        if (oddity.meant.rfind(list.key, 0) == 0 ||
+            (oddity.key.rfind(list.key, 0) == 0 &&
+             (oddity.code == "repeated-key" ||
+              (oddity.code == "not-quoted" &&
+               oddity.key.find(".compatibleSsoServicesVersion.") != std::string::npos))))
+            hints.push_back({InWords(oddity.key) + " " + oddity.text, oddity.remedy});
+    if (!list.problem.empty())
+        problems.AddMissing("no-plugin-listed", Subject::Compatibility,
+                            "the version compatibility file " + file.file +
+                                " lists no client plugin: " + list.problem + reasons,
+                            "complete the file, or install it again", hints);
+    else
+        problems.AddMissing("no-plugin-fits", Subject::Compatibility,
+                            "no client plugin in " + file.file + " is for version " +
+                                findings.program.version + " of the library" + reasons,
+                            "install a client plugin for this version, with its entry in that file",
+                            hints);
+}
+
+} // namespace
+
+// The list of OpenSSL is read when the plugin is there already.
+void JudgeCompatibilityOddities(Findings const& findings, ProblemList& problems, bool isAfterPlugin)
+{
+    Compatibility const& file = findings.compatibility;
+    std::vector<Oddity> oddities;
+    std::copy_if(
+        file.oddities.begin(), file.oddities.end(), std::back_inserter(oddities),
+        [isAfterPlugin](Oddity const& oddity) { return StopsOpenSsl(oddity) == isAfterPlugin; });
+    JudgeOddities(problems, "compatibility-file", Subject::Compatibility, file.file, oddities);
+}
+
+// Where the value itself is not told already.
+void JudgeStoppingModules(Findings const& findings, ProblemList& problems, ModuleList const& list)
+{
+    Compatibility const& file = findings.compatibility;
+    std::set<std::string> told; // the entries
+    for (Oddity const& oddity : file.oddities)
+        if (oddity.stopsReading)
+            told.insert(oddity.key.substr(0, oddity.key.find('.')));
+    for (Module const& module : list.modules) {
+        std::string const key = list.key + "[" + std::to_string(module.number - 1) + "]";
+        if (module.fit == Fit::StopsReading && told.count(key) == 0)
+            problems.Add(
+                Fatal, "compatibility-file-wrong-type", Subject::Compatibility,
+                "the version compatibility file cannot be read: " + Placed(file.file, module.at) +
+                    ": " + InWords(key) + ": " + module.detail,
+                "correct that entry");
+    }
+}
+
+void JudgeCompatibility(Findings const& findings, ProblemList& problems)
+{
+    Compatibility const& file = findings.compatibility;
+    if (IsConfigStopped(findings) || file.search.file.empty())
+        return;
+    if (file.file.empty()) {
+        // Without the server application there is no place for it.
+        if (!findings.server.directory.empty())
+            AddMissingCompatibility(findings, problems, file);
+        return;
+    }
+    if (file.parseError) {
+        AddDamage(problems, *file.parseError, "compatibility-file", Subject::Compatibility,
+                  "the version compatibility file", file.file, ", or install the file again");
+        return;
+    }
+    JudgeCompatibilityOddities(findings, problems, false);
+    JudgeStoppingModules(findings, problems, file.plugins);
+    if (file.isInWorkingDirectory)
+        problems.Add(Warning, "compatibility-file-in-working-directory", Subject::Compatibility,
+                     "the version compatibility file was found in the current directory only",
+                     "put the file beside the server application");
+    if (findings.plugin.file.empty())
+        JudgeNoPlugin(findings, problems, file);
+}
+
+} // namespace Halvorix::Doctor

@@ -1,0 +1,157 @@
+#include "Judgement.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "FileFlaw.h"
+#include "Text.h"
+#include "Words.h"
+
+namespace Halvorix::Doctor {
+
+void ProblemList::Add(Weight weight, std::string const& code, Subject subject,
+                      std::string const& text, std::string const& remedy)
+{
+    verdict.problems.push_back({code, subject, Tools::Presentable(text), Tools::Presentable(remedy),
+                                weight == Fatal, weight == Cause});
+    verdict.canWork = verdict.canWork && weight != Fatal;
+}
+
+void ProblemList::AddMissing(char const* code, Subject subject, std::string const& text,
+                             std::string const& remedy, std::vector<Hint> const& hints)
+{
+    std::vector<std::string> texts;
+    texts.reserve(hints.size());
+    for (Hint const& hint : hints)
+        texts.push_back(hint.text);
+    Add(Fatal, code, subject, text + (texts.empty() ? "" : "; " + Listed(texts, "; ")),
+        hints.empty() ? remedy : hints.front().remedy);
+}
+
+std::string Placed(std::string const& file, Position at)
+{
+    if (at.line == 0)
+        return file;
+    return file + ", line " + std::to_string(at.line) + ", column " + std::to_string(at.column);
+}
+
+std::string DirectoriesOf(Search const& search)
+{
+    std::vector<std::string> paths;
+    for (Directory const& directory : search.tried)
+        paths.push_back(directory.path.empty() ? "the current directory" : directory.path);
+    return Listed(paths, ", ");
+}
+
+std::vector<std::string> UnknownOf(Search const& search)
+{
+    std::vector<std::string> unknown;
+    for (Directory const& directory : search.tried)
+        unknown.insert(unknown.end(), directory.unknown.begin(), directory.unknown.end());
+    return unknown;
+}
+
+std::string HaveNoValue(std::vector<std::string> const& unknown)
+{
+    return ListedVariables(unknown) + (unknown.size() == 1 ? " has" : " have") + " no value";
+}
+
+std::string Joined(std::string const& directory, std::string const& name)
+{
+    return directory.empty() ? name : directory + "/" + name;
+}
+
+std::string NameOf(std::string const& file) { return file.substr(file.rfind('/') + 1); }
+
+void AddSimilar(Search const& search, std::vector<Hint>& hints)
+{
+    for (Directory const& directory : search.tried)
+        if (!directory.similar.empty())
+            hints.push_back({Joined(directory.path, directory.similar) + " is there, but " +
+                                 DifferenceOf(directory.similar, search.file),
+                             "rename it to " + search.file});
+}
+
+void AddHints(std::vector<Oddity> const& oddities, std::vector<std::string> const& keys,
+              std::vector<Hint>& hints)
+{
+    for (Oddity const& oddity : oddities)
+        for (std::string const& key : keys)
+            if (oddity.meant == key || oddity.key == key)
+                hints.push_back({InWords(oddity.key) + " " + oddity.text, oddity.remedy});
+}
+
+void AddDamage(ProblemList& problems, ParseError const& error, std::string const& code,
+               Subject subject, std::string const& what, std::string const& file,
+               std::string const& otherwise)
+{
+    struct Kind {
+        Damage damage;
+        char const* remedy;
+    };
+    static constexpr Kind kinds[] = {
+        {Damage::NotJson, "correct that line"},
+        {Damage::NotOpened, "allow the program's user to read it"},
+        {Damage::NoFile, "put the file in its place"},
+        {Damage::Empty, "write its content into it"},
+        {Damage::Utf16, "save the file as UTF-8"},
+        {Damage::ByteOrderMark, "save the file as UTF-8 without a byte order mark"},
+        {Damage::TooDeep, "put the right file there"},
+    };
+    Kind const& kind =
+        *std::find_if(std::begin(kinds), std::end(kinds),
+                      [&error](Kind const& known) { return known.damage == error.damage; });
+    std::string const place = Placed(file, error.at);
+    // No default follows an exception, and without the other file there is no plugin.
+    bool const isFatal = subject == Subject::Compatibility || error.StopsReading();
+    problems.Add(isFatal ? Fatal : Cause, code + "-" + Code(error.damage), subject,
+                 error.damage == Damage::NotJson
+                     ? what + " is not valid JSON: " + place + ": " + error.message
+                 : error.damage == Damage::TooDeep
+                     ? what + " cannot be read: " + place + ": " + error.message
+                     : what + " " + file + " " + error.message,
+                 kind.remedy + (error.StopsReading() || error.damage == Damage::NoFile
+                                    ? std::string()
+                                    : otherwise));
+}
+
+void JudgeOddities(ProblemList& problems, std::string const& code, Subject subject,
+                   std::string const& file, std::vector<Oddity> const& oddities)
+{
+    std::string const what = subject == Subject::ClientConfig ? "the client configuration"
+                                                              : "the version compatibility file";
+    for (Oddity const& oddity : oddities)
+        problems.Add(oddity.stopsReading ? Fatal : Warning, code + "-" + oddity.code,
+                     subject,
+                     what + (oddity.stopsReading ? " cannot be read: " : ": ") +
+                         Placed(file, oddity.at) + ": " + InWords(oddity.key) + " " + oddity.text,
+                     oddity.remedy);
+}
+
+bool AnyStops(std::vector<Oddity> const& oddities)
+{
+    return std::any_of(oddities.begin(), oddities.end(),
+                       [](Oddity const& oddity) { return oddity.stopsReading; });
+}
+
+bool AnyStops(ModuleList const& list)
+{
+    return std::any_of(list.modules.begin(), list.modules.end(),
+                       [](Module const& module) { return module.fit == Fit::StopsReading; });
+}
+
+bool StopsOpenSsl(Oddity const& oddity)
+{
+    return oddity.stopsReading && oddity.key.rfind("openssl", 0) == 0;
+}
+
+bool IsServerAppLost(Findings const& findings)
+{
+    return findings.server.directory.empty() || findings.compatibility.file.empty();
+}
+bool IsConfigStopped(Findings const& findings)
+{
+    return findings.config.state == ConfigState::Stopped;
+}
+
+} // namespace Halvorix::Doctor

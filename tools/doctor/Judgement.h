@@ -1,0 +1,85 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Findings.h"
+#include "Verdict.h"
+
+// The parts of the verdict, each in the file of its subject, and what they share.
+namespace Halvorix::Doctor {
+
+enum Weight { Fatal, Cause, Warning };
+
+/// What may have led to something missing, and what to do then.
+struct Hint {
+    std::string text;
+    std::string remedy;
+};
+
+/// The problems so far.
+class ProblemList {
+public:
+    void Add(Weight weight, std::string const& code, Subject subject, std::string const& text,
+             std::string const& remedy);
+
+    /// With what may have led to it. The hint that comes first has the remedy: it is
+    /// nearer than that of what is missing.
+    void AddMissing(char const* code, Subject subject, std::string const& text,
+                    std::string const& remedy, std::vector<Hint> const& hints);
+
+    Verdict verdict;
+    std::vector<std::string> toldExceptions; ///< their texts
+};
+
+// In the order in which the library stumbles.
+void JudgeProgram(Findings const& findings, ProblemList& problems);
+void JudgeClientConfig(Findings const& findings, ProblemList& problems);
+void JudgeInterruptions(Findings const& findings, ProblemList& problems);
+void JudgeServerApp(Findings const& findings, ProblemList& problems);
+void JudgeCompatibility(Findings const& findings, ProblemList& problems);
+void JudgePlugin(Findings const& findings, ProblemList& problems);
+void JudgeInterruptionsAfterPlugin(Findings const& findings, ProblemList& problems);
+void JudgeLoad(Findings const& findings, ProblemList& problems);
+void JudgeOpenSsl(Findings const& findings, ProblemList& problems);
+
+/// Of a file of which nothing comes.
+void AddDamage(ProblemList& problems, ParseError const& error, std::string const& code,
+               Subject subject, std::string const& what, std::string const& file,
+               std::string const& otherwise);
+
+void JudgeOddities(ProblemList& problems, std::string const& code, Subject subject,
+                   std::string const& file, std::vector<Oddity> const& oddities);
+
+/// The list of OpenSSL is read when the plugin is there already.
+void JudgeCompatibilityOddities(Findings const& findings, ProblemList& problems,
+                                bool isAfterPlugin);
+
+/// Where the value itself is not told already.
+void JudgeStoppingModules(Findings const& findings, ProblemList& problems, ModuleList const& list);
+
+// What ends the read.
+bool IsConfigStopped(Findings const& findings);
+bool AnyStops(std::vector<Oddity> const& oddities);
+bool AnyStops(ModuleList const& list);
+bool StopsOpenSsl(Oddity const& oddity);
+
+/// That is what the client configuration leads to.
+bool IsServerAppLost(Findings const& findings);
+
+/// Files of nearly the name that was searched.
+void AddSimilar(Search const& search, std::vector<Hint>& hints);
+
+/// The oddities of these keys, and of what was meant for one of them.
+void AddHints(std::vector<Oddity> const& oddities, std::vector<std::string> const& keys,
+              std::vector<Hint>& hints);
+
+// For sentences.
+std::string Placed(std::string const& file, Position at);
+std::string DirectoriesOf(Search const& search);
+std::vector<std::string> UnknownOf(Search const& search);
+std::string HaveNoValue(std::vector<std::string> const& unknown);
+std::string Joined(std::string const& directory, std::string const& name);
+std::string NameOf(std::string const& file);
+
+} // namespace Halvorix::Doctor

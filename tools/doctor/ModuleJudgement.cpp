@@ -1,0 +1,125 @@
+#include <algorithm>
+#include <iterator>
+
+#include "FileFlaw.h"
+#include "Judgement.h"
+#include "Text.h"
+
+namespace Halvorix::Doctor {
+
+namespace {
+
+void AddMissingPlugin(Findings const& findings, ProblemList& problems, Plugin const& plugin)
+{
+    std::vector<Hint> hints;
+    if (!plugin.presence.similar.empty())
+        hints.push_back({plugin.presence.similar + " is there, but " +
+                             DifferenceOf(plugin.presence.similar, NameOf(plugin.file)),
+                         "correct module in " + findings.compatibility.file +
+                             ": the file is named " + plugin.presence.similar});
+    for (Module const& module : findings.compatibility.plugins.modules) {
+        if (module.fit != Fit::Chosen || !hints.empty())
+            continue;
+        std::string const key = "ssoClientPlugin[" + std::to_string(module.number - 1) + "].";
+        AddHints(findings.compatibility.oddities,
+                 {key + "module", key + "modulePath", key + "modulePathWoW64"}, hints);
+    }
+    std::vector<std::string> const unknown = VariablesIn(Wide(plugin.file));
+    std::string const entry =
+        "install it there, or correct its entry in " + findings.compatibility.file;
+    if (!unknown.empty())
+        hints.push_back({HaveNoValue(unknown), entry});
+    problems.AddMissing("plugin-file-missing", Subject::Plugin,
+                        "the chosen client plugin " + plugin.file + " does not exist", entry,
+                        hints);
+}
+
+void JudgeChecks(Findings const& findings, ProblemList& problems,
+                 std::vector<Tools::Check> const& checks)
+{
+    struct Remedy {
+        char const* check;
+        char const* text;
+    };
+    static constexpr Remedy remedies[] = {
+        {"file", "install the plugin again, so that the program's user can read it"},
+        {"module", "install the plugin again"},
+        {"architecture", "install the plugin that is built for this architecture"},
+        {"dependencies", "install what is missing beside the plugin"},
+        {"export", "install a plugin that is built for this library"},
+        {"runtime", "install a plugin that is built with the library's compiler"},
+        {"jsoncpp", "install a plugin that is built with the library's jsoncpp"},
+        {"symbols", "install modules that fit together, or the plugin again"},
+        {"loader", "install the tools again"},
+        {"load", "install what the system asks for, or the plugin again"},
+    };
+    for (Tools::Check const& check : checks) {
+        if (check.result != Tools::Result::Failed)
+            continue;
+        auto const remedy =
+            std::find_if(std::begin(remedies), std::end(remedies),
+                         [&check](Remedy const& known) { return check.name == known.check; });
+        problems.Add(Fatal, "plugin-" + check.name, Subject::Plugin,
+                     "the client plugin " + findings.plugin.file + ": " + check.name + ": " +
+                         check.detail,
+                     remedy == std::end(remedies) ? "ask the plugin's vendor" : remedy->text);
+    }
+}
+
+} // namespace
+
+void JudgePlugin(Findings const& findings, ProblemList& problems)
+{
+    Plugin const& plugin = findings.plugin;
+    if (plugin.file.empty())
+        return;
+    if (plugin.presence.isOutOfReach) {
+        problems.Add(
+            Fatal, "plugin-out-of-reach", Subject::Plugin,
+            "the client plugin " + plugin.file +
+                " is there, but the library does not find a path with characters beyond U+FFFF",
+            "install it in a folder without such characters");
+        return;
+    }
+    if (!plugin.presence.reason.empty())
+        return; // told as an interruption
+    if (!plugin.presence.isThere) {
+        AddMissingPlugin(findings, problems, plugin);
+        return;
+    }
+    JudgeChecks(findings, problems, plugin.fileChecks);
+    JudgeChecks(findings, problems, plugin.loadChecks);
+}
+
+// A load goes on without it, and the plugin is told all the same.
+void JudgeOpenSsl(Findings const& findings, ProblemList& problems)
+{
+    OpenSsl const& openSsl = findings.openSsl;
+    if (IsConfigStopped(findings) || findings.compatibility.search.file.empty())
+        return;
+    JudgeCompatibilityOddities(findings, problems, true);
+    JudgeStoppingModules(findings, problems, findings.compatibility.openSsl);
+    std::string const told = "; the plugin is told of it all the same";
+    bool const isRead = !findings.compatibility.file.empty() && !findings.compatibility.parseError;
+    if (openSsl.file.empty() && !isRead)
+        return; // as said of that file
+    if (openSsl.file.empty())
+        problems.Add(Warning, "openssl-not-chosen", Subject::OpenSsl,
+                     "no OpenSSL module fits; the plugin is told of none",
+                     "install one, with its entry in the version compatibility file");
+    else if (!openSsl.presence.isThere && openSsl.presence.reason.empty())
+        problems.Add(Warning, "openssl-missing", Subject::OpenSsl,
+                     "the OpenSSL module " + openSsl.file + " does not exist" +
+                         (openSsl.presence.similar.empty()
+                              ? ""
+                              : "; " + openSsl.presence.similar + " is there, but " +
+                                    DifferenceOf(openSsl.presence.similar, NameOf(openSsl.file))) +
+                         told,
+                     "install it there");
+    else if (!openSsl.presence.flaw.empty())
+        problems.Add(Warning, "openssl-not-a-file", Subject::OpenSsl,
+                     "the OpenSSL module " + openSsl.file + " " + openSsl.presence.flaw + told,
+                     "install it there");
+}
+
+} // namespace Halvorix::Doctor

@@ -1,0 +1,70 @@
+#include "Judgement.h"
+
+namespace Halvorix::Doctor {
+
+namespace {
+
+void JudgeLibraryCheck(Findings const& findings, ProblemList& problems, Tools::Check const& check)
+{
+    Program const& program = findings.program;
+    if (check.name == "program")
+        problems.Add(
+            Fatal, "program-dependencies", Subject::Program,
+            "the program " + program.executable + " does not start: " + check.detail,
+            "install what is missing where the program's loader looks, or the program again");
+    else
+        problems.Add(Fatal, "library-" + check.name, Subject::Program,
+                     "the library " + program.libraryFile + ": " + check.name + ": " + check.detail,
+                     check.name == "dependencies" ? "install what is missing beside the library"
+                                                  : "install the library again");
+}
+
+void JudgeMissingLibrary(Findings const& findings, ProblemList& problems)
+{
+    Program const& program = findings.program;
+    std::string remedy = "install it beside the program, or name its file with --library";
+    if (!program.isNamed)
+        remedy = "name the program with --exe";
+    else if (program.executableFlaw.empty() && !program.libraryRemedy.empty())
+        remedy = program.libraryRemedy;
+    problems.Add(Fatal, "library-missing", Subject::Program,
+                 program.libraryName + " is not where " + program.executable +
+                     " would load it from" +
+                     (program.libraryHint.empty() ? "" : ": " + program.libraryHint),
+                 remedy);
+}
+
+} // namespace
+
+void JudgeProgram(Findings const& findings, ProblemList& problems)
+{
+    Program const& program = findings.program;
+    if (!program.executableFlaw.empty())
+        problems.Add(Fatal, "executable-not-a-program", Subject::Program,
+                     program.executable + " " + program.executableFlaw,
+                     "name the program's executable with --exe");
+    else if (program.executableMachine != program.ownMachine)
+        problems.Add(Fatal, "executable-of-other-architecture", Subject::Program,
+                     program.executable + " is for " + program.executableMachine +
+                         ", and this doctor for " + program.ownMachine,
+                     "run the doctor of the package for " + program.executableMachine);
+    if (program.libraryFile.empty())
+        JudgeMissingLibrary(findings, problems);
+    else if (!program.libraryFlaw.empty())
+        problems.Add(Fatal, "library-damaged", Subject::Program,
+                     program.libraryFile + " " + program.libraryFlaw, "install the library again");
+    else if (program.libraryMachine != program.ownMachine)
+        problems.Add(Fatal, "library-of-other-architecture", Subject::Program,
+                     program.libraryFile + " is for " + program.libraryMachine +
+                         ", and this doctor for " + program.ownMachine,
+                     "install the library that is built for the program");
+    else if (!program.fileVersion.empty() && program.fileVersion != program.ownFileVersion)
+        problems.Add(Warning, "library-of-other-version", Subject::Program,
+                     program.libraryFile + " is version " + program.fileVersion +
+                         ", and this doctor is for version " + program.ownFileVersion,
+                     "run the doctor of that version");
+    for (Tools::Check const& check : program.libraryChecks)
+        JudgeLibraryCheck(findings, problems, check);
+}
+
+} // namespace Halvorix::Doctor

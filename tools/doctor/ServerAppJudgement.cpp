@@ -1,0 +1,73 @@
+#include <algorithm>
+
+#include "Judgement.h"
+#include "Words.h"
+
+namespace Halvorix::Doctor {
+
+namespace {
+
+void AddMissingServerApp(Findings const& findings, ProblemList& problems, ServerApp const& server)
+{
+    // The library ends there with an exception, which is told.
+    if (std::any_of(
+            server.search.tried.begin(), server.search.tried.end(),
+            [](Directory const& directory) { return directory.finding == Finding::Unreadable; }))
+        return;
+    std::vector<std::string> const unknown = UnknownOf(server.search);
+    std::vector<Hint> hints;
+    AddSimilar(server.search, hints);
+    AddHints(findings.config.oddities,
+             {"ssoServer", "ssoServer.searchPaths", "ssoServer.appName", "ssoServer.exeName"},
+             hints);
+    if (!unknown.empty())
+        hints.push_back({HaveNoValue(unknown),
+                         "correct the directories in ssoServer.searchPaths of the client "
+                         "configuration"});
+    problems.AddMissing(
+        unknown.empty() ? "server-application-missing" : "search-path-with-unknown-variable",
+        Subject::ServerApp,
+        "the server application " + server.search.file +
+            " is in none of the directories searched: " + DirectoriesOf(server.search),
+        "install it, or name its directory in ssoServer.searchPaths of the client "
+        "configuration",
+        hints);
+}
+
+} // namespace
+
+void JudgeServerApp(Findings const& findings, ProblemList& problems)
+{
+    ServerApp const& server = findings.server;
+    if (IsConfigStopped(findings) || server.search.file.empty())
+        return; // said already; nothing of it was searched for
+    if (server.isInWorkingDirectory) {
+        bool const isElsewhereToo = std::any_of(
+            server.search.tried.begin(), server.search.tried.end(),
+            [](Directory const& directory) { return directory.finding == Finding::LaterHit; });
+        problems.Add(
+            Fatal, "server-application-in-working-directory", Subject::ServerApp,
+            "the server application " + server.search.file +
+                " was found in the current directory " +
+                (isElsewhereToo ? "before all others" : "only") +
+                ", so that the library has no path for it",
+            "name its directory in ssoServer.searchPaths of the client configuration, in place "
+            "of the empty entry");
+    } else if (server.directory.empty()) {
+        AddMissingServerApp(findings, problems, server);
+    } else if (!server.presence.isThere) {
+        problems.Add(Fatal, "server-executable-missing", Subject::ServerApp,
+                     "the server application was found in " + server.directory +
+                         ", but its executable " + server.executable + " " + Words(server.presence),
+                     "correct ssoServer.exeName of the client configuration, or install the server "
+                     "application again");
+    } else if (!server.presence.flaw.empty()) {
+        problems.Add(Fatal, "server-executable-not-a-file", Subject::ServerApp,
+                     "the server application's executable " + server.executable + " " +
+                         server.presence.flaw,
+                     "correct ssoServer.exeName of the client configuration, or install the server "
+                     "application again");
+    }
+}
+
+} // namespace Halvorix::Doctor
