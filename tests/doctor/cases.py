@@ -14,6 +14,7 @@ case.json tells the rest, which rig.py does in this order:
     empty, files       files that are made; with this content
     place              file: module of the build
     cut                file: number of bytes that are left of it
+    patch              file: [bytes, as many in their place], everywhere in it
     otherArchitecture  modules that become such for another machine
     edit               file: [[text, the text in its place], …]
     encode             file: its encoding

@@ -257,6 +257,10 @@ class Installation:
             self.place(relative, name + self.build.module)
         for relative, size in about.get("cut", {}).items():
             self.replace(relative, self.path(relative).read_bytes()[:size])
+        for relative, (before, after) in about.get("patch", {}).items():
+            data = self.path(relative).read_bytes()
+            assert len(before) == len(after) and before.encode() in data, before
+            self.replace(relative, data.replace(before.encode(), after.encode()))
         for relative in about.get("otherArchitecture", []):
             self.turn_architecture(relative)
         for relative, changes in about.get("edit", {}).items():

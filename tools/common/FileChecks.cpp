@@ -115,7 +115,7 @@ bool CheckModule(ModuleImage const& image, Report& report)
 void CheckDependencies(Dependencies const& dependencies, Report& report)
 {
     for (MissingModule const& missing : dependencies.missing)
-        report.Add("dependencies", Result::Failed, Told(missing));
+        report.Add("dependencies", Result::Failed, Told(missing), missing.remedy);
     if (!dependencies.limit.empty())
         report.Add("limit", Result::Failed, dependencies.limit);
     if (!dependencies.missing.empty())
@@ -240,9 +240,9 @@ void CheckLibrary(Host const& host, Report& report)
 {
     LibraryDependencies const found = FindLibraryDependencies(host);
     for (MissingModule const& missing : found.missing)
-        report.Add("dependencies", Result::Failed, Told(missing));
+        report.Add("dependencies", Result::Failed, Told(missing), missing.remedy);
     for (MissingModule const& missing : found.missingOfProgram)
-        report.Add("program", Result::Failed, Told(missing));
+        report.Add("program", Result::Failed, Told(missing), missing.remedy);
     for (std::string const& line : found.missingSymbols)
         report.Add("symbols", Result::Failed, line);
     if (!found.limit.empty())

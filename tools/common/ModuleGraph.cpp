@@ -139,7 +139,7 @@ void ModuleGraph::Resolve(std::string const& name, std::size_t needing)
             hint = HintForModuleBeside();
     }
     lost.insert(Comparable(name));
-    missing.push_back({name, Utf8(modules[needing].file.filename()), needing, hint});
+    missing.push_back({name, Utf8(modules[needing].file.filename()), needing, hint, {}});
 }
 
 std::size_t ModuleGraph::Search(std::string const& name, std::size_t needing, std::string& hint)

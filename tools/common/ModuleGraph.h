@@ -38,6 +38,7 @@ struct MissingModule {
     std::string neededBy; ///< the file's name
     std::size_t needing;
     std::string hint; ///< may be empty
+    std::string remedy;
 };
 
 /// The modules of a process as its loader would find them. Nothing but files is read,

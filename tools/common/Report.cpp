@@ -33,11 +33,12 @@ char const* Spelled(Result result)
 
 std::string Presentable(std::string const& text) { return Escaped(OneLine(text)); }
 
-void Report::Add(char const* check, Result result, std::string const& text)
+void Report::Add(char const* check, Result result, std::string const& text,
+                 std::string const& remedy)
 {
     if (result == Result::Failed)
         ++failures;
-    Take({Presentable(check), result, Presentable(text)});
+    Take({Presentable(check), result, Presentable(text), remedy});
 }
 
 } // namespace Halvorix::Tools

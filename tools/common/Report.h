@@ -11,6 +11,7 @@ struct Check {
     std::string name; ///< short
     Result result;
     std::string detail; ///< one line of UTF-8
+    std::string remedy; ///< empty: none is known
 };
 
 /// "ok", "FAILED" or "note".
@@ -28,7 +29,8 @@ public:
     Report(Report const&) = delete;
     Report& operator=(Report const&) = delete;
 
-    void Add(char const* check, Result result, std::string const& text);
+    void Add(char const* check, Result result, std::string const& text,
+             std::string const& remedy = {});
 
     bool HasFailed() const { return failures != 0; }
 

@@ -86,6 +86,7 @@ struct Program {
     std::string executableMachine; ///< empty if that is no program of this system
     std::string executableFlaw;    ///< "is not a program"; empty: none
     bool isNamed = false;          ///< by --exe; else it is this tool
+    bool isLibraryNamed = false;   ///< by --library
     std::string locale;            ///< the environment's; empty: none
     std::string directory;
     std::string workingDirectory;
@@ -181,6 +182,7 @@ struct Compatibility {
 struct Plugin {
     std::string file;             ///< empty: none chosen
     std::filesystem::path asFile; ///< the same as the system spells it
+    std::filesystem::path loaded; ///< the file that a load maps; empty: none
     Presence presence;
     std::vector<Tools::Check> fileChecks;     ///< without running any of it
     std::vector<std::filesystem::path> first; ///< in the program's process before it

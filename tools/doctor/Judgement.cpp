@@ -121,8 +121,7 @@ void JudgeOddities(ProblemList& problems, std::string const& code, Subject subje
     std::string const what = subject == Subject::ClientConfig ? "the client configuration"
                                                               : "the version compatibility file";
     for (Oddity const& oddity : oddities)
-        problems.Add(oddity.stopsReading ? Fatal : Warning, code + "-" + oddity.code,
-                     subject,
+        problems.Add(oddity.stopsReading ? Fatal : Warning, code + "-" + oddity.code, subject,
                      what + (oddity.stopsReading ? " cannot be read: " : ": ") +
                          Placed(file, oddity.at) + ": " + InWords(oddity.key) + " " + oddity.text,
                      oddity.remedy);
@@ -149,6 +148,32 @@ bool IsServerAppLost(Findings const& findings)
 {
     return findings.server.directory.empty() || findings.compatibility.file.empty();
 }
+std::vector<Tools::Check> FailedOf(std::vector<Tools::Check> const& checks)
+{
+    std::vector<Tools::Check> failed;
+    std::vector<std::string> symbols;
+    for (Tools::Check const& check : checks) {
+        if (check.result != Tools::Result::Failed)
+            continue;
+        bool const isFurther = check.name == "symbols" && !symbols.empty();
+        if (check.name == "symbols")
+            symbols.push_back(check.detail);
+        if (!isFurther)
+            failed.push_back(check);
+    }
+    for (Tools::Check& check : failed)
+        if (check.name == "symbols")
+            check.detail = Listed(symbols, "; ");
+    return failed;
+}
+
+bool IsLibraryWhole(Findings const& findings)
+{
+    Program const& program = findings.program;
+    return !program.libraryFile.empty() && program.libraryFlaw.empty() &&
+           program.libraryMachine == program.ownMachine;
+}
+
 bool IsConfigStopped(Findings const& findings)
 {
     return findings.config.state == ConfigState::Stopped;

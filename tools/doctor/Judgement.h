@@ -67,6 +67,12 @@ bool StopsOpenSsl(Oddity const& oddity);
 /// That is what the client configuration leads to.
 bool IsServerAppLost(Findings const& findings);
 
+/// Those that failed; all that is said of symbols as one.
+std::vector<Tools::Check> FailedOf(std::vector<Tools::Check> const& checks);
+
+/// The file of the library is there, and of use to the program.
+bool IsLibraryWhole(Findings const& findings);
+
 /// Files of nearly the name that was searched.
 void AddSimilar(Search const& search, std::vector<Hint>& hints);
 

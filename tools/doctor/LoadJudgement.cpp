@@ -77,7 +77,8 @@ void JudgeLoad(Findings const& findings, ProblemList& problems)
         return;
     problems.Add(Fatal, "load-failed", Subject::Load,
                  "the library could not load the client plugin: " + ReasonOf(*findings.load),
-                 "ask the plugin's vendor");
+                 problems.verdict.canWork ? "ask the plugin's vendor"
+                                          : "correct what is wrong above, and load it again");
 }
 
 } // namespace Halvorix::Doctor

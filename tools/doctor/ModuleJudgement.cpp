@@ -34,6 +34,13 @@ void AddMissingPlugin(Findings const& findings, ProblemList& problems, Plugin co
                         hints);
 }
 
+// What fits the library cannot be said without it, and that it is missing is said.
+bool IsOfLibrary(Tools::Check const& check, std::string const& libraryName)
+{
+    return check.name == "symbols" || check.name == "runtime" || check.name == "jsoncpp" ||
+           (check.name == "dependencies" && check.detail.rfind(libraryName, 0) == 0);
+}
+
 void JudgeChecks(Findings const& findings, ProblemList& problems,
                  std::vector<Tools::Check> const& checks)
 {
@@ -45,7 +52,6 @@ void JudgeChecks(Findings const& findings, ProblemList& problems,
         {"file", "install the plugin again, so that the program's user can read it"},
         {"module", "install the plugin again"},
         {"architecture", "install the plugin that is built for this architecture"},
-        {"dependencies", "install what is missing beside the plugin"},
         {"export", "install a plugin that is built for this library"},
         {"runtime", "install a plugin that is built with the library's compiler"},
         {"jsoncpp", "install a plugin that is built with the library's jsoncpp"},
@@ -53,8 +59,8 @@ void JudgeChecks(Findings const& findings, ProblemList& problems,
         {"loader", "install the tools again"},
         {"load", "install what the system asks for, or the plugin again"},
     };
-    for (Tools::Check const& check : checks) {
-        if (check.result != Tools::Result::Failed)
+    for (Tools::Check const& check : FailedOf(checks)) {
+        if (!IsLibraryWhole(findings) && IsOfLibrary(check, findings.program.libraryName))
             continue;
         auto const remedy =
             std::find_if(std::begin(remedies), std::end(remedies),
@@ -62,7 +68,9 @@ void JudgeChecks(Findings const& findings, ProblemList& problems,
         problems.Add(Fatal, "plugin-" + check.name, Subject::Plugin,
                      "the client plugin " + findings.plugin.file + ": " + check.name + ": " +
                          check.detail,
-                     remedy == std::end(remedies) ? "ask the plugin's vendor" : remedy->text);
+                     !check.remedy.empty()          ? check.remedy
+                     : remedy == std::end(remedies) ? "ask the plugin's vendor"
+                                                    : remedy->text);
     }
 }
 
@@ -85,6 +93,14 @@ void JudgePlugin(Findings const& findings, ProblemList& problems)
         return; // told as an interruption
     if (!plugin.presence.isThere) {
         AddMissingPlugin(findings, problems, plugin);
+        return;
+    }
+    if (plugin.loaded.empty()) {
+        problems.Add(Fatal, "plugin-in-working-directory", Subject::Plugin,
+                     "the client plugin " + plugin.file +
+                         " is in the current directory, from which the system does not load it",
+                     "write the whole path in its entry in " + findings.compatibility.file +
+                         ", or begin it with a variable such as %SSOServerAppPath%");
         return;
     }
     JudgeChecks(findings, problems, plugin.fileChecks);

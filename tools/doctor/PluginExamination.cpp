@@ -7,6 +7,7 @@
 #include "../common/System.h"
 #include "Examination.h"
 #include "FileFlaw.h"
+#include "PluginFile.h"
 #include "TargetProgram.h"
 #include "Text.h"
 
@@ -22,20 +23,15 @@ private:
     void Take(Tools::Check check) override { checks.push_back(std::move(check)); }
 };
 
-std::filesystem::path FileOf(Plugin const& plugin)
-{
-    return std::filesystem::absolute(plugin.asFile).lexically_normal();
-}
-
 Tools::FileFindings CheckFile(Plugin const& plugin, Tools::Report& report)
 {
     TargetProgram const& target = CurrentTargetProgram();
-    return Tools::CheckFile(FileOf(plugin), {target.executable, target.library}, report);
+    return Tools::CheckFile(plugin.loaded, {target.executable, target.library}, report);
 }
 
 std::string FlawOfPlugin(Plugin const& plugin)
 {
-    if (plugin.presence.flaw.empty() && IsEmpty(plugin.asFile))
+    if (plugin.presence.flaw.empty() && IsEmpty(plugin.loaded))
         return "is empty";
     return plugin.presence.flaw;
 }
@@ -46,6 +42,9 @@ void ExaminePlugin(Findings& findings)
 {
     Plugin& plugin = findings.plugin;
     if (!plugin.presence.isThere)
+        return;
+    plugin.loaded = FileThatLoads(plugin.asFile, CurrentTargetProgram().executable);
+    if (plugin.loaded.empty())
         return;
     CollectedReport report;
     if (std::string const flaw = FlawOfPlugin(plugin); flaw.empty())
@@ -66,7 +65,7 @@ void ExamineLibrary(Findings& findings)
 void ExamineInterfaces(Options const& options, Findings& findings)
 {
     Plugin& plugin = findings.plugin;
-    if (!plugin.presence.isThere)
+    if (plugin.loaded.empty())
         return;
     CollectedReport report;
     bool const hasFailed = std::any_of(
@@ -76,7 +75,7 @@ void ExamineInterfaces(Options const& options, Findings& findings)
     if (hasFailed)
         report.Add("load", Tools::Result::Note, "not tried, for what is said above");
     else
-        Tools::CheckLoaded(FileOf(plugin), {plugin.first}, options.timeLimit, report);
+        Tools::CheckLoaded(plugin.loaded, {plugin.first}, options.timeLimit, report);
     plugin.loadChecks = std::move(report.checks);
 }
 

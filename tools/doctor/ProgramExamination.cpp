@@ -1,8 +1,10 @@
+#include <algorithm>
 #include <filesystem>
 #include <utility>
 
 #include <boost/locale/util.hpp>
 
+#include "../common/Files.h"
 #include "../common/ModuleGraph.h"
 #include "../common/ModuleImage.h"
 #include "../common/System.h"
@@ -56,6 +58,20 @@ void AddExecutable(fs::path const& file, Program& program)
         program.executableMachine = image.machine;
 }
 
+// By a name that programs are built against, and so every version of it has.
+bool IsTheLibrary(fs::path const& file)
+{
+    Tools::OpenedFile const opened = Tools::OpenFile(file);
+    if (opened.bytes == nullptr)
+        return false;
+    std::vector<std::string> const names =
+        Tools::ReadModuleSymbols(Tools::ByteView(*opened.bytes)).exports;
+    return std::any_of(names.begin(), names.end(), [](std::string const& name) {
+        return name.find("WebServicesManager") != std::string::npos &&
+               name.find("IsInitialized") != std::string::npos;
+    });
+}
+
 void AddLibrary(fs::path const& file, Program& program)
 {
     if (file.empty())
@@ -67,6 +83,8 @@ void AddLibrary(fs::path const& file, Program& program)
         program.libraryFlaw = "is damaged: " + image.flaw;
     if (program.libraryFlaw.empty() && !image.isModule)
         program.libraryFlaw = "is a program, not a module";
+    if (program.libraryFlaw.empty() && image.machine == Tools::OwnMachine() && !IsTheLibrary(file))
+        program.libraryFlaw = "is another module: it exports no WebServicesManager";
     program.fileVersion = Tools::FileVersionOf(file);
     program.ownFileVersion = HXSSO_FILE_VERSION;
 }
@@ -101,6 +119,7 @@ void ExamineProgram(Resolver& resolver, Options const& options, Findings& findin
     program.executable = Shown(SSOServices::NormalizePath(Tools::Wide(target.executable)));
     program.ownMachine = Tools::OwnMachine();
     program.isNamed = !options.executable.empty();
+    program.isLibraryNamed = !options.library.empty();
     if (program.isNamed)
         AddExecutable(target.executable, program);
     else

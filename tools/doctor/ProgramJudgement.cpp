@@ -8,15 +8,13 @@ void JudgeLibraryCheck(Findings const& findings, ProblemList& problems, Tools::C
 {
     Program const& program = findings.program;
     if (check.name == "program")
-        problems.Add(
-            Fatal, "program-dependencies", Subject::Program,
-            "the program " + program.executable + " does not start: " + check.detail,
-            "install what is missing where the program's loader looks, or the program again");
+        problems.Add(Fatal, "program-dependencies", Subject::Program,
+                     "the program " + program.executable + " does not start: " + check.detail,
+                     check.remedy + ", or the program again");
     else
         problems.Add(Fatal, "library-" + check.name, Subject::Program,
                      "the library " + program.libraryFile + ": " + check.name + ": " + check.detail,
-                     check.name == "dependencies" ? "install what is missing beside the library"
-                                                  : "install the library again");
+                     check.remedy.empty() ? "install the library again" : check.remedy);
 }
 
 void JudgeMissingLibrary(Findings const& findings, ProblemList& problems)
@@ -52,7 +50,9 @@ void JudgeProgram(Findings const& findings, ProblemList& problems)
         JudgeMissingLibrary(findings, problems);
     else if (!program.libraryFlaw.empty())
         problems.Add(Fatal, "library-damaged", Subject::Program,
-                     program.libraryFile + " " + program.libraryFlaw, "install the library again");
+                     program.libraryFile + " " + program.libraryFlaw,
+                     program.isLibraryNamed ? "name the library's file with --library, or none"
+                                            : "install the library again");
     else if (program.libraryMachine != program.ownMachine)
         problems.Add(Fatal, "library-of-other-architecture", Subject::Program,
                      program.libraryFile + " is for " + program.libraryMachine +
@@ -63,8 +63,10 @@ void JudgeProgram(Findings const& findings, ProblemList& problems)
                      program.libraryFile + " is version " + program.fileVersion +
                          ", and this doctor is for version " + program.ownFileVersion,
                      "run the doctor of that version");
-    for (Tools::Check const& check : program.libraryChecks)
-        JudgeLibraryCheck(findings, problems, check);
+    // What another module needs says nothing of the library.
+    for (Tools::Check const& check : FailedOf(program.libraryChecks))
+        if (check.name == "program" || program.libraryFlaw.empty())
+            JudgeLibraryCheck(findings, problems, check);
 }
 
 } // namespace Halvorix::Doctor

@@ -114,7 +114,10 @@ void TextReport::WriteFindings(Findings const& findings, Verdict const& verdict)
     if (!isVerbose && !IsAbout(verdict, Subject::Program)) {
         Section("Program", false, BriefOf(program), {});
         Section("Library", false,
-                program.libraryFile + ", version " + program.version + " " + program.build, {});
+                program.libraryFile +
+                    (program.fileVersion.empty() ? ", taken for version " : ", version ") +
+                    program.version + " " + program.build,
+                {});
     } else {
         Section("Program", true, {}, [&] { WriteProgram(program); });
     }

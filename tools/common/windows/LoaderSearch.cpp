@@ -164,7 +164,9 @@ std::string HintForModuleBeside() { return "it lies beside the module"; }
 
 std::string RemedyForMissing(std::string const& name, ModuleGraph const& graph, std::size_t)
 {
-    return "install " + name + " in " + Utf8(graph.programFolder);
+    // The library names that of the plugin, which keeps the program's as it is.
+    return "install " + name + " in " +
+           Utf8(graph.dependencyFolder.empty() ? graph.programFolder : graph.dependencyFolder);
 }
 
 } // namespace Halvorix::Tools
