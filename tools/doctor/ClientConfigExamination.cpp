@@ -51,6 +51,17 @@ std::vector<Key> KeysOf(std::string const& section)
     return keys;
 }
 
+// Where the others of them are read, and what the other file has.
+std::vector<KeyElsewhere> KeysOutside(std::string const& section)
+{
+    std::vector<KeyElsewhere> keys{
+        {"ssoClientPlugin", Shown(SSOServices::CompatibilityFileName), true}};
+    for (Key const& key : Keys)
+        if (key.section != section)
+            keys.push_back({key.name, key.section, false});
+    return keys;
+}
+
 // False where the library ends with an exception.
 bool CheckSection(JsonInspection const& file, std::string const& name,
                   std::vector<Oddity>& oddities)
@@ -69,7 +80,7 @@ bool CheckSection(JsonInspection const& file, std::string const& name,
         isRead = file.CheckText(section, name + ".", key.name, key.kind, oddities) && isRead;
         names.emplace_back(key.name);
     }
-    file.FindUnknown(section, name + ".", names, oddities);
+    file.FindUnknown(section, name + ".", names, oddities, KeysOutside(name));
     return isRead;
 }
 
@@ -91,6 +102,19 @@ void FindHalfOverride(JsonInspection const& file, std::vector<Oddity>& oddities)
              {}});
 }
 
+// Its list of OpenSSL has the key of a section of this one.
+void TellOtherFile(JsonInspection const& file, std::vector<Oddity>& oddities)
+{
+    if (!file.root.isMember("ssoClientPlugin"))
+        return;
+    for (Oddity& oddity : oddities) {
+        if (!oddity.stopsReading)
+            continue;
+        oddity.text += "; this looks like a version compatibility file";
+        oddity.remedy = "put the client configuration there";
+    }
+}
+
 void FindOddities(JsonInspection const& file, std::vector<Oddity>& oddities)
 {
     if (file.root.isNull())
@@ -103,7 +127,9 @@ void FindOddities(JsonInspection const& file, std::vector<Oddity>& oddities)
     CheckSection(file, "ssoServer", oddities);
     CheckSection(file, "openssl", oddities);
     FindHalfOverride(file, oddities);
-    file.FindUnknown(file.root, "", {"ssoServer", "openssl"}, oddities);
+    // Editors find its schema by the third.
+    file.FindUnknown(file.root, "", {"ssoServer", "openssl", "$schema"}, oddities, KeysOutside(""));
+    TellOtherFile(file, oddities);
     file.FindRepeated(oddities);
     std::stable_sort(oddities.begin(), oddities.end(), [](Oddity const& a, Oddity const& b) {
         return a.at.line != b.at.line ? a.at.line < b.at.line : a.at.column < b.at.column;

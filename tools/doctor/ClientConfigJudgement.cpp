@@ -52,7 +52,13 @@ void JudgeClientConfig(Findings const& findings, ProblemList& problems)
     if (config.state == ConfigState::NoFile)
         JudgeSimilar(findings, problems, config.search, "client-config-other-name",
                      Subject::ClientConfig, "the client configuration");
-    if (config.parseError)
+    if (config.parseError && config.parseError->damage == Damage::NoFile &&
+        !config.override.empty())
+        problems.Add(Cause, "client-config-not-a-file", Subject::ClientConfig,
+                     "the client configuration " + config.override + ", which the program names, " +
+                         config.parseError->message,
+                     "have the program name the file itself");
+    else if (config.parseError)
         AddDamage(problems, *config.parseError, "client-config", Subject::ClientConfig,
                   "the client configuration", config.file,
                   ", or remove the file if the defaults are wanted");

@@ -44,6 +44,8 @@ std::string Spelled(VersionRange const& range)
     return Tools::Presentable(text);
 }
 
+constexpr char const* RangeKey = "compatibleSsoServicesVersion";
+
 /// The library's test for a file of the list.
 using LookForModule = Presence (*)(std::wstring const&);
 
@@ -198,25 +200,54 @@ void Judge(std::vector<Read>& reads, Version const& own, std::string const& answ
     }
 }
 
-void FindRangeOddities(JsonInspection const& file, Json::Value const& range,
-                       std::string const& prefix, std::vector<Oddity>& oddities)
+// False for what ends the read, where anything does.
+bool CheckBound(JsonInspection const& file, Json::Value const& bound, Position at,
+                std::string const& key, bool isRead, std::vector<Oddity>& oddities)
 {
-    if (!range.isObject())
+    if (!bound.isArray() && !bound.isObject()) {
+        file.CheckQuotes(bound, key, at, oddities);
+        return isRead;
+    }
+    oddities.push_back(WrongType(at, key, bound, "a text", isRead));
+    return false;
+}
+
+/// @param isRead  no value before it has ended the read of the entry, but something did
+void FindRangeOddities(JsonInspection const& file, Json::Value const& range,
+                       std::string const& name, bool isRead, std::vector<Oddity>& oddities)
+{
+    if (range.isNull())
         return;
+    if (!range.isObject()) {
+        oddities.push_back(
+            WrongType(file.PositionOf(RangeKey, range), name, range, "an object", isRead));
+        return;
+    }
+    std::string const prefix = name + ".";
     for (char const* const key : {"minVersion", "maxVersion"})
-        file.CheckQuotes(range[key], prefix + key, file.PositionOf(key, range[key]), oddities);
+        isRead = CheckBound(file, range[key], file.PositionOf(key, range[key]), prefix + key,
+                            isRead, oddities);
     Json::Value const& versions = range["versions"];
+    if (!versions.isNull() && !versions.isArray())
+        oddities.push_back(WrongType(file.PositionOf("versions", versions), prefix + "versions",
+                                     versions, "an array",
+                                     isRead && versions.isObject() && !versions.empty()));
     for (Json::ArrayIndex i = 0; versions.isArray() && i < versions.size(); ++i)
-        file.CheckQuotes(versions[i], prefix + "versions[" + std::to_string(i) + "]",
-                         file.PositionOf(versions[i]), oddities);
-    file.FindUnknown(range, prefix, {"minVersion", "maxVersion", "versions"}, oddities);
+        isRead = CheckBound(file, versions[i], file.PositionOf(versions[i]),
+                            prefix + "versions[" + std::to_string(i) + "]", isRead, oddities);
+    file.FindUnknown(range, prefix, {"minVersion", "maxVersion", "versions"}, oddities, {});
 }
 
 void FindOddities(JsonInspection const& file, Json::Value const& element, Read const& read,
                   std::string const& name, std::vector<Oddity>& oddities)
 {
-    if (!element.isObject())
+    if (element.isNull())
         return;
+    if (!element.isObject()) {
+        oddities.push_back(
+            WrongType(file.PositionOf(element), name, element, "an object", read.isWrongType));
+        return;
+    }
     // In the order of the reading. One value at most ends it: none where the object
     // is dropped before, and nothing behind the first is looked at.
     bool isRead = read.isWrongType;
@@ -231,9 +262,12 @@ void FindOddities(JsonInspection const& file, Json::Value const& element, Read c
     file.FindUnknown(
         element, name + ".",
         {"module", "modulePath", "modulePathWoW64", "version", "compatibleSsoServicesVersion"},
-        oddities);
-    FindRangeOddities(file, element["compatibleSsoServicesVersion"],
-                      name + ".compatibleSsoServicesVersion.", oddities);
+        oddities,
+        {{"minVersion", RangeKey, false},
+         {"maxVersion", RangeKey, false},
+         {"versions", RangeKey, false}},
+        name + ".");
+    FindRangeOddities(file, element[RangeKey], name + "." + RangeKey, isRead, oddities);
 }
 
 // What is never read cannot end anything.
@@ -276,7 +310,12 @@ void ExamineList(Resolver& resolver, JsonInspection const& file, LookForModule l
         Module& told = reads.back().told;
         told.number = i + 1;
         told.at = file.PositionOf(group[i]);
+        std::size_t const before = found.size();
         FindOddities(file, group[i], reads.back(), list.key + "[" + std::to_string(i) + "]", found);
+        // The exception speaks of the reader's own code.
+        for (std::size_t k = before; k < found.size(); ++k)
+            if (found[k].stopsReading)
+                told.detail = InWords(found[k].key) + " " + found[k].text;
     }
     if (isOverridden)
         TellUnread(reads, found);
@@ -323,7 +362,10 @@ void ExamineCompatibility(Resolver& resolver, Findings& findings)
                 told.oddities);
     ExamineList(resolver, inspection, LookFor, findings.openSsl.file, findings.openSsl.isOverride,
                 told.openSsl, told.oddities);
-    inspection.FindUnknown(inspection.root, "", {"ssoClientPlugin", "openssl"}, told.oddities);
+    // Editors find its schema by the third.
+    inspection.FindUnknown(inspection.root, "", {"ssoClientPlugin", "openssl", "$schema"},
+                           told.oddities,
+                           {{"ssoServer", Shown(SSOServices::ClientConfigFileName), true}});
     inspection.FindRepeated(told.oddities);
 }
 

@@ -12,8 +12,13 @@ namespace {
 void AddMissingCompatibility(Findings const& findings, ProblemList& problems,
                              Compatibility const& file)
 {
+    // The library ends there with an exception, which is told.
+    if (AnyUnreadable(file.search))
+        return;
     std::vector<Hint> hints;
     AddSimilar(file.search, hints);
+    AddHiddenServerApps(findings.server,
+                        "install " + file.search.file + " beside the server application", hints);
     for (Directory const& directory : file.search.tried)
         if (NameOf(directory.path) == file.search.file)
             hints.push_back(
@@ -35,14 +40,46 @@ void JudgeNoPlugin(Findings const& findings, ProblemList& problems, Compatibilit
     ModuleList const& list = file.plugins;
     if (AnyStops(file.oddities) || AnyStops(list))
         return;
+    std::string const otherwise =
+        list.problem.empty()
+            ? "install a client plugin for this version, with its entry in that file"
+            : "complete the file, or install it again";
+    std::vector<Hint> hints;
+    AddListHints(file, list, hints);
+    for (Oddity const& oddity : file.oddities)
+        if (oddity.code == "key-of-the-other-file")
+            hints.push_back({oddity.key + " " + oddity.text,
+                             "put the version compatibility file there: this looks like a client "
+                             "configuration"});
+    AddHidden(file.search, otherwise, hints);
+    AddHiddenServerApps(findings.server, otherwise, hints);
+    if (!list.problem.empty())
+        problems.AddMissing("no-plugin-listed", Subject::Compatibility,
+                            "the version compatibility file " + file.file +
+                                " lists no client plugin: " + list.problem + ReasonsOf(list),
+                            otherwise, hints);
+    else
+        problems.AddMissing("no-plugin-fits", Subject::Compatibility,
+                            "no client plugin in " + file.file + " is for version " +
+                                findings.program.version + " of the library" + ReasonsOf(list),
+                            otherwise, hints);
+}
+
+} // namespace
+
+std::string ReasonsOf(ModuleList const& list)
+{
     std::vector<std::string> entries;
     for (Module const& module : list.modules)
         if (!module.detail.empty())
             entries.push_back(std::to_string(module.number) + ". " +
                               (module.name.empty() ? "(no name)" : module.name) + ": " +
                               module.detail);
-    std::string const reasons = entries.empty() ? "" : " (" + Listed(entries, "; ") + ")";
-    std::vector<Hint> hints;
+    return entries.empty() ? "" : " (" + Listed(entries, "; ") + ")";
+}
+
+void AddListHints(Compatibility const& file, ModuleList const& list, std::vector<Hint>& hints)
+{
     for (Oddity const& oddity : file.oddities)
         if (oddity.meant.rfind(list.key, 0) == 0 ||
             (oddity.key.rfind(list.key, 0) == 0 &&
@@ -50,20 +87,18 @@ void JudgeNoPlugin(Findings const& findings, ProblemList& problems, Compatibilit
               (oddity.code == "not-quoted" &&
                oddity.key.find(".compatibleSsoServicesVersion.") != std::string::npos))))
             hints.push_back({InWords(oddity.key) + " " + oddity.text, oddity.remedy});
-    if (!list.problem.empty())
-        problems.AddMissing("no-plugin-listed", Subject::Compatibility,
-                            "the version compatibility file " + file.file +
-                                " lists no client plugin: " + list.problem + reasons,
-                            "complete the file, or install it again", hints);
-    else
-        problems.AddMissing("no-plugin-fits", Subject::Compatibility,
-                            "no client plugin in " + file.file + " is for version " +
-                                findings.program.version + " of the library" + reasons,
-                            "install a client plugin for this version, with its entry in that file",
-                            hints);
 }
 
-} // namespace
+void JudgeIncomplete(ProblemList& problems, Compatibility const& file, ModuleList const& list)
+{
+    for (Module const& module : list.modules)
+        if (module.fit == Fit::Ignored)
+            problems.Add(Warning, "compatibility-file-incomplete-entry", Subject::Compatibility,
+                         "the version compatibility file: " + Placed(file.file, module.at) +
+                             ": entry " + std::to_string(module.number) + " of " + list.key +
+                             " is ignored: " + module.detail,
+                         "complete that entry, or remove it");
+}
 
 // The list of OpenSSL is read when the plugin is there already.
 void JudgeCompatibilityOddities(Findings const& findings, ProblemList& problems, bool isAfterPlugin)
@@ -119,6 +154,8 @@ void JudgeCompatibility(Findings const& findings, ProblemList& problems)
                      "put the file beside the server application");
     if (findings.plugin.file.empty())
         JudgeNoPlugin(findings, problems, file);
+    else
+        JudgeIncomplete(problems, file, file.plugins);
 }
 
 } // namespace Halvorix::Doctor

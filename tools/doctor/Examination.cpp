@@ -24,7 +24,8 @@ std::wstring Ask(char const* during, Findings& findings, Question question)
     try {
         return question();
     } catch (std::exception const& exception) {
-        findings.interruptions.push_back({during, Tools::Presentable(exception.what())});
+        findings.interruptions.push_back(
+            {during, Tools::Presentable(exception.what()), false, IsDenial(exception)});
     } catch (...) {
         findings.interruptions.push_back({during, "what is no std::exception"});
     }
@@ -51,13 +52,14 @@ void LookForFiles(std::wstring const& plugin, std::wstring const& openSsl, Findi
         findings.openSsl.presence = LookFor(openSsl);
         LookCloser(openSsl, findings.openSsl.presence);
     }
-    std::string const& ofPlugin = findings.plugin.presence.reason;
-    std::string const& ofOpenSsl = findings.openSsl.presence.reason;
-    if (!ofPlugin.empty())
-        findings.interruptions.push_back({"the look for the client plugin's file", ofPlugin});
-    if (!ofOpenSsl.empty())
+    Presence const& ofPlugin = findings.plugin.presence;
+    Presence const& ofOpenSsl = findings.openSsl.presence;
+    if (!ofPlugin.reason.empty())
         findings.interruptions.push_back(
-            {"the look for the OpenSSL module's file", ofOpenSsl, true});
+            {"the look for the client plugin's file", ofPlugin.reason, false, ofPlugin.isDenied});
+    if (!ofOpenSsl.reason.empty())
+        findings.interruptions.push_back(
+            {"the look for the OpenSSL module's file", ofOpenSsl.reason, true, ofOpenSsl.isDenied});
 }
 
 } // namespace
@@ -67,6 +69,11 @@ void ExamineServerApp(Resolver& resolver, Findings& findings)
     ServerApp& server = findings.server;
     std::wstring const& appName = resolver.GetClientConfig().appName;
     server.search = LookThrough(appName, DirectoriesSearchedFor(appName));
+    for (Directory& directory : server.search.tried)
+        if (directory.finding == Finding::LaterHit)
+            directory.holdsList = LookFor(SSOServices::JoinPath(Wide(directory.path),
+                                                                SSOServices::CompatibilityFileName))
+                                      .isThere;
     server.directory = Shown(resolver.GetSSOServerAppPath());
     server.isInWorkingDirectory =
         server.directory.empty() &&

@@ -48,6 +48,7 @@ struct Directory {
     Finding finding;
     std::vector<std::string> unknown; ///< variables that stayed in it
     std::string similar;              ///< a file there whose name is nearly the one searched
+    bool holdsList = false; ///< for the server application: the version compatibility file too
 };
 
 struct Search {
@@ -59,6 +60,7 @@ struct Search {
 struct Presence {
     bool isThere = false;
     std::string reason;        ///< why it cannot be looked at, which counts as not there
+    bool isDenied = false;     ///< and that is why
     std::string flaw;          ///< of one that is there: "is a folder, not a file"
     std::string similar;       ///< for one that is not: a file whose name is nearly the same
     bool isOutOfReach = false; ///< there, but not under the name that the library makes of it
@@ -200,6 +202,7 @@ struct Interruption {
     std::string during;
     std::string text;
     bool isAfterPlugin = false; ///< the plugin is in use by then
+    bool isDenied = false;      ///< the user has no right to look there
 };
 
 struct LogLine {

@@ -187,23 +187,38 @@ Position JsonInspection::PositionOf(std::string const& name, Json::Value const& 
 
 void JsonInspection::FindUnknown(Json::Value const& object, std::string const& prefix,
                                  std::vector<std::string> const& known,
-                                 std::vector<Oddity>& oddities) const
+                                 std::vector<Oddity>& oddities,
+                                 std::vector<KeyElsewhere> const& elsewhere,
+                                 std::string const& outside) const
 {
     if (!object.isObject())
         return;
     for (std::string const& name : object.getMemberNames()) {
         if (std::find(known.begin(), known.end(), name) != known.end())
             continue;
-        auto const meant = std::find_if(known.begin(), known.end(), [&](std::string const& key) {
-            return Lower(key) == Lower(name);
+        Position const at = PositionOf(name, object[name]);
+        std::string const key = Tools::Presentable(prefix + name);
+        auto const meant = std::find_if(known.begin(), known.end(), [&](std::string const& one) {
+            return Lower(one) == Lower(name);
         });
-        bool const isMeant = meant != known.end();
-        oddities.push_back({PositionOf(name, object[name]), Tools::Presentable(prefix + name),
-                            "unknown-key",
-                            isMeant ? "is ignored: the key is written " + *meant
-                                    : "is not a key of this file, and is ignored",
-                            isMeant ? "write " + *meant : "correct or remove it", false,
-                            isMeant ? prefix + *meant : std::string()});
+        auto const other =
+            std::find_if(elsewhere.begin(), elsewhere.end(),
+                         [&](KeyElsewhere const& one) { return Lower(one.name) == Lower(name); });
+        if (meant != known.end())
+            oddities.push_back({at, key, "unknown-key", "is ignored: the key is written " + *meant,
+                                "write " + *meant, false, prefix + *meant});
+        else if (other == elsewhere.end())
+            oddities.push_back({at, key, "unknown-key", "is not a key of this file, and is ignored",
+                                "correct or remove it", false, std::string()});
+        else if (other->isOfOtherFile)
+            oddities.push_back({at, key, "key-of-the-other-file",
+                                "is ignored: it belongs in " + other->place,
+                                "write it in " + other->place, false, std::string()});
+        else
+            oddities.push_back({at, key, "misplaced-key",
+                                "is ignored: it belongs in " + other->place,
+                                "move it into " + other->place, false,
+                                outside + other->place + "." + other->name});
     }
 }
 

@@ -16,6 +16,13 @@ namespace Halvorix::Doctor {
 /// as characters.
 enum class TextKind { Narrow, Wide, Name, Path, PathList };
 
+/// A key that is read somewhere else.
+struct KeyElsewhere {
+    std::string name;
+    std::string place; ///< "ssoServer", or the name of the other file
+    bool isOfOtherFile;
+};
+
 /// A JSON file, read as the library reads it, with the places of what is in it.
 class JsonInspection {
 public:
@@ -28,9 +35,12 @@ public:
     Position PositionOf(std::string const& name, Json::Value const& value) const;
     Position PositionOf(Json::Value const& value) const;
 
-    /// Adds the members that the library does not know.
+    /// Adds the members that the library does not know there, and where it would.
+    /// @param outside  what the places elsewhere are in: "" or "ssoClientPlugin[0]."
     void FindUnknown(Json::Value const& object, std::string const& prefix,
-                     std::vector<std::string> const& known, std::vector<Oddity>& oddities) const;
+                     std::vector<std::string> const& known, std::vector<Oddity>& oddities,
+                     std::vector<KeyElsewhere> const& elsewhere,
+                     std::string const& outside = {}) const;
 
     /// Adds the members of a name that their object has already.
     void FindRepeated(std::vector<Oddity>& oddities) const;

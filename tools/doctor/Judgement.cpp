@@ -72,6 +72,35 @@ void AddSimilar(Search const& search, std::vector<Hint>& hints)
                              "rename it to " + search.file});
 }
 
+void AddHidden(Search const& search, std::string const& otherwise, std::vector<Hint>& hints)
+{
+    auto const first =
+        std::find_if(search.tried.begin(), search.tried.end(),
+                     [](Directory const& directory) { return directory.finding == Finding::Hit; });
+    for (Directory const& directory : search.tried) {
+        if (directory.finding != Finding::LaterHit)
+            continue;
+        std::string const used = Joined(first->path, search.file);
+        std::string const hidden = Joined(directory.path, search.file);
+        hints.push_back(
+            {hidden + " is not used, since " + used + " comes first",
+             "remove " + used + " if " + hidden + " is the right one, or " + otherwise});
+    }
+}
+
+void AddHiddenServerApps(ServerApp const& server, std::string const& otherwise,
+                         std::vector<Hint>& hints)
+{
+    Search search = server.search;
+    search.tried.erase(std::remove_if(search.tried.begin(), search.tried.end(),
+                                      [](Directory const& directory) {
+                                          return directory.finding == Finding::LaterHit &&
+                                                 !directory.holdsList;
+                                      }),
+                       search.tried.end());
+    AddHidden(search, otherwise, hints);
+}
+
 void AddHints(std::vector<Oddity> const& oddities, std::vector<std::string> const& keys,
               std::vector<Hint>& hints)
 {
@@ -172,6 +201,13 @@ bool IsLibraryWhole(Findings const& findings)
     Program const& program = findings.program;
     return !program.libraryFile.empty() && program.libraryFlaw.empty() &&
            program.libraryMachine == program.ownMachine;
+}
+
+bool AnyUnreadable(Search const& search)
+{
+    return std::any_of(search.tried.begin(), search.tried.end(), [](Directory const& directory) {
+        return directory.finding == Finding::Unreadable;
+    });
 }
 
 bool IsConfigStopped(Findings const& findings)

@@ -41,6 +41,7 @@ void JudgeCompatibility(Findings const& findings, ProblemList& problems);
 void JudgePlugin(Findings const& findings, ProblemList& problems);
 void JudgeInterruptionsAfterPlugin(Findings const& findings, ProblemList& problems);
 void JudgeLoad(Findings const& findings, ProblemList& problems);
+void JudgeServerExecutable(Findings const& findings, ProblemList& problems);
 void JudgeOpenSsl(Findings const& findings, ProblemList& problems);
 
 /// Of a file of which nothing comes.
@@ -76,9 +77,28 @@ bool IsLibraryWhole(Findings const& findings);
 /// Files of nearly the name that was searched.
 void AddSimilar(Search const& search, std::vector<Hint>& hints);
 
+/// Files of the name behind the first one, which the library therefore does not use.
+void AddHidden(Search const& search, std::string const& otherwise, std::vector<Hint>& hints);
+
+/// The server applications behind the first one that have a version compatibility file.
+void AddHiddenServerApps(ServerApp const& server, std::string const& otherwise,
+                         std::vector<Hint>& hints);
+
+/// Why the entries of the list do not serve, in brackets; empty if there is nothing to say.
+std::string ReasonsOf(ModuleList const& list);
+
+/// What may keep the entries of the list from being taken.
+void AddListHints(Compatibility const& file, ModuleList const& list, std::vector<Hint>& hints);
+
+/// The entries that are dropped, where one of the others is taken.
+void JudgeIncomplete(ProblemList& problems, Compatibility const& file, ModuleList const& list);
+
 /// The oddities of these keys, and of what was meant for one of them.
 void AddHints(std::vector<Oddity> const& oddities, std::vector<std::string> const& keys,
               std::vector<Hint>& hints);
+
+/// The library ends there with an exception.
+bool AnyUnreadable(Search const& search);
 
 // For sentences.
 std::string Placed(std::string const& file, Position at);

@@ -31,7 +31,11 @@ void AddInterruptions(Findings const& findings, ProblemList& problems, bool areA
         problems.Add(Fatal, "library-stops", areAfterPlugin ? Subject::Load : Subject::Program,
                      "the library ends " + interruption.during +
                          " with an exception: " + interruption.text,
-                     "allow the program's user to read the files and folders that it looks for");
+                     interruption.isDenied
+                         ? "allow the program's user to read the files and folders that it looks "
+                           "for"
+                         : "correct what it names in the client configuration or the version "
+                           "compatibility file");
     }
 }
 

@@ -28,7 +28,12 @@ void AddMissingPlugin(Findings const& findings, ProblemList& problems, Plugin co
     std::string const entry =
         "install it there, or correct its entry in " + findings.compatibility.file;
     if (!unknown.empty())
-        hints.push_back({HaveNoValue(unknown), entry});
+        hints.push_back({HaveNoValue(unknown), "correct its entry in " +
+                                                   findings.compatibility.file +
+                                                   ": write the folder itself, or a variable that "
+                                                   "has a value"});
+    AddHidden(findings.compatibility.search, entry, hints);
+    AddHiddenServerApps(findings.server, entry, hints);
     problems.AddMissing("plugin-file-missing", Subject::Plugin,
                         "the chosen client plugin " + plugin.file + " does not exist", entry,
                         hints);
@@ -115,15 +120,26 @@ void JudgeOpenSsl(Findings const& findings, ProblemList& problems)
         return;
     JudgeCompatibilityOddities(findings, problems, true);
     JudgeStoppingModules(findings, problems, findings.compatibility.openSsl);
+    // Neither is the list read behind an exception, nor the plugin told.
+    if (!findings.interruptions.empty() || AnyStops(findings.compatibility.oddities))
+        return;
+    if (!openSsl.file.empty() && !openSsl.isOverride)
+        JudgeIncomplete(problems, findings.compatibility, findings.compatibility.openSsl);
     std::string const told = "; the plugin is told of it all the same";
     bool const isRead = !findings.compatibility.file.empty() && !findings.compatibility.parseError;
     if (openSsl.file.empty() && !isRead)
         return; // as said of that file
-    if (openSsl.file.empty())
+    ModuleList const& list = findings.compatibility.openSsl;
+    if (openSsl.file.empty()) {
+        std::vector<Hint> hints;
+        AddListHints(findings.compatibility, list, hints);
         problems.Add(Warning, "openssl-not-chosen", Subject::OpenSsl,
-                     "no OpenSSL module fits; the plugin is told of none",
-                     "install one, with its entry in the version compatibility file");
-    else if (!openSsl.presence.isThere && openSsl.presence.reason.empty())
+                     (list.problem.empty() ? "no OpenSSL module fits"
+                                           : "no OpenSSL module is listed: " + list.problem) +
+                         ReasonsOf(list) + "; the plugin is told of none",
+                     hints.empty() ? "install one, with its entry in the version compatibility file"
+                                   : hints.front().remedy);
+    } else if (!openSsl.presence.isThere && openSsl.presence.reason.empty())
         problems.Add(Warning, "openssl-missing", Subject::OpenSsl,
                      "the OpenSSL module " + openSsl.file + " does not exist" +
                          (openSsl.presence.similar.empty()

@@ -3,6 +3,8 @@
 #include <exception>
 #include <filesystem>
 
+#include <boost/filesystem/exception.hpp>
+
 #include "../common/System.h"
 #include "../common/Utf8.h"
 #include "FileFlaw.h"
@@ -36,6 +38,7 @@ Presence Look(Name const& name)
         presence.isThere = SSOServices::PathExists(name);
     } catch (std::exception const& exception) {
         presence.reason = Tools::Presentable(exception.what());
+        presence.isDenied = IsDenial(exception);
     }
     return presence;
 }
@@ -51,12 +54,18 @@ Search LookThrough(std::wstring const& file, std::vector<std::wstring> const& di
     for (std::wstring const& directory : directories) {
         Finding const finding = Look(file, directory, !isHit);
         isHit = isHit || finding == Finding::Hit;
-        search.tried.push_back({Shown(directory), finding, VariablesIn(directory), {}});
+        search.tried.push_back({Shown(directory), finding, VariablesIn(directory), {}, false});
         if (finding == Finding::NoFile)
             search.tried.back().similar =
                 SimilarName(directory.empty() ? "." : Tools::FromWide(directory), search.file);
     }
     return search;
+}
+
+bool IsDenial(std::exception const& exception)
+{
+    auto const* const error = dynamic_cast<boost::filesystem::filesystem_error const*>(&exception);
+    return error != nullptr && error->code() == boost::system::errc::permission_denied;
 }
 
 Presence LookFor(std::wstring const& file) { return Look(file); }

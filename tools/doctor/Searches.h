@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,9 @@ void ForgetSearches();
 
 /// What lies in each of the resolved directories under the name.
 Search LookThrough(std::wstring const& file, std::vector<std::wstring> const& directories);
+
+/// Whether it says that the user has no right to look.
+bool IsDenial(std::exception const& exception);
 
 /// By the library's test for its own files and the OpenSSL module.
 Presence LookFor(std::wstring const& file);

@@ -10,16 +10,23 @@ namespace {
 void AddMissingServerApp(Findings const& findings, ProblemList& problems, ServerApp const& server)
 {
     // The library ends there with an exception, which is told.
-    if (std::any_of(
-            server.search.tried.begin(), server.search.tried.end(),
-            [](Directory const& directory) { return directory.finding == Finding::Unreadable; }))
+    if (AnyUnreadable(server.search))
         return;
     std::vector<std::string> const unknown = UnknownOf(server.search);
+    std::string const otherwise =
+        findings.config.state == ConfigState::NoFile && findings.config.override.empty()
+            ? "install the server application, or put a client configuration beside the program "
+              "that names its "
+              "directory in ssoServer.searchPaths"
+            : "install the server application, or name its directory in ssoServer.searchPaths of "
+              "the client "
+              "configuration";
     std::vector<Hint> hints;
     AddSimilar(server.search, hints);
     AddHints(findings.config.oddities,
              {"ssoServer", "ssoServer.searchPaths", "ssoServer.appName", "ssoServer.exeName"},
              hints);
+    AddHidden(findings.config.search, otherwise, hints);
     if (!unknown.empty())
         hints.push_back({HaveNoValue(unknown),
                          "correct the directories in ssoServer.searchPaths of the client "
@@ -29,9 +36,7 @@ void AddMissingServerApp(Findings const& findings, ProblemList& problems, Server
         Subject::ServerApp,
         "the server application " + server.search.file +
             " is in none of the directories searched: " + DirectoriesOf(server.search),
-        "install it, or name its directory in ssoServer.searchPaths of the client "
-        "configuration",
-        hints);
+        otherwise, hints);
 }
 
 } // namespace
@@ -55,7 +60,16 @@ void JudgeServerApp(Findings const& findings, ProblemList& problems)
             "of the empty entry");
     } else if (server.directory.empty()) {
         AddMissingServerApp(findings, problems, server);
-    } else if (!server.presence.isThere) {
+    }
+}
+
+// The plugin is in use by the time that somebody needs it.
+void JudgeServerExecutable(Findings const& findings, ProblemList& problems)
+{
+    ServerApp const& server = findings.server;
+    if (IsConfigStopped(findings) || server.search.file.empty() || server.directory.empty())
+        return;
+    if (!server.presence.isThere) {
         problems.Add(Fatal, "server-executable-missing", Subject::ServerApp,
                      "the server application was found in " + server.directory +
                          ", but its executable " + server.executable + " " + Words(server.presence),

@@ -34,6 +34,7 @@ Verdict Judge(Findings const& findings)
     JudgePlugin(findings, problems);
     JudgeInterruptionsAfterPlugin(findings, problems);
     JudgeLoad(findings, problems);
+    JudgeServerExecutable(findings, problems);
     JudgeOpenSsl(findings, problems);
     problems.verdict.isLoaded = !findings.plugin.loadChecks.empty();
     return std::move(problems.verdict);
