@@ -28,7 +28,10 @@ def WrongUse(test):
         ended = place.run(*arguments)
         assert ended.status == 2, arguments
         assert ended.output == "" and ended.errors.startswith("hxsso-doctor: "), arguments
-        assert "usage: hxsso-doctor" in ended.errors
+        assert ended.errors.replace("\r", "").count("\n") == 1, ended.errors
+        assert "; hxsso-doctor --help tells how to use it" in ended.errors
+    for path, why in ((program + ".not", "does not exist"), (test.build.spelled(place.root / "app"), "is not a file")):
+        assert place.run("--exe", path).errors.startswith(f"hxsso-doctor: {path} {why}; ")
 
 
 def Help(test):

@@ -168,6 +168,13 @@ def LastLineIsShort(test):
     ended = place.diagnose()
     assert ended.last.endswith("/1, and 198 more"), ended.last
     line_of(ended, "    ", "/199  no such directory")
+    place = test.whole()
+    entry = harness.compatibility(place)["ssoClientPlugin"][0] | {"module": "ä" * 150000}
+    entry["compatibleSsoServicesVersion"] = {"minVersion": "11"}
+    place.write(COMPATIBILITY, json.dumps({"ssoClientPlugin": [entry]}, ensure_ascii=False))
+    ended = place.diagnose()
+    assert ended.last.endswith("ä…") and len(ended.last) < 2001, len(ended.last)
+    assert place.diagnose("--json").document["verdict"]["line"] == ended.last
 
 
 def OpenSslIsJudgedLast(test):

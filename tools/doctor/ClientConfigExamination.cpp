@@ -131,6 +131,7 @@ void FindOddities(JsonInspection const& file, std::vector<Oddity>& oddities)
     file.FindUnknown(file.root, "", {"ssoServer", "openssl", "$schema"}, oddities, KeysOutside(""));
     TellOtherFile(file, oddities);
     file.FindRepeated(oddities);
+    file.FindTrailing(oddities);
     std::stable_sort(oddities.begin(), oddities.end(), [](Oddity const& a, Oddity const& b) {
         return a.at.line != b.at.line ? a.at.line < b.at.line : a.at.column < b.at.column;
     });
@@ -213,13 +214,15 @@ std::optional<std::wstring> LocationOfInstallation()
 }
 
 // It is asked only where a configuration was read.
-void TellUnaskedLocation(Resolver const& resolver, ClientConfig& config)
+void TellUnaskedLocation(Resolver& resolver, ClientConfig& config)
 {
     std::optional<std::wstring> const location = LocationOfInstallation();
     if (!location)
         return;
     std::wstring const& appName = resolver.GetClientConfig().appName;
-    config.unasked = {Shown(*location), LookFor(SSOServices::JoinPath(*location, appName)).isThere};
+    // As it would have been searched.
+    std::wstring const directory = resolver.ResolvedSearchPaths({*location}).front();
+    config.unasked = {Shown(*location), LookFor(SSOServices::JoinPath(directory, appName)).isThere};
 }
 
 } // namespace

@@ -200,12 +200,36 @@ void Judge(std::vector<Read>& reads, Version const& own, std::string const& answ
     }
 }
 
+// Parts are compared as numbers only where both are some.
+void FindTextVersion(Json::Value const& bound, Position at, std::string const& key,
+                     std::vector<Oddity>& oddities)
+{
+    Version version;
+    if (bound.isString())
+        SSOServices::ParseVersion(version, bound.asString());
+    for (std::string const& part : version) {
+        if (part.find_first_not_of("0123456789") == std::string::npos)
+            continue;
+        oddities.push_back({at,
+                            key,
+                            "not-a-number",
+                            "has \"" + Tools::Presentable(part) +
+                                "\", which is not a plain number and does not compare as one",
+                            "write numbers with dots between them; a short bound such as "
+                            "\"10.22\" holds for all that begins with it",
+                            false,
+                            {}});
+        return;
+    }
+}
+
 // False for what ends the read, where anything does.
 bool CheckBound(JsonInspection const& file, Json::Value const& bound, Position at,
                 std::string const& key, bool isRead, std::vector<Oddity>& oddities)
 {
     if (!bound.isArray() && !bound.isObject()) {
         file.CheckQuotes(bound, key, at, oddities);
+        FindTextVersion(bound, at, key, oddities);
         return isRead;
     }
     oddities.push_back(WrongType(at, key, bound, "a text", isRead));
@@ -367,6 +391,7 @@ void ExamineCompatibility(Resolver& resolver, Findings& findings)
                            told.oddities,
                            {{"ssoServer", Shown(SSOServices::ClientConfigFileName), true}});
     inspection.FindRepeated(told.oddities);
+    inspection.FindTrailing(told.oddities);
 }
 
 } // namespace Halvorix::Doctor

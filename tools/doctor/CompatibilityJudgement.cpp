@@ -84,7 +84,7 @@ void AddListHints(Compatibility const& file, ModuleList const& list, std::vector
         if (oddity.meant.rfind(list.key, 0) == 0 ||
             (oddity.key.rfind(list.key, 0) == 0 &&
              (oddity.code == "repeated-key" ||
-              (oddity.code == "not-quoted" &&
+              ((oddity.code == "not-quoted" || oddity.code == "not-a-number") &&
                oddity.key.find(".compatibleSsoServicesVersion.") != std::string::npos))))
             hints.push_back({InWords(oddity.key) + " " + oddity.text, oddity.remedy});
 }

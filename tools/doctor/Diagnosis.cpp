@@ -62,7 +62,8 @@ int Run(std::vector<std::filesystem::path> const& arguments)
         return CanWork;
     }
     if (!options.misuse.empty()) {
-        std::cerr << "hxsso-doctor: " << Tools::Presentable(options.misuse) << "\n\n" << Usage;
+        std::cerr << "hxsso-doctor: " << Tools::Presentable(options.misuse)
+                  << "; hxsso-doctor --help tells how to use it\n";
         return WrongUse;
     }
     int const status = Diagnose(options);

@@ -1,5 +1,7 @@
 #include "FileFlaw.h"
 
+#include <algorithm>
+#include <iterator>
 #include <system_error>
 
 #include "../common/Files.h"
@@ -12,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char const* Addition = ".txt";
+constexpr char const* Additions[] = {".txt", ".exe", ".dll", ".so"};
 
 std::string WithoutBlanks(std::string const& text)
 {
@@ -25,7 +27,10 @@ bool IsSimilar(std::string const& found, std::string const& name)
 {
     std::string const wanted = Lower(WithoutBlanks(name));
     std::string const other = Lower(WithoutBlanks(found));
-    return found != name && (other == wanted || other == wanted + Addition);
+    return found != name &&
+           (other == wanted ||
+            std::any_of(std::begin(Additions), std::end(Additions),
+                        [&](char const* addition) { return other == wanted + addition; }));
 }
 
 } // namespace
@@ -61,7 +66,7 @@ std::string SimilarName(fs::path const& directory, std::string const& name)
 std::string DifferenceOf(std::string const& similar, std::string const& name)
 {
     if (Lower(WithoutBlanks(similar)) != Lower(WithoutBlanks(name)))
-        return std::string("its name ends in ") + Addition;
+        return "its name ends in " + similar.substr(std::min(similar.rfind('.'), similar.size()));
     if (Lower(similar) == Lower(name))
         return "its name differs in case";
     return "its name differs by a blank";

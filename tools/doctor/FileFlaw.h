@@ -14,7 +14,7 @@ std::string FlawOf(std::filesystem::path const& file);
 bool IsEmpty(std::filesystem::path const& file);
 
 /// The name of a file in the directory that is nearly this one: it differs in case, in
-/// blanks at an end, or by a further ".txt". Empty if there is none.
+/// blanks at an end, or by a further ending such as ".txt". Empty if there is none.
 std::string SimilarName(std::filesystem::path const& directory, std::string const& name);
 
 /// What such a name differs by: "its name ends in .txt".

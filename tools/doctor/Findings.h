@@ -63,6 +63,7 @@ struct Presence {
     bool isDenied = false;     ///< and that is why
     std::string flaw;          ///< of one that is there: "is a folder, not a file"
     std::string similar;       ///< for one that is not: a file whose name is nearly the same
+    bool isBelowFile = false;  ///< what should be its folder is a file
     bool isOutOfReach = false; ///< there, but not under the name that the library makes of it
 };
 

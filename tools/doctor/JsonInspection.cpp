@@ -234,6 +234,29 @@ void JsonInspection::FindRepeated(std::vector<Oddity>& oddities) const
                             {}});
 }
 
+void JsonInspection::FindTrailing(std::vector<Oddity>& oddities) const
+{
+    std::size_t at = std::min(static_cast<std::size_t>(root.getOffsetLimit()), text.size());
+    for (bool isComment = true; isComment;) {
+        // The last one ended texts once.
+        at = std::min(text.find_first_not_of(" \t\r\n\x1a", at), text.size());
+        bool const isBlock = text.compare(at, 2, "/*") == 0;
+        isComment = isBlock || text.compare(at, 2, "//") == 0;
+        if (isBlock)
+            at = std::min(text.find("*/", at + 2), text.size() - 2) + 2;
+        else if (isComment)
+            at = std::min(text.find('\n', at), text.size());
+    }
+    if (at < text.size())
+        oddities.push_back({PositionAt(at),
+                            "the text behind the end",
+                            "text-behind-the-end",
+                            "is ignored: the file ends with its first object",
+                            "remove it, or what stands before it",
+                            false,
+                            {}});
+}
+
 void JsonInspection::CheckQuotes(Json::Value const& value, std::string const& key, Position at,
                                  std::vector<Oddity>& oddities) const
 {

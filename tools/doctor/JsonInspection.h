@@ -45,6 +45,9 @@ public:
     /// Adds the members of a name that their object has already.
     void FindRepeated(std::vector<Oddity>& oddities) const;
 
+    /// Adds what follows the value of which the file consists.
+    void FindTrailing(std::vector<Oddity>& oddities) const;
+
     /// Adds a text that is none, or that is hardly meant; false if the library ends there.
     bool CheckText(Json::Value const& object, std::string const& prefix, std::string const& name,
                    TextKind kind, std::vector<Oddity>& oddities) const;

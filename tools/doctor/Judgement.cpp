@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
 
 #include "FileFlaw.h"
 #include "Text.h"
@@ -9,11 +10,28 @@
 
 namespace Halvorix::Doctor {
 
+namespace {
+
+// A name in a file may have any length, and the last line is for a person.
+std::string Cut(std::string text)
+{
+    constexpr std::size_t most = 2000;
+    if (text.size() <= most)
+        return text;
+    std::size_t end = most;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U)
+        --end;
+    text.resize(end);
+    return text + "…";
+}
+
+} // namespace
+
 void ProblemList::Add(Weight weight, std::string const& code, Subject subject,
                       std::string const& text, std::string const& remedy)
 {
-    verdict.problems.push_back({code, subject, Tools::Presentable(text), Tools::Presentable(remedy),
-                                weight == Fatal, weight == Cause});
+    verdict.problems.push_back({code, subject, Cut(Tools::Presentable(text)),
+                                Cut(Tools::Presentable(remedy)), weight == Fatal, weight == Cause});
     verdict.canWork = verdict.canWork && weight != Fatal;
 }
 
@@ -51,9 +69,41 @@ std::vector<std::string> UnknownOf(Search const& search)
     return unknown;
 }
 
+bool IsOwnVariable(std::string const& name)
+{
+    static std::set<std::string> const known{"ssoserverapppath",
+                                             "ssoserverappexedirpath",
+                                             "ssoserverappexefile",
+                                             "ssoservicesmodulepath",
+                                             "programfiles",
+                                             "exepath",
+                                             "apppath",
+                                             "appdata",
+                                             "localappdata"};
+    return known.count(Lower(name)) != 0;
+}
+
 std::string HaveNoValue(std::vector<std::string> const& unknown)
 {
-    return ListedVariables(unknown) + (unknown.size() == 1 ? " has" : " have") + " no value";
+    std::vector<std::string> empty;
+    std::vector<std::string> foreign;
+    bool hasPair = false;
+    for (std::string const& name : std::set<std::string>(unknown.begin(), unknown.end())) {
+        hasPair = hasPair || name.empty();
+        if (!name.empty())
+            (IsOwnVariable(name) ? empty : foreign).push_back(name);
+    }
+    std::vector<std::string> parts;
+    if (!empty.empty())
+        parts.push_back(ListedVariables(empty) + (empty.size() == 1 ? " has" : " have") +
+                        " no value");
+    if (!foreign.empty())
+        parts.push_back(ListedVariables(foreign) +
+                        (foreign.size() == 1 ? " is no variable" : " are no variables") +
+                        " of the library, which takes none of the environment");
+    if (hasPair)
+        parts.emplace_back("two percent signs in a row stay as they are");
+    return Listed(parts, "; ");
 }
 
 std::string Joined(std::string const& directory, std::string const& name)

@@ -104,6 +104,7 @@ bool AnyUnreadable(Search const& search);
 std::string Placed(std::string const& file, Position at);
 std::string DirectoriesOf(Search const& search);
 std::vector<std::string> UnknownOf(Search const& search);
+bool IsOwnVariable(std::string const& name);
 std::string HaveNoValue(std::vector<std::string> const& unknown);
 std::string Joined(std::string const& directory, std::string const& name);
 std::string NameOf(std::string const& file);

@@ -9,6 +9,25 @@ namespace Halvorix::Doctor {
 
 namespace {
 
+constexpr char const* ToldAllTheSame = "; the plugin is told of it all the same";
+
+Hint FileForFolder()
+{
+    return {"modulePath names a file and not its folder", "remove the file's name from modulePath"};
+}
+
+// Those of the server application have a value once it is found.
+Hint UnknownHint(std::vector<std::string> const& unknown, std::string const& correct)
+{
+    bool const isOfServer =
+        std::all_of(unknown.begin(), unknown.end(), [](std::string const& name) {
+            return IsOwnVariable(name) && Lower(name).rfind("ssoserver", 0) == 0;
+        });
+    return {HaveNoValue(unknown),
+            isOfServer ? "first correct what keeps the server application from being found"
+                       : correct + ": write the folder itself, or a variable that has a value"};
+}
+
 void AddMissingPlugin(Findings const& findings, ProblemList& problems, Plugin const& plugin)
 {
     std::vector<Hint> hints;
@@ -24,19 +43,38 @@ void AddMissingPlugin(Findings const& findings, ProblemList& problems, Plugin co
         AddHints(findings.compatibility.oddities,
                  {key + "module", key + "modulePath", key + "modulePathWoW64"}, hints);
     }
+    if (plugin.presence.isBelowFile)
+        hints.push_back(FileForFolder());
     std::vector<std::string> const unknown = VariablesIn(Wide(plugin.file));
     std::string const entry =
         "install it there, or correct its entry in " + findings.compatibility.file;
     if (!unknown.empty())
-        hints.push_back({HaveNoValue(unknown), "correct its entry in " +
-                                                   findings.compatibility.file +
-                                                   ": write the folder itself, or a variable that "
-                                                   "has a value"});
+        hints.push_back(
+            UnknownHint(unknown, "correct its entry in " + findings.compatibility.file));
     AddHidden(findings.compatibility.search, entry, hints);
     AddHiddenServerApps(findings.server, entry, hints);
     problems.AddMissing("plugin-file-missing", Subject::Plugin,
                         "the chosen client plugin " + plugin.file + " does not exist", entry,
                         hints);
+}
+
+void AddMissingOpenSsl(ProblemList& problems, OpenSsl const& openSsl)
+{
+    std::vector<Hint> hints;
+    std::string const& similar = openSsl.presence.similar;
+    if (!similar.empty())
+        hints.push_back({similar + " is there, but " + DifferenceOf(similar, NameOf(openSsl.file)),
+                         "rename it, or name " + similar + " where this one is named"});
+    if (openSsl.presence.isBelowFile)
+        hints.push_back(FileForFolder());
+    std::vector<std::string> const unknown = VariablesIn(Wide(openSsl.file));
+    if (!unknown.empty())
+        hints.push_back(UnknownHint(unknown, "correct modulePath"));
+    std::string text = "the OpenSSL module " + openSsl.file + " does not exist";
+    for (Hint const& hint : hints)
+        text += "; " + hint.text;
+    problems.Add(Warning, "openssl-missing", Subject::OpenSsl, text + ToldAllTheSame,
+                 hints.empty() ? "install it there" : hints.front().remedy);
 }
 
 // What fits the library cannot be said without it, and that it is missing is said.
@@ -125,7 +163,6 @@ void JudgeOpenSsl(Findings const& findings, ProblemList& problems)
         return;
     if (!openSsl.file.empty() && !openSsl.isOverride)
         JudgeIncomplete(problems, findings.compatibility, findings.compatibility.openSsl);
-    std::string const told = "; the plugin is told of it all the same";
     bool const isRead = !findings.compatibility.file.empty() && !findings.compatibility.parseError;
     if (openSsl.file.empty() && !isRead)
         return; // as said of that file
@@ -140,17 +177,11 @@ void JudgeOpenSsl(Findings const& findings, ProblemList& problems)
                      hints.empty() ? "install one, with its entry in the version compatibility file"
                                    : hints.front().remedy);
     } else if (!openSsl.presence.isThere && openSsl.presence.reason.empty())
-        problems.Add(Warning, "openssl-missing", Subject::OpenSsl,
-                     "the OpenSSL module " + openSsl.file + " does not exist" +
-                         (openSsl.presence.similar.empty()
-                              ? ""
-                              : "; " + openSsl.presence.similar + " is there, but " +
-                                    DifferenceOf(openSsl.presence.similar, NameOf(openSsl.file))) +
-                         told,
-                     "install it there");
+        AddMissingOpenSsl(problems, openSsl);
     else if (!openSsl.presence.flaw.empty())
         problems.Add(Warning, "openssl-not-a-file", Subject::OpenSsl,
-                     "the OpenSSL module " + openSsl.file + " " + openSsl.presence.flaw + told,
+                     "the OpenSSL module " + openSsl.file + " " + openSsl.presence.flaw +
+                         ToldAllTheSame,
                      "install it there");
 }
 

@@ -11,17 +11,23 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool IsFile(fs::path const& path)
+std::string WhyNoFile(fs::path const& path)
 {
     std::error_code unknown;
-    return fs::is_regular_file(path, unknown);
+    fs::file_status const status = fs::status(path, unknown);
+    if (fs::is_regular_file(status))
+        return {};
+    return Tools::Utf8(path) + (fs::exists(status) ? " is not a file"
+                                : status.type() == fs::file_type::not_found
+                                    ? " does not exist"
+                                    : " cannot be looked at");
 }
 
 void Check(Options& options)
 {
     for (fs::path const* const file : {&options.executable, &options.library})
-        if (options.misuse.empty() && !file->empty() && !IsFile(*file))
-            options.misuse = Tools::Utf8(*file) + " is not a file";
+        if (options.misuse.empty() && !file->empty())
+            options.misuse = WhyNoFile(*file);
 }
 
 } // namespace

@@ -80,6 +80,8 @@ void LookCloser(std::wstring const& file, Presence& presence)
         presence.flaw = FlawOf(path);
     else if (std::filesystem::exists(path, unknown))
         presence.isOutOfReach = true;
+    else if (std::filesystem::is_regular_file(path.parent_path(), unknown))
+        presence.isBelowFile = true;
     else if (path.has_parent_path())
         presence.similar = SimilarName(path.parent_path(), Tools::Utf8(path.filename()));
 }

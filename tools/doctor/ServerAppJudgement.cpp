@@ -1,6 +1,8 @@
 #include <algorithm>
 
+#include "../common/System.h"
 #include "Judgement.h"
+#include "Text.h"
 #include "Words.h"
 
 namespace Halvorix::Doctor {
@@ -23,8 +25,18 @@ void AddMissingServerApp(Findings const& findings, ProblemList& problems, Server
               "configuration";
     std::vector<Hint> hints;
     AddSimilar(server.search, hints);
+    for (Directory const& directory : server.search.tried)
+        if (Lower(directory.similar) == Lower(server.search.file) + ".exe")
+            hints.front().remedy =
+                "write " + directory.similar + " in ssoServer.appName of the client configuration";
+    for (KeyValue const& key : findings.config.keys)
+        if (key.origin == Origin::Registry && key.value.find('"') != std::string::npos)
+            hints.push_back(
+                {Tools::NameOfLocation() + " has quotation marks, which count as part of the path",
+                 "remove the quotation marks there"});
     AddHints(findings.config.oddities,
-             {"ssoServer", "ssoServer.searchPaths", "ssoServer.appName", "ssoServer.exeName"},
+             {"ssoServer", "ssoServer.searchPaths", "ssoServer.appName", "ssoServer.exeName",
+              "the text behind the end"},
              hints);
     AddHidden(findings.config.search, otherwise, hints);
     if (!unknown.empty())
@@ -69,7 +81,15 @@ void JudgeServerExecutable(Findings const& findings, ProblemList& problems)
     ServerApp const& server = findings.server;
     if (IsConfigStopped(findings) || server.search.file.empty() || server.directory.empty())
         return;
-    if (!server.presence.isThere) {
+    if (!server.presence.isThere && server.search.file.find('/') != std::string::npos) {
+        problems.Add(Fatal, "server-executable-missing", Subject::ServerApp,
+                     "the server application was found in " + server.directory +
+                         ", but its executable " + server.executable + " " +
+                         Words(server.presence) +
+                         "; the folder in ssoServer.appName is part of "
+                         "that directory already",
+                     "write ssoServer.exeName too in the client configuration, without a folder");
+    } else if (!server.presence.isThere) {
         problems.Add(Fatal, "server-executable-missing", Subject::ServerApp,
                      "the server application was found in " + server.directory +
                          ", but its executable " + server.executable + " " + Words(server.presence),

@@ -59,7 +59,55 @@ public:
         return isFound;
     }
 
-    void FindRelative(std::string const& value)
+    // Either is taken as it stands.
+    bool FindQuotes(std::string const& value)
+    {
+        bool const isFound = !value.empty() && (value.front() == '"' || value.back() == '"' ||
+                                                (value.front() == '\'' && value.back() == '\''));
+        if (isFound)
+            Add("quoted-path", "has quotation marks, which count as part of the path: " + value,
+                "remove the quotation marks within the text");
+        return isFound;
+    }
+
+    // Where one path seems to end and another one to begin.
+    bool FindComma(std::string const& value)
+    {
+        std::size_t const comma = value.find(',');
+        std::size_t const next =
+            comma == std::string::npos ? comma : value.find_first_not_of(' ', comma + 1);
+        if (next == std::string::npos)
+            return false;
+        bool const isPath = value[next] == '%' || value[next] == '/' || value[next] == '\\' ||
+                            value.compare(next + 1, 1, ":") == 0;
+        if (isPath)
+            Add("comma-in-path",
+                "is one path to the library, with a comma in it: \"" + value + "\"",
+                "write a semicolon between two paths");
+        return isPath;
+    }
+
+    bool FindLonePercent(std::string const& value)
+    {
+        bool const isFound = !value.empty() && value.front() == '%' && value.rfind('%') == 0;
+        if (isFound)
+            Add("lone-percent",
+                "begins a variable that has no second percent sign: \"" + value + "\"",
+                "write a variable between two percent signs, such as %ExePath%");
+        return isFound;
+    }
+
+    void FindWholePath(std::string const& value)
+    {
+        std::wstring const wide = Wide(value);
+        if (value.find_first_of("/\\") != std::string::npos &&
+            (value.front() == '/' || value.front() == '\\' || Tools::FromWide(wide).is_absolute()))
+            Add("path-in-name", "is a whole path where a name belongs: \"" + value + "\"",
+                "write the name of the file alone, and its folder where folders are named");
+    }
+
+    /// @param isFurther  another one stands before it in the list
+    void FindRelative(std::string const& value, bool isFurther)
     {
         if (value.empty()) {
             Add("relative-path", "has an empty entry, which means the current directory",
@@ -82,7 +130,10 @@ public:
         else if (!Tools::FromWide(normal).is_absolute())
             Add("relative-path",
                 "is relative: \"" + value + "\" is looked for from the current directory",
-                "write the whole path, or begin it with a variable such as %ExePath%");
+                isFurther
+                    ? "write the whole path, or begin it with a variable such as %ExePath%; a "
+                      "semicolon always begins another path"
+                    : "write the whole path, or begin it with a variable such as %ExePath%");
     }
 
 private:
@@ -113,15 +164,18 @@ void FindTextOddities(std::string const& value, TextKind kind, std::string const
         return;
     finder.FindEscape(value);
     if (kind == TextKind::Name) {
-        finder.FindBlank(value);
+        if (!finder.FindBlank(value))
+            finder.FindWholePath(value);
         return;
     }
     std::vector<std::wstring> paths = kind == TextKind::PathList ? SSOServices::SplitPathList(read)
                                                                  : std::vector<std::wstring>{read};
     SSOServices::RemoveDuplicatePaths(paths);
-    for (std::wstring const& path : paths) {
-        if (!finder.FindBlank(Shown(path)))
-            finder.FindRelative(Shown(path));
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        std::string const path = Shown(paths[i]);
+        if (!finder.FindBlank(path) && !finder.FindQuotes(path) && !finder.FindLonePercent(path) &&
+            !(kind == TextKind::PathList && finder.FindComma(path)))
+            finder.FindRelative(path, i > 0);
     }
 }
 

@@ -82,9 +82,9 @@ void TextReport::Write(std::string const& line, std::size_t indent) const
 void TextReport::Section(char const* name, bool isWhole, std::string const& brief,
                          std::function<void()> const& writeWhole)
 {
-    bool const isSeparate = isAfterWhole || isWhole;
-    if (isSeparate)
+    if (!isFirst && (isAfterWhole || isWhole))
         std::cout << '\n';
+    isFirst = false;
     isAfterWhole = isWhole;
     if (isWhole) {
         std::cout << Coloured(Colour::Heading, name) << '\n';
@@ -93,7 +93,8 @@ void TextReport::Section(char const* name, bool isWhole, std::string const& brie
     }
     constexpr std::size_t width = 27;
     std::string const padding(width - std::string(name).size(), ' ');
-    Write(Coloured(Colour::Heading, name) + padding + Tools::Presentable(brief), width);
+    Write(Coloured(Colour::Heading, name) + padding + Or(Tools::Presentable(brief), "not reached"),
+          width);
 }
 
 void TextReport::Line(std::string const& name, std::string const& text,

@@ -50,6 +50,7 @@ private:
     Tools::Terminal terminal;
     bool isVerbose;
     bool isAfterWhole = false; ///< the section before was written whole
+    bool isFirst = true;
 };
 
 } // namespace Halvorix::Doctor
