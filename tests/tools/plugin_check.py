@@ -392,6 +392,37 @@ def PluginThatPrints():
     assert "all is well" not in run_of.output
 
 
+def PluginThatEndsItsParent():
+    """It is not the tool, which has its last line."""
+    if IS_WINDOWS:
+        skip("only the other system has such calls")
+    for where, phrase in (("load", "while it is loaded"), ("factory", "in GetSSOClientFactory")):
+        hostile(where + ": kill parent").only(
+            where, "FAILED", "the plugin ends the process that watches over it " + phrase)
+
+
+def PluginThatForks():
+    """The verdict is about the process that was started, and no copy of it speaks."""
+    if IS_WINDOWS:
+        skip("only the other system has such calls")
+    for _ in range(20):
+        run_of = hostile("load: fork")
+        run_of.only("load", "FAILED",
+                    "the plugin ends the process with exit status 0 while it is loaded")
+        run_of = hostile("load: copy")
+        run_of.only("load", "ok").only("factory", "FAILED", "declines")
+
+
+def PluginThatLeavesAProcess():
+    """Nothing of it outlives the tool, in whatever session it is."""
+    if IS_WINDOWS:
+        skip("only the other system has such calls")
+    for deed in ("load: leave ", "factory: leave "):
+        hostile(deed + os.path.abspath("survived"))
+    time.sleep(4)
+    assert not os.path.exists("survived")
+
+
 def JsonOfADeath():
     for deed in ("load: exit", "factory: abort", "factory: print and exit"):
         ended = run("--json", place("HostilePlugin"), hostile=deed)

@@ -10,6 +10,7 @@
 #ifdef _WIN32
 #include <io.h>
 #else
+#include <csignal>
 #include <unistd.h>
 #endif
 
@@ -47,6 +48,30 @@ void Forge()
     std::abort();
 }
 
+#ifndef _WIN32
+void ActAsProcess(std::string const& deed)
+{
+    if (deed == "kill parent") {
+        ::kill(::getppid(), SIGKILL);
+        ::sleep(1);
+    }
+    // The copy goes on in place of the process that was started.
+    if (deed == "fork" && ::fork() > 0)
+        ::_exit(0);
+    if (deed == "copy")
+        ::fork();
+    // One that leaves the session and lives on.
+    if (deed.rfind("leave ", 0) == 0 && ::fork() == 0) {
+        ::setsid();
+        if (::fork() == 0) {
+            ::sleep(3);
+            std::fclose(std::fopen(deed.substr(6).c_str(), "w"));
+        }
+        ::_exit(0);
+    }
+}
+#endif
+
 void Act(std::string const& where)
 {
     char const* const wanted = std::getenv("HXSSO_HOSTILE");
@@ -73,6 +98,9 @@ void Act(std::string const& where)
     }
     if (deed == "forge and abort")
         Forge();
+#ifndef _WIN32
+    ActAsProcess(deed);
+#endif
     // A file, to be seen whether the module was loaded at all.
     if (deed.rfind("write ", 0) == 0)
         std::fclose(std::fopen(deed.substr(6).c_str(), "w"));

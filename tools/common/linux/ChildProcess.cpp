@@ -11,7 +11,10 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <system_error>
 
 namespace Halvorix::Tools {
@@ -19,6 +22,9 @@ namespace Halvorix::Tools {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+// Which process writes what TakeStandardOutput gave it.
+pid_t writer = 0;
 
 class Descriptor {
 public:
@@ -28,6 +34,7 @@ public:
     Descriptor& operator=(Descriptor const&) = delete;
 
     int Get() const { return descriptor; }
+    void Set(int openDescriptor) { descriptor = openDescriptor; }
     void Close()
     {
         if (descriptor >= 0)
@@ -54,7 +61,7 @@ private:
 // Only what may be called between fork and exec.
 [[noreturn]] void BecomeProgram(char const* program, int input, int output, pid_t parent)
 {
-    ::setsid(); // out of reach of the terminal, and a group to be ended as one
+    ::setsid(); // a group to be ended as one
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() != parent)
         ::_exit(127); // it has ended already
@@ -84,6 +91,158 @@ std::string Told(int status)
            (text == nullptr ? "signal " + std::to_string(number) : std::string(text));
 }
 
+// What the watcher tells of the child.
+struct News {
+    pid_t child;
+    int error; ///< why there is none
+    bool hasEnded;
+    int status;
+};
+
+// The two ends of a pipe or of a pair of sockets.
+struct Channel {
+    Descriptor read{-1};
+    Descriptor write{-1};
+};
+
+struct Channels {
+    Channel output;  // of the child
+    Channel request; // to it; a socket, since a write to it tells of a reader that has gone
+                     // instead of killing
+    Channel news;    // of the watcher
+    Channel control; // to it: closed to make an end
+
+    Channels()
+    {
+        int ends[2];
+        for (Channel* const channel : {&output, &news, &control})
+            if (::pipe2(ends, O_CLOEXEC) == 0)
+                Set(*channel, ends);
+        if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) == 0)
+            Set(request, ends);
+    }
+
+    bool AreOpen() const
+    {
+        return output.read.Get() >= 0 && news.read.Get() >= 0 && control.read.Get() >= 0 &&
+               request.read.Get() >= 0;
+    }
+
+    void CloseThoseOfWatcher()
+    {
+        output.write.Close();
+        request.read.Close();
+        news.write.Close();
+        control.read.Close();
+    }
+
+    void CloseThoseOfTool()
+    {
+        output.read.Close();
+        request.write.Close();
+        news.read.Close();
+        control.write.Close();
+    }
+
+private:
+    static void Set(Channel& channel, int const (&ends)[2])
+    {
+        channel.read.Set(ends[0]);
+        channel.write.Set(ends[1]);
+    }
+};
+
+// False once the watcher is gone.
+bool ReadNews(int descriptor, News& news)
+{
+    News more{};
+    ssize_t const got = ::read(descriptor, &more, sizeof(more));
+    if (got == static_cast<ssize_t>(sizeof(more)))
+        news = more;
+    return got != 0;
+}
+
+// 0 if it cannot be told.
+pid_t ParentOf(std::string const& process)
+{
+    std::ifstream file("/proc/" + process + "/stat");
+    std::string const text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    // Behind the name, in which anything may stand: a letter for the state, and the parent.
+    std::size_t const end = text.rfind(')');
+    return end == std::string::npos || end + 4 >= text.size() ? 0
+                                                              : std::atoi(text.c_str() + end + 4);
+}
+
+// What the child has started and left comes to this process, and what those have started
+// once they are ended. One that starts others faster than this ends them is left.
+void EndAllChildren()
+{
+    constexpr std::chrono::seconds patience{2};
+    Clock::time_point const deadline = Clock::now() + patience;
+    while (Clock::now() < deadline) {
+        pid_t reaped = 0;
+        do
+            reaped = ::waitpid(-1, nullptr, WNOHANG);
+        while (reaped > 0);
+        if (reaped < 0)
+            return; // there is none
+        std::error_code unknown;
+        for (std::filesystem::directory_iterator entry("/proc", unknown), end;
+             !unknown && entry != end; entry.increment(unknown)) {
+            std::string const name = entry->path().filename().string();
+            if (name.find_first_not_of("0123456789") == std::string::npos &&
+                ParentOf(name) == ::getpid())
+                ::kill(std::atoi(name.c_str()), SIGKILL);
+        }
+        ::poll(nullptr, 0, 1);
+    }
+}
+
+// In a process between the tool and the child: a plugin that ends its parent ends this
+// one, and what it leaves behind is known here, in whatever session it is.
+[[noreturn]] void Watch(char const* program, Channels& channels)
+{
+    channels.CloseThoseOfTool();
+    ::setsid(); // not ended by the terminal, which ends the tool
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+    pid_t const self = ::getpid();
+    News news{};
+    news.child = ::fork();
+    if (news.child == 0)
+        BecomeProgram(program, channels.request.read.Get(), channels.output.write.Get(), self);
+    news.error = news.child < 0 ? errno : 0;
+    channels.output.write.Close();
+    channels.request.read.Close();
+    auto const tell = [&] { return ::write(channels.news.write.Get(), &news, sizeof(news)) > 0; };
+    bool isWanted = tell() && news.child > 0;
+    while (isWanted && !news.hasEnded) {
+        pollfd waiting{channels.control.read.Get(), POLLIN, 0};
+        isWanted = ::poll(&waiting, 1, 10) == 0;
+        news.hasEnded = ::waitpid(news.child, &news.status, WNOHANG) == news.child;
+    }
+    if (news.child > 0)
+        ::kill(-news.child, SIGKILL);
+    EndAllChildren();
+    tell();
+    ::_exit(0);
+}
+
+// With the child, if the watcher does not see to it.
+void EndWatcher(pid_t watcher, pid_t child)
+{
+    constexpr std::chrono::seconds patience{4};
+    Clock::time_point const deadline = Clock::now() + patience;
+    int status = 0;
+    while (::waitpid(watcher, &status, WNOHANG) == 0) {
+        if (Clock::now() > deadline)
+            ::kill(watcher, SIGKILL);
+        ::poll(nullptr, 0, 1);
+    }
+    bool const hasSeenToIt = WIFEXITED(status);
+    if (!hasSeenToIt && child > 0)
+        ::kill(-child, SIGKILL);
+}
+
 // What is there now; false at the end.
 bool ReadWhatIsThere(int descriptor, std::string& output)
 {
@@ -107,67 +266,62 @@ ChildRun RunChild(std::filesystem::path const& program, std::string const& input
     ChildRun run;
     ::signal(SIGCHLD, SIG_DFL); // whoever starts this program may ignore it
     HiddenProcess const hidden;
-    int ends[2];
-    int streams[2];
-    // A socket, since a write to it tells of a reader that has gone instead of killing.
-    if (::pipe2(ends, O_CLOEXEC) != 0 ||
-        ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, streams) != 0) {
+    Channels channels;
+    if (!channels.AreOpen()) {
         run.end = std::generic_category().message(errno);
         return run;
     }
-    Descriptor output(ends[0]);
-    Descriptor childOutput(ends[1]);
-    Descriptor request(streams[0]);
-    Descriptor childRequest(streams[1]);
     std::string const file = program.string();
-    pid_t const parent = ::getpid();
-    pid_t const child = ::fork();
-    if (child == 0)
-        BecomeProgram(file.c_str(), childRequest.Get(), childOutput.Get(), parent);
-    if (child < 0) {
+    pid_t const watcher = ::fork();
+    if (watcher == 0)
+        Watch(file.c_str(), channels);
+    if (watcher < 0) {
         run.end = std::generic_category().message(errno);
         return run;
     }
-    run.isStarted = true;
-    childOutput.Close();
-    childRequest.Close();
-    ::fcntl(output.Get(), F_SETFL, O_NONBLOCK);
+    channels.CloseThoseOfWatcher();
+    ::fcntl(channels.output.read.Get(), F_SETFL, O_NONBLOCK);
+    ::fcntl(channels.news.read.Get(), F_SETFL, O_NONBLOCK);
     Clock::time_point const deadline = Clock::now() + limit;
     std::size_t sent = 0;
+    News news{};
     bool isOpen = true;
     while (run.end.empty()) {
         while (sent < input.size()) {
-            ssize_t const part = ::send(request.Get(), input.data() + sent, input.size() - sent,
-                                        MSG_NOSIGNAL | MSG_DONTWAIT);
+            ssize_t const part = ::send(channels.request.write.Get(), input.data() + sent,
+                                        input.size() - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
             if (part < 0)
                 break;
             sent += static_cast<std::size_t>(part);
         }
         if (sent == input.size())
-            request.Close();
-        pollfd waiting{isOpen ? output.Get() : -1, POLLIN, 0};
-        ::poll(&waiting, 1, 20);
-        int status = 0;
-        bool const hasEnded = ::waitpid(child, &status, WNOHANG) == child;
-        isOpen = isOpen && ReadWhatIsThere(output.Get(), run.output);
+            channels.request.write.Close();
+        pollfd waiting[] = {{isOpen ? channels.output.read.Get() : -1, POLLIN, 0},
+                            {channels.news.read.Get(), POLLIN, 0}};
+        ::poll(waiting, 2, 20);
+        bool const isWatched = ReadNews(channels.news.read.Get(), news);
+        isOpen = isOpen && ReadWhatIsThere(channels.output.read.Get(), run.output);
         if (run.output.size() > MostChildOutput) {
             run.end = "writes without end";
-        } else if (hasEnded) {
-            run.end = Told(status);
-            run.isGood = WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        } else if (news.error != 0) {
+            run.end = std::generic_category().message(news.error);
+        } else if (news.hasEnded) {
+            run.end = Told(news.status);
+            run.isGood = WIFEXITED(news.status) && WEXITSTATUS(news.status) == 0;
+        } else if (!isWatched) {
+            run.end = "ends the process that watches over it";
         } else if (Clock::now() > deadline)
             run.end = "does not come back within " + std::to_string(limit.count()) + " s";
-        if (!hasEnded && !run.end.empty()) {
-            ::kill(child, SIGKILL);
-            ::waitpid(child, &status, 0);
-        }
     }
-    ::kill(-child, SIGKILL); // whatever it has started
+    run.isStarted = news.child > 0;
+    channels.control.write.Close();
+    EndWatcher(watcher, news.child);
     return run;
 }
 
 int TakeStandardOutput()
 {
+    writer = ::getpid();
     int const descriptor = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 64);
     int const nothing = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     for (int const stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
@@ -177,6 +331,9 @@ int TakeStandardOutput()
 
 void WriteAll(int descriptor, std::string const& text)
 {
+    // A copy that a plugin has made of the process says nothing in its place.
+    if (::getpid() != writer)
+        return;
     for (std::size_t done = 0; done < text.size();) {
         ssize_t const part = ::write(descriptor, text.data() + done, text.size() - done);
         if (part <= 0)
