@@ -32,26 +32,22 @@ TEST(Files, ThatAPipeTakesThePlaceOfKeepNobodyWaiting)
     ASSERT_NE(::mkdtemp(folder), nullptr);
     std::string const base = folder;
     std::string const file = base + "/file";
-    std::ofstream(base + "/regular") << "text";
-    ASSERT_EQ(::mkfifo((base + "/pipe").c_str(), 0600), 0);
+    std::string const pipe = base + "/pipe";
+    std::ofstream(file) << "text";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     std::atomic<bool> isOver{false};
-    auto const place = [&](char const* name) {
-        std::string const link = base + "/link";
-        ::unlink(link.c_str());
-        EXPECT_EQ(::symlink(name, link.c_str()), 0);
-        EXPECT_EQ(std::rename(link.c_str(), file.c_str()), 0);
-    };
-    place("regular");
     std::thread changing([&] {
         while (!isOver) {
-            place("pipe");
-            place("regular");
+            EXPECT_EQ(::renameat2(AT_FDCWD, file.c_str(), AT_FDCWD, pipe.c_str(), RENAME_EXCHANGE),
+                      0);
         }
     });
     std::wstring const wide(file.begin(), file.end());
     std::packaged_task<int()> read([&wide] {
+        // Time enough for the change to come between.
+        auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(4);
         int whole = 0;
-        for (int i = 0; i < 20000; ++i)
+        while (std::chrono::steady_clock::now() < end)
             whole += Platform::ReadRegularFile(wide, std::ios::binary) == "text" ? 1 : 0;
         return whole;
     });
@@ -65,9 +61,9 @@ TEST(Files, ThatAPipeTakesThePlaceOfKeepNobodyWaiting)
     std::atomic<bool> isLetGo{hasEnded};
     std::thread letting([&] {
         while (!isLetGo) {
-            int const end = ::open((base + "/pipe").c_str(), O_WRONLY | O_NONBLOCK);
-            if (end >= 0)
-                ::close(end);
+            for (std::string const& name : {file, pipe})
+                if (int const end = ::open(name.c_str(), O_WRONLY | O_NONBLOCK); end >= 0)
+                    ::close(end);
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     });
