@@ -326,7 +326,7 @@ private:
 
     static std::string FlawOfVersions(SymbolBudget const& budget)
     {
-        std::string const limit = budget.Limit();
+        std::string const& limit = budget.Limit();
         return limit.empty() ? "its table of symbol versions cannot be read" : limit;
     }
 

@@ -95,6 +95,7 @@ std::vector<std::string> LinesOf(ModuleGraph const& graph, Wanted const& wanted)
     std::stable_sort(lines.begin(), lines.end(),
                      [](auto const& one, auto const& other) { return one.first < other.first; });
     std::vector<std::string> texts;
+    texts.reserve(lines.size());
     for (auto& line : lines)
         texts.push_back(std::move(line.second));
     return texts;
