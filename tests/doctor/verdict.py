@@ -102,6 +102,8 @@ def PluginThatCannotBeLookedFor(test):
     place.write(COMPATIBILITY, json.dumps(whole))
     stumbles, document = stumbling_as_a_load(place)
     assert not document["plugin"]["exists"] and not document["verdict"]["canWork"]
+    # No right to read anything would help.
+    assert "allow the program's user" not in place.diagnose().output
     line = document["verdict"]["line"]
     assert (" with an exception: " if stumbles else "does not exist") in line, line
 

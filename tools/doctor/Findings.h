@@ -48,6 +48,7 @@ struct Directory {
     Finding finding;
     std::vector<std::string> unknown; ///< variables that stayed in it
     std::string similar;              ///< a file there whose name is nearly the one searched
+    bool isFirstAgain = false;        ///< a later hit that is the first one, spelled otherwise
     bool holdsList = false; ///< for the server application: the version compatibility file too
 };
 

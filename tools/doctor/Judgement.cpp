@@ -99,8 +99,8 @@ std::string HaveNoValue(std::vector<std::string> const& unknown)
                         " no value");
     if (!foreign.empty())
         parts.push_back(ListedVariables(foreign) +
-                        (foreign.size() == 1 ? " is no variable" : " are no variables") +
-                        " of the library, which takes none of the environment");
+                        (foreign.size() == 1 ? " is not a variable" : " are not variables") +
+                        " of the library, which does not expand those of the environment");
     if (hasPair)
         parts.emplace_back("two percent signs in a row stay as they are");
     return Listed(parts, "; ");
@@ -128,7 +128,7 @@ void AddHidden(Search const& search, std::string const& otherwise, std::vector<H
         std::find_if(search.tried.begin(), search.tried.end(),
                      [](Directory const& directory) { return directory.finding == Finding::Hit; });
     for (Directory const& directory : search.tried) {
-        if (directory.finding != Finding::LaterHit)
+        if (directory.finding != Finding::LaterHit || directory.isFirstAgain)
             continue;
         std::string const used = Joined(first->path, search.file);
         std::string const hidden = Joined(directory.path, search.file);

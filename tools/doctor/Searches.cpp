@@ -51,10 +51,18 @@ Search LookThrough(std::wstring const& file, std::vector<std::wstring> const& di
     if (file.empty())
         return search;
     bool isHit = false;
+    std::filesystem::path hit;
     for (std::wstring const& directory : directories) {
         Finding const finding = Look(file, directory, !isHit);
         isHit = isHit || finding == Finding::Hit;
-        search.tried.push_back({Shown(directory), finding, VariablesIn(directory), {}, false});
+        if (finding == Finding::Hit)
+            hit = Tools::FromWide(SSOServices::JoinPath(directory, file));
+        search.tried.push_back(
+            {Shown(directory), finding, VariablesIn(directory), {}, false, false});
+        std::error_code unknown;
+        if (finding == Finding::LaterHit)
+            search.tried.back().isFirstAgain = std::filesystem::equivalent(
+                hit, Tools::FromWide(SSOServices::JoinPath(directory, file)), unknown);
         if (finding == Finding::NoFile)
             search.tried.back().similar =
                 SimilarName(directory.empty() ? "." : Tools::FromWide(directory), search.file);

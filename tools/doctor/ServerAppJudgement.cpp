@@ -18,11 +18,9 @@ void AddMissingServerApp(Findings const& findings, ProblemList& problems, Server
     std::string const otherwise =
         findings.config.state == ConfigState::NoFile && findings.config.override.empty()
             ? "install the server application, or put a client configuration beside the program "
-              "that names its "
-              "directory in ssoServer.searchPaths"
+              "that names its directory in ssoServer.searchPaths"
             : "install the server application, or name its directory in ssoServer.searchPaths of "
-              "the client "
-              "configuration";
+              "the client configuration";
     std::vector<Hint> hints;
     AddSimilar(server.search, hints);
     for (Directory const& directory : server.search.tried)
