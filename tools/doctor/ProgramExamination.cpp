@@ -58,18 +58,20 @@ void AddExecutable(fs::path const& file, Program& program)
         program.executableMachine = image.machine;
 }
 
-// By a name that programs are built against, and so every version of it has.
+// A name that programs are built against, and so every version of the library has.
+bool NamesTheLibrary(std::string const& symbol)
+{
+    return symbol.find("WebServicesManager") != std::string::npos &&
+           symbol.find("IsInitialized") != std::string::npos;
+}
+
 bool IsTheLibrary(fs::path const& file)
 {
     Tools::OpenedFile const opened = Tools::OpenFile(file);
-    if (opened.bytes == nullptr)
-        return false;
-    std::vector<std::string> const names =
-        Tools::ReadModuleSymbols(Tools::ByteView(*opened.bytes)).exports;
-    return std::any_of(names.begin(), names.end(), [](std::string const& name) {
-        return name.find("WebServicesManager") != std::string::npos &&
-               name.find("IsInitialized") != std::string::npos;
-    });
+    Tools::SymbolBudget budget;
+    return opened.bytes != nullptr &&
+           !Tools::ReadModuleOffers(Tools::ByteView(*opened.bytes), NamesTheLibrary, budget)
+                .exports.empty();
 }
 
 void AddLibrary(fs::path const& file, Program& program)
