@@ -41,7 +41,12 @@ int ReadRegularFile(std::string const& file, std::string& content)
         return EINVAL;
     // A pipe may have taken its place since, and some files of the system wait for what is
     // to come though they are called regular: no call waits.
-    Descriptor const opened(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    constexpr int flags = O_RDONLY | O_NOCTTY | O_CLOEXEC;
+    int descriptor = ::open(file.c_str(), flags | O_NONBLOCK);
+    // A file server has a lease on it, which it gives up for one who waits a little.
+    if (descriptor < 0 && errno == EWOULDBLOCK)
+        descriptor = ::open(file.c_str(), flags);
+    Descriptor const opened(descriptor);
     if (opened.number < 0 || ::fstat(opened.number, &status) != 0)
         return errno;
     if (!S_ISREG(status.st_mode))

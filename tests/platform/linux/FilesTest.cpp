@@ -35,12 +35,15 @@ TEST(Files, ThatAPipeTakesThePlaceOfKeepNobodyWaiting)
     std::string const pipe = base + "/pipe";
     std::ofstream(file) << "text";
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    auto const exchange = [&] {
+        return ::renameat2(AT_FDCWD, file.c_str(), AT_FDCWD, pipe.c_str(), RENAME_EXCHANGE) == 0;
+    };
+    if (!exchange() || !exchange())
+        GTEST_SKIP() << "the file system of /tmp exchanges no files";
     std::atomic<bool> isOver{false};
     std::thread changing([&] {
-        while (!isOver) {
-            EXPECT_EQ(::renameat2(AT_FDCWD, file.c_str(), AT_FDCWD, pipe.c_str(), RENAME_EXCHANGE),
-                      0);
-        }
+        while (!isOver)
+            exchange();
     });
     std::wstring const wide(file.begin(), file.end());
     std::packaged_task<int()> read([&wide] {
