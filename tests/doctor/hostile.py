@@ -257,7 +257,7 @@ def LibraryWhereTheLoaderLooks(test):
 
 
 def PrivilegedProgram(test):
-    """One that gets more rights than its user has does not heed LD_LIBRARY_PATH."""
+    """One that gets more rights than its user has heeds neither LD_LIBRARY_PATH nor $ORIGIN."""
     if test.build.is_windows:
         skip("programs for Windows have no such rights")
     if os.geteuid() != 0:
@@ -281,6 +281,11 @@ def PrivilegedProgram(test):
     if starts():
         skip("this file system gives no program more rights")
     ended = place.diagnose(environment=environment)
+    assert ended.status == 1 and "is not where" in ended.last, ended.last
+    # The run path of the rig's program is $ORIGIN.
+    os.rename(elsewhere / library.name, library)
+    assert not starts()
+    ended = place.diagnose()
     assert ended.status == 1 and "is not where" in ended.last, ended.last
 
 

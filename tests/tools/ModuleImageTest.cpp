@@ -88,7 +88,7 @@ TEST(ModuleImage, ReadsNoMoreOfAllModulesTogetherThanTheBudgetHas)
     EXPECT_EQ(ReadModuleNeeds(ByteView(source), budget).flaw, "");
     EXPECT_EQ(budget.Limit(), "");
     EXPECT_FALSE(budget.TakeRecords(MostRecords)) << "it has taken some";
-    std::string const limit = "with it the modules have more than 16000000 symbols and "
+    std::string const limit = "with it the modules have more than 4000000 symbols and "
                               "relocations, the limit of what is looked at";
     EXPECT_EQ(budget.Limit(), limit);
     EXPECT_EQ(ReadModuleNeeds(ByteView(source), budget).flaw, limit);

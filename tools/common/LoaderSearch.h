@@ -33,12 +33,16 @@ std::string OwnNameOf(MappedModule const& module);
 /// As the loader compares names.
 std::string Comparable(std::string const& name);
 
+/// Whether the system runs a program with rights that its user does not have.
+bool IsPrivileged(std::filesystem::path const& program);
+
 /// The folders that the environment names for the modules of a program.
 std::vector<std::filesystem::path> EnvironmentFolders(std::filesystem::path const& program);
 
 /// Adds the folders of a module's run paths; behind the older ones come those of the
-/// module that needs it, if there is one.
-void AddRunPaths(MappedModule& module, MappedModule const* neededBy);
+/// module that needs it, if there is one. In a privileged program none counts that is
+/// named by the place of the module.
+void AddRunPaths(MappedModule& module, MappedModule const* neededBy, bool isPrivileged);
 
 /// Otherwise what a module of the system needs is the system's own affair.
 extern bool const SystemModulesAreFollowed;

@@ -34,7 +34,7 @@ std::string const& OwnMachine()
 
 ModuleGraph::ModuleGraph(fs::path const& program)
     : programFolder(program.parent_path()), environmentFolders(EnvironmentFolders(program)),
-      ownMachine(OwnMachine())
+      isPrivileged(IsPrivileged(program)), ownMachine(OwnMachine())
 {
     if (program.empty())
         return;
@@ -62,7 +62,7 @@ std::size_t ModuleGraph::Add(fs::path const& file, ModuleImage image, Place plac
     std::size_t const module = modules.size();
     MappedModule added{
         file, std::move(image), place, neededBy == NoModule ? module : neededBy, {}, {}, {}};
-    AddRunPaths(added, neededBy == NoModule ? nullptr : &modules[neededBy]);
+    AddRunPaths(added, neededBy == NoModule ? nullptr : &modules[neededBy], isPrivileged);
     CountText(added);
     modules.push_back(std::move(added));
     std::string const ownName = OwnNameOf(modules.back());

@@ -62,6 +62,7 @@ public:
     std::filesystem::path programFolder;
     /// Those that the environment names for this program.
     std::vector<std::filesystem::path> environmentFolders;
+    bool const isPrivileged;
 
     std::vector<MappedModule> modules; ///< the program first, if it is known
     std::vector<MissingModule> missing;

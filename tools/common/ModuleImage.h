@@ -100,7 +100,7 @@ ModuleImage ReadModuleImage(std::filesystem::path const& file);
 // No module needs more; what says so is damaged, or made to harm.
 constexpr std::size_t MostImports = 1024;
 constexpr std::size_t MostSymbols = 1000000;
-constexpr std::uint64_t MostRecords = 16000000;
+constexpr std::uint64_t MostRecords = 4000000;
 constexpr std::uint64_t MostSymbolText = std::uint64_t{64} << 20U;
 constexpr std::uint64_t LargestModule = std::uint64_t{1} << 30U;
 

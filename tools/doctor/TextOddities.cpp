@@ -83,7 +83,7 @@ public:
         if (isPath)
             Add("comma-in-path",
                 "is one path to the library, with a comma in it: \"" + value + "\"",
-                "write a semicolon between two paths");
+                "write a semicolon between them if two paths are meant");
         return isPath;
     }
 

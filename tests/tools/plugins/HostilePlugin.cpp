@@ -61,13 +61,18 @@ void ActAsProcess(std::string const& deed)
     if (deed == "copy")
         ::fork();
     // One that leaves the session and lives on.
-    if (deed.rfind("leave ", 0) == 0 && ::fork() == 0) {
+    bool const isOrphan = deed.rfind("orphan ", 0) == 0;
+    if ((isOrphan || deed.rfind("leave ", 0) == 0) && ::fork() == 0) {
         ::setsid();
         if (::fork() == 0) {
             ::sleep(3);
-            std::fclose(std::fopen(deed.substr(6).c_str(), "w"));
+            std::fclose(std::fopen(deed.substr(deed.find(' ') + 1).c_str(), "w"));
         }
         ::_exit(0);
+    }
+    if (isOrphan) {
+        ::kill(::getppid(), SIGKILL);
+        ::sleep(1);
     }
 }
 #endif

@@ -72,6 +72,8 @@ private:
     ::dup2(input, STDIN_FILENO);
     ::dup2(output, STDOUT_FILENO);
     ::dup2(nothing, STDERR_FILENO);
+    // What this program was started with is not the plugin's, the report above all.
+    ::close_range(STDERR_FILENO + 1, ~0U, 0);
     ::signal(SIGPIPE, SIG_DFL);
     ::signal(SIGCHLD, SIG_DFL);
     char* const arguments[] = {const_cast<char*>(program), nullptr};
@@ -227,8 +229,9 @@ void EndAllChildren()
     ::_exit(0);
 }
 
-// With the child, if the watcher does not see to it.
-void EndWatcher(pid_t watcher, pid_t child)
+// With what it has not seen to: the children of a watcher that was ended come to this
+// process.
+void EndWatcher(pid_t watcher)
 {
     constexpr std::chrono::seconds patience{4};
     Clock::time_point const deadline = Clock::now() + patience;
@@ -238,9 +241,7 @@ void EndWatcher(pid_t watcher, pid_t child)
             ::kill(watcher, SIGKILL);
         ::poll(nullptr, 0, 1);
     }
-    bool const hasSeenToIt = WIFEXITED(status);
-    if (!hasSeenToIt && child > 0)
-        ::kill(-child, SIGKILL);
+    EndAllChildren();
 }
 
 // What is there now; false at the end.
@@ -272,6 +273,7 @@ ChildRun RunChild(std::filesystem::path const& program, std::string const& input
         return run;
     }
     std::string const file = program.string();
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     pid_t const watcher = ::fork();
     if (watcher == 0)
         Watch(file.c_str(), channels);
@@ -315,14 +317,17 @@ ChildRun RunChild(std::filesystem::path const& program, std::string const& input
     }
     run.isStarted = news.child > 0;
     channels.control.write.Close();
-    EndWatcher(watcher, news.child);
+    EndWatcher(watcher);
     return run;
 }
 
 int TakeStandardOutput()
 {
     writer = ::getpid();
-    int const descriptor = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 64);
+    // Far from those that a plugin counts on; near, where there are not so many.
+    int descriptor = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 64);
+    if (descriptor < 0)
+        descriptor = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     int const nothing = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     for (int const stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         ::dup2(nothing, stream);

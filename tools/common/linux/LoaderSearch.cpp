@@ -98,25 +98,10 @@ void AddList(std::string const& list, char const* separators, fs::path const& or
         if (!entries.insert(entry).second)
             continue;
         std::string folder = entry.empty() ? "." : Expanded(entry, variables);
-        if (!folder.empty())
+        bool const hasNoOrigin = origin.empty() && entry.find("ORIGIN") != std::string_view::npos;
+        if (!folder.empty() && !hasNoOrigin)
             folders.emplace_back(std::move(folder));
     }
-}
-
-// Whether the system runs a program with rights that its user does not have.
-bool IsPrivileged(fs::path const& program)
-{
-    struct stat status {};
-    struct statvfs system {};
-    if (::stat(program.c_str(), &status) != 0 || ::statvfs(program.c_str(), &system) != 0 ||
-        (system.f_flag & ST_NOSUID) != 0)
-        return false;
-    bool const takesUser = (status.st_mode & S_ISUID) != 0 && status.st_uid != ::getuid();
-    bool const takesGroup = (status.st_mode & S_ISGID) != 0 && (status.st_mode & S_IXGRP) != 0 &&
-                            status.st_gid != ::getgid();
-    bool const takesCapabilities =
-        ::getuid() != 0 && ::getxattr(program.c_str(), "security.capability", nullptr, 0) > 0;
-    return takesUser || takesGroup || takesCapabilities;
 }
 
 // Below each folder, those for what the processor can do come first.
@@ -206,6 +191,21 @@ std::vector<fs::path const*> OwnFolders(ModuleGraph const& graph, std::size_t ne
 
 } // namespace
 
+bool IsPrivileged(fs::path const& program)
+{
+    struct stat status {};
+    struct statvfs system {};
+    if (::stat(program.c_str(), &status) != 0 || ::statvfs(program.c_str(), &system) != 0 ||
+        (system.f_flag & ST_NOSUID) != 0)
+        return false;
+    bool const takesUser = (status.st_mode & S_ISUID) != 0 && status.st_uid != ::getuid();
+    bool const takesGroup = (status.st_mode & S_ISGID) != 0 && (status.st_mode & S_IXGRP) != 0 &&
+                            status.st_gid != ::getgid();
+    bool const takesCapabilities =
+        ::getuid() != 0 && ::getxattr(program.c_str(), "security.capability", nullptr, 0) > 0;
+    return takesUser || takesGroup || takesCapabilities;
+}
+
 std::vector<fs::path> EnvironmentFolders(fs::path const& program)
 {
     std::vector<fs::path> folders;
@@ -216,9 +216,10 @@ std::vector<fs::path> EnvironmentFolders(fs::path const& program)
     return folders;
 }
 
-void AddRunPaths(MappedModule& module, MappedModule const* neededBy)
+void AddRunPaths(MappedModule& module, MappedModule const* neededBy, bool isPrivileged)
 {
-    fs::path const origin = module.file.parent_path();
+    // Whoever may link or move the file would name the folder then.
+    fs::path const origin = isPrivileged ? fs::path() : module.file.parent_path();
     AddList(module.image.runPath, ":", origin, module.folders);
     if (module.image.runPath.empty())
         AddList(module.image.inheritedRunPath, ":", origin, module.inheritedFolders);
@@ -272,8 +273,13 @@ std::string HintForModuleBeside()
 // The first place in which the loader looks and which this installation has to itself.
 std::string RemedyForMissing(std::string const& name, ModuleGraph const& graph, std::size_t needing)
 {
+    auto const isOfEnvironment = [&](fs::path const* folder) {
+        return std::any_of(graph.environmentFolders.begin(), graph.environmentFolders.end(),
+                           [&](fs::path const& known) { return &known == folder; });
+    };
+    // What the environment names is that of whoever asks, and not of who starts the program.
     for (fs::path const* const folder : OwnFolders(graph, needing))
-        if (folder->is_absolute())
+        if (folder->is_absolute() && !isOfEnvironment(folder))
             return "install " + name + " in " + Utf8(folder->lexically_normal());
     return "install " + name + " in /usr/" + OwnLibraryFolder() +
            ", or name its folder in LD_LIBRARY_PATH";

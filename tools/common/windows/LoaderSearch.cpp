@@ -117,6 +117,8 @@ std::vector<Candidate> CandidatesFor(std::string const& name, ModuleGraph const&
     return candidates;
 }
 
+bool IsPrivileged(fs::path const&) { return false; }
+
 std::vector<fs::path> EnvironmentFolders(fs::path const&)
 {
     static std::vector<fs::path> const folders = FoldersOfPath();
@@ -124,7 +126,7 @@ std::vector<fs::path> EnvironmentFolders(fs::path const&)
 }
 
 // There are none.
-void AddRunPaths(MappedModule&, MappedModule const*) {}
+void AddRunPaths(MappedModule&, MappedModule const*, bool) {}
 
 bool NamesPlace(std::string const& name) { return name.find_first_of("/\\:") != std::string::npos; }
 
