@@ -44,10 +44,11 @@ class OAuth2TokenSpec;
 /// of wrong types, Json::RuntimeError for one nested too deeply, and
 /// boost::filesystem::filesystem_error for a folder that may not be searched or a name
 /// that is too long; on Windows boost::system::system_error for a path with characters
-/// that the environment's locale (LC_ALL and so on) does not have; from the members that read a document of the plugin
-/// (GetOAuth2AccessToken with a token, InitiateLogout), Json::LogicError for values of
-/// wrong types, Json::RuntimeError for one nested too deeply, and for a token that is not
-/// base64 boost::archive::iterators::dataflow_exception or std::out_of_range. An Initialize that
+/// that the environment's locale (LC_ALL and so on) does not have; from the members that
+/// read a document of the plugin (GetOAuth2AccessToken with a token, InitiateLogout),
+/// Json::LogicError for values of wrong types, Json::RuntimeError for one nested too
+/// deeply, and for a token that is not base64
+/// boost::archive::iterators::dataflow_exception or std::out_of_range. An Initialize that
 /// threw has counted all the same: call Uninitialize before the next one.
 class HXSSO_API WebServicesManager {
 public:
