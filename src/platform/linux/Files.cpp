@@ -41,11 +41,12 @@ int ReadRegularFile(std::string const& file, std::string& content)
         return EINVAL;
     // A pipe may have taken its place since, and some files of the system wait for what is
     // to come though they are called regular: no call waits.
+    // But a file server may have a lease on it, which it gives up for one who waits a little.
     constexpr int flags = O_RDONLY | O_NOCTTY | O_CLOEXEC;
-    int descriptor = ::open(file.c_str(), flags | O_NONBLOCK);
-    // A file server has a lease on it, which it gives up for one who waits a little.
-    if (descriptor < 0 && errno == EWOULDBLOCK)
-        descriptor = ::open(file.c_str(), flags);
+    int descriptor = -1;
+    for (int const patience : {O_NONBLOCK, 0})
+        if (descriptor < 0 && (patience != 0 || errno == EWOULDBLOCK))
+            descriptor = ::open(file.c_str(), flags | patience);
     Descriptor const opened(descriptor);
     if (opened.number < 0 || ::fstat(opened.number, &status) != 0)
         return errno;

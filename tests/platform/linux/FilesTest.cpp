@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -75,4 +76,32 @@ TEST(Files, ThatAPipeTakesThePlaceOfKeepNobodyWaiting)
     letting.join();
     reading.join();
     std::filesystem::remove_all(base);
+}
+
+// As a file server has one, which gives it up when somebody else opens the file.
+TEST(Files, UnderALeaseAreWaitedFor)
+{
+    char file[] = "/tmp/hxsso-lease-XXXXXX";
+    int const holder = ::mkstemp(file);
+    ASSERT_GE(holder, 0);
+    ASSERT_EQ(::write(holder, "text", 4), 4);
+    auto const before = std::signal(SIGIO, SIG_IGN);
+    if (::fcntl(holder, F_SETLEASE, F_WRLCK) != 0) {
+        ::close(holder);
+        ::unlink(file);
+        GTEST_SKIP() << "the file system of /tmp has no leases";
+    }
+    std::thread givingUp([holder] {
+        while (::fcntl(holder, F_GETLEASE) == F_WRLCK)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        ::fcntl(holder, F_SETLEASE, F_UNLCK);
+    });
+    std::string const name = file;
+    EXPECT_EQ(Platform::ReadRegularFile(std::wstring(name.begin(), name.end()), std::ios::binary),
+              "text");
+    ::fcntl(holder, F_SETLEASE, F_UNLCK);
+    givingUp.join();
+    ::close(holder);
+    ::unlink(file);
+    std::signal(SIGIO, before);
 }
