@@ -122,19 +122,21 @@ void AddSimilar(Search const& search, std::vector<Hint>& hints)
                              "rename it to " + search.file});
 }
 
+Hint HintAtHidden(std::string const& hidden, std::string const& used, std::string const& otherwise)
+{
+    return {hidden + " is not used, since " + used + " comes first",
+            "remove " + used + " if " + hidden + " is the right one, or " + otherwise};
+}
+
 void AddHidden(Search const& search, std::string const& otherwise, std::vector<Hint>& hints)
 {
     auto const first =
         std::find_if(search.tried.begin(), search.tried.end(),
                      [](Directory const& directory) { return directory.finding == Finding::Hit; });
     for (Directory const& directory : search.tried) {
-        if (directory.finding != Finding::LaterHit || directory.isFirstAgain)
-            continue;
-        std::string const used = Joined(first->path, search.file);
-        std::string const hidden = Joined(directory.path, search.file);
-        hints.push_back(
-            {hidden + " is not used, since " + used + " comes first",
-             "remove " + used + " if " + hidden + " is the right one, or " + otherwise});
+        if (directory.finding == Finding::LaterHit && !directory.isFirstAgain)
+            hints.push_back(HintAtHidden(Joined(directory.path, search.file),
+                                         Joined(first->path, search.file), otherwise));
     }
 }
 
