@@ -192,7 +192,12 @@ template <class Action>
 void StartThreads(Action action)
 {
     for (int i = 0; i < ThreadCount; ++i)
-        LastingThreads().emplace_back(action);
+        LastingThreads().emplace_back([action] {
+            action();
+            // A thread that is done and not waited for is a leak to a sanitizer.
+            for (;;)
+                std::this_thread::sleep_for(std::chrono::hours(1));
+        });
 }
 
 HOST_PROGRAM(EndsWhileThreadsCall)
