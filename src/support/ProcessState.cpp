@@ -34,6 +34,13 @@ namespace {
 std::atomic<int> workUnderWay{0};
 thread_local int ownWorkUnderWay = 0;
 
+using Clock = std::chrono::steady_clock;
+
+bool IsWorkUnderWay(Clock::time_point limit)
+{
+    return workUnderWay > ownWorkUnderWay && Clock::now() < limit;
+}
+
 // Long enough for a busy machine, yet not for ever: what is under way may itself wait for
 // the thread that ends the process. That thread may end it from inside its own work, as
 // the constructors of a plugin do that calls exit.
@@ -41,9 +48,10 @@ void WaitForWork()
 {
     if (Platform::ThreadsEndBeforeModules())
         return;
-    auto const limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (workUnderWay > ownWorkUnderWay && std::chrono::steady_clock::now() < limit)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    auto const limit = Clock::now() + std::chrono::seconds(10);
+    constexpr std::chrono::milliseconds pause(1);
+    for (; IsWorkUnderWay(limit); std::this_thread::sleep_for(pause)) {
+    }
 }
 
 // A plugin that is let go may call the library from its destructors.
