@@ -30,6 +30,13 @@ public:
 
 } // namespace
 
+int OpenWithoutWaiting(char const* file)
+{
+    constexpr int flags = O_RDONLY | O_NOCTTY | O_CLOEXEC;
+    int const descriptor = ::open(file, flags | O_NONBLOCK);
+    return descriptor < 0 && errno == EWOULDBLOCK ? ::open(file, flags) : descriptor;
+}
+
 int ReadRegularFile(std::string const& file, std::string& content)
 {
     content.clear();
@@ -39,15 +46,7 @@ int ReadRegularFile(std::string const& file, std::string& content)
         return errno;
     if (!S_ISREG(status.st_mode))
         return EINVAL;
-    // A pipe may have taken its place since, and some files of the system wait for what is
-    // to come though they are called regular: no call waits.
-    // But a file server may have a lease on it, which it gives up for one who waits a little.
-    constexpr int flags = O_RDONLY | O_NOCTTY | O_CLOEXEC;
-    int descriptor = -1;
-    for (int const patience : {O_NONBLOCK, 0})
-        if (descriptor < 0 && (patience != 0 || errno == EWOULDBLOCK))
-            descriptor = ::open(file.c_str(), flags | patience);
-    Descriptor const opened(descriptor);
+    Descriptor const opened(OpenWithoutWaiting(file.c_str()));
     if (opened.number < 0 || ::fstat(opened.number, &status) != 0)
         return errno;
     if (!S_ISREG(status.st_mode))

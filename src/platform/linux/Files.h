@@ -4,6 +4,12 @@
 
 namespace Halvorix::Platform {
 
+/// A descriptor to read from, or -1 and errno. A pipe may have taken a file's place, and
+/// some files of the system wait for what is to come though they are called regular: no
+/// call waits for these. But a file server may have a lease on a file, which it gives up
+/// for one who waits a little.
+int OpenWithoutWaiting(char const* file);
+
 /// Reads a regular file to its end. 0, or why not: EINVAL for what is no regular
 /// file, which is not waited for.
 int ReadRegularFile(std::string const& file, std::string& content);

@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <system_error>
 
+#include "platform/linux/Files.h"
+
 namespace Halvorix::Tools {
 
 namespace {
@@ -73,11 +75,7 @@ OpenedFile OpenFile(std::filesystem::path const& file)
     if (std::string reason = WhyNotRegular(status); !reason.empty())
         return {nullptr, std::move(reason), true};
     // Whatever has taken its place since, the call returns.
-    constexpr int flags = O_RDONLY | O_CLOEXEC | O_NOCTTY;
-    int descriptor = ::open(file.c_str(), flags | O_NONBLOCK);
-    // A file server has a lease on it, which it gives up for one who waits a little.
-    if (descriptor < 0 && errno == EWOULDBLOCK)
-        descriptor = ::open(file.c_str(), flags);
+    int const descriptor = Platform::OpenWithoutWaiting(file.c_str());
     if (descriptor < 0)
         return NotOpened(errno);
     auto source = std::make_unique<FileSource>(descriptor);
