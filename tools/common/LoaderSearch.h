@@ -37,7 +37,8 @@ std::string Comparable(std::string const& name);
 bool IsPrivileged(std::filesystem::path const& program);
 
 /// The folders that the environment names for the modules of a program.
-std::vector<std::filesystem::path> EnvironmentFolders(std::filesystem::path const& program);
+std::vector<std::filesystem::path> EnvironmentFolders(std::filesystem::path const& program,
+                                                      bool isPrivileged);
 
 /// Adds the folders of a module's run paths; behind the older ones come those of the
 /// module that needs it, if there is one. In a privileged program none counts that is

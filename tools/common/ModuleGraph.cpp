@@ -33,9 +33,10 @@ std::string const& OwnMachine()
 }
 
 ModuleGraph::ModuleGraph(fs::path const& program)
-    : programFolder(program.parent_path()), environmentFolders(EnvironmentFolders(program)),
-      isPrivileged(IsPrivileged(program)), ownMachine(OwnMachine())
+    : programFolder(program.parent_path()), isPrivileged(IsPrivileged(program)),
+      ownMachine(OwnMachine())
 {
+    environmentFolders = EnvironmentFolders(program, isPrivileged);
     if (program.empty())
         return;
     ModuleImage image = ReadModuleImage(program);

@@ -62,7 +62,6 @@ public:
     std::filesystem::path programFolder;
     /// Those that the environment names for this program.
     std::vector<std::filesystem::path> environmentFolders;
-    bool const isPrivileged;
 
     std::vector<MappedModule> modules; ///< the program first, if it is known
     std::vector<MissingModule> missing;
@@ -85,14 +84,14 @@ private:
     std::size_t Search(std::string const& name, std::size_t needing, std::string& hint);
     std::size_t Take(std::filesystem::path const& file, Place place, std::size_t needing,
                      std::string& hint, bool& isStopped);
+    void CountText(MappedModule const& module);
 
+    bool const isPrivileged;
     std::string ownMachine;
     std::unordered_map<std::string, std::size_t> names; // as the loader compares them
     std::unordered_set<std::string> lost;
     mutable std::unordered_map<std::string, bool> folders;
     mutable std::size_t questions = 0;
-    void CountText(MappedModule const& module);
-
     std::size_t lookups = 0;
     std::uint64_t text = 0;
 };

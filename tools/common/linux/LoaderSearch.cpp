@@ -84,6 +84,12 @@ std::string Expanded(std::string_view text, Variables const& variables)
     return expanded.size() > LongestPath ? std::string() : expanded;
 }
 
+bool NamesOrigin(std::string_view entry)
+{
+    return entry.find("$ORIGIN") != std::string_view::npos ||
+           entry.find("${ORIGIN}") != std::string_view::npos;
+}
+
 // The folders of a list, each once. An empty entry is the current directory.
 void AddList(std::string const& list, char const* separators, fs::path const& origin,
              std::vector<fs::path>& folders)
@@ -98,7 +104,7 @@ void AddList(std::string const& list, char const* separators, fs::path const& or
         if (!entries.insert(entry).second)
             continue;
         std::string folder = entry.empty() ? "." : Expanded(entry, variables);
-        bool const hasNoOrigin = origin.empty() && entry.find("ORIGIN") != std::string_view::npos;
+        bool const hasNoOrigin = origin.empty() && NamesOrigin(entry);
         if (!folder.empty() && !hasNoOrigin)
             folders.emplace_back(std::move(folder));
     }
@@ -206,12 +212,12 @@ bool IsPrivileged(fs::path const& program)
     return takesUser || takesGroup || takesCapabilities;
 }
 
-std::vector<fs::path> EnvironmentFolders(fs::path const& program)
+std::vector<fs::path> EnvironmentFolders(fs::path const& program, bool isPrivileged)
 {
     std::vector<fs::path> folders;
     // Of what is looked at, and not of this program, which has no more rights than its user.
     char const* const variable = std::getenv("LD_LIBRARY_PATH");
-    if (variable != nullptr && !IsPrivileged(program))
+    if (variable != nullptr && !isPrivileged)
         AddList(variable, ":;", program.parent_path(), folders);
     return folders;
 }

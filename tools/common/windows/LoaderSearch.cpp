@@ -119,7 +119,7 @@ std::vector<Candidate> CandidatesFor(std::string const& name, ModuleGraph const&
 
 bool IsPrivileged(fs::path const&) { return false; }
 
-std::vector<fs::path> EnvironmentFolders(fs::path const&)
+std::vector<fs::path> EnvironmentFolders(fs::path const&, bool)
 {
     static std::vector<fs::path> const folders = FoldersOfPath();
     return folders;
