@@ -237,14 +237,20 @@ def LibraryThatLacksSymbols(test):
     assert lacks in ended.last, ended.last
 
 
-def LibraryWhereTheLoaderLooks(test):
-    if test.build.is_windows:
-        skip("programs for Windows have no run path")
-    place = test.whole()
+def move_library(test, place):
+    """Where no run path leads; the file as it was, and the folder in which it is now."""
     library = place.path("app/" + test.build.library)
     elsewhere = place.root / "elsewhere"
     elsewhere.mkdir()
     os.rename(library, elsewhere / library.name)
+    return library, elsewhere
+
+
+def LibraryWhereTheLoaderLooks(test):
+    if test.build.is_windows:
+        skip("programs for Windows have no run path")
+    place = test.whole()
+    library, elsewhere = move_library(test, place)
     ended = place.diagnose()
     assert ended.status == 1 and f"Fix: install {library.name} in {place.root}/app" in ended.lines
     environment = {"LD_LIBRARY_PATH": f"/nowhere:{elsewhere}"}
@@ -263,10 +269,7 @@ def PrivilegedProgram(test):
     if os.geteuid() != 0:
         skip("only root can give a program to somebody else")
     place = test.whole()
-    library = place.path("app/" + test.build.library)
-    elsewhere = place.root / "elsewhere"
-    elsewhere.mkdir()
-    os.rename(library, elsewhere / library.name)
+    library, elsewhere = move_library(test, place)
     environment = {"LD_LIBRARY_PATH": str(elsewhere)}
     program = place.path("app/" + test.build.program)
     place.replace("app/" + test.build.program, program.read_bytes())
