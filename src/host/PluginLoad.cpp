@@ -30,9 +30,8 @@ using FactoryProcedure = std::shared_ptr<ISSOClientFactory> (*)();
 bool SSOClientManager::AnnounceAndLoad()
 {
     // Every call without a factory says so again, on purpose.
-    std::wstring const library = Platform::LibraryFileName();
-    LogLine(Messages::Banner, library, Utf8ToWide(LibraryVersion), BuildName(),
-            ResolveModuleFile(library));
+    LogLine(Messages::Banner, Platform::LibraryFileName(), Utf8ToWide(LibraryVersion), BuildName(),
+            libraryFile);
     SetSupportFileSearchPaths(SupportFileSearchPaths());
     return LoadPlugin() && clientFactory;
 }

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "../../include/plugin/ISSOClientFactory.h"
+#include "../discovery/ModuleFiles.h"
 #include "../support/LibraryIdentity.h"
 #include "../support/LogSink.h"
 #include "../support/ProcessState.h"
@@ -39,14 +40,16 @@ std::unique_lock<std::recursive_mutex> LockAtProcessEnd()
 SSOClientManager::SSOClientManager() : SSOClientManager(&SSOClientManager::LogWrite) {}
 
 SSOClientManager::SSOClientManager(LogFunction log)
-    : SharedPathResolver(OwnVersion(), std::move(log))
+    : SharedPathResolver(OwnVersion(), std::move(log)),
+      libraryFile(ResolveModuleFile(Platform::LibraryFileName()))
 {
 }
 
 void SSOClientManager::CreateInstance()
 {
-    // The locale is code of this library, and the process keeps it. All before the lock:
-    // the loader may be busy with a module whose constructors wait for that.
+    // The locale is code of this library, and the process keeps it; the manager asks for the
+    // library's file. All before the lock: the loader may be busy with a module whose
+    // constructors wait for that.
     std::locale locale;
     std::locale ofTheCLibrary;
     if (WorkBeforeTheEnd const work; work.MayBegin()) {
@@ -54,11 +57,11 @@ void SSOClientManager::CreateInstance()
         locale = SystemLocale();
         ofTheCLibrary = LocaleOfTheCLibrary();
     }
+    auto manager = std::make_shared<SSOClientManager>();
     std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
     if (clientManager)
         return;
     releasePlugin = &SSOClientManager::ReleasePlugin;
-    auto manager = std::make_shared<SSOClientManager>();
     // Before anyone sees the manager: if this fails, the next use does both again.
     if (WorkBeforeTheEnd const work; work.MayBegin())
         SetProcessLocale(locale, ofTheCLibrary);

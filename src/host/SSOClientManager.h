@@ -69,6 +69,7 @@ private:
     bool GetFactory(std::wstring const& file);
     void SetUpPlugin();
 
+    std::wstring const libraryFile;                // as the process has it loaded
     Platform::ModuleHandle moduleHandle = nullptr; // never released
     std::shared_ptr<ISSOClientFactory> clientFactory;
     LoadState loadState = Untouched;

@@ -50,6 +50,7 @@ bool ThreadsEndBeforeModules() { return fakeSystem.threadsEndBeforeModules; }
 
 std::wstring LoadedModuleFile(std::wstring const& moduleName)
 {
+    ++fakeSystem.moduleQuestions;
     return moduleName == LibraryFileName() ? fakeSystem.library : std::wstring();
 }
 

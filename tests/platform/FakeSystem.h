@@ -29,6 +29,9 @@ struct FakeSystem {
     /// How often it was asked for the kind of this process.
     int processQuestions = 0;
 
+    /// How often it was asked for the file of a loaded module.
+    int moduleQuestions = 0;
+
     /// What was asked that changes something, in order.
     std::vector<std::wstring> calls;
 };

@@ -46,6 +46,21 @@ TEST_F(Seam, TheLoadReadsItsErrorAfterTheDependencyDirectoryIsRestored)
     SSOClientManager::ReleaseInstance();
 }
 
+// The loader may be busy, and each line is written with the lock held.
+TEST_F(Seam, ABannerAfterAFailedLoadAsksTheSystemForNoModule)
+{
+    SSOClientManager manager(
+        [this](std::wstring const& text, Log::LogLevel) { log.push_back(text); });
+    std::shared_ptr<ISSOClient> client;
+    manager.GetSSOClient(client);
+    int const questions = fakeSystem.moduleQuestions;
+    EXPECT_GE(questions, 1);
+    log.clear();
+    manager.GetSSOClient(client);
+    EXPECT_THAT(log, ElementsAre(HasSubstr(L" File: " + InFolder(L"HxSSOServices.dll"))));
+    EXPECT_EQ(fakeSystem.moduleQuestions, questions);
+}
+
 TEST_F(Seam, ALocationThatCannotBeReadIsPassedOver)
 {
     Write("SSOClient.config", "{}");
