@@ -282,8 +282,7 @@ std::wstring SSOClientPrivate::GetSSOClientConfigFileOverride()
 
 void SSOClientPrivate::SetSSOClientConfigFileOverride(std::wstring path)
 {
-    SSOClientManager::GetInstance()->Ask(
-        [&path](SSOPathResolver& resolver) { resolver.SetSSOClientConfigFileOverride(path); });
+    SSOClientManager::GetInstance()->SetSSOClientConfigFileOverride(path);
 }
 
 std::wstring SSOClientPrivate::GetLogFile()

@@ -27,14 +27,25 @@ std::wstring SSOPathResolver::GetSSOClientConfigFileOverride() const
 
 void SSOPathResolver::SetSSOClientConfigFileOverride(std::wstring path)
 {
+    if (AnnounceSSOClientConfigFileOverride(path))
+        StoreSSOClientConfigFileOverride(std::move(path));
+}
+
+bool SSOPathResolver::AnnounceSSOClientConfigFileOverride(std::wstring const& path)
+{
     // A load that failed counts as loaded.
     if (clientConfigState != NotLoaded) {
         LogLine(Messages::ConfigOverrideTooLate, path, clientConfigFile);
-        return;
+        return false;
     }
     // An earlier search result must not shadow the override.
     clientConfigFile.clear();
     LogLine(Messages::ConfigOverrideSet, path);
+    return true;
+}
+
+void SSOPathResolver::StoreSSOClientConfigFileOverride(std::wstring path)
+{
     clientConfigFileOverride = std::move(path);
 }
 

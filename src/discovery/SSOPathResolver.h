@@ -35,7 +35,10 @@ public:
     // The client configuration file.
     std::wstring GetSSOClientConfigFile();
     std::wstring GetSSOClientConfigFileOverride() const;
+    /// In two steps: what is told of an override, and whether it is taken; then its storing.
     void SetSSOClientConfigFileOverride(std::wstring path);
+    bool AnnounceSSOClientConfigFileOverride(std::wstring const& path);
+    void StoreSSOClientConfigFileOverride(std::wstring path);
 
     // The server application.
     std::wstring GetSSOServerAppPath();

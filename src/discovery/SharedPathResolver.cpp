@@ -51,6 +51,16 @@ void SharedPathResolver::Ask(Question const& question)
         std::rethrow_exception(failure);
 }
 
+void SharedPathResolver::SetSSOClientConfigFileOverride(std::wstring const& path)
+{
+    bool isTaken = false;
+    Ask([&](SSOPathResolver& resolver) {
+        isTaken = resolver.AnnounceSSOClientConfigFileOverride(path);
+    });
+    if (isTaken)
+        Ask([&](SSOPathResolver& resolver) { resolver.StoreSSOClientConfigFileOverride(path); });
+}
+
 // What was found out is not found out again, so that no line may be lost to a logger that
 // throws at another one; its first exception leaves.
 void SharedPathResolver::LogLines(std::vector<Line> const& lines)

@@ -44,6 +44,10 @@ public:
         return answer;
     }
 
+    /// Two questions: the logger that is told of an override still finds the one before,
+    /// and keeps it by throwing.
+    void SetSSOClientConfigFileOverride(std::wstring const& path);
+
 protected:
     void SetSupportFileSearchPaths(std::vector<std::wstring> const& paths);
 

@@ -2,6 +2,7 @@
 
 #include <iostream>
 #include <sstream>
+#include <stdexcept>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -88,4 +89,26 @@ TEST(Resolver, LosesItsLinesWithoutACallback)
     EXPECT_EQ(resolver.GetSSOServerProcessName(), "Halvorix.SSO.DefaultServer-v2");
     EXPECT_EQ(console.Text(), L"");
     EXPECT_TRUE(earlyLogQueue.IsEmpty());
+}
+
+TEST(Resolver, TellsOfAnOverrideBeforeItIsStored)
+{
+    std::vector<std::wstring> seen;
+    bool throws = false;
+    SSOClientManager* asked = nullptr;
+    SSOClientManager manager([&](std::wstring const& text, Log::LogLevel) {
+        if (text.find(L"override set to") == std::wstring::npos)
+            return;
+        seen.push_back(asked->Ask(&SSOPathResolver::GetSSOClientConfigFileOverride));
+        if (throws)
+            throw std::runtime_error("full");
+    });
+    asked = &manager;
+    manager.SetSSOClientConfigFileOverride(L"first");
+    manager.SetSSOClientConfigFileOverride(L"second");
+    EXPECT_EQ(manager.Ask(&SSOPathResolver::GetSSOClientConfigFile), L"second");
+    throws = true;
+    EXPECT_THROW(manager.SetSSOClientConfigFileOverride(L"third"), std::runtime_error);
+    EXPECT_EQ(manager.Ask(&SSOPathResolver::GetSSOClientConfigFileOverride), L"second");
+    EXPECT_EQ(seen, (std::vector<std::wstring>{L"", L"first", L"second"}));
 }
