@@ -9,6 +9,9 @@
 
 using Rig::Installation;
 using Rig::Outcome;
+using testing::AnyOf;
+using testing::Contains;
+using testing::EndsWith;
 
 namespace {
 
@@ -167,4 +170,33 @@ TEST_F(Unload, KeepsItsFolderWhereverTheHostHasGone)
     EXPECT_EQ(
         outcome.LoggedAt(Rig::Info, "Found client config file at {root}/lib/SSOClient.config"), 1);
     EXPECT_EQ(outcome.LoggedAt(Rig::Info, Rig::Banner()), 1);
+}
+
+// On Windows the library asks for its own file with room for 260 units: what is cut away
+// it does not know, and a folder that is cut holds no files of its own.
+TEST_F(Unload, NamesALongLibraryAsFarAsThereIsRoom)
+{
+    std::string const file = Rig::LibraryFiles().front();
+    std::size_t const root = installation.Text("app").size() - 4;
+    for (std::size_t const length : {258, 259, 260, 261, 300}) {
+        SCOPED_TRACE(length);
+        std::string const folder(length - root - 2 - file.size(), 'x');
+        installation.Folder(folder);
+        std::filesystem::copy_file(installation.Path("lib/" + file),
+                                   installation.Path(folder + "/" + file));
+        installation.ClientConfig("{}", folder);
+        std::string const library = folder + "/" + file;
+        Outcome const outcome = installation.Run("UnbindsAfterUse", {installation.Text(library)});
+        EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
+        EXPECT_EQ(outcome["program"], "returned");
+        std::string const told = "{root}/" + library;
+        std::size_t const room = Rig::IsWindows() ? 260 - root + 6 : told.size();
+        // Not all systems count the terminator in.
+        EXPECT_THAT(outcome.console,
+                    Contains(AnyOf(EndsWith("File: " + told.substr(0, room) + ")"),
+                                   EndsWith("File: " + told.substr(0, room - 1) + ")"))));
+        bool const isFound = outcome.OnConsole("Found client config file at {root}/" + folder +
+                                               "/SSOClient.config") == 1;
+        EXPECT_EQ(isFound, !Rig::IsWindows() || folder.size() + 7 <= room - 1);
+    }
 }
