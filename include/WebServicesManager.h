@@ -36,9 +36,9 @@ class OAuth2TokenSpec;
 /// Exceptions: the library throws none of its own and catches none. What reaches the caller:
 /// - from any call, whatever the plugin throws, and std::bad_alloc;
 /// - from a call that loads the plugin, so from any first one: Json::LogicError for wrong types in
-///   a configuration file, Json::RuntimeError for one nested too deeply,
-///   boost::filesystem::filesystem_error for a folder that may not be searched or a name too long,
-///   on Windows boost::system::system_error for characters that the environment's locale lacks;
+///   a configuration file, Json::RuntimeError for one nested too deeply; filesystem_error of Boost
+///   for a folder that may not be searched (on Linux also for a name too long), on Windows its
+///   system_error for a path with characters above U+FFFF or that the environment's locale lacks;
 /// - from GetOAuth2AccessToken with a token and InitiateLogout, which read a document: those of
 ///   Json, and boost::archive::iterators::dataflow_exception or std::out_of_range for bad base64.
 class HXSSO_API WebServicesManager {
