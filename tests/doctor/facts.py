@@ -104,6 +104,23 @@ def Location(test):
     line_of(ended, "ssoServer.searchPaths", "/server", "(registry)")
 
 
+def LocationOfTheRegistry(test):
+    """A value that the library does not read as what was meant."""
+    if not test.build.is_windows:
+        skip("only the other system has a registry")
+    place = test.whole().write("app/SSOClient.config", "{}")
+    with place:
+        place.leave_location("x" * 511)
+        assert "is longer than" not in place.diagnose().last
+        place.leave_location("x" * 512)
+        assert "; the registry value Location is longer than 511 char" in place.diagnose().last
+        place.registry("add", rig.LOCATION_KEY, "/v", "Location", "/t", "REG_DWORD", "/d", "7",
+                       "/f")
+        assert place.diagnose().last.endswith("; the registry value Location is not a text")
+        place.registry("delete", rig.LOCATION_KEY, "/v", "Location", "/f")
+        assert place.diagnose().last.endswith("; the registry value Location is not in its key")
+
+
 def FileOfTheWorkingDirectory(test):
     place = test.whole()
     os.rename(place.root / "app/SSOClient.config", place.root / "work/SSOClient.config")

@@ -116,6 +116,14 @@ def PipesInTheInstallation(test):
         assert ended.last, relative
         assert ended.status == (0 if relative == "app/SSOClient.config" else 1) or \
             "SSOClient.config" in ended.last, (relative, ended.last)
+    place = test.whole().write("app/SSOClient.config", "{}")
+    location = "xdg/Halvorix/HxSSO/Location"
+    place.path(location).parent.mkdir(parents=True)
+    os.mkfifo(place.path(location))
+    ended = place.diagnose()
+    assert ended.last.endswith("; the file Location of the server application is a pipe, not a file")
+    assert "Fix: put a file with the server application's directory in place of " + \
+        str(place.path(location)) in ended.lines, ended.output
 
 
 def SettingsOfAnySize(test):

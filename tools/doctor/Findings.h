@@ -126,6 +126,7 @@ struct ClientConfig {
     std::optional<ParseError> parseError;
     bool hasLocation = false; ///< the last search path is the registry's
     std::optional<UnaskedLocation> unasked;
+    std::vector<Oddity> locationOddities; ///< whether it is asked or not
     std::vector<KeyValue> keys;
     std::vector<Oddity> oddities;
 };
