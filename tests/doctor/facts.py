@@ -139,6 +139,41 @@ def CircularDirectory(test):
     ended = place.diagnose()
     assert ended.status == 1 and "with an exception" in ended.last, ended.last
     line_of(place.diagnose("--verbose"), "/app/circle  ", "cannot be looked at")
+    assert f"Fix: put the file or folder itself in place of {place.root}/app/circle" in ended.lines
+
+
+def LinksInACircle(test):
+    """Each is told by its name, over whatever other links it leads to itself."""
+    if test.build.is_windows:
+        skip("links that lead in a circle are not made there")
+    ends = "the library ends the {} with an exception: "
+    for relative, during in (
+        ("server/plugin/RecordingPlugin.so", "look for the client plugin's file"),
+        ("server/openssl/openssl.so", "look for the OpenSSL module's file"),
+        ("server/openssl", "look for the OpenSSL module's file"),
+        ("server/plugin", "look for the client plugin's file"),
+        ("server/HxSSO.exe", "choice of the client plugin"),
+        ("app/SSOClient.config", "choice of the client plugin"),
+        (harness.COMPATIBILITY, "choice of the client plugin"),
+    ):
+        place = test.whole()
+        link = place.path(relative)
+        os.rename(link, place.root / "away")
+        os.symlink("other", link)
+        os.symlink(link.name, link.parent / "other")
+        ended = place.diagnose()
+        assert ended.status == 1, ended.output
+        assert ended.last == ends.format(during) + f"{link} is a link that leads in a circle"
+        assert f"Fix: put the file or folder itself in place of {link}" in ended.lines
+    place = test.whole()
+    library = place.path("app/" + test.build.library)
+    library.unlink()
+    os.symlink(library.name, library)
+    assert place.diagnose().last.endswith(
+        f": the one in {place.root}/app is a link that leads in a circle")
+    for option in ("--library", "--exe"):
+        ended = place.run(option, str(library))
+        assert ended.status == 2 and f"{library} is a link that leads in a circle" in ended.errors
 
 
 def LibraryOfOtherVersion(test):

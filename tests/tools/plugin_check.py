@@ -760,7 +760,7 @@ def FilesAtWhichTheLoaderStops():
         (lambda: os.mkdir(first), "a is a folder, not a file"),
         (lambda: os.mkfifo(first), "a is a pipe, not a file"),
         (lambda: os.symlink("/dev/null", first), "a is a device, not a file"),
-        (lambda: os.symlink("PluginDependency.so", first), "a cannot be opened: "),
+        (lambda: os.symlink("PluginDependency.so", first), "a is a link that leads in a circle"),
         (lambda: os.symlink("/nonexistent", first), ""),
         (lambda: pathlib.Path(first).touch(), "a is no module"),
     ):

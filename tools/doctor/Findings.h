@@ -62,6 +62,7 @@ struct Presence {
     bool isThere = false;
     std::string reason;        ///< why it cannot be looked at, which counts as not there
     bool isDenied = false;     ///< and that is why
+    std::string circle;        ///< or that: a link that leads to itself
     std::string flaw;          ///< of one that is there: "is a folder, not a file"
     std::string similar;       ///< for one that is not: a file whose name is nearly the same
     bool isBelowFile = false;  ///< what should be its folder is a file
@@ -206,6 +207,7 @@ struct Interruption {
     std::string text;
     bool isAfterPlugin = false; ///< the plugin is in use by then
     bool isDenied = false;      ///< the user has no right to look there
+    std::string circle;         ///< there is a link that leads to itself
 };
 
 struct LogLine {

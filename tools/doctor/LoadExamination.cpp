@@ -23,7 +23,7 @@ void ExamineRealLoad(Options const& options, Findings& findings)
         } else if (record.isMember("interruption")) {
             load.isInterrupted = true;
             findings.interruptions.push_back(
-                {"the load", Tools::TextOf(record, "interruption"), true});
+                {"the load", Tools::TextOf(record, "interruption"), true, false, {}});
         } else if (record["worked"].isBool()) {
             load.worked = record["worked"].asBool();
         }

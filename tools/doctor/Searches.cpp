@@ -39,6 +39,7 @@ Presence Look(Name const& name)
     } catch (std::exception const& exception) {
         presence.reason = Tools::Presentable(exception.what());
         presence.isDenied = IsDenial(exception);
+        presence.circle = CircleOf(exception);
     }
     return presence;
 }
@@ -74,6 +75,12 @@ bool IsDenial(std::exception const& exception)
 {
     auto const* const error = dynamic_cast<boost::filesystem::filesystem_error const*>(&exception);
     return error != nullptr && error->code() == boost::system::errc::permission_denied;
+}
+
+std::string CircleOf(std::exception const& exception)
+{
+    auto const* const error = dynamic_cast<boost::filesystem::filesystem_error const*>(&exception);
+    return error == nullptr ? std::string() : Tools::Utf8(CircleIn(error->path1().native()));
 }
 
 Presence LookFor(std::wstring const& file) { return Look(file); }
