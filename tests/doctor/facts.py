@@ -142,6 +142,27 @@ def CircularDirectory(test):
     assert f"Fix: put the file or folder itself in place of {place.root}/app/circle" in ended.lines
 
 
+def UpBehindALink(test):
+    """The file that is looked at is the one that is loaded."""
+    if test.build.is_windows:
+        skip("that system leaves it out of the text")
+    place = test.whole()
+    os.makedirs(place.root / "far/below")
+    os.symlink(place.root / "far/below", place.root / "server/link")
+    whole = harness.compatibility(place)
+    whole["ssoClientPlugin"][0]["modulePath"] = "%SSOServerAppPath%/link/../plugin"
+    place.write(COMPATIBILITY, json.dumps(whole))
+    os.rename(place.root / "server/plugin", place.root / "far/plugin")
+    assert place.diagnose("--load").last == rig.CAN_WORK
+    # Of this name by its text alone.
+    place.place("server/plugin/RecordingPlugin.so", "PlainNamePlugin.so")
+    assert place.diagnose("--load").last == rig.CAN_WORK
+    # The library, too.
+    os.rename(place.path("app/" + test.build.library), place.root / "far/Library.so")
+    named = str(place.root / "server/link/../Library.so")
+    assert place.diagnose("--load", "--library", named).last == rig.CAN_WORK
+
+
 def LinksInACircle(test):
     """Each is told by its name, over whatever other links it leads to itself."""
     if test.build.is_windows:
