@@ -227,6 +227,21 @@ def LibraryLacksWhatItNeeds(test):
     assert place.diagnose("--load").last == rig.CAN_WORK
 
 
+def LibraryThatIsNamed(test):
+    """Its own dependencies count, and not those of one of its name that the program finds."""
+    needed = "libjsoncpp.dll" if test.build.is_windows else "libjsoncpp.so.25"
+    gone = needed.replace("json", "jsxn")
+    name = test.build.library
+    place = test.whole().place("other/" + name, name)
+    option = ("--library", test.build.spelled(place.root / "other" / name))
+    rename_needed(place, "app/" + name, needed, gone)
+    assert f"app/{name}: dependencies: {gone}" in place.diagnose().last
+    assert place.diagnose("--load", *option).last == rig.CAN_WORK
+    place.place("app/" + name, name)
+    rename_needed(place, "other/" + name, needed, gone)
+    assert f"other/{name}: dependencies: {gone}" in place.diagnose(*option).last
+
+
 def LibraryThatLacksSymbols(test):
     """What it needs is there under the right name, and is another one."""
     place = test.whole()

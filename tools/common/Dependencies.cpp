@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 std::size_t LoadLibraryInto(ModuleGraph& graph, Host const& host)
 {
     for (std::size_t i = 0; i < graph.modules.size(); ++i)
-        if (graph.modules[i].file.filename() == host.library.filename())
+        if (graph.modules[i].file == host.library)
             return i;
     ModuleImage image = ReadModuleImage(host.library);
     if (image.machine != OwnMachine() || !image.flaw.empty())
@@ -137,7 +137,7 @@ std::vector<fs::path> InOrderOfNeed(ModuleGraph const& graph, std::size_t plugin
 
 Dependencies FindDependencies(fs::path const& plugin, ModuleImage const& image, Host const& host)
 {
-    ModuleGraph graph(host.program);
+    ModuleGraph graph(host.program, host.library);
     std::size_t const library = LoadLibraryInto(graph, host);
     graph.dependencyFolder = plugin.parent_path();
     std::size_t const module = graph.Load(plugin, image, library);
@@ -153,7 +153,7 @@ Dependencies FindDependencies(fs::path const& plugin, ModuleImage const& image, 
 
 LibraryDependencies FindLibraryDependencies(Host const& host)
 {
-    ModuleGraph graph(host.program);
+    ModuleGraph graph(host.program, host.library);
     std::size_t const library = LoadLibraryInto(graph, host);
     LibraryDependencies found;
     if (library == ModuleGraph::NoModule)

@@ -47,7 +47,9 @@ struct MissingModule {
 class ModuleGraph {
 public:
     /// With the program whose process it is; one that cannot be read still has its folder.
-    explicit ModuleGraph(std::filesystem::path const& program);
+    /// @param library  the file that is taken for the library, wherever the loader would
+    ///                 find one; empty: the loader's
+    explicit ModuleGraph(std::filesystem::path const& program, std::filesystem::path library = {});
     ModuleGraph(ModuleGraph const&) = delete;
     ModuleGraph& operator=(ModuleGraph const&) = delete;
 
@@ -86,6 +88,7 @@ private:
                      std::string& hint, bool& isStopped);
     void CountText(MappedModule const& module);
 
+    std::filesystem::path const givenLibrary;
     bool const isPrivileged;
     std::string ownMachine;
     std::unordered_map<std::string, std::size_t> names; // as the loader compares them
@@ -95,6 +98,9 @@ private:
     std::size_t lookups = 0;
     std::uint64_t text = 0;
 };
+
+/// Whether a module that is needed by this name is the library.
+bool IsLibraryName(std::string const& name);
 
 /// What this system calls its own processor, for images of its format.
 std::string const& OwnMachine();
