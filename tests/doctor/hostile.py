@@ -202,6 +202,54 @@ def ManyEntries(test):
         assert many < 24 * max(few, 0.05), entry
 
 
+def ManyValues(test):
+    """Told as what they are by a line that names the limit, in little time and memory."""
+    if test.build.is_windows:
+        skip("Wine tells no time of a process")
+    import resource
+
+    for what, limit in (("{}," * 1000000, "300000 values"), ("1," * 1500000, "300000 values"),
+                        ("{}," * 290000, "40000 entries of ssoClientPlugin"),
+                        ("1," * 290000, "40000 entries of ssoClientPlugin")):
+        place = test.whole().write(COMPATIBILITY, '{"ssoClientPlugin": [' + what + "1]}")
+        used = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime
+        ended = place.diagnose()
+        used = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime - used
+        line_of(ended, "wrong: ", f"{COMPATIBILITY} has more than {limit}, the limit of what is")
+        assert "Fix: put the right file there, or install the file again" in ended.lines
+        peak = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss >> 10
+        print(f"{used:.2f} s, {peak} MiB, {len(ended.output)} characters")
+        assert used < 15 and peak < 800 and len(ended.output) < 10000, (used, peak)
+    place = test.whole().write("app/SSOClient.config", '{"a": [' + "1," * 400000 + "1]}")
+    line_of(place.diagnose(), "wrong: ", "app/SSOClient.config has more than 300000 values")
+
+
+def FolderOfManySpellings(test):
+    """Each folder is listed once."""
+    if test.build.is_windows:
+        skip("Wine tells no time of a process")
+    import resource
+
+    place = test.whole()
+    (place.root / "many").mkdir()
+    for number in range(10000):
+        (place.root / f"many/{number}").touch()
+    (place.root / "many/hxsso.EXE").touch()
+
+    def seconds(count):
+        paths = ";".join("{root}/many" + "/../many" * number for number in range(count))
+        place.write("app/SSOClient.config", json.dumps({"ssoServer": {"searchPaths": paths}}))
+        used = resource.getrusage(resource.RUSAGE_CHILDREN)
+        ended = place.diagnose()
+        after = resource.getrusage(resource.RUSAGE_CHILDREN)
+        assert "Fix: rename it to HxSSO.exe" in ended.lines, ended.output
+        return after.ru_utime + after.ru_stime - used.ru_utime - used.ru_stime
+
+    few, many = seconds(1), seconds(200)
+    print(f"1 spelling {few:.2f} s, 200 spellings {many:.2f} s")
+    assert many < few + 4
+
+
 def rename_needed(place, relative, name, other):
     """The file then needs a module of another name, as long as the first one's."""
     data = place.path(relative).read_bytes()

@@ -18,7 +18,7 @@ struct Position {
 };
 
 /// Why nothing comes of a file.
-enum class Damage { NotJson, NotOpened, NoFile, Empty, Utf16, ByteOrderMark, TooDeep };
+enum class Damage { NotJson, NotOpened, NoFile, Empty, Utf16, ByteOrderMark, TooDeep, TooLarge };
 
 struct ParseError {
     Damage damage = Damage::NotJson;

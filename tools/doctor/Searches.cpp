@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <filesystem>
+#include <map>
 
 #include <boost/filesystem/exception.hpp>
 
@@ -53,6 +54,15 @@ Search LookThrough(std::wstring const& file, std::vector<std::wstring> const& di
         return search;
     bool isHit = false;
     std::filesystem::path hit;
+    // One folder may be spelled in thousands of ways, and each has to be listed.
+    std::map<std::filesystem::path, std::string> listed;
+    auto const similarIn = [&](std::wstring const& directory) {
+        std::filesystem::path const folder = Tools::ExecutableAsRun(Tools::FromWide(directory));
+        auto const [known, isNew] = listed.try_emplace(folder);
+        if (isNew)
+            known->second = SimilarName(folder, search.file);
+        return known->second;
+    };
     for (std::wstring const& directory : directories) {
         Finding const finding = Look(file, directory, !isHit);
         isHit = isHit || finding == Finding::Hit;
@@ -65,8 +75,7 @@ Search LookThrough(std::wstring const& file, std::vector<std::wstring> const& di
             search.tried.back().isFirstAgain = std::filesystem::equivalent(
                 hit, Tools::FromWide(SSOServices::JoinPath(directory, file)), unknown);
         if (finding == Finding::NoFile)
-            search.tried.back().similar =
-                SimilarName(directory.empty() ? "." : Tools::FromWide(directory), search.file);
+            search.tried.back().similar = similarIn(directory.empty() ? L"." : directory);
     }
     return search;
 }
