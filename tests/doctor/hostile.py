@@ -270,6 +270,11 @@ def LibraryLacksWhatItNeeds(test):
         f"the library {spelled}: dependencies: {gone}, which {test.build.library} needs, "
         "is missing"), ended.last
     assert not (place.root / "record").exists()
+    # The plugin needs the library, and so is told of it too.
+    fixes = [line for line in ended.lines if line.startswith("Fix: ") and gone in line]
+    assert len(fixes) == 2 and fixes[0] == fixes[1], fixes
+    folder = test.build.spelled(place.root / "app") if test.build.is_windows else "/usr/"
+    assert fixes[0].startswith(f"Fix: install {gone} in {folder}"), fixes
     # And it is well again where the remedy leads.
     place.place("app/" + test.build.library, test.build.library)
     assert place.diagnose("--load").last == rig.CAN_WORK

@@ -139,7 +139,7 @@ Dependencies FindDependencies(fs::path const& plugin, ModuleImage const& image, 
 {
     ModuleGraph graph(host.program, host.library);
     std::size_t const library = LoadLibraryInto(graph, host);
-    graph.dependencyFolder = plugin.parent_path();
+    graph.NameDependencyFolder(plugin.parent_path());
     std::size_t const module = graph.Load(plugin, image, library);
     Dependencies found;
     Divide(graph, module, found);

@@ -50,6 +50,12 @@ ModuleGraph::ModuleGraph(fs::path const& program, fs::path library)
         Load(program, std::move(image), NoModule);
 }
 
+void ModuleGraph::NameDependencyFolder(fs::path const& folder)
+{
+    dependencyFolder = folder;
+    firstDependent = modules.size();
+}
+
 std::size_t ModuleGraph::Find(std::string const& name) const
 {
     auto const found = names.find(Comparable(name));

@@ -59,8 +59,11 @@ public:
     /// @param loadedBy  the module whose code loads it, or NoModule
     std::size_t Load(std::filesystem::path const& file, ModuleImage image, std::size_t loadedBy);
 
-    /// Folder that the library names while it loads; empty: none.
+    /// Folder that the library names while it loads; empty: none. It counts for the modules
+    /// that are added from then on.
+    void NameDependencyFolder(std::filesystem::path const& folder);
     std::filesystem::path dependencyFolder;
+    std::size_t firstDependent = NoModule;
     std::filesystem::path programFolder;
     /// Those that the environment names for this program.
     std::vector<std::filesystem::path> environmentFolders;
