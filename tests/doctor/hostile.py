@@ -386,6 +386,37 @@ def DependencyByTheProgramsRunPath(test):
     assert "the plugin declines" in ended.last, ended.last
 
 
+def SymbolsOfTheProgram(test):
+    """A plugin may take what the program has loaded, or has itself, and need neither by name."""
+    if test.build.is_windows:
+        skip("modules for Windows name each one from which they take something")
+    place = test.installation("plugin-lacks-a-dependency")
+    plugin = place.path("server/plugin/DependentPlugin.so")
+    place.replace("server/plugin/DependentPlugin.so", plugin.read_bytes())
+    elf.retag(plugin, elf.NEEDED, elf.DEBUG)
+    ended = place.diagnose()
+    assert "needs the symbol _Z13UseDependencyv, which no module has" in ended.last, ended.last
+    # What the program needs by name serves all that is loaded later.
+    needed = [test.build.library, "libDependency.so"]
+    program = place.path("app/" + test.build.program)
+    program.unlink()  # it may be a link to the build's
+    elf.write(program, needed=needed, runpath="$ORIGIN")
+    place.place("app/libDependency.so", "PluginDependency.so")
+    for option in ("--load", "--log"):
+        ended = place.diagnose(option, "--verbose")
+        line_of(ended, "ok", "load", "loaded")
+        assert "the plugin declines" in ended.last, ended.last
+    # The program itself is not started.
+    place.path("app/libDependency.so").unlink()
+    elf.write(program, needed=needed[:1], runpath="$ORIGIN", strings=b"_Z13UseDependencyv\0",
+              symbols=[(0, 1)])
+    assert place.diagnose().status == 0
+    ended = place.diagnose("--log", "--verbose")
+    assert ended.status == 0 and ended.last == "nothing wrong found; the plugin was not loaded, " \
+        "since it takes symbols from the program itself", ended.last
+    line_of(ended, "note", "load", "not tried: it takes _Z13UseDependencyv from the program itself")
+
+
 def LibraryForTheOtherSystem(test):
     place = test.whole()
     foreign = b"\x7fELF\x02\x01\x01" + bytes(2000) if test.build.is_windows else b"MZ" + bytes(2000)

@@ -25,6 +25,10 @@ std::filesystem::path AsOpened(std::filesystem::path const& file);
 std::filesystem::path ExecutableAsRun(std::filesystem::path const& file);
 std::filesystem::path ModuleAsLoaded(std::filesystem::path const& file);
 
+/// Has a module that is loaded serve the symbols of those that come after it, as what a
+/// program itself needs does where the system tells modules apart.
+void ServeSymbols(std::filesystem::path const& module);
+
 /// What holds the server application's directory, for a sentence.
 std::string NameOfLocation();
 

@@ -192,7 +192,8 @@ struct Plugin {
     Presence presence;
     std::vector<Tools::Check> fileChecks;     ///< without running any of it
     std::vector<std::filesystem::path> first; ///< in the program's process before it
-    std::vector<Tools::Check> loadChecks;     ///< empty unless it was asked for
+    std::string ofProgram; ///< a symbol that it takes from the program itself; empty: none
+    std::vector<Tools::Check> loadChecks; ///< empty unless it was asked for
 };
 
 struct OpenSsl {

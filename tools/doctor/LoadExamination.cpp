@@ -8,6 +8,8 @@ namespace Halvorix::Doctor {
 
 void ExamineRealLoad(Options const& options, Findings& findings)
 {
+    if (!findings.plugin.ofProgram.empty())
+        return; // said of the load before
     findings.load = RealLoad();
     RealLoad& load = *findings.load;
     Json::Value request;

@@ -1,5 +1,6 @@
 #include "../System.h"
 
+#include <dlfcn.h>
 #include <unistd.h>
 
 #include "../Utf8.h"
@@ -52,6 +53,11 @@ std::filesystem::path ModuleAsLoaded(std::filesystem::path const& file)
 {
     std::filesystem::path const absolute = AsOpened(file);
     return ExecutableAsRun(absolute.parent_path()) / absolute.filename();
+}
+
+void ServeSymbols(std::filesystem::path const& module)
+{
+    ::dlopen(module.c_str(), RTLD_NOW | RTLD_NOLOAD | RTLD_GLOBAL);
 }
 
 std::string NameOfLocation() { return "the file Location of the server application"; }

@@ -39,6 +39,9 @@ std::filesystem::path ModuleAsLoaded(std::filesystem::path const& file)
     return ExecutableAsRun(file);
 }
 
+// All symbols are taken from a module by its name.
+void ServeSymbols(std::filesystem::path const&) {}
+
 std::string NameOfLocation() { return "the registry value Location"; }
 
 std::string FileVersionOf(std::filesystem::path const& file)
