@@ -10,7 +10,8 @@ namespace Halvorix::SSOServices {
 
 /// Control of the sign-on server, which is a process that the plugin starts and
 /// talks to. From any thread; a call blocks for as long as the plugin takes,
-/// with no lock held. Timeouts are passed on unchecked. No Initialize is needed.
+/// with no lock held. Timeouts are passed on unchecked. No Initialize is needed. With no
+/// plugin a bool is false, a count 0, and an id stays as it was.
 /// Exceptions of the plugin reach the caller, and those of a first call, which loads it
 /// (WebServicesManager lists them).
 class HXSSO_API SSOServerManager {
@@ -25,15 +26,13 @@ public:
     static int GetSSOServerAppFile(wchar_t* buffer, int capacity);
     /// The server's executable, by the same rules.
     static int GetSSOServerAppExeFile(wchar_t* buffer, int capacity);
-    /// With no plugin false, and the id stays as it was.
+    /// The plugin sets the id.
     static bool StartSSOServerProcess(std::chrono::milliseconds timeout, long long& processId);
-    static bool IsSSOServerProcessRunning(); ///< False with no plugin.
-    /// With no plugin false, and the id stays as it was.
-    static bool IsSSOServerProcessRunning(long long& processId);
-    static bool IsSSOServerProcessReady();                               ///< False with no plugin.
-    static bool QuitSSOServerProcess(std::chrono::milliseconds timeout); ///< False with no plugin.
-    /// False with no plugin.
-    static bool QuitAllSSOServerProcesses(std::chrono::milliseconds timeout);
+    static bool IsSSOServerProcessRunning();                     ///< Without its id.
+    static bool IsSSOServerProcessRunning(long long& processId); ///< The plugin sets the id.
+    static bool IsSSOServerProcessReady();                       ///< The plugin's answer.
+    static bool QuitSSOServerProcess(std::chrono::milliseconds timeout); ///< The plugin's answer.
+    static bool QuitAllSSOServerProcesses(std::chrono::milliseconds timeout); ///< The same for all.
 };
 
 /// The cryptor with which plugin and trusted callers encrypt tokens. Threads and

@@ -14,10 +14,10 @@ namespace Halvorix::WebServicesUI {
 /// The interactive sign-on: dialogs, which are the plugin's, and the host's
 /// window. It wraps the life of WebServicesManager.
 ///
-/// Threads, exceptions and texts as in WebServicesManager; a plugin may demand
-/// more of the thread that shows a dialog. With no plugin each member gives the
-/// answer stated at it. After an Initialize that threw, Uninitialize ends one
-/// WebServicesManager::Initialize all the same, also if that was the host's own.
+/// Threads, exceptions, texts and what is answered with no plugin are as in WebServicesManager; a
+/// plugin may demand more of the thread that shows a dialog. After an Initialize that threw,
+/// Uninitialize ends one WebServicesManager::Initialize all the same, also if that was the
+/// host's own.
 class HXSSO_API WebServicesUIManager {
 public:
     /// @name Life
@@ -56,22 +56,20 @@ public:
     /// above 0 (wchar_t units), receives the terminator.
     int GetCurrentLocale(wchar_t* buffer, int capacity) const;
 
-    /// The native window handle that the plugin stores. 0 with no plugin.
+    /// The native window handle that the plugin stores.
     unsigned long long GetHostApplicationWindow();
-    /// Hands the native window handle of the host to the plugin. No effect with
-    /// no plugin.
+    /// Hands the native window handle of the host to the plugin.
     void SetHostApplicationWindow(unsigned long long window);
-    bool Login();                    ///< False with no plugin.
-    bool Login(wchar_t const* text); ///< False with no plugin.
-    bool Logout();                   ///< False with no plugin.
-    bool ShowAccountSettings();      ///< False with no plugin.
-    bool IsLoginInProgress() const;  ///< False with no plugin.
+    bool Login();                    ///< The plugin's dialog.
+    bool Login(wchar_t const* text); ///< The plugin's dialog.
+    bool Logout();                   ///< The plugin's answer.
+    bool ShowAccountSettings();      ///< The plugin's dialog.
+    bool IsLoginInProgress() const;  ///< The plugin's answer.
     bool IsLoggedIn() const;         ///< As WebServicesManager::IsLoggedIn.
     bool IsLoginValid() const;       ///< As WebServicesManager::IsLoginValid.
-    /// The plugin keeps the pointer until RemoveObserver and calls the observer
-    /// itself. No effect with no plugin.
+    /// The plugin keeps the pointer until RemoveObserver and calls the observer itself.
     void AddObserver(IWebServicesUIObserver* observer);
-    void RemoveObserver(IWebServicesUIObserver* observer); ///< No effect with no plugin.
+    void RemoveObserver(IWebServicesUIObserver* observer); ///< Ends what AddObserver began.
 
 private:
     WebServicesUIManager();
@@ -83,12 +81,13 @@ private:
     Implementation* implementation;
 };
 
-/// Scripted sign-on, without any Initialize. Arguments go to the plugin unseen.
+/// Scripted sign-on, without any Initialize. Arguments go to the plugin unseen; with no plugin
+/// the answer is false.
 class HXSSO_API WebServicesAutomation {
 public:
-    /// False with no plugin.
+    /// The plugin's answer.
     static bool Login(wchar_t const* first, wchar_t const* second, bool flag);
-    /// With no plugin false, and `text` stays as it was.
+    /// The plugin's answer; with no plugin `text` stays as it was.
     static bool Login(wchar_t const* first, wchar_t const* second, bool flag, bool secondFlag,
                       std::wstring& text);
 };
