@@ -4,7 +4,9 @@
 import json
 import os
 import re
+import shutil
 import subprocess
+import tempfile
 import time
 
 import pathlib
@@ -384,6 +386,32 @@ def DependencyByTheProgramsRunPath(test):
     ended = place.diagnose("--load", "--verbose")
     line_of(ended, "ok", "load", "loaded")
     assert "the plugin declines" in ended.last, ended.last
+
+
+def ServerApplicationOnAnotherMachine(test):
+    """The name of one is not asked for, wherever an empty entry would lead."""
+    if not test.build.is_windows:
+        skip("only a name of Windows leads to another machine")
+    prefix = os.environ.get("HXSSO_WINEPREFIX",
+                            str(pathlib.Path(__file__).resolve().parents[2] / ".deps/wine"))
+    place = test.whole()
+    if not os.path.isdir(prefix + "/dosdevices"):
+        skip("this is not Wine with a prefix of its own")
+    # That is where it has the files of other machines.
+    machine = pathlib.Path(tempfile.mkdtemp(prefix="hxsso", dir=prefix + "/dosdevices"))
+    try:
+        other = pathlib.Path(prefix, "dosdevices/unc", machine.name, "share")
+        other.mkdir(parents=True)
+        (other / "HxSSO.exe").touch()
+        name = f"\\\\{machine.name}\\share\\HxSSO.exe"
+        server = {"appName": name, "searchPaths": ";{root}/server"}
+        place.write("app/SSOClient.config", json.dumps({"ssoServer": server}))
+        ended = place.diagnose()
+        assert "; it is named on another machine, which is not asked; " in ended.last, ended.last
+        line_of(ended, "Fix: write the name of the file alone in ssoServer.appName, and its")
+    finally:
+        shutil.rmtree(machine)
+        shutil.rmtree(pathlib.Path(prefix, "dosdevices/unc", machine.name))
 
 
 def SymbolsOfTheProgram(test):

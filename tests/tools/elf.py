@@ -7,9 +7,10 @@ NEEDED, HASH, STRTAB, SYMTAB, RELA, RELASZ, STRSZ, SONAME, RPATH, RUNPATH = (
 
 
 DEBUG = 21  # which means nothing to the loader of a module
+FLAGS_1, NODEFLIB = 0x6FFFFFFB, 0x800
 
 
-def retag(path, before, after):
+def retag(path, before, after, value=None):
     """The same file, in which an entry of the dynamic table is one of another kind."""
     data = bytearray(path.read_bytes())
     at, = struct.unpack_from("<Q", data, 32)
@@ -20,6 +21,8 @@ def retag(path, before, after):
         assert kind != 2 or len(found) == 1, (before, found)
         for tag in found:
             struct.pack_into("<q", data, tag, after)
+            if value is not None:
+                struct.pack_into("<Q", data, tag + 8, value)
     path.unlink()  # it may be a link to the build's
     path.write_bytes(data)
     path.chmod(0o755)

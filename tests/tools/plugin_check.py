@@ -742,6 +742,35 @@ def RunPathsAsTheLoader():
             assert told == expected, (run_path, folder, expected, ended.stdout)
 
 
+def ModuleWithoutDefaultFolders():
+    """It keeps what the loader's cache has elsewhere."""
+    if IS_WINDOWS:
+        skip("only the other system has such modules")
+    cached = ["unshare", "-m", "sh", "-c", 'mount --bind cache /etc/ld.so.cache && exec "$@"', "sh"]
+    os.mkdir("elsewhere")
+    dependency = "elsewhere/libplugindepend1.so"
+    shutil.copyfile(FOLDER / "PluginDependency.so", dependency)
+    # The cache has it by the name that it gives itself.
+    renamed_dependency(dependency, "PluginDependency.so", "libplugindepend1.so")
+    made = subprocess.run(["/sbin/ldconfig", "-X", "-C", "cache", "-f", "/dev/null",
+                           os.path.abspath("elsewhere")], check=False)
+    if made.returncode != 0 or subprocess.run([*cached, "true"], check=False).returncode != 0:
+        skip("only root can give the loader another cache here")
+    for name, is_there in (("libplugindepend1.so", True), ("librt.so.1", False)):
+        module = place("DependentPlugin")
+        renamed_dependency(module, "PluginDependency.so", name.ljust(19, "\0"))
+        for flags, expected in ((0, True), (elf.NODEFLIB, is_there)):
+            file = pathlib.Path(module)
+            if flags:
+                elf.retag(file, elf.FLAGS_1, elf.FLAGS_1, flags)
+            listed = subprocess.run([*cached, "ldd", file.absolute()], stdout=subprocess.PIPE,
+                                    text=True, check=False).stdout
+            assert ("not found" not in listed) == expected, (name, flags, listed)
+            told = subprocess.run([*cached, os.path.join("program", PROGRAM), module],
+                                  stdout=subprocess.PIPE, text=True, check=False).stdout
+            assert ("FAILED  dependencies" not in told) == expected, (name, flags, told)
+
+
 def UpBehindALink():
     """It leads on from where the link leads, in the name of the file and in a run path."""
     if IS_WINDOWS:

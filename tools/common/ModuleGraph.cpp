@@ -32,6 +32,28 @@ std::string const& OwnMachine()
     return machine;
 }
 
+ModuleNeeds NeedsOf(MappedModule const& module, SymbolBudget& budget)
+{
+    OpenedFile const opened = OpenFile(module.file);
+    if (opened.bytes == nullptr)
+        return {};
+    ModuleNeeds needs = ReadModuleNeeds(ByteView(*opened.bytes), budget);
+    if (!needs.flaw.empty())
+        needs.flaw.insert(0, Utf8(module.file.filename()) + ": ");
+    return needs;
+}
+
+ModuleOffers OffersOf(MappedModule const& module, SymbolTest const& isWanted, SymbolBudget& budget)
+{
+    OpenedFile const opened = OpenFile(module.file);
+    if (opened.bytes == nullptr)
+        return {};
+    ModuleOffers offers = ReadModuleOffers(ByteView(*opened.bytes), isWanted, budget);
+    if (!offers.flaw.empty())
+        offers.flaw.insert(0, Utf8(module.file.filename()) + ": ");
+    return offers;
+}
+
 bool IsLibraryName(std::string const& name)
 {
     std::string const library = Utf8(Platform::LibraryFileName());

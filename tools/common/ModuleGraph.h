@@ -102,6 +102,11 @@ private:
     std::uint64_t text = 0;
 };
 
+/// What a module takes from others and what it has for them; nothing if it cannot be opened
+/// any more. A flaw begins with the file's name.
+ModuleNeeds NeedsOf(MappedModule const& module, SymbolBudget& budget);
+ModuleOffers OffersOf(MappedModule const& module, SymbolTest const& isWanted, SymbolBudget& budget);
+
 /// Whether a module that is needed by this name is the library.
 bool IsLibraryName(std::string const& name);
 

@@ -29,7 +29,7 @@ struct ModuleImage {
     /// The older kind, which counts only where there is none of the newer one.
     std::string inheritedRunPath;
     std::string loader;               ///< the file of the system's loader, of a program
-    bool hasNoDefaultFolders = false; ///< neither the cache nor the system's folders
+    bool hasNoDefaultFolders = false; ///< of the system, nor what the cache has there
 };
 
 /// A name that a module takes from another one.

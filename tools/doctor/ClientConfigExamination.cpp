@@ -192,6 +192,19 @@ void AddKeys(Resolver const& resolver, JsonInspection const* file, ClientConfig&
     }
 }
 
+// What looks like two paths with a comma between them, and is the name of a folder.
+void DropFoldersWithCommas(Resolver& resolver, std::vector<Oddity>& oddities)
+{
+    auto const isFolder = [&resolver](Oddity const& oddity) {
+        if (oddity.code != "comma-in-path")
+            return false;
+        std::size_t const begin = oddity.text.find('"') + 1;
+        std::string const path = oddity.text.substr(begin, oddity.text.rfind('"') - begin);
+        return LookFor(resolver.ResolvedSearchPaths({Wide(path)}).front()).isThere;
+    };
+    oddities.erase(std::remove_if(oddities.begin(), oddities.end(), isFolder), oddities.end());
+}
+
 ConfigState StateOf(Resolver const& resolver, JsonInspection const& file)
 {
     if (resolver.IsClientConfigLoaded())
@@ -237,6 +250,7 @@ void ExamineClientConfig(Resolver& resolver, Findings& findings)
         TellUnaskedLocation(resolver, config);
     if (!inspection.error)
         FindOddities(inspection, config.oddities);
+    DropFoldersWithCommas(resolver, config.oddities);
     // What was stored before an exception stays stored, and no default follows it.
     AddKeys(resolver, inspection.error ? nullptr : &inspection, config);
 }

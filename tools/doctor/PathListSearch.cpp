@@ -23,7 +23,8 @@ bool SSOServices::FindFileInPaths(std::wstring const& fileName,
 {
     searches[fileName] = paths;
     auto const holding = std::find_if(paths.begin(), paths.end(), [&](std::wstring const& path) {
-        return PathExists(JoinPath(path, fileName));
+        std::wstring const file = JoinPath(path, fileName);
+        return !Doctor::IsOnOtherMachine(file) && PathExists(file);
     });
     foundFile = holding == paths.end() ? std::wstring() : JoinPath(*holding, fileName);
     return holding != paths.end();

@@ -12,6 +12,7 @@
 #include "Text.h"
 #include "discovery/FileSearch.h"
 #include "discovery/PathText.h"
+#include "platform/Platform.h"
 #include "support/TextConversion.h"
 
 namespace Halvorix::Doctor {
@@ -21,7 +22,8 @@ namespace {
 Finding Look(std::wstring const& file, std::wstring const& directory, bool isFirstHit)
 {
     try {
-        if (SSOServices::PathExists(SSOServices::JoinPath(directory, file)))
+        std::wstring const path = SSOServices::JoinPath(directory, file);
+        if (!IsOnOtherMachine(path) && SSOServices::PathExists(path))
             return isFirstHit ? Finding::Hit : Finding::LaterHit;
         // The empty one is the current directory.
         return directory.empty() || SSOServices::PathExists(directory) ? Finding::NoFile
@@ -46,6 +48,12 @@ Presence Look(Name const& name)
 }
 
 } // namespace
+
+bool IsOnOtherMachine(std::wstring const& path)
+{
+    std::size_t const leading = path.find_first_not_of(L"/\\");
+    return !Platform::LeadingSlashIsRoot() && leading != std::wstring::npos && leading > 1;
+}
 
 Search LookThrough(std::wstring const& file, std::vector<std::wstring> const& directories)
 {

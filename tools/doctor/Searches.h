@@ -12,6 +12,9 @@ namespace Halvorix::Doctor {
 /// resolved then, since a variable may have a value only now. Empty if it did not.
 std::vector<std::wstring> DirectoriesSearchedFor(std::wstring const& file);
 
+/// Whether the system would ask another machine for it, which looking must not do.
+bool IsOnOtherMachine(std::wstring const& path);
+
 /// Begins with none.
 void ForgetSearches();
 

@@ -2,6 +2,7 @@
 
 #include "../common/System.h"
 #include "Judgement.h"
+#include "Searches.h"
 #include "Text.h"
 #include "Words.h"
 
@@ -33,6 +34,10 @@ void AddMissingServerApp(Findings const& findings, ProblemList& problems, Server
             : "install the server application, or name its directory in ssoServer.searchPaths of "
               "the client configuration";
     std::vector<Hint> hints;
+    if (IsOnOtherMachine(Wide(server.search.file)))
+        hints.push_back({"it is named on another machine, which is not asked",
+                         "write the name of the file alone in ssoServer.appName, and its folder "
+                         "in ssoServer.searchPaths"});
     AddSimilar(server.search, hints);
     for (Directory const& directory : server.search.tried)
         if (Lower(directory.similar) == Lower(server.search.file) + ".exe")

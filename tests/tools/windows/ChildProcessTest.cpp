@@ -34,8 +34,11 @@ TEST(ChildProcess, InheritsNothingButItsStreams)
     EXPECT_NE(::GetFileSizeEx(handle, &size), FALSE);
     ::CloseHandle(handle);
     EXPECT_TRUE(run.isStarted) << run.end;
-    EXPECT_EQ(run.end, "ends the process with exit status 43") << run.output;
-    EXPECT_EQ(size.QuadPart, 0);
+    // 42 if anything was written: the number may be that of a file of the child's own.
+    EXPECT_TRUE(run.end == "ends the process with exit status 42" ||
+                run.end == "ends the process with exit status 43")
+        << run.end << run.output;
+    EXPECT_EQ(size.QuadPart, 0) << "the handle was handed on";
 }
 
 } // namespace

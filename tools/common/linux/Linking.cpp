@@ -3,7 +3,6 @@
 #include <unordered_map>
 #include <utility>
 
-#include "../Files.h"
 #include "../LoaderSearch.h"
 #include "../Utf8.h"
 
@@ -30,18 +29,10 @@ struct Wanted {
 std::string FileNameOf(MappedModule const& module) { return Utf8(module.file.filename()); }
 
 // The answer is the limit that was reached.
-std::string Told(MappedModule const& module, std::string const& flaw)
-{
-    return flaw.empty() ? flaw : FileNameOf(module) + ": " + flaw;
-}
-
 std::string AddNeeds(ModuleGraph const& graph, std::size_t module, SymbolBudget& budget,
                      Wanted& wanted)
 {
-    OpenedFile const opened = OpenFile(graph.modules[module].file);
-    if (opened.bytes == nullptr)
-        return {};
-    ModuleNeeds needs = ReadModuleNeeds(ByteView(*opened.bytes), budget);
+    ModuleNeeds needs = NeedsOf(graph.modules[module], budget);
     for (Import& import : needs.imports)
         wanted.symbols.emplace(std::move(import.symbol), module);
     for (NeededVersion& needed : needs.versions) {
@@ -50,17 +41,14 @@ std::string AddNeeds(ModuleGraph const& graph, std::size_t module, SymbolBudget&
             wanted.versions.emplace(std::pair(of, std::move(needed.version)),
                                     WantedVersion{module, std::move(needed.module)});
     }
-    return Told(graph.modules[module], needs.flaw);
+    return needs.flaw;
 }
 
 std::string TakeOffers(ModuleGraph const& graph, std::size_t module, SymbolBudget& budget,
                        Wanted& wanted)
 {
-    OpenedFile const opened = OpenFile(graph.modules[module].file);
-    if (opened.bytes == nullptr)
-        return {};
     auto const isWanted = [&](std::string const& name) { return wanted.symbols.count(name) != 0; };
-    ModuleOffers const offers = ReadModuleOffers(ByteView(*opened.bytes), isWanted, budget);
+    ModuleOffers const offers = OffersOf(graph.modules[module], isWanted, budget);
     for (std::string const& symbol : offers.exports)
         wanted.symbols.erase(symbol);
     for (std::string const& version : offers.versions)
@@ -69,7 +57,7 @@ std::string TakeOffers(ModuleGraph const& graph, std::size_t module, SymbolBudge
     if (offers.versions.empty() && offers.flaw.empty())
         wanted.versions.erase(wanted.versions.lower_bound({module, {}}),
                               wanted.versions.lower_bound({module + 1, {}}));
-    return Told(graph.modules[module], offers.flaw);
+    return offers.flaw;
 }
 
 std::vector<std::string> LinesOf(ModuleGraph const& graph, Wanted const& wanted)

@@ -43,6 +43,21 @@ std::string const& OwnLibraryFolder()
     return folder;
 }
 
+std::vector<std::string> DefaultFolders()
+{
+    std::vector<std::string> folders{"/" + OwnLibraryFolder(), "/usr/" + OwnLibraryFolder()};
+    if (OwnLibraryFolder() != "lib64")
+        folders.insert(folders.end(), {"/lib", "/usr/lib"});
+    return folders;
+}
+
+bool LiesBelow(std::string const& file, std::vector<std::string> const& folders)
+{
+    return std::any_of(folders.begin(), folders.end(), [&file](std::string const& folder) {
+        return file.rfind(folder + "/", 0) == 0;
+    });
+}
+
 constexpr std::size_t LongestPath = 4096; // to the system
 
 using Variables = std::vector<std::pair<std::string_view, std::string>>;
@@ -248,16 +263,15 @@ std::vector<Candidate> CandidatesFor(std::string const& name, ModuleGraph const&
     CandidateList list(name, graph);
     for (fs::path const* const folder : OwnFolders(graph, needing))
         list.Add(*folder, Place::Folder);
-    if (graph.modules[needing].image.hasNoDefaultFolders)
-        return std::move(list.candidates);
+    bool const hasDefaults = !graph.modules[needing].image.hasNoDefaultFolders;
+    std::vector<std::string> const defaults = DefaultFolders();
     LoaderCache const& cache = SystemLoaderCache();
     if (auto const known = cache.find(name); known != cache.end())
         for (std::string const& file : known->second)
-            list.AddFile(file, Place::System);
-    for (char const* const root : {"/", "/usr/"})
-        list.Add(root + OwnLibraryFolder(), Place::System);
-    if (OwnLibraryFolder() != "lib64")
-        for (char const* const folder : {"/lib", "/usr/lib"})
+            if (hasDefaults || !LiesBelow(file, defaults))
+                list.AddFile(file, Place::System);
+    if (hasDefaults)
+        for (std::string const& folder : defaults)
             list.Add(folder, Place::System);
     return std::move(list.candidates);
 }

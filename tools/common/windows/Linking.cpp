@@ -2,7 +2,6 @@
 #include <unordered_map>
 #include <utility>
 
-#include "../Files.h"
 #include "../LoaderSearch.h"
 #include "../Utf8.h"
 
@@ -21,18 +20,10 @@ struct WantedImport {
 using Wanted = std::map<std::size_t, std::map<std::string, WantedImport>>;
 
 // The answer is the limit that was reached.
-std::string Told(MappedModule const& module, std::string const& flaw)
-{
-    return flaw.empty() ? flaw : Utf8(module.file.filename()) + ": " + flaw;
-}
-
 std::string AddNeeds(ModuleGraph const& graph, std::size_t module, SymbolBudget& budget,
                      Wanted& wanted)
 {
-    OpenedFile const opened = OpenFile(graph.modules[module].file);
-    if (opened.bytes == nullptr)
-        return {};
-    ModuleNeeds needs = ReadModuleNeeds(ByteView(*opened.bytes), budget);
+    ModuleNeeds needs = NeedsOf(graph.modules[module], budget);
     for (Import& import : needs.imports) {
         // Of the system's modules it is the loader that knows what stands for what.
         std::size_t const from = graph.Find(import.module);
@@ -40,20 +31,17 @@ std::string AddNeeds(ModuleGraph const& graph, std::size_t module, SymbolBudget&
             wanted[from].emplace(std::move(import.symbol),
                                  WantedImport{module, std::move(import.module)});
     }
-    return Told(graph.modules[module], needs.flaw);
+    return needs.flaw;
 }
 
 std::string TakeOffers(ModuleGraph const& graph, std::size_t module, SymbolBudget& budget,
                        std::map<std::string, WantedImport>& wanted)
 {
-    OpenedFile const opened = OpenFile(graph.modules[module].file);
-    if (opened.bytes == nullptr)
-        return {};
     auto const isWanted = [&](std::string const& name) { return wanted.count(name) != 0; };
-    ModuleOffers const offers = ReadModuleOffers(ByteView(*opened.bytes), isWanted, budget);
+    ModuleOffers const offers = OffersOf(graph.modules[module], isWanted, budget);
     for (std::string const& symbol : offers.exports)
         wanted.erase(symbol);
-    return Told(graph.modules[module], offers.flaw);
+    return offers.flaw;
 }
 
 } // namespace
