@@ -110,7 +110,7 @@ TEST(PathThreads, GetTheAnswersOfOneThread)
 {
     Installation installation;
     Outcome const outcome = installation.Complete().Quiet().Run(
-        "AsksForPathsFromTwoThreads", {std::to_string(Rig::Repetitions(300, 100, 20000, 2000))});
+        "AsksForPathsFromTwoThreads", {std::to_string(Rig::Repetitions(300, 36, 20000, 2000))});
     EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
     EXPECT_EQ(outcome["program"], "returned");
     EXPECT_EQ(outcome["wrong"], 0);
