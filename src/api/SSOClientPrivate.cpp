@@ -7,145 +7,161 @@
 #include "../discovery/PathText.h"
 #include "../support/ProcessState.h"
 #include "EventNames.h"
-#include "Forward.h"
+#include "Plugin.h"
 
 namespace Halvorix::SSOServices {
 
 std::wstring SSOClientPrivate::GetLoginInfo(BufferTransformCallback callback)
 {
-    return AskPrivate(L"", [&](auto& plugin) { return plugin.GetLoginInfo(callback); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->GetLoginInfo(callback) : L"";
 }
 
 std::wstring SSOClientPrivate::GetUrl(WebServices::WebServicesUrlCode code)
 {
-    return AskPrivate(L"", [&](auto& plugin) { return plugin.GetUrl(code); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->GetUrl(code) : L"";
 }
 
 std::wstring SSOClientPrivate::GetUrl(std::wstring name)
 {
-    return AskPrivate(L"", [&](auto& plugin) { return plugin.GetUrl(name); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->GetUrl(name) : L"";
 }
 
 std::map<std::wstring, std::wstring> SSOClientPrivate::GetUrlOverrides(WebServices::Server server)
 {
-    return AskPrivate(std::map<std::wstring, std::wstring>(),
-                      [&](auto& plugin) { return plugin.GetUrlOverrides(server); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->GetUrlOverrides(server) : std::map<std::wstring, std::wstring>();
 }
 
 bool SSOClientPrivate::SetUrlOverrides(WebServices::Server server,
                                        std::map<std::wstring, std::wstring> const& overrides)
 {
-    return AskPrivate(false,
-                      [&](auto& plugin) { return plugin.SetUrlOverrides(server, overrides); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->SetUrlOverrides(server, overrides) : false;
 }
 
 bool SSOClientPrivate::ClearUrlOverrides(WebServices::Server server)
 {
-    return AskPrivate(false, [&](auto& plugin) { return plugin.ClearUrlOverrides(server); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->ClearUrlOverrides(server) : false;
 }
 
 std::wstring SSOClientPrivate::ServerToServerName(WebServices::Server server)
 {
-    return AskPrivate(L"", [&](auto& plugin) { return plugin.ServerToServerName(server); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->ServerToServerName(server) : L"";
 }
 
 WebServices::Server SSOClientPrivate::ServerNameToServer(std::wstring name)
 {
     constexpr auto noServer = static_cast<WebServices::Server>(-1);
-    return AskPrivate(noServer, [&](auto& plugin) { return plugin.ServerNameToServer(name); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->ServerNameToServer(name) : noServer;
 }
 
 std::wstring SSOClientPrivate::Encrypt(std::wstring const& text)
 {
-    return AskPrivate(L"", [&](auto& plugin) { return plugin.Encrypt(text); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->Encrypt(text) : L"";
 }
 
 void SSOClientPrivate::GetCurrentConfigurationConsumerKey(std::wstring& key, std::wstring& secret)
 {
     key.clear();
     secret.clear();
-    AskPrivate([&](auto& plugin) { plugin.GetCurrentConfigurationConsumerKey(key, secret); });
+    if (auto const plugin = Plugin<ISSOClientPrivate>())
+        plugin->GetCurrentConfigurationConsumerKey(key, secret);
 }
 
 std::wstring SSOClientPrivate::GetSettingsPath()
 {
-    return AskPrivate(L"", [](auto& plugin) { return plugin.GetSettingsPath(); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->GetSettingsPath() : L"";
 }
 
 std::wstring SSOClientPrivate::GetLoginStateFile()
 {
-    return AskPrivate(L"", [](auto& plugin) { return plugin.GetLoginStateFile(); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->GetLoginStateFile() : L"";
 }
 
 StdUtil::RetrySchedule SSOClientPrivate::GetActiveOAuth2TokenRefreshRetrySchedule()
 {
-    return AskPrivate(StdUtil::RetrySchedule(), [](auto& plugin) {
-        return plugin.GetActiveOAuth2TokenRefreshRetrySchedule();
-    });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->GetActiveOAuth2TokenRefreshRetrySchedule() : StdUtil::RetrySchedule();
 }
 
 bool SSOClientPrivate::SetOAuth2TokenRefreshRetrySchedule(StdUtil::RetrySchedule const& schedule)
 {
-    return AskPrivate(
-        false, [&](auto& plugin) { return plugin.SetOAuth2TokenRefreshRetrySchedule(schedule); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->SetOAuth2TokenRefreshRetrySchedule(schedule) : false;
 }
 
 std::wstring SSOClientPrivate::GetLoginStateCacheFile(std::wstring text, WebServices::Server server,
                                                       bool flag)
 {
-    return AskPrivate(
-        L"", [&](auto& plugin) { return plugin.GetLoginStateCacheFile(text, server, flag); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->GetLoginStateCacheFile(text, server, flag) : L"";
 }
 
 std::wstring SSOClientPrivate::GetLoginStateCacheFile(std::wstring text, WebServices::Server server)
 {
-    return AskPrivate(L"",
-                      [&](auto& plugin) { return plugin.GetLoginStateCacheFile(text, server); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->GetLoginStateCacheFile(text, server) : L"";
 }
 
 bool SSOClientPrivate::RestoreLogin(bool flag)
 {
-    return AskPrivate(false, [&](auto& plugin) { return plugin.RestoreLogin(flag); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->RestoreLogin(flag) : false;
 }
 
 void SSOClientPrivate::RaiseEvent(WebServices::WebServicesPrivateCore::WebServicesEvent event,
                                   bool flag)
 {
-    AskPrivate([&](auto& plugin) { plugin.RaiseEvent(event, flag); });
+    if (auto const plugin = Plugin<ISSOClientPrivate>())
+        plugin->RaiseEvent(event, flag);
 }
 
 std::string
 SSOClientPrivate::ToJsonString(WebServices::WebServicesConfiguration const* configuration)
 {
-    return AskPrivate("", [&](auto& plugin) { return plugin.ToJsonString(configuration); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->ToJsonString(configuration) : "";
 }
 
 bool SSOClientPrivate::FromJsonString(WebServices::WebServicesConfiguration* configuration,
                                       std::string const& text)
 {
-    return AskPrivate(false,
-                      [&](auto& plugin) { return plugin.FromJsonString(configuration, text); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->FromJsonString(configuration, text) : false;
 }
 
 bool SSOClientPrivate::Equals(WebServices::WebServicesConfiguration const& left,
                               WebServices::WebServicesConfiguration const& right)
 {
-    return AskPrivate(false, [&](auto& plugin) { return plugin.Equals(left, right); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->Equals(left, right) : false;
 }
 
 void SSOClientPrivate::LockLoginStateFile()
 {
-    AskPrivate([](auto& plugin) { plugin.LockLoginStateFile(); });
+    if (auto const plugin = Plugin<ISSOClientPrivate>())
+        plugin->LockLoginStateFile();
 }
 
 void SSOClientPrivate::UnlockLoginStateFile()
 {
-    AskPrivate([](auto& plugin) { plugin.UnlockLoginStateFile(); });
+    if (auto const plugin = Plugin<ISSOClientPrivate>())
+        plugin->UnlockLoginStateFile();
 }
 
 bool SSOClientPrivate::Ping(std::map<std::string, std::string>& answers)
 {
-    return AskPrivate(false, [&](auto& plugin) { return plugin.Ping(answers); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->Ping(answers) : false;
 }
 
 bool SSOClientPrivate::Ping()
@@ -156,77 +172,83 @@ bool SSOClientPrivate::Ping()
 
 void SSOClientPrivate::ClearEventQueue()
 {
-    AskPrivate([](auto& plugin) { plugin.ClearEventQueue(); });
+    if (auto const plugin = Plugin<ISSOClientPrivate>())
+        plugin->ClearEventQueue();
 }
 
 bool SSOClientPrivate::FreezeSSOServerProcess(BufferTransformCallback callback)
 {
-    return AskPrivate(false, [&](auto& plugin) { return plugin.FreezeSSOServerProcess(callback); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->FreezeSSOServerProcess(callback) : false;
 }
 
 std::chrono::seconds SSOClientPrivate::GetKillFrozenServerTimeout()
 {
-    return AskPrivate(std::chrono::seconds(0),
-                      [](auto& plugin) { return plugin.GetKillFrozenServerTimeout(); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->GetKillFrozenServerTimeout() : std::chrono::seconds(0);
 }
 
 bool SSOClientPrivate::SetKillFrozenServerTimeout(std::chrono::seconds timeout)
 {
-    return AskPrivate(false,
-                      [&](auto& plugin) { return plugin.SetKillFrozenServerTimeout(timeout); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->SetKillFrozenServerTimeout(timeout) : false;
 }
 
 std::string SSOClientPrivate::GetSessionState()
 {
-    return AskPrivate("", [](auto& plugin) { return plugin.GetSessionState(); });
+    auto const plugin = Plugin<ISSOClientPrivate>();
+    return plugin ? plugin->GetSessionState() : "";
 }
 
 bool SSOClientPrivate::StartSSOServerProcess(std::vector<std::string> const& arguments,
                                              std::chrono::milliseconds timeout,
                                              long long& processId)
 {
-    return AskServer(false, [&](auto& server) {
-        return server.StartSSOServerProcess(arguments, timeout, processId);
-    });
+    auto const server = Plugin<ISSOServerManager>();
+    return server ? server->StartSSOServerProcess(arguments, timeout, processId) : false;
 }
 
 bool SSOClientPrivate::GetSSOServerProcessArguments(std::vector<std::string>& arguments)
 {
-    return AskServer(false,
-                     [&](auto& server) { return server.GetSSOServerProcessArguments(arguments); });
+    auto const server = Plugin<ISSOServerManager>();
+    return server ? server->GetSSOServerProcessArguments(arguments) : false;
 }
 
 void SSOClientPrivate::SetSSOServerProcessArguments(std::vector<std::string> const& arguments)
 {
-    AskServer([&](auto& server) { server.SetSSOServerProcessArguments(arguments); });
+    if (auto const server = Plugin<ISSOServerManager>())
+        server->SetSSOServerProcessArguments(arguments);
 }
 
 int SSOClientPrivate::GetSSOServerName(char* buffer, int capacity)
 {
-    return AskServer(0, [&](auto& server) { return server.GetSSOServerName(buffer, capacity); });
+    auto const server = Plugin<ISSOServerManager>();
+    return server ? server->GetSSOServerName(buffer, capacity) : 0;
 }
 
 int SSOClientPrivate::GetSSOEventServerName(char* buffer, int capacity)
 {
-    return AskServer(0,
-                     [&](auto& server) { return server.GetSSOEventServerName(buffer, capacity); });
+    auto const server = Plugin<ISSOServerManager>();
+    return server ? server->GetSSOEventServerName(buffer, capacity) : 0;
 }
 
 std::wstring SSOClientPrivate::GetProductName()
 {
-    return AskModule(L"", [](auto& module) {
-        constexpr int capacity = 256;
-        wchar_t name[capacity] = {};
-        // The whole array, whatever count the plugin gives, on purpose: callers
-        // read the result as a terminated text.
-        return module.GetProductName(name, capacity) > 0 ? std::wstring(name, capacity)
-                                                         : std::wstring();
-    });
+    auto const module = Plugin<ISSOClientModule>();
+    if (!module)
+        return L"";
+    constexpr int capacity = 256;
+    wchar_t name[capacity] = {};
+    // The whole array, whatever count the plugin gives, on purpose: callers
+    // read the result as a terminated text.
+    return module->GetProductName(name, capacity) > 0 ? std::wstring(name, capacity)
+                                                      : std::wstring();
 }
 
 void SSOClientPrivate::SetProductName(std::wstring const& name)
 {
-    AskModule([&](auto& module) { module.SetProductName(name.c_str()); });
+    if (auto const module = Plugin<ISSOClientModule>())
+        module->SetProductName(name.c_str());
 }
 
 std::wstring SSOClientPrivate::GetSSOServerAppPath()

@@ -1,29 +1,27 @@
 #include "../../include/SSOServerManager.h"
 
 #include "../support/ReturnBuffers.h"
-#include "Forward.h"
+#include "Plugin.h"
 
 namespace Halvorix::SSOServices {
 
 int SSOServerManager::GetSSOServerAppFile(wchar_t* buffer, int capacity)
 {
-    return AskServer(0, [&](auto& server) {
-        return GetTruncated(server.GetSSOServerAppFile(), buffer, capacity);
-    });
+    auto const server = Plugin<ISSOServerManager>();
+    return server ? GetTruncated(server->GetSSOServerAppFile(), buffer, capacity) : 0;
 }
 
 int SSOServerManager::GetSSOServerAppExeFile(wchar_t* buffer, int capacity)
 {
-    return AskServer(0, [&](auto& server) {
-        return GetTruncated(server.GetSSOServerAppExeFile(), buffer, capacity);
-    });
+    auto const server = Plugin<ISSOServerManager>();
+    return server ? GetTruncated(server->GetSSOServerAppExeFile(), buffer, capacity) : 0;
 }
 
 bool SSOServerManager::StartSSOServerProcess(std::chrono::milliseconds timeout,
                                              long long& processId)
 {
-    return AskServer(
-        false, [&](auto& server) { return server.StartSSOServerProcess(timeout, processId); });
+    auto const server = Plugin<ISSOServerManager>();
+    return server ? server->StartSSOServerProcess(timeout, processId) : false;
 }
 
 bool SSOServerManager::IsSSOServerProcessRunning()
@@ -34,24 +32,26 @@ bool SSOServerManager::IsSSOServerProcessRunning()
 
 bool SSOServerManager::IsSSOServerProcessRunning(long long& processId)
 {
-    return AskServer(false,
-                     [&](auto& server) { return server.IsSSOServerProcessRunning(processId); });
+    auto const server = Plugin<ISSOServerManager>();
+    return server ? server->IsSSOServerProcessRunning(processId) : false;
 }
 
 bool SSOServerManager::IsSSOServerProcessReady()
 {
-    return AskServer(false, [](auto& server) { return server.IsSSOServerProcessReady(); });
+    auto const server = Plugin<ISSOServerManager>();
+    return server ? server->IsSSOServerProcessReady() : false;
 }
 
 bool SSOServerManager::QuitSSOServerProcess(std::chrono::milliseconds timeout)
 {
-    return AskServer(false, [&](auto& server) { return server.QuitSSOServerProcess(timeout); });
+    auto const server = Plugin<ISSOServerManager>();
+    return server ? server->QuitSSOServerProcess(timeout) : false;
 }
 
 bool SSOServerManager::QuitAllSSOServerProcesses(std::chrono::milliseconds timeout)
 {
-    return AskServer(false,
-                     [&](auto& server) { return server.QuitAllSSOServerProcesses(timeout); });
+    auto const server = Plugin<ISSOServerManager>();
+    return server ? server->QuitAllSSOServerProcesses(timeout) : false;
 }
 
 } // namespace Halvorix::SSOServices

@@ -1,16 +1,18 @@
 #include "../../include/SSOServerManager.h"
-#include "Forward.h"
+#include "Plugin.h"
 
 namespace Halvorix::SSOServices {
 
 std::shared_ptr<WebServices::IRsaCryptor> SSOServicesManager::GetRsaCryptor()
 {
-    return AskModule(nullptr, [](auto& module) { return module.GetRsaCryptor(); });
+    auto const module = Plugin<ISSOClientModule>();
+    return module ? module->GetRsaCryptor() : nullptr;
 }
 
 void SSOServicesManager::SetRsaCryptor(std::shared_ptr<WebServices::IRsaCryptor> cryptor)
 {
-    AskModule([&](auto& module) { module.SetRsaCryptor(cryptor); });
+    if (auto const module = Plugin<ISSOClientModule>())
+        module->SetRsaCryptor(cryptor);
 }
 
 } // namespace Halvorix::SSOServices

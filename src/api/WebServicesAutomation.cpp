@@ -1,5 +1,5 @@
 #include "../../include/WebServicesUIManager.h"
-#include "Forward.h"
+#include "Plugin.h"
 
 namespace Halvorix::WebServicesUI {
 
@@ -7,13 +7,15 @@ using namespace SSOServices;
 
 bool WebServicesAutomation::Login(wchar_t const* first, wchar_t const* second, bool flag)
 {
-    return AskUI(false, [&](auto& ui) { return ui.Login(first, second, flag); });
+    auto const ui = Plugin<ISSOClientUI>();
+    return ui ? ui->Login(first, second, flag) : false;
 }
 
 bool WebServicesAutomation::Login(wchar_t const* first, wchar_t const* second, bool flag,
                                   bool secondFlag, std::wstring& text)
 {
-    return AskUI(false, [&](auto& ui) { return ui.Login(first, second, flag, secondFlag, text); });
+    auto const ui = Plugin<ISSOClientUI>();
+    return ui ? ui->Login(first, second, flag, secondFlag, text) : false;
 }
 
 } // namespace Halvorix::WebServicesUI

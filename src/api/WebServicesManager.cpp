@@ -2,15 +2,11 @@
 
 #include <string>
 
-#include "../../include/NetworkCookie.h"
-#include "../../include/OAuth2Token.h"
 #include "../../include/WebServicesConfiguration.h"
 #include "../discovery/PathText.h"
 #include "../host/SupportFileSearchPaths.h"
 #include "../support/ProcessState.h"
-#include "../support/SecretText.h"
-#include "Forward.h"
-#include "PluginText.h"
+#include "Plugin.h"
 #include "ReferenceCount.h"
 #include "SpecText.h"
 
@@ -27,7 +23,8 @@ bool WebServicesManager::Initialize() { return Initialize(false); }
 bool WebServicesManager::Initialize(bool flag)
 {
     if (IsFirstInitialize(webServicesManagerCount, webServicesManager != nullptr)) {
-        AskModule([&](auto& module) { module.Initialize(flag, false); });
+        if (auto const module = Plugin<ISSOClientModule>())
+            module->Initialize(flag, false);
         webServicesManager = new WebServicesManager;
     }
     return true;
@@ -39,7 +36,8 @@ bool WebServicesManager::Initialize(OAuth2TokenSpec const& spec)
 {
     if (IsFirstInitialize(webServicesManagerCount, webServicesManager != nullptr)) {
         std::string const text = SpecText(spec);
-        AskModule([&](auto& module) { module.Initialize(text.c_str()); });
+        if (auto const module = Plugin<ISSOClientModule>())
+            module->Initialize(text.c_str());
         webServicesManager = new WebServicesManager;
     }
     return true;
@@ -49,7 +47,8 @@ bool WebServicesManager::Uninitialize()
 {
     if (IsLastUninitialize(webServicesManagerCount)) {
         delete webServicesManager.exchange(nullptr);
-        AskModule([](auto& module) { module.Uninitialize(); });
+        if (auto const module = Plugin<ISSOClientModule>())
+            module->Uninitialize();
         webServicesManagerCount = 0;
     }
     return true;
@@ -61,15 +60,16 @@ bool WebServicesManager::IsInitialized() { return webServicesManagerCount > 0; }
 
 int WebServicesManager::GetSupportFileSearchPaths(wchar_t* buffer, int capacity)
 {
-    return AskModule(
-        0, [&](auto& module) { return module.GetSupportFileSearchPaths(buffer, capacity); });
+    auto const module = Plugin<ISSOClientModule>();
+    return module ? module->GetSupportFileSearchPaths(buffer, capacity) : 0;
 }
 
 void WebServicesManager::SetSupportFileSearchPaths(wchar_t const* paths)
 {
     // Stored first: the next step may be the load, which reads the list.
     StoreSupportFileSearchPaths(SplitSupportPathList(paths));
-    AskModule([&](auto& module) { module.SetSupportFileSearchPaths(paths); });
+    if (auto const module = Plugin<ISSOClientModule>())
+        module->SetSupportFileSearchPaths(paths);
 }
 
 // EnableLog, IsLogEnabled and SetCachePath have no function, on purpose.
@@ -82,140 +82,161 @@ void WebServicesManager::SetCachePath(wchar_t const*) {}
 WebServicesConfiguration const& WebServicesManager::GetConfiguration() const
 {
     // The object is looked at only without a plugin: there may be none before Initialize.
-    auto const client = Fetch<ISSOClient>(&SSOClientManager::GetSSOClient);
+    auto const client = Plugin<ISSOClient>();
     return client ? client->GetConfiguration() : *fallbackConfiguration;
 }
 
 bool WebServicesManager::SetConfiguration(WebServicesConfiguration const& configuration)
 {
-    return AskClient(false, [&](auto& client) { return client.SetConfiguration(configuration); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->SetConfiguration(configuration) : false;
 }
 
 int WebServicesManager::GetCachePath(wchar_t* buffer, int capacity) const
 {
-    return AskClient(0, [&](auto& client) { return client.GetCachePath(buffer, capacity); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetCachePath(buffer, capacity) : 0;
 }
 
 bool WebServicesManager::IsCacheEnabled(CacheType type) const
 {
-    return AskClient(false, [&](auto& client) { return client.IsCacheEnabled(type); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->IsCacheEnabled(type) : false;
 }
 
 void WebServicesManager::EnableCache(CacheType type, bool enable)
 {
-    AskClient([&](auto& client) { client.EnableCache(type, enable); });
+    if (auto const client = Plugin<ISSOClient>())
+        client->EnableCache(type, enable);
 }
 
 bool WebServicesManager::IsCacheAvailable(CacheType type) const
 {
-    return AskClient(false, [&](auto& client) { return client.IsCacheAvailable(type); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->IsCacheAvailable(type) : false;
 }
 
 void WebServicesManager::InvalidateCache(CacheType type)
 {
-    AskClient([&](auto& client) { client.InvalidateCache(type); });
+    if (auto const client = Plugin<ISSOClient>())
+        client->InvalidateCache(type);
 }
 
 ServiceEntitlement WebServicesManager::GetServiceEntitlement(wchar_t const* service, wchar_t*& text)
 {
-    return AskClient(ServiceEntitlement{},
-                     [&](auto& client) { return client.GetServiceEntitlement(service, text); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetServiceEntitlement(service, text) : ServiceEntitlement{};
 }
 
 ServiceEntitlement WebServicesManager::GetServiceEntitlement(wchar_t const* service)
 {
-    return AskClient(ServiceEntitlement{},
-                     [&](auto& client) { return client.GetServiceEntitlement(service); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetServiceEntitlement(service) : ServiceEntitlement{};
 }
 
 bool WebServicesManager::GetServiceEntitlementEx(wchar_t*& text)
 {
-    return AskClient(false, [&](auto& client) { return client.GetServiceEntitlementEx(text); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetServiceEntitlementEx(text) : false;
 }
 
 bool WebServicesManager::GetServiceEntitlementEx(wchar_t const* service, wchar_t*& text)
 {
-    return AskClient(false,
-                     [&](auto& client) { return client.GetServiceEntitlementEx(service, text); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetServiceEntitlementEx(service, text) : false;
 }
 
 int WebServicesManager::GetLoginStateFile(wchar_t* buffer, int capacity) const
 {
-    return AskClient(0, [&](auto& client) { return client.GetLoginStateFile(buffer, capacity); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetLoginStateFile(buffer, capacity) : 0;
 }
 
 int WebServicesManager::GetUserNameW(wchar_t* buffer, int capacity) const
 {
-    return AskClient(0, [&](auto& client) { return client.GetUserNameW(buffer, capacity); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetUserNameW(buffer, capacity) : 0;
 }
 
 int WebServicesManager::GetLoginUserName(wchar_t* buffer, int capacity) const
 {
-    return AskClient(0, [&](auto& client) { return client.GetLoginUserName(buffer, capacity); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetLoginUserName(buffer, capacity) : 0;
 }
 
 int WebServicesManager::GetUserId(wchar_t* buffer, int capacity) const
 {
-    return AskClient(0, [&](auto& client) { return client.GetUserId(buffer, capacity); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetUserId(buffer, capacity) : 0;
 }
 
 int WebServicesManager::GetUserEmail(wchar_t* buffer, int capacity) const
 {
-    return AskClient(0, [&](auto& client) { return client.GetUserEmail(buffer, capacity); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetUserEmail(buffer, capacity) : 0;
 }
 
 int WebServicesManager::GetUserFirstName(wchar_t* buffer, int capacity) const
 {
-    return AskClient(0, [&](auto& client) { return client.GetUserFirstName(buffer, capacity); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetUserFirstName(buffer, capacity) : 0;
 }
 
 int WebServicesManager::GetUserLastName(wchar_t* buffer, int capacity) const
 {
-    return AskClient(0, [&](auto& client) { return client.GetUserLastName(buffer, capacity); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetUserLastName(buffer, capacity) : 0;
 }
 
 bool WebServicesManager::GetUserInfo(wchar_t*& info)
 {
     info = nullptr;
-    return AskClient(false, [&](auto& client) { return client.GetUserInfo(info); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetUserInfo(info) : false;
 }
 
 bool WebServicesManager::IsLoggedIn() const
 {
-    return AskClient(false, [&](auto& client) { return client.IsLoggedIn(); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->IsLoggedIn() : false;
 }
 
 unsigned int WebServicesManager::GetLoginExpiryDate() const
 {
-    return AskClient(0, [&](auto& client) { return client.GetLoginExpiryDate(); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetLoginExpiryDate() : 0;
 }
 
 bool WebServicesManager::IsLoginExpired() const
 {
-    return AskClient(false, [&](auto& client) { return client.IsLoginExpired(); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->IsLoginExpired() : false;
 }
 
 bool WebServicesManager::IsLoginValid() const
 {
-    return AskClient(false, [&](auto& client) { return client.IsLoginValid(); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->IsLoginValid() : false;
 }
 
 bool WebServicesManager::IsSSOEnabledForAllUsers() const
 {
-    return AskClient(false, [&](auto& client) { return client.IsSSOEnabledForAllUsers(); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->IsSSOEnabledForAllUsers() : false;
 }
 
 int WebServicesManager::GetLdapDomainKey(wchar_t* buffer, int capacity)
 {
-    return AskClient(0, [&](auto& client) { return client.GetLdapDomainKey(buffer, capacity); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetLdapDomainKey(buffer, capacity) : 0;
 }
 
 bool WebServicesManager::GetCloudStorageQuota(long long& first, long long& second) const
 {
     first = 0;
     second = 0;
-    return AskClient(false,
-                     [&](auto& client) { return client.GetCloudStorageQuota(first, second); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetCloudStorageQuota(first, second) : false;
 }
 
 bool WebServicesManager::InitiateLogin(wchar_t const* text, wchar_t* buffer, int capacity,
@@ -223,9 +244,8 @@ bool WebServicesManager::InitiateLogin(wchar_t const* text, wchar_t* buffer, int
 {
     error = LoginErrorEx::Preset;
     value = 0;
-    return AskClient(false, [&](auto& client) {
-        return client.InitiateLogin(text, buffer, capacity, error, value);
-    });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->InitiateLogin(text, buffer, capacity, error, value) : false;
 }
 
 bool WebServicesManager::InitiateLogin(wchar_t const* text, int number, wchar_t* buffer,
@@ -233,104 +253,89 @@ bool WebServicesManager::InitiateLogin(wchar_t const* text, int number, wchar_t*
 {
     error = LoginError::Preset;
     value = 0;
-    return AskClient(false, [&](auto& client) {
-        return client.InitiateLogin(text, number, buffer, capacity, error, value);
-    });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->InitiateLogin(text, number, buffer, capacity, error, value) : false;
 }
 
 bool WebServicesManager::InitiateLogin(wchar_t* buffer, int capacity, LoginError& error, int& value)
 {
     error = LoginError::Preset;
     value = 0;
-    return AskClient(
-        false, [&](auto& client) { return client.InitiateLogin(buffer, capacity, error, value); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->InitiateLogin(buffer, capacity, error, value) : false;
 }
 
 bool WebServicesManager::InitiateLogin(wchar_t* buffer, int capacity)
 {
-    return AskClient(false, [&](auto& client) { return client.InitiateLogin(buffer, capacity); });
-}
-
-bool WebServicesManager::CompleteLogin(NetworkCookieJar const& jar)
-{
-    return AskClient(false, [&](auto& client) {
-        SecretText<char> text;
-        SSOServicesPrivate::NetworkCookieJarToJson(jar, *text);
-        return client.CompleteLogin(text->c_str());
-    });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->InitiateLogin(buffer, capacity) : false;
 }
 
 bool WebServicesManager::CompleteLogin()
 {
-    return AskClient(false, [&](auto& client) { return client.CompleteLogin(); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->CompleteLogin() : false;
 }
 
 bool WebServicesManager::RestoreLogin()
 {
-    return AskClient(false, [&](auto& client) { return client.RestoreLogin(); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->RestoreLogin() : false;
 }
 
 bool WebServicesManager::Logout()
 {
-    return AskClient(false, [&](auto& client) { return client.Logout(); });
-}
-
-bool WebServicesManager::InitiateLogout(wchar_t* buffer, int capacity, NetworkCookieJar& jar,
-                                        BufferTransformCallback callback)
-{
-    if (buffer == nullptr || capacity < 1)
-        return false;
-    *buffer = L'\0';
-    return AskClient(false, [&](auto& client) {
-        char* text = nullptr;
-        if (!client.InitiateLogout(buffer, capacity, text, callback))
-            return false;
-        PluginText const owned(text);
-        // No text is no failure here, unlike in GetOAuth2AccessToken, on purpose.
-        return text == nullptr || SSOServicesPrivate::JsonToNetworkCookieJar(text, jar);
-    });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->Logout() : false;
 }
 
 bool WebServicesManager::CompleteLogout()
 {
-    return AskClient(false, [&](auto& client) { return client.CompleteLogout(); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->CompleteLogout() : false;
 }
 
 bool WebServicesManager::IsTokenAvailable() const
 {
-    return AskClient(false, [&](auto& client) { return client.IsTokenAvailable(); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->IsTokenAvailable() : false;
 }
 
 int WebServicesManager::GetAccessToken(wchar_t* buffer, int capacity, bool flag)
 {
-    return AskClient(0,
-                     [&](auto& client) { return client.GetAccessToken(buffer, capacity, flag); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetAccessToken(buffer, capacity, flag) : 0;
 }
 
 int WebServicesManager::GetAccessToken(wchar_t* buffer, int capacity)
 {
-    return AskClient(0, [&](auto& client) { return client.GetAccessToken(buffer, capacity); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetAccessToken(buffer, capacity) : 0;
 }
 
 unsigned int WebServicesManager::GetTokenExpiryDate() const
 {
-    return AskClient(0, [&](auto& client) { return client.GetTokenExpiryDate(); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetTokenExpiryDate() : 0;
 }
 
 bool WebServicesManager::IsTokenExpired() const
 {
-    return AskClient(false, [&](auto& client) { return client.IsTokenExpired(); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->IsTokenExpired() : false;
 }
 
 bool WebServicesManager::RefreshToken(bool flag)
 {
-    return AskClient(false, [&](auto& client) { return client.RefreshToken(flag); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->RefreshToken(flag) : false;
 }
 
 int WebServicesManager::GetLoginCookie(unsigned char*& cookie)
 {
     cookie = nullptr;
-    return AskClient(0, [&](auto& client) { return client.GetLoginCookie(cookie); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetLoginCookie(cookie) : 0;
 }
 
 wchar_t* WebServicesManager::SignRequest(wchar_t const* url, RequestParam const* params,
@@ -338,50 +343,56 @@ wchar_t* WebServicesManager::SignRequest(wchar_t const* url, RequestParam const*
                                          wchar_t const* first, wchar_t const* second,
                                          BufferTransformCallback callback)
 {
-    return AskClient(nullptr, [&](auto& client) {
-        return client.SignRequest(url, params, paramCount, method, mode, first, second, callback);
-    });
+    auto const client = Plugin<ISSOClient>();
+    return client
+               ? client->SignRequest(url, params, paramCount, method, mode, first, second, callback)
+               : nullptr;
 }
 
 wchar_t* WebServicesManager::SignUrlForBrowser(wchar_t const* url, bool flag,
                                                BufferTransformCallback callback)
 {
-    return AskClient(nullptr,
-                     [&](auto& client) { return client.SignUrlForBrowser(url, flag, callback); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->SignUrlForBrowser(url, flag, callback) : nullptr;
 }
 
 Server WebServicesManager::GetServer() const
 {
-    return AskClient(Server{}, [&](auto& client) { return client.GetServer(); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetServer() : Server{};
 }
 
 bool WebServicesManager::SetServer(Server server)
 {
-    return AskClient(false, [&](auto& client) { return client.SetServer(server); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->SetServer(server) : false;
 }
 
 int WebServicesManager::GetUrl(WebServicesUrlCode code, wchar_t* buffer, int capacity) const
 {
-    return AskClient(0, [&](auto& client) { return client.GetUrl(code, buffer, capacity); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetUrl(code, buffer, capacity) : 0;
 }
 
 bool WebServicesManager::GetProxyAuthenticationDialogText(wchar_t* title, int titleCapacity,
                                                           wchar_t* text, int textCapacity)
 {
-    return AskClient(false, [&](auto& client) {
-        return client.GetProxyAuthenticationDialogText(title, titleCapacity, text, textCapacity);
-    });
+    auto const client = Plugin<ISSOClient>();
+    return client
+               ? client->GetProxyAuthenticationDialogText(title, titleCapacity, text, textCapacity)
+               : false;
 }
 
 void WebServicesManager::SetProxyAuthenticationDialogText(wchar_t const* title, wchar_t const* text)
 {
-    AskClient([&](auto& client) { client.SetProxyAuthenticationDialogText(title, text); });
+    if (auto const client = Plugin<ISSOClient>())
+        client->SetProxyAuthenticationDialogText(title, text);
 }
 
 bool WebServicesManager::HasProxyAuthentication(wchar_t const* host, int port)
 {
-    return AskClient(false,
-                     [&](auto& client) { return client.HasProxyAuthentication(host, port); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->HasProxyAuthentication(host, port) : false;
 }
 
 bool WebServicesManager::GetProxyAuthentication(wchar_t const* host, int port, wchar_t* user,
@@ -389,136 +400,103 @@ bool WebServicesManager::GetProxyAuthentication(wchar_t const* host, int port, w
                                                 int passwordCapacity,
                                                 BufferTransformCallback callback)
 {
-    return AskClient(false, [&](auto& client) {
-        return client.GetProxyAuthentication(host, port, user, userCapacity, password,
-                                             passwordCapacity, callback);
-    });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetProxyAuthentication(host, port, user, userCapacity, password,
+                                                   passwordCapacity, callback)
+                  : false;
 }
 
 bool WebServicesManager::SetProxyAuthentication(wchar_t const* host, int port, wchar_t const* user,
                                                 wchar_t const* password,
                                                 BufferTransformCallback callback)
 {
-    return AskClient(false, [&](auto& client) {
-        return client.SetProxyAuthentication(host, port, user, password, callback);
-    });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->SetProxyAuthentication(host, port, user, password, callback) : false;
 }
 
 bool WebServicesManager::HasProxyInfo() const
 {
-    return AskClient(false, [&](auto& client) { return client.HasProxyInfo(); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->HasProxyInfo() : false;
 }
 
 bool WebServicesManager::ClearProxyInfo()
 {
-    return AskClient(false, [&](auto& client) { return client.ClearProxyInfo(); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->ClearProxyInfo() : false;
 }
 
 void WebServicesManager::AddObserver(IWebServicesObserver* observer)
 {
-    AskClient([&](auto& client) { client.AddObserver(observer); });
+    if (auto const client = Plugin<ISSOClient>())
+        client->AddObserver(observer);
 }
 
 void WebServicesManager::RemoveObserver(IWebServicesObserver* observer)
 {
-    AskClient([&](auto& client) { client.RemoveObserver(observer); });
+    if (auto const client = Plugin<ISSOClient>())
+        client->RemoveObserver(observer);
 }
 
 bool WebServicesManager::HasEvent() const
 {
-    return AskClient(false, [&](auto& client) { return client.HasEvent(); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->HasEvent() : false;
 }
 
 bool WebServicesManager::DispatchEvent()
 {
-    return AskClient(false, [&](auto& client) { return client.DispatchEvent(); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->DispatchEvent() : false;
 }
 
 bool WebServicesManager::IsOAuth2Enabled() const
 {
-    return AskClient(false, [&](auto& client) { return client.IsOAuth2Enabled(); });
-}
-
-bool WebServicesManager::EnableOAuth2(OAuth2TokenSpec const& spec)
-{
-    return AskClient(false,
-                     [&](auto& client) { return client.EnableOAuth2(SpecText(spec).c_str()); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->IsOAuth2Enabled() : false;
 }
 
 bool WebServicesManager::EnableOAuth2(bool enable)
 {
-    return AskClient(false, [&](auto& client) { return client.EnableOAuth2(enable); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->EnableOAuth2(enable) : false;
 }
 
 bool WebServicesManager::DisableOAuth2()
 {
-    return AskClient(false, [&](auto& client) { return client.DisableOAuth2(); });
-}
-
-bool WebServicesManager::GetOAuth2AccessToken(OAuth2TokenSpec const& spec, OAuth2Token& token,
-                                              BufferTransformCallback callback, bool flag)
-{
-    return AskClient(false, [&](auto& client) {
-        char* text = nullptr;
-        // A text that comes with a refusal is neither read nor released.
-        if (!client.GetOAuth2AccessToken(SpecText(spec).c_str(), text, callback, flag))
-            return false;
-        PluginText const owned(text);
-        return text != nullptr && SSOServicesPrivate::JsonToOAuth2Token(text, token);
-    });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->DisableOAuth2() : false;
 }
 
 int WebServicesManager::GetOAuth2AccessToken(wchar_t* buffer, int capacity,
                                              BufferTransformCallback callback, bool flag)
 {
-    return AskClient(0, [&](auto& client) {
-        return client.GetOAuth2AccessToken(buffer, capacity, callback, flag);
-    });
-}
-
-bool WebServicesManager::RefreshOAuth2Token(OAuth2TokenSpec const& spec, bool flag)
-{
-    return AskClient(false, [&](auto& client) {
-        return client.RefreshOAuth2Token(SpecText(spec).c_str(), flag);
-    });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetOAuth2AccessToken(buffer, capacity, callback, flag) : 0;
 }
 
 bool WebServicesManager::RefreshOAuth2Token(bool flag)
 {
-    return AskClient(false, [&](auto& client) { return client.RefreshOAuth2Token(flag); });
-}
-
-bool WebServicesManager::IsOAuth2TokenExpired(OAuth2TokenSpec const& spec) const
-{
-    return AskClient(
-        false, [&](auto& client) { return client.IsOAuth2TokenExpired(SpecText(spec).c_str()); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->RefreshOAuth2Token(flag) : false;
 }
 
 bool WebServicesManager::IsOAuth2TokenExpired() const
 {
-    return AskClient(false, [&](auto& client) { return client.IsOAuth2TokenExpired(); });
-}
-
-unsigned int WebServicesManager::GetOAuth2TokenExpiryDate(OAuth2TokenSpec const& spec) const
-{
-    return AskClient(
-        0, [&](auto& client) { return client.GetOAuth2TokenExpiryDate(SpecText(spec).c_str()); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->IsOAuth2TokenExpired() : false;
 }
 
 unsigned int WebServicesManager::GetOAuth2TokenExpiryDate() const
 {
-    return AskClient(0, [&](auto& client) { return client.GetOAuth2TokenExpiryDate(); });
-}
-
-bool WebServicesManager::IsOAuth2TokenAvailable(OAuth2TokenSpec const& spec) const
-{
-    return AskClient(
-        false, [&](auto& client) { return client.IsOAuth2TokenAvailable(SpecText(spec).c_str()); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->GetOAuth2TokenExpiryDate() : 0;
 }
 
 bool WebServicesManager::IsOAuth2TokenAvailable() const
 {
-    return AskClient(false, [&](auto& client) { return client.IsOAuth2TokenAvailable(); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->IsOAuth2TokenAvailable() : false;
 }
 
 } // namespace Halvorix::WebServices

@@ -2,7 +2,7 @@
 
 #include "../../include/WebServicesManager.h"
 #include "../support/ProcessState.h"
-#include "Forward.h"
+#include "Plugin.h"
 #include "ReferenceCount.h"
 #include "SpecText.h"
 
@@ -22,7 +22,8 @@ bool WebServicesUIManager::Initialize() { return Initialize(false); }
 bool WebServicesUIManager::Initialize(bool flag)
 {
     if (IsFirstInitialize(webServicesUIManagerCount, webServicesUIManager != nullptr)) {
-        AskModule([&](auto& module) { module.InitializeUI(flag, false); });
+        if (auto const module = Plugin<ISSOClientModule>())
+            module->InitializeUI(flag, false);
         WebServicesManager::Initialize(flag);
         webServicesUIManager = new WebServicesUIManager;
     }
@@ -35,7 +36,8 @@ bool WebServicesUIManager::Initialize(WebServices::OAuth2TokenSpec const& spec)
 {
     if (IsFirstInitialize(webServicesUIManagerCount, webServicesUIManager != nullptr)) {
         std::string const text = SpecText(spec);
-        AskModule([&](auto& module) { module.InitializeUI(text.c_str()); });
+        if (auto const module = Plugin<ISSOClientModule>())
+            module->InitializeUI(text.c_str());
         WebServicesManager::Initialize(spec);
         webServicesUIManager = new WebServicesUIManager;
     }
@@ -46,7 +48,8 @@ bool WebServicesUIManager::Uninitialize()
 {
     if (IsLastUninitialize(webServicesUIManagerCount)) {
         delete webServicesUIManager.exchange(nullptr);
-        AskModule([](auto& module) { module.UninitializeUI(); });
+        if (auto const module = Plugin<ISSOClientModule>())
+            module->UninitializeUI();
         WebServicesManager::Uninitialize();
         // Also while the host still holds an Initialize of its own, on purpose.
         SSOClientManager::ReleaseInstance();
@@ -75,58 +78,69 @@ int WebServicesUIManager::GetCurrentLocale(wchar_t* buffer, int capacity) const
 
 unsigned long long WebServicesUIManager::GetHostApplicationWindow()
 {
-    return AskUI(0, [](auto& ui) { return ui.GetHostApplicationWindow(); });
+    auto const ui = Plugin<ISSOClientUI>();
+    return ui ? ui->GetHostApplicationWindow() : 0;
 }
 
 void WebServicesUIManager::SetHostApplicationWindow(unsigned long long window)
 {
-    AskUI([&](auto& ui) { ui.SetHostApplicationWindow(window); });
+    if (auto const ui = Plugin<ISSOClientUI>())
+        ui->SetHostApplicationWindow(window);
 }
 
 bool WebServicesUIManager::Login()
 {
-    return AskUI(false, [](auto& ui) { return ui.Login(); });
+    auto const ui = Plugin<ISSOClientUI>();
+    return ui ? ui->Login() : false;
 }
 
 bool WebServicesUIManager::Login(wchar_t const* text)
 {
-    return AskUI(false, [&](auto& ui) { return ui.Login(text); });
+    auto const ui = Plugin<ISSOClientUI>();
+    return ui ? ui->Login(text) : false;
 }
 
 bool WebServicesUIManager::Logout()
 {
-    return AskUI(false, [](auto& ui) { return ui.Logout(); });
+    auto const ui = Plugin<ISSOClientUI>();
+    return ui ? ui->Logout() : false;
 }
 
 bool WebServicesUIManager::ShowAccountSettings()
 {
-    return AskUI(false, [](auto& ui) { return ui.ShowAccountSettings(); });
+    auto const ui = Plugin<ISSOClientUI>();
+    return ui ? ui->ShowAccountSettings() : false;
 }
 
 bool WebServicesUIManager::IsLoginInProgress() const
 {
-    return AskUI(false, [](auto& ui) { return ui.IsLoginInProgress(); });
+    auto const ui = Plugin<ISSOClientUI>();
+    return ui ? ui->IsLoginInProgress() : false;
 }
 
 // Not operations of the plugin's user interface: they work without one.
 bool WebServicesUIManager::IsLoggedIn() const
 {
-    return AskClient(false, [](auto& client) { return client.IsLoggedIn(); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->IsLoggedIn() : false;
 }
 
 bool WebServicesUIManager::IsLoginValid() const
 {
-    return AskClient(false, [](auto& client) { return client.IsLoginValid(); });
+    auto const client = Plugin<ISSOClient>();
+    return client ? client->IsLoginValid() : false;
 }
 
 void WebServicesUIManager::AddObserver(IWebServicesUIObserver* observer)
 {
-    AskUI([&](auto& ui) { ui.AddObserver(observer); });
+    if (auto const ui = Plugin<ISSOClientUI>())
+        ui->AddObserver(observer);
 }
 
 void WebServicesUIManager::RemoveObserver(IWebServicesUIObserver* observer)
 {
-    AskUI([&](auto& ui) { ui.RemoveObserver(observer); });
+    if (auto const ui = Plugin<ISSOClientUI>())
+        ui->RemoveObserver(observer);
 }
 
 } // namespace Halvorix::WebServicesUI

@@ -5,6 +5,8 @@ One line for each, "passed: ..." if the check failed on it at the right place an
 with both texts, "failed: ..." if not.
 """
 
+import concurrent.futures
+import os
 import pathlib
 import re
 import shutil
@@ -140,23 +142,34 @@ class Tally:
         sys.stdout.flush()
 
 
+def add_each(tally, look, rows):
+    """What comes of looking at each row, in their order, as many at once as there are cores."""
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        for result in pool.map(look, rows):
+            tally.add(*result)
+
+
 def all_said(found, patterns):
     return all(any(re.search(pattern, text) for text in found) for pattern in patterns)
 
 
 def layouts(tally):
-    for what, header, change, targets, patterns in LAYOUTS:
+    def look(row):
+        what, header, change, targets, patterns = row
         with tempfile.TemporaryDirectory() as folder:
             copy = Copy(folder, header, change)
             found = {target: layout.differ(copy.include, CONTRACT, target) for target in TARGETS}
         # Where it changes nothing it must not be told either.
         caught = all(all_said(texts, patterns) if target in targets else not texts
                      for target, texts in found.items())
-        tally.add(f"{what} ({', '.join(targets)})", caught, found[targets[0]])
+        return f"{what} ({', '.join(targets)})", caught, found[targets[0]]
+
+    add_each(tally, look, LAYOUTS)
 
 
 def decorated(tally):
-    for what, header, change, targets, patterns in NAMES:
+    def look(row):
+        what, header, change, targets, patterns = row
         found = {}
         with tempfile.TemporaryDirectory() as folder:
             copy = Copy(folder, header, change)
@@ -167,8 +180,10 @@ def decorated(tally):
                 if target in names.LISTS:
                     found[target] += names.differ(
                         left, names.read_list(ROOT / "abi" / names.LISTS[target]), "the headers")
-        tally.add(f"{what} ({', '.join(targets)})",
-                  all(all_said(texts, patterns) for texts in found.values()), found[targets[0]])
+        return (f"{what} ({', '.join(targets)})",
+                all(all_said(texts, patterns) for texts in found.values()), found[targets[0]])
+
+    add_each(tally, look, NAMES)
 
 
 def built(include, target, defined, folder):

@@ -104,6 +104,23 @@ def Location(test):
     line_of(ended, "ssoServer.searchPaths", "/server", "(registry)")
 
 
+def LocationOfTheRegistry(test):
+    """A value that the library does not read as what was meant."""
+    if not test.build.is_windows:
+        skip("only the other system has a registry")
+    place = test.whole().write("app/SSOClient.config", "{}")
+    with place:
+        place.leave_location("x" * 511)
+        assert "is longer than" not in place.diagnose().last
+        place.leave_location("x" * 512)
+        assert "; the registry value Location is longer than 511 char" in place.diagnose().last
+        place.registry("add", rig.LOCATION_KEY, "/v", "Location", "/t", "REG_DWORD", "/d", "7",
+                       "/f")
+        assert place.diagnose().last.endswith("; the registry value Location is not a text")
+        place.registry("delete", rig.LOCATION_KEY, "/v", "Location", "/f")
+        assert place.diagnose().last.endswith("; the registry value Location is not in its key")
+
+
 def FileOfTheWorkingDirectory(test):
     place = test.whole()
     os.rename(place.root / "app/SSOClient.config", place.root / "work/SSOClient.config")
@@ -122,6 +139,62 @@ def CircularDirectory(test):
     ended = place.diagnose()
     assert ended.status == 1 and "with an exception" in ended.last, ended.last
     line_of(place.diagnose("--verbose"), "/app/circle  ", "cannot be looked at")
+    assert f"Fix: put the file or folder itself in place of {place.root}/app/circle" in ended.lines
+
+
+def UpBehindALink(test):
+    """The file that is looked at is the one that is loaded."""
+    if test.build.is_windows:
+        skip("that system leaves it out of the text")
+    place = test.whole()
+    os.makedirs(place.root / "far/below")
+    os.symlink(place.root / "far/below", place.root / "server/link")
+    whole = harness.compatibility(place)
+    whole["ssoClientPlugin"][0][place.build.path_key] = "%SSOServerAppPath%/link/../plugin"
+    place.write(COMPATIBILITY, json.dumps(whole))
+    os.rename(place.root / "server/plugin", place.root / "far/plugin")
+    assert place.diagnose("--load").last == rig.CAN_WORK
+    # Of this name by its text alone.
+    place.place("server/plugin/RecordingPlugin.so", "PlainNamePlugin.so")
+    assert place.diagnose("--load").last == rig.CAN_WORK
+    # The library, too.
+    os.rename(place.path("app/" + test.build.library), place.root / "far/Library.so")
+    named = str(place.root / "server/link/../Library.so")
+    assert place.diagnose("--load", "--library", named).last == rig.CAN_WORK
+
+
+def LinksInACircle(test):
+    """Each is told by its name, over whatever other links it leads to itself."""
+    if test.build.is_windows:
+        skip("links that lead in a circle are not made there")
+    ends = "the library ends the {} with an exception: "
+    for relative, during in (
+        ("server/plugin/RecordingPlugin.so", "look for the client plugin's file"),
+        ("server/openssl/openssl.so", "look for the OpenSSL module's file"),
+        ("server/openssl", "look for the OpenSSL module's file"),
+        ("server/plugin", "look for the client plugin's file"),
+        ("server/HxSSO.exe", "choice of the client plugin"),
+        ("app/SSOClient.config", "choice of the client plugin"),
+        (harness.COMPATIBILITY, "choice of the client plugin"),
+    ):
+        place = test.whole()
+        link = place.path(relative)
+        os.rename(link, place.root / "away")
+        os.symlink("other", link)
+        os.symlink(link.name, link.parent / "other")
+        ended = place.diagnose()
+        assert ended.status == 1, ended.output
+        assert ended.last == ends.format(during) + f"{link} is a link that leads in a circle"
+        assert f"Fix: put the file or folder itself in place of {link}" in ended.lines
+    place = test.whole()
+    library = place.path("app/" + test.build.library)
+    library.unlink()
+    os.symlink(library.name, library)
+    assert place.diagnose().last.endswith(
+        f": the one in {place.root}/app is a link that leads in a circle")
+    for option in ("--library", "--exe"):
+        ended = place.run(option, str(library))
+        assert ended.status == 2 and f"{library} is a link that leads in a circle" in ended.errors
 
 
 def LibraryOfOtherVersion(test):

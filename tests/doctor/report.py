@@ -37,12 +37,16 @@ def tree(root):
 
 def JsonKeepsToItsSchema(test):
     validator = schema()
-    for case in sorted(CASES.iterdir()):
+    cases = sorted(CASES.iterdir())
+    twice = {CASES / "nothing-is-wrong", CASES / "factory-throws"}
+    if test.build.is_windows:  # where a start takes long: the report is the same code
+        cases = sorted({*cases[::4], *twice})
+    for case in cases:
         about = json.loads((case / "case.json").read_text(encoding="utf-8"))
         if "deny" in about or "system" in about or (test.build.is_windows and "location" in about):
             continue
         place = test.installation(case.name)
-        for more in ([], ["--log"]) if case.name in ("nothing-is-wrong", "factory-throws") else ([],):
+        for more in ([], ["--log"]) if case in twice else ([],):
             document = place.diagnose("--json", *place.arguments, *more).document
             errors = [f"{error.json_path}: {error.message}" for error in validator.iter_errors(document)]
             assert not errors, (case.name, errors)

@@ -11,6 +11,7 @@ import subprocess
 import sys
 
 SKIPPED = 77
+WINE_I386 = pathlib.Path(__file__).resolve().parents[2] / ".deps/wine-i386/i386-windows"
 CAN_WORK = "sign-in can work"
 NOT_LOADED = "nothing wrong found; the plugin was not loaded (--load loads it)"
 BASE = pathlib.Path(__file__).resolve().parent / "base"
@@ -51,6 +52,8 @@ class Build:
         keys = ["modulePath", "modulePathWoW64"]
         self.path_key, self.other_path_key = reversed(keys) if is_wow64 else keys
         self.architecture = "x86" if is_wow64 else "x86-64"
+        # The system's tool, in the view of the registry that such a process has.
+        self.reg = str(WINE_I386 / "reg.exe") if is_wow64 else "reg"
         self.doctor = "hxsso-doctor" + exe
         self.loader = "hxsso-plugin-loader" + exe
         self.host = "asking-host" + exe
@@ -157,7 +160,7 @@ class Installation:
             self.registry("delete", LOCATION_KEY, "/f")
 
     def registry(self, *words):
-        subprocess.run([*self.build.emulator, "reg", *words], check=True, capture_output=True)
+        subprocess.run([*self.build.emulator, self.build.reg, *words], check=True, capture_output=True)
 
     def leave_location(self, directory):
         """As the server application's installation does."""

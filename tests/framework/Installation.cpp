@@ -85,12 +85,51 @@ std::string Spelled(Json::Value const& call)
     return text + ")";
 }
 
+// A folder of this process's own.
+fs::path RigFolder(std::string const& name)
+{
+    return ThisExecutable().parent_path().parent_path() / "rig" /
+           (std::to_string(ProcessNumber()) + "-" + name);
+}
+
 fs::path NewRoot(std::string const& folderName)
 {
     static int count = 0;
-    return ThisExecutable().parent_path().parent_path() / "rig" /
-           (std::to_string(ProcessNumber()) + "-" + std::to_string(++count)) /
-           fs::u8path(folderName);
+    return RigFolder(std::to_string(++count)) / fs::u8path(folderName);
+}
+
+/// Copies of built files, for as long as this process runs.
+class Copies {
+public:
+    Copies() { fs::remove_all(folder); } // of a process with this number that crashed
+    ~Copies()
+    {
+        std::error_code ignored;
+        fs::remove_all(folder, ignored);
+    }
+    Copies(Copies const&) = delete;
+    Copies& operator=(Copies const&) = delete;
+
+    fs::path Of(fs::path const& file) const
+    {
+        fs::path const copy = folder / file.filename();
+        if (!fs::exists(copy)) {
+            fs::create_directories(folder);
+            fs::copy_file(file, copy);
+        }
+        return copy;
+    }
+
+private:
+    fs::path const folder = RigFolder("files");
+};
+
+// Windows removes no name of a file that is in use, as this process's own executable
+// is: there it is a copy that gets further names.
+fs::path ToBeLinked(fs::path const& file)
+{
+    static Copies const copies;
+    return IsWindows() ? copies.Of(file) : fs::canonical(file);
 }
 
 void ExpectNoSecretIn(std::string const& text, char const* where)
@@ -336,13 +375,12 @@ void Installation::Place(std::string const& file, std::string const& folder, std
     fs::path const source = ThisExecutable().parent_path() / file;
     fs::path const target = Path(folder) / as;
     fs::create_directories(target.parent_path());
-    // A link costs nothing and looks like a file. But Windows removes none while
-    // the file is in use under any name, as this process's own executable is.
+    fs::remove(target);
+    // A link costs nothing and looks like a file: programs have 20 MB.
     std::error_code refused;
-    if (!IsWindows())
-        fs::create_hard_link(fs::canonical(source), target, refused);
-    if (IsWindows() || refused)
-        fs::copy_file(source, target, fs::copy_options::overwrite_existing);
+    fs::create_hard_link(ToBeLinked(source), target, refused);
+    if (refused)
+        fs::copy_file(source, target);
 }
 
 std::string Installation::WithRoot(std::string content) const

@@ -12,7 +12,8 @@ inline bool IsLongRun() { return !Variable("HXSSO_LONG").empty(); }
 /// tenth of a second, and counters of lines need no more of them.
 inline bool ProcessesStartSlowly() { return IsWindows() || HXSSO_INSTRUMENTED; }
 
-/// How often to repeat what costs a process each time.
+/// A number that depends on it: how often to repeat what costs a process each time, or
+/// how large the steps through such trials are.
 inline int Repetitions(int quickly, int slowly, int longQuickly, int longSlowly)
 {
     if (IsLongRun())

@@ -25,7 +25,7 @@ WRONG = [
      "src/discovery may not include src/host"),
     ("src/discovery/PathText.cpp", '#include "../../include/plugin/ISSOClient.h"',
      "src/discovery may not include include/plugin"),
-    ("src/host/PluginLoad.cpp", '#include "../api/Forward.h"',
+    ("src/host/PluginLoad.cpp", '#include "../api/Plugin.h"',
      "src/host may not include src/api"),
     ("src/types/OAuth2Token.cpp", '#include "../json/JsonDocument.h"',
      "src/types may not include src/json"),

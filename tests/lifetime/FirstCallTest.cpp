@@ -79,7 +79,7 @@ HOST_PROGRAM(RacesForTheLocale) { report("replaced", Race(FindsTheLocaleReplaced
 
 TEST(FirstCall, LoadsOnceHoweverManyThreadsRaceForIt)
 {
-    int const processes = Rig::Repetitions(250, 25, 1000, 100);
+    int const processes = Rig::Repetitions(50, 10, 1000, 100);
     Installation installation;
     installation.Complete();
     for (int i = 0; i < processes; ++i) {
@@ -99,7 +99,7 @@ TEST(FirstCall, LoadsOnceHoweverManyThreadsRaceForIt)
 // Whichever thread creates the manager: who comes back finds its work done.
 TEST(FirstCall, ReturnsToNoThreadBeforeTheLocaleIsReplaced)
 {
-    int const processes = Rig::Repetitions(60, 10, 1000, 100);
+    int const processes = Rig::Repetitions(20, 5, 1000, 100);
     Installation installation;
     for (int i = 0; i < processes; ++i) {
         SCOPED_TRACE(i);

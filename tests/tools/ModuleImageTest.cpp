@@ -79,6 +79,36 @@ TEST(ModuleImage, KeepsOfTheExportsWhatIsAskedFor)
     EXPECT_EQ(offers.exports, std::vector<std::string>{wanted});
 }
 
+class CountingSource : public TextSource {
+public:
+    using TextSource::TextSource;
+    bool Read(std::uint64_t offset, char* to, std::size_t size) override
+    {
+        count += size;
+        return TextSource::Read(offset, to, size);
+    }
+    std::size_t count = 0;
+};
+
+// A table may name its texts in an order that leads to and fro in the file.
+TEST(ModuleImage, ReadsEachPartOnceForTheNamesOfATable)
+{
+    std::string text(8U << 20U, '\0');
+    std::vector<std::uint64_t> places;
+    for (std::size_t place = 1; place + 16 < text.size(); place += 997) {
+        text.replace(place, 4, place % 2 == 0 ? "even" : "odd!");
+        places.push_back(place);
+    }
+    std::shuffle(places.begin(), places.end(), std::mt19937(1800));
+    CountingSource source(text);
+    SymbolBudget budget;
+    ModuleOffers offers;
+    auto const isWanted = [](std::string const& name) { return name == "even"; };
+    EXPECT_EQ(TakeWanted(ByteView(source), places, 512, isWanted, budget, offers), "");
+    EXPECT_EQ(offers.exports.size(), places.size() / 2);
+    EXPECT_EQ(source.count, text.size());
+}
+
 // A limit for each of them alone would let many take any time.
 TEST(ModuleImage, ReadsNoMoreOfAllModulesTogetherThanTheBudgetHas)
 {

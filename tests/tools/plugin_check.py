@@ -742,6 +742,24 @@ def RunPathsAsTheLoader():
             assert told == expected, (run_path, folder, expected, ended.stdout)
 
 
+def UpBehindALink():
+    """It leads on from where the link leads, in the name of the file and in a run path."""
+    if IS_WINDOWS:
+        skip("that system leaves it out of the text")
+    os.makedirs("far/below")
+    os.symlink("far/below", "link")
+    os.rename(place("RecordingPlugin"), "far/Plugin.so")
+    Checked("link/../Plugin.so", 0).only("file", "ok", "/link/../Plugin.so").only("load", "ok")
+    failing("Plugin.so").only("file", "FAILED", "does not exist")
+    failing("nowhere/../far/Plugin.so").only("file", "FAILED", "does not exist")
+    Checked("far/./below/../Plugin.so", 0).only("file", "ok", os.getcwd() + "/far/Plugin.so")
+    # $ORIGIN is the folder of that name, and so is where a dependency is to be installed.
+    os.rename(place("DependentPlugin"), "far/DependentPlugin.so")
+    failing("link/../DependentPlugin.so").only("dependencies", "FAILED", "is missing")
+    shutil.copyfile(FOLDER / "PluginDependency.so", "far/PluginDependency.so")
+    failing("link/../DependentPlugin.so").only("load", "ok")
+
+
 def told_by_check(module):
     ended = run(module)
     return "FAILED  dependencies" not in ended.stdout
@@ -760,7 +778,7 @@ def FilesAtWhichTheLoaderStops():
         (lambda: os.mkdir(first), "a is a folder, not a file"),
         (lambda: os.mkfifo(first), "a is a pipe, not a file"),
         (lambda: os.symlink("/dev/null", first), "a is a device, not a file"),
-        (lambda: os.symlink("PluginDependency.so", first), "a cannot be opened: "),
+        (lambda: os.symlink("PluginDependency.so", first), "a is a link that leads in a circle"),
         (lambda: os.symlink("/nonexistent", first), ""),
         (lambda: pathlib.Path(first).touch(), "a is no module"),
     ):

@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 std::size_t LoadLibraryInto(ModuleGraph& graph, Host const& host)
 {
     for (std::size_t i = 0; i < graph.modules.size(); ++i)
-        if (graph.modules[i].file.filename() == host.library.filename())
+        if (graph.modules[i].file == host.library)
             return i;
     ModuleImage image = ReadModuleImage(host.library);
     if (image.machine != OwnMachine() || !image.flaw.empty())
@@ -108,14 +108,22 @@ bool IsOfProgram(ModuleGraph const& graph, std::size_t module, std::size_t plugi
            (graph.modules[plugin].neededBy != plugin && has(ofLibrary));
 }
 
-// A stack in place of a recursion, which somebody's chain of modules would overflow.
-std::vector<fs::path> InOrderOfNeed(ModuleGraph const& graph, std::size_t plugin)
+// What these need, and they themselves but for the plugin. A stack in place of a recursion,
+// which somebody's chain of modules would overflow.
+std::vector<fs::path> InOrderOfNeed(ModuleGraph const& graph, std::size_t plugin,
+                                    std::vector<std::size_t> const& roots)
 {
     std::vector<fs::path> files;
     std::vector<bool> seen(graph.modules.size());
-    std::vector<std::pair<std::size_t, std::size_t>> stack{{plugin, 0}};
-    seen[plugin] = true;
-    while (!stack.empty()) {
+    std::vector<std::pair<std::size_t, std::size_t>> stack;
+    for (std::size_t nextRoot = 0; nextRoot < roots.size() || !stack.empty();) {
+        if (stack.empty()) {
+            std::size_t const root = roots[nextRoot++];
+            if (!seen[root])
+                stack.emplace_back(root, 0);
+            seen[root] = true;
+            continue;
+        }
         auto& [module, next] = stack.back();
         MappedModule const& mapped = graph.modules[module];
         if (next < mapped.needs.size()) {
@@ -137,23 +145,27 @@ std::vector<fs::path> InOrderOfNeed(ModuleGraph const& graph, std::size_t plugin
 
 Dependencies FindDependencies(fs::path const& plugin, ModuleImage const& image, Host const& host)
 {
-    ModuleGraph graph(host.program);
+    ModuleGraph graph(host.program, host.library);
     std::size_t const library = LoadLibraryInto(graph, host);
-    graph.dependencyFolder = plugin.parent_path();
+    graph.NameDependencyFolder(plugin.parent_path());
     std::size_t const module = graph.Load(plugin, image, library);
     Dependencies found;
     Divide(graph, module, found);
     found.missing = MissingFor(graph, module);
     found.limit = graph.limit;
+    SymbolFindings symbols;
     if (found.missing.empty() && found.limit.empty())
-        found.missingSymbols = MissingSymbols(graph, module, found.limit);
-    found.first = InOrderOfNeed(graph, module);
+        symbols = LookForSymbols(graph, module, found.limit);
+    found.missingSymbols = std::move(symbols.missing);
+    found.ofProgram = std::move(symbols.ofProgram);
+    symbols.others.push_back(module);
+    found.first = InOrderOfNeed(graph, module, symbols.others);
     return found;
 }
 
 LibraryDependencies FindLibraryDependencies(Host const& host)
 {
-    ModuleGraph graph(host.program);
+    ModuleGraph graph(host.program, host.library);
     std::size_t const library = LoadLibraryInto(graph, host);
     LibraryDependencies found;
     if (library == ModuleGraph::NoModule)
@@ -162,7 +174,7 @@ LibraryDependencies FindLibraryDependencies(Host const& host)
     found.limit = graph.limit;
     if (!found.missing.empty() || !found.limit.empty())
         return found;
-    found.missingSymbols = MissingSymbols(graph, library, found.limit);
+    found.missingSymbols = LookForSymbols(graph, library, found.limit).missing;
     if (library != 0)
         found.missingOfProgram = MissingFor(graph, 0);
     return found;

@@ -20,6 +20,7 @@ struct Dependencies {
     /// What has to be in the process before the plugin, since its loader would not
     /// find it in another program; what one of them needs comes before it.
     std::vector<std::filesystem::path> first;
+    std::string ofProgram; ///< a symbol that the program alone has; empty: none
 };
 
 /// Follows all imports, by reading alone.

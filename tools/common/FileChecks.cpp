@@ -233,7 +233,7 @@ FileFindings CheckFile(fs::path const& file, Host const& host, Report& report)
     } else {
         report.Add("runtime", Result::Note, "there is no library to compare it with");
     }
-    return {dependencies.first};
+    return {dependencies.first, dependencies.ofProgram};
 }
 
 void CheckLibrary(Host const& host, Report& report)

@@ -12,6 +12,7 @@ struct FileFindings {
     /// To be loaded before the module, in this order: what the host has in its process
     /// or in its own folder.
     std::vector<std::filesystem::path> first;
+    std::string ofProgram; ///< a symbol that it takes from the program itself; empty: none
 };
 
 /// What can be told of a module without running any of it.

@@ -18,8 +18,4 @@ struct OpenedFile {
 /// and not opened.
 OpenedFile OpenFile(std::filesystem::path const& file);
 
-/// Why a file of settings is not read as a whole; empty if it is. The library has no
-/// limit, but nobody writes that much.
-std::string FlawOfText(std::filesystem::path const& file);
-
 } // namespace Halvorix::Tools

@@ -46,12 +46,6 @@ fs::path FirstFile(std::vector<Candidate> const& candidates)
     return {};
 }
 
-bool IsLibrary(std::string const& name)
-{
-    std::string const library = Utf8(Platform::LibraryFileName());
-    return Comparable(name) == Comparable(library) || name.rfind(library + ".", 0) == 0;
-}
-
 } // namespace
 
 Host ThisProgramAsHost()
@@ -69,12 +63,12 @@ FoundLibrary FindLibraryOf(fs::path const& program)
     ModuleGraph const graph(program);
     FoundLibrary found;
     for (std::size_t i = 1; i < graph.modules.size(); ++i)
-        if (IsLibrary(Utf8(graph.modules[i].file.filename())))
+        if (IsLibraryName(Utf8(graph.modules[i].file.filename())))
             found.file = graph.modules[i].file;
     if (!found.file.empty())
         return found;
     for (MissingModule const& missing : graph.missing) {
-        if (IsLibrary(missing.name)) {
+        if (IsLibraryName(missing.name)) {
             found.name = missing.name;
             found.hint = missing.hint;
             found.remedy = RemedyForMissing(missing.name, graph, missing.needing);

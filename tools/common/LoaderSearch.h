@@ -56,9 +56,13 @@ std::string HintForModuleBeside();
 std::string RemedyForMissing(std::string const& name, ModuleGraph const& graph,
                              std::size_t needing);
 
-/// The symbols and versions that a module of the graph, or one that it brought, needs
-/// and no module there has: a line each.
-std::vector<std::string> MissingSymbols(ModuleGraph const& graph, std::size_t module,
-                                        std::string& limit);
+/// Whether a module of the graph gets what it takes from others, with all that it brought.
+struct SymbolFindings {
+    std::vector<std::string> missing; ///< symbols and versions that no module has: a line each
+    /// Modules that it did not bring, from which it takes symbols all the same.
+    std::vector<std::size_t> others;
+    std::string ofProgram; ///< a symbol that the program alone has; empty: none
+};
+SymbolFindings LookForSymbols(ModuleGraph const& graph, std::size_t module, std::string& limit);
 
 } // namespace Halvorix::Tools

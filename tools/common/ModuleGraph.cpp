@@ -32,9 +32,15 @@ std::string const& OwnMachine()
     return machine;
 }
 
-ModuleGraph::ModuleGraph(fs::path const& program)
-    : programFolder(program.parent_path()), isPrivileged(IsPrivileged(program)),
-      ownMachine(OwnMachine())
+bool IsLibraryName(std::string const& name)
+{
+    std::string const library = Utf8(Platform::LibraryFileName());
+    return Comparable(name) == Comparable(library) || name.rfind(library + ".", 0) == 0;
+}
+
+ModuleGraph::ModuleGraph(fs::path const& program, fs::path library)
+    : programFolder(program.parent_path()), givenLibrary(std::move(library)),
+      isPrivileged(IsPrivileged(program)), ownMachine(OwnMachine())
 {
     environmentFolders = EnvironmentFolders(program, isPrivileged);
     if (program.empty())
@@ -42,6 +48,12 @@ ModuleGraph::ModuleGraph(fs::path const& program)
     ModuleImage image = ReadModuleImage(program);
     if (image.machine == ownMachine && image.flaw.empty())
         Load(program, std::move(image), NoModule);
+}
+
+void ModuleGraph::NameDependencyFolder(fs::path const& folder)
+{
+    dependencyFolder = folder;
+    firstDependent = modules.size();
 }
 
 std::size_t ModuleGraph::Find(std::string const& name) const
@@ -145,7 +157,10 @@ void ModuleGraph::Resolve(std::string const& name, std::size_t needing)
 
 std::size_t ModuleGraph::Search(std::string const& name, std::size_t needing, std::string& hint)
 {
-    std::vector<Candidate> const candidates = CandidatesFor(name, *this, needing);
+    std::vector<Candidate> const candidates =
+        !givenLibrary.empty() && IsLibraryName(name)
+            ? std::vector<Candidate>{{givenLibrary, Place::Folder}}
+            : CandidatesFor(name, *this, needing);
     if (questions > MostQuestions) {
         limit = "modules are looked for in more than " + std::to_string(MostQuestions) + " places" +
                 EndOfSearch;

@@ -47,7 +47,9 @@ struct MissingModule {
 class ModuleGraph {
 public:
     /// With the program whose process it is; one that cannot be read still has its folder.
-    explicit ModuleGraph(std::filesystem::path const& program);
+    /// @param library  the file that is taken for the library, wherever the loader would
+    ///                 find one; empty: the loader's
+    explicit ModuleGraph(std::filesystem::path const& program, std::filesystem::path library = {});
     ModuleGraph(ModuleGraph const&) = delete;
     ModuleGraph& operator=(ModuleGraph const&) = delete;
 
@@ -57,8 +59,11 @@ public:
     /// @param loadedBy  the module whose code loads it, or NoModule
     std::size_t Load(std::filesystem::path const& file, ModuleImage image, std::size_t loadedBy);
 
-    /// Folder that the library names while it loads; empty: none.
+    /// Folder that the library names while it loads; empty: none. It counts for the modules
+    /// that are added from then on.
+    void NameDependencyFolder(std::filesystem::path const& folder);
     std::filesystem::path dependencyFolder;
+    std::size_t firstDependent = NoModule;
     std::filesystem::path programFolder;
     /// Those that the environment names for this program.
     std::vector<std::filesystem::path> environmentFolders;
@@ -86,6 +91,7 @@ private:
                      std::string& hint, bool& isStopped);
     void CountText(MappedModule const& module);
 
+    std::filesystem::path const givenLibrary;
     bool const isPrivileged;
     std::string ownMachine;
     std::unordered_map<std::string, std::size_t> names; // as the loader compares them
@@ -95,6 +101,9 @@ private:
     std::size_t lookups = 0;
     std::uint64_t text = 0;
 };
+
+/// Whether a module that is needed by this name is the library.
+bool IsLibraryName(std::string const& name);
 
 /// What this system calls its own processor, for images of its format.
 std::string const& OwnMachine();

@@ -1,5 +1,7 @@
 #include "ModuleImage.h"
 
+#include <algorithm>
+
 #include "Files.h"
 
 namespace Halvorix::Tools {
@@ -54,6 +56,24 @@ ModuleOffers ReadModuleOffers(ByteView const& bytes, SymbolTest const& isWanted,
     ModuleOffers offers;
     ReadNativeOffers(bytes, isWanted, budget, offers);
     return offers;
+}
+
+std::string TakeWanted(ByteView const& bytes, std::vector<std::uint64_t> places,
+                       std::size_t longest, SymbolTest const& isWanted, SymbolBudget& budget,
+                       ModuleOffers& offers)
+{
+    // In the file's order, so that each part of it is read once: the order of the table may
+    // lead to and fro.
+    std::sort(places.begin(), places.end());
+    for (std::uint64_t const place : places) {
+        std::string name = bytes.Name(place, longest);
+        if (!isWanted(name))
+            continue;
+        if (!budget.TakeName(name.size()))
+            return budget.Limit();
+        offers.exports.push_back(std::move(name));
+    }
+    return {};
 }
 
 bool SymbolBudget::TakeRecords(std::uint64_t count)

@@ -104,6 +104,12 @@ constexpr std::uint64_t MostRecords = 4000000;
 constexpr std::uint64_t MostSymbolText = std::uint64_t{64} << 20U;
 constexpr std::uint64_t LargestModule = std::uint64_t{1} << 30U;
 
+/// Keeps the names at these places that are asked for. The answer is the limit that was
+/// reached.
+std::string TakeWanted(ByteView const& bytes, std::vector<std::uint64_t> places,
+                       std::size_t longest, SymbolTest const& isWanted, SymbolBudget& budget,
+                       ModuleOffers& offers);
+
 // By the reader of this system's format; the bytes begin with its mark.
 extern ImageFormat const NativeFormat;
 void ReadNativeImage(ByteView const& bytes, ModuleImage& image);

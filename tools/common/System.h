@@ -16,10 +16,18 @@ std::vector<std::filesystem::path> BeginProgram(int count, char** arguments);
 std::wstring Wide(std::filesystem::path const& path);
 std::filesystem::path FromWide(std::wstring const& text);
 
+/// Absolute, and without "." and "..", by which the same file is opened: behind a link
+/// ".." is kept where the system follows the link first.
+std::filesystem::path AsOpened(std::filesystem::path const& file);
+
 /// The name under which a running program knows its executable's file, and a
 /// module that it has loaded. Absolute.
 std::filesystem::path ExecutableAsRun(std::filesystem::path const& file);
 std::filesystem::path ModuleAsLoaded(std::filesystem::path const& file);
+
+/// Has a module that is loaded serve the symbols of those that come after it, as what a
+/// program itself needs does where the system tells modules apart.
+void ServeSymbols(std::filesystem::path const& module);
 
 /// What holds the server application's directory, for a sentence.
 std::string NameOfLocation();

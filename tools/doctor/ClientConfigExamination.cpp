@@ -3,6 +3,7 @@
 
 #include "Examination.h"
 #include "JsonInspection.h"
+#include "Location.h"
 #include "Searches.h"
 #include "Text.h"
 #include "discovery/PathText.h"
@@ -198,21 +199,6 @@ ConfigState StateOf(Resolver const& resolver, JsonInspection const& file)
     return file.error && !file.error->StopsReading() ? ConfigState::NotJson : ConfigState::Stopped;
 }
 
-// As the library would have read it.
-std::optional<std::wstring> LocationOfInstallation()
-{
-    using Platform::LocationView;
-    Platform::LocationKey key = nullptr;
-    if (Platform::OpenLocationKey(LocationView::Own, key) != 0 &&
-        (!Platform::IsWow64Process() ||
-         Platform::OpenLocationKey(LocationView::Native64, key) != 0))
-        return std::nullopt;
-    std::wstring location;
-    bool const isRead = Platform::ReadLocation(key, location);
-    Platform::CloseLocationKey(key);
-    return isRead ? std::optional(location) : std::nullopt;
-}
-
 // It is asked only where a configuration was read.
 void TellUnaskedLocation(Resolver& resolver, ClientConfig& config)
 {
@@ -230,6 +216,7 @@ void TellUnaskedLocation(Resolver& resolver, ClientConfig& config)
 void ExamineClientConfig(Resolver& resolver, Findings& findings)
 {
     ClientConfig& config = findings.config;
+    config.locationOddities = OdditiesOfLocation(Shown(resolver.GetClientConfig().appName));
     config.override = Shown(resolver.GetSSOClientConfigFileOverride());
     if (config.override.empty())
         config.search = LookThrough(SSOServices::ClientConfigFileName,

@@ -27,16 +27,24 @@ void JudgeUnaskedLocation(Findings const& findings, ProblemList& problems)
     if (!config.unasked)
         return;
     bool const isThere = config.state != ConfigState::NoFile;
+    std::string flaws;
+    std::string remedies;
+    for (Oddity const& oddity : config.locationOddities) {
+        flaws += "; it " + oddity.text;
+        remedies += ", and " + oddity.remedy;
+    }
     problems.Add(
         config.unasked->holdsServerApp && IsServerAppLost(findings) ? Cause : Warning,
         "location-not-asked", Subject::ClientConfig,
         Tools::NameOfLocation() + (" names " + config.unasked->path) +
             (config.unasked->holdsServerApp ? ", where the server application is"
                                             : ", where the server application is not") +
+            flaws +
             "; the library asks for it only after it has read a client configuration, and " +
             (isThere ? "that one cannot be read" : "there is none"),
-        isThere ? "correct the client configuration"
-                : "put a client configuration beside the program; {} suffices");
+        (isThere ? "correct the client configuration"
+                 : "put a client configuration beside the program; {} suffices") +
+            remedies);
 }
 
 } // namespace

@@ -46,6 +46,9 @@ std::string Spelled(VersionRange const& range)
 
 constexpr char const* RangeKey = "compatibleSsoServicesVersion";
 
+// All is told of each.
+constexpr Json::ArrayIndex MostEntries = 40000;
+
 /// The library's test for a file of the list.
 using LookForModule = Presence (*)(std::wstring const&);
 
@@ -382,6 +385,16 @@ void ExamineCompatibility(Resolver& resolver, Findings& findings)
                                           inspection.root, "an object", true));
         return;
     }
+    for (ModuleList const* const list : {&told.plugins, &told.openSsl})
+        if (inspection.root.isObject() &&
+            static_cast<Json::Value const&>(inspection.root)[list->key].size() > MostEntries)
+            told.parseError = {Damage::TooLarge,
+                               {},
+                               "has more than " + std::to_string(MostEntries) + " entries of " +
+                                   list->key + ", the limit of what is looked at",
+                               {}};
+    if (told.parseError)
+        return;
     ExamineList(resolver, inspection, LookForPlugin, findings.plugin.file, false, told.plugins,
                 told.oddities);
     ExamineList(resolver, inspection, LookFor, findings.openSsl.file, findings.openSsl.isOverride,

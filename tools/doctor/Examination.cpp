@@ -24,10 +24,10 @@ std::wstring Ask(char const* during, Findings& findings, Question question)
     try {
         return question();
     } catch (std::exception const& exception) {
-        findings.interruptions.push_back(
-            {during, Tools::Presentable(exception.what()), false, IsDenial(exception)});
+        findings.interruptions.push_back({during, Tools::Presentable(exception.what()), false,
+                                          IsDenial(exception), CircleOf(exception)});
     } catch (...) {
-        findings.interruptions.push_back({during, "what is no std::exception"});
+        findings.interruptions.push_back({during, "what is no std::exception", false, false, {}});
     }
     return {};
 }
@@ -55,11 +55,12 @@ void LookForFiles(std::wstring const& plugin, std::wstring const& openSsl, Findi
     Presence const& ofPlugin = findings.plugin.presence;
     Presence const& ofOpenSsl = findings.openSsl.presence;
     if (!ofPlugin.reason.empty())
-        findings.interruptions.push_back(
-            {"the look for the client plugin's file", ofPlugin.reason, false, ofPlugin.isDenied});
+        findings.interruptions.push_back({"the look for the client plugin's file", ofPlugin.reason,
+                                          false, ofPlugin.isDenied, ofPlugin.circle});
     if (!ofOpenSsl.reason.empty())
-        findings.interruptions.push_back(
-            {"the look for the OpenSSL module's file", ofOpenSsl.reason, true, ofOpenSsl.isDenied});
+        findings.interruptions.push_back({"the look for the OpenSSL module's file",
+                                          ofOpenSsl.reason, true, ofOpenSsl.isDenied,
+                                          ofOpenSsl.circle});
 }
 
 } // namespace

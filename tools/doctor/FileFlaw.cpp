@@ -37,10 +37,23 @@ bool IsSimilar(std::string const& found, std::string const& name)
 
 std::string FlawOf(fs::path const& file)
 {
-    std::error_code error;
-    if (!fs::exists(fs::status(file, error)))
-        return {};
-    return Tools::OpenFile(file).reason;
+    std::string reason = Tools::OpenFile(file).reason;
+    return reason == "does not exist" ? std::string() : reason;
+}
+
+fs::path CircleIn(fs::path const& path)
+{
+    fs::path reached;
+    for (fs::path const& part : path) {
+        reached /= part;
+        std::error_code error;
+        if (!fs::is_symlink(fs::symlink_status(reached, error)))
+            continue;
+        bool const isThere = fs::exists(reached, error);
+        if (!isThere && error == std::errc::too_many_symbolic_link_levels)
+            return reached;
+    }
+    return {};
 }
 
 bool IsEmpty(fs::path const& file)

@@ -10,6 +10,10 @@ namespace Halvorix::Doctor {
 /// device is opened.
 std::string FlawOf(std::filesystem::path const& file);
 
+/// The link along the path that leads to itself, over others or at once; empty if there
+/// is none.
+std::filesystem::path CircleIn(std::filesystem::path const& path);
+
 /// Of one that has no flaw.
 bool IsEmpty(std::filesystem::path const& file);
 

@@ -18,7 +18,7 @@ struct Position {
 };
 
 /// Why nothing comes of a file.
-enum class Damage { NotJson, NotOpened, NoFile, Empty, Utf16, ByteOrderMark, TooDeep };
+enum class Damage { NotJson, NotOpened, NoFile, Empty, Utf16, ByteOrderMark, TooDeep, TooLarge };
 
 struct ParseError {
     Damage damage = Damage::NotJson;
@@ -62,6 +62,7 @@ struct Presence {
     bool isThere = false;
     std::string reason;        ///< why it cannot be looked at, which counts as not there
     bool isDenied = false;     ///< and that is why
+    std::string circle;        ///< or that: a link that leads to itself
     std::string flaw;          ///< of one that is there: "is a folder, not a file"
     std::string similar;       ///< for one that is not: a file whose name is nearly the same
     bool isBelowFile = false;  ///< what should be its folder is a file
@@ -126,6 +127,7 @@ struct ClientConfig {
     std::optional<ParseError> parseError;
     bool hasLocation = false; ///< the last search path is the registry's
     std::optional<UnaskedLocation> unasked;
+    std::vector<Oddity> locationOddities; ///< whether it is asked or not
     std::vector<KeyValue> keys;
     std::vector<Oddity> oddities;
 };
@@ -190,7 +192,8 @@ struct Plugin {
     Presence presence;
     std::vector<Tools::Check> fileChecks;     ///< without running any of it
     std::vector<std::filesystem::path> first; ///< in the program's process before it
-    std::vector<Tools::Check> loadChecks;     ///< empty unless it was asked for
+    std::string ofProgram; ///< a symbol that it takes from the program itself; empty: none
+    std::vector<Tools::Check> loadChecks; ///< empty unless it was asked for
 };
 
 struct OpenSsl {
@@ -205,6 +208,7 @@ struct Interruption {
     std::string text;
     bool isAfterPlugin = false; ///< the plugin is in use by then
     bool isDenied = false;      ///< the user has no right to look there
+    std::string circle;         ///< there is a link that leads to itself
 };
 
 struct LogLine {

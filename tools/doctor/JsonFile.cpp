@@ -5,16 +5,14 @@
 
 #include <json/reader.h>
 
-#include "../common/Files.h"
-#include "../common/System.h"
-#include "platform/Platform.h"
+#include "SettingsFile.h"
 
 namespace Halvorix::SSOServices {
 
 bool ReadJsonFile(std::wstring const& file, std::ios::openmode mode, Json::Value& root)
 {
-    return Tools::FlawOfText(Tools::FromWide(file)).empty() &&
-           Json::Reader().parse(Platform::ReadRegularFile(file, mode), root);
+    Doctor::SettingsFile const settings = Doctor::ReadSettingsFile(file, mode);
+    return settings.flaw.empty() && Json::Reader().parse(settings.text, root);
 }
 
 } // namespace Halvorix::SSOServices

@@ -6,12 +6,11 @@
 
 #include <json/reader.h>
 
-#include "../common/Files.h"
 #include "../common/System.h"
 #include "RepeatedKeys.h"
+#include "SettingsFile.h"
 #include "Text.h"
 #include "TextOddities.h"
-#include "platform/Platform.h"
 #include "support/TextConversion.h"
 
 namespace Halvorix::Doctor {
@@ -74,12 +73,15 @@ Oddity WrongType(Position at, std::string const& key, Json::Value const& value, 
 
 JsonInspection::JsonInspection(std::wstring const& file, std::ios::openmode mode)
 {
-    std::string const flaw = Tools::FlawOfText(Tools::FromWide(file));
-    if (!flaw.empty()) {
-        Explain(BeginsWith(flaw, "is ") ? Damage::NoFile : Damage::NotOpened, flaw);
+    SettingsFile settings = ReadSettingsFile(file, mode);
+    if (!settings.flaw.empty()) {
+        Explain(settings.isTooLarge                ? Damage::TooLarge
+                : BeginsWith(settings.flaw, "is ") ? Damage::NoFile
+                                                   : Damage::NotOpened,
+                settings.flaw);
         return;
     }
-    text = Halvorix::Platform::ReadRegularFile(file, mode);
+    text = std::move(settings.text);
     Position position{1, 1};
     for (std::size_t begin = 0; begin < text.size(); begin += MarkDistance) {
         marks.push_back(position);

@@ -12,9 +12,9 @@
 
 namespace Halvorix::Doctor {
 
-/// What a text of a file is for. The library keeps a narrow one as it is and the others
-/// as characters.
-enum class TextKind { Narrow, Wide, Name, Path, PathList };
+/// What a text is for. The library keeps a narrow one as it is and the others as
+/// characters; the last one is of no JSON file.
+enum class TextKind { Narrow, Wide, Name, Path, PathList, Location };
 
 /// A key that is read somewhere else.
 struct KeyElsewhere {

@@ -178,6 +178,7 @@ void AddDamage(ProblemList& problems, ParseError const& error, std::string const
         {Damage::Utf16, "save the file as UTF-8"},
         {Damage::ByteOrderMark, "save the file as UTF-8 without a byte order mark"},
         {Damage::TooDeep, "put the right file there"},
+        {Damage::TooLarge, "put the right file there"},
     };
     Kind const& kind =
         *std::find_if(std::begin(kinds), std::end(kinds),

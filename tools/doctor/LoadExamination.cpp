@@ -8,6 +8,8 @@ namespace Halvorix::Doctor {
 
 void ExamineRealLoad(Options const& options, Findings& findings)
 {
+    if (!findings.plugin.ofProgram.empty())
+        return; // said of the load before
     findings.load = RealLoad();
     RealLoad& load = *findings.load;
     Json::Value request;
@@ -23,7 +25,7 @@ void ExamineRealLoad(Options const& options, Findings& findings)
         } else if (record.isMember("interruption")) {
             load.isInterrupted = true;
             findings.interruptions.push_back(
-                {"the load", Tools::TextOf(record, "interruption"), true});
+                {"the load", Tools::TextOf(record, "interruption"), true, false, {}});
         } else if (record["worked"].isBool()) {
             load.worked = record["worked"].asBool();
         }

@@ -28,14 +28,17 @@ void AddInterruptions(Findings const& findings, ProblemList& problems, bool areA
                       interruption.text) != problems.toldExceptions.end())
             continue;
         problems.toldExceptions.push_back(interruption.text);
-        problems.Add(Fatal, "library-stops", areAfterPlugin ? Subject::Load : Subject::Program,
-                     "the library ends " + interruption.during +
-                         " with an exception: " + interruption.text,
-                     interruption.isDenied
-                         ? "allow the program's user to read the files and folders that it looks "
-                           "for"
-                         : "correct what it names in the client configuration or the version "
-                           "compatibility file");
+        std::string const& circle = interruption.circle;
+        problems.Add(
+            Fatal, "library-stops", areAfterPlugin ? Subject::Load : Subject::Program,
+            "the library ends " + interruption.during + " with an exception: " +
+                (circle.empty() ? interruption.text : circle + " is a link that leads in a circle"),
+            !circle.empty() ? "put the file or folder itself in place of " + circle
+            : interruption.isDenied
+                ? "allow the program's user to read the files and folders that it looks "
+                  "for"
+                : "correct what it names in the client configuration or the version "
+                  "compatibility file");
     }
 }
 

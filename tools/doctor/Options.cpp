@@ -13,13 +13,14 @@ namespace fs = std::filesystem;
 
 std::string WhyNoFile(fs::path const& path)
 {
-    std::error_code unknown;
-    fs::file_status const status = fs::status(path, unknown);
+    std::error_code error;
+    fs::file_status const status = fs::status(path, error);
     if (fs::is_regular_file(status))
         return {};
-    return Tools::Utf8(path) + (fs::exists(status) ? " is not a file"
-                                : status.type() == fs::file_type::not_found
-                                    ? " does not exist"
+    return Tools::Utf8(path) + (fs::exists(status)                          ? " is not a file"
+                                : status.type() == fs::file_type::not_found ? " does not exist"
+                                : error == std::errc::too_many_symbolic_link_levels
+                                    ? " is a link that leads in a circle"
                                     : " cannot be looked at");
 }
 

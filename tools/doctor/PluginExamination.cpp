@@ -47,10 +47,13 @@ void ExaminePlugin(Findings& findings)
     if (plugin.loaded.empty())
         return;
     CollectedReport report;
-    if (std::string const flaw = FlawOfPlugin(plugin); flaw.empty())
-        plugin.first = CheckFile(plugin, report).first;
-    else
+    if (std::string const flaw = FlawOfPlugin(plugin); flaw.empty()) {
+        Tools::FileFindings found = CheckFile(plugin, report);
+        plugin.first = std::move(found.first);
+        plugin.ofProgram = std::move(found.ofProgram);
+    } else {
         report.Add("file", Tools::Result::Failed, "it " + flaw);
+    }
     plugin.fileChecks = std::move(report.checks);
 }
 
@@ -74,8 +77,12 @@ void ExamineInterfaces(Options const& options, Findings& findings)
     // Nothing of a module runs that is known not to work.
     if (hasFailed)
         report.Add("load", Tools::Result::Note, "not tried, for what is said above");
+    else if (!plugin.ofProgram.empty())
+        report.Add("load", Tools::Result::Note,
+                   "not tried: it takes " + plugin.ofProgram +
+                       " from the program itself, which is not started");
     else
-        Tools::CheckLoaded(plugin.loaded, {plugin.first}, options.timeLimit, report);
+        Tools::CheckLoaded(plugin.loaded, {plugin.first, {}}, options.timeLimit, report);
     plugin.loadChecks = std::move(report.checks);
 }
 

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <filesystem>
+#include <map>
 
 #include <boost/filesystem/exception.hpp>
 
@@ -39,6 +40,7 @@ Presence Look(Name const& name)
     } catch (std::exception const& exception) {
         presence.reason = Tools::Presentable(exception.what());
         presence.isDenied = IsDenial(exception);
+        presence.circle = CircleOf(exception);
     }
     return presence;
 }
@@ -52,6 +54,15 @@ Search LookThrough(std::wstring const& file, std::vector<std::wstring> const& di
         return search;
     bool isHit = false;
     std::filesystem::path hit;
+    // One folder may be spelled in thousands of ways, and each has to be listed.
+    std::map<std::filesystem::path, std::string> listed;
+    auto const similarIn = [&](std::wstring const& directory) {
+        std::filesystem::path const folder = Tools::ExecutableAsRun(Tools::FromWide(directory));
+        auto const [known, isNew] = listed.try_emplace(folder);
+        if (isNew)
+            known->second = SimilarName(folder, search.file);
+        return known->second;
+    };
     for (std::wstring const& directory : directories) {
         Finding const finding = Look(file, directory, !isHit);
         isHit = isHit || finding == Finding::Hit;
@@ -64,8 +75,7 @@ Search LookThrough(std::wstring const& file, std::vector<std::wstring> const& di
             search.tried.back().isFirstAgain = std::filesystem::equivalent(
                 hit, Tools::FromWide(SSOServices::JoinPath(directory, file)), unknown);
         if (finding == Finding::NoFile)
-            search.tried.back().similar =
-                SimilarName(directory.empty() ? "." : Tools::FromWide(directory), search.file);
+            search.tried.back().similar = similarIn(directory.empty() ? L"." : directory);
     }
     return search;
 }
@@ -74,6 +84,12 @@ bool IsDenial(std::exception const& exception)
 {
     auto const* const error = dynamic_cast<boost::filesystem::filesystem_error const*>(&exception);
     return error != nullptr && error->code() == boost::system::errc::permission_denied;
+}
+
+std::string CircleOf(std::exception const& exception)
+{
+    auto const* const error = dynamic_cast<boost::filesystem::filesystem_error const*>(&exception);
+    return error == nullptr ? std::string() : Tools::Utf8(CircleIn(error->path1().native()));
 }
 
 Presence LookFor(std::wstring const& file) { return Look(file); }

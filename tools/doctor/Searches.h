@@ -21,6 +21,9 @@ Search LookThrough(std::wstring const& file, std::vector<std::wstring> const& di
 /// Whether it says that the user has no right to look.
 bool IsDenial(std::exception const& exception);
 
+/// The link that leads to itself, if that is what it says.
+std::string CircleOf(std::exception const& exception);
+
 /// By the library's test for its own files and the OpenSSL module.
 Presence LookFor(std::wstring const& file);
 

@@ -9,6 +9,17 @@ namespace Halvorix::Doctor {
 
 namespace {
 
+// The current directory is searched for that, and for nothing that a file says.
+bool IsEmptyLocation(std::vector<KeyValue> const& keys)
+{
+    auto const isEmpty = [&keys](Origin origin) {
+        return std::any_of(keys.begin(), keys.end(), [origin](KeyValue const& key) {
+            return key.key == "ssoServer.searchPaths" && key.origin == origin && key.value.empty();
+        });
+    };
+    return isEmpty(Origin::Registry) && !isEmpty(Origin::File);
+}
+
 void AddMissingServerApp(Findings const& findings, ProblemList& problems, ServerApp const& server)
 {
     // The library ends there with an exception, which is told.
@@ -27,11 +38,9 @@ void AddMissingServerApp(Findings const& findings, ProblemList& problems, Server
         if (Lower(directory.similar) == Lower(server.search.file) + ".exe")
             hints.front().remedy =
                 "write " + directory.similar + " in ssoServer.appName of the client configuration";
-    for (KeyValue const& key : findings.config.keys)
-        if (key.origin == Origin::Registry && key.value.find('"') != std::string::npos)
-            hints.push_back(
-                {Tools::NameOfLocation() + " has quotation marks, which count as part of the path",
-                 "remove the quotation marks there"});
+    if (findings.config.state == ConfigState::Read) // else it is not asked
+        for (Oddity const& oddity : findings.config.locationOddities)
+            hints.push_back({oddity.key + " " + oddity.text, oddity.remedy});
     AddHints(findings.config.oddities,
              {"ssoServer", "ssoServer.searchPaths", "ssoServer.appName", "ssoServer.exeName",
               "the text behind the end"},
@@ -66,8 +75,10 @@ void JudgeServerApp(Findings const& findings, ProblemList& problems)
                 " was found in the current directory " +
                 (isElsewhereToo ? "before all others" : "only") +
                 ", so that the library has no path for it",
-            "name its directory in ssoServer.searchPaths of the client configuration, in place "
-            "of the empty entry");
+            IsEmptyLocation(findings.config.keys)
+                ? "write its directory into " + Tools::NameOfLocation()
+                : "name its directory in ssoServer.searchPaths of the client configuration, in "
+                  "place of the empty entry");
     } else if (server.directory.empty()) {
         AddMissingServerApp(findings, problems, server);
     }

@@ -48,6 +48,14 @@ public:
         }
     }
 
+    // As an editor of the other system writes it.
+    void FindLineEnd(std::string const& value)
+    {
+        if (value.back() == '\r')
+            Add("control-character", "ends in a carriage return, which counts as part of the path",
+                "end its line with a line feed alone");
+    }
+
     bool FindBlank(std::string const& value)
     {
         bool const isFound = !value.empty() && (value.front() == ' ' || value.back() == ' ');
@@ -162,7 +170,10 @@ void FindTextOddities(std::string const& value, TextKind kind, std::string const
                    "rename the folder or file without that character");
     if (kind == TextKind::Wide)
         return;
-    finder.FindEscape(value);
+    if (kind == TextKind::Location)
+        finder.FindLineEnd(value);
+    else
+        finder.FindEscape(value);
     if (kind == TextKind::Name) {
         if (!finder.FindBlank(value))
             finder.FindWholePath(value);

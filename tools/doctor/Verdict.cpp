@@ -19,6 +19,9 @@ std::string Told(Verdict const& verdict)
 {
     if (Problem const* const first = verdict.First())
         return first->text;
+    if (verdict.needsProgram)
+        return "nothing wrong found; the plugin was not loaded, since it takes symbols from the "
+               "program itself";
     return verdict.isLoaded ? "sign-in can work"
                             : "nothing wrong found; the plugin was not loaded (--load loads it)";
 }
@@ -36,7 +39,9 @@ Verdict Judge(Findings const& findings)
     JudgeLoad(findings, problems);
     JudgeServerExecutable(findings, problems);
     JudgeOpenSsl(findings, problems);
-    problems.verdict.isLoaded = !findings.plugin.loadChecks.empty();
+    problems.verdict.needsProgram = !findings.plugin.ofProgram.empty();
+    problems.verdict.isLoaded =
+        !findings.plugin.loadChecks.empty() && !problems.verdict.needsProgram;
     return std::move(problems.verdict);
 }
 

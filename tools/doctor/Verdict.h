@@ -23,7 +23,8 @@ struct Problem {
 struct Verdict {
     std::vector<Problem> problems; ///< in the order in which the library stumbles
     bool canWork = true;
-    bool isLoaded = false; ///< the plugin was, and its interfaces were asked for
+    bool isLoaded = false;     ///< the plugin was, and its interfaces were asked for
+    bool needsProgram = false; ///< the plugin cannot be loaded without it
 
     /// The first that is fatal, or a cause of what is; null if sign-in can work.
     Problem const* First() const;

@@ -50,7 +50,7 @@ constexpr Pair FitNames[] = {
 };
 
 constexpr char const* DamageCodes[] = {"not-json", "not-opened",      "not-a-file", "empty",
-                                       "utf-16",   "byte-order-mark", "too-deep"};
+                                       "utf-16",   "byte-order-mark", "too-deep",   "too-large"};
 
 template <class Enumeration, std::size_t Count>
 constexpr Pair const& Of(Pair const (&pairs)[Count], Enumeration value)

@@ -163,6 +163,7 @@ bool LoadFirst(Json::Value const& request, Channel& report)
                        Tools::Utf8(file.filename()) + " of the host: " + SystemReason());
             return false;
         }
+        Tools::ServeSymbols(file);
     }
     return true;
 }

@@ -30,7 +30,7 @@ int Check(fs::path const& module, bool asJson, std::chrono::seconds limit)
     WrittenReport report(asJson);
     fs::path file = module;
     try {
-        file = fs::absolute(module).lexically_normal();
+        file = Tools::AsOpened(module);
         Tools::FileFindings const findings =
             Tools::CheckFile(file, Tools::ThisProgramAsHost(), report);
         // Nothing of a module runs here that is known not to work.

@@ -30,6 +30,9 @@ ErrorCode OpenLocationKey(LocationView, LocationKey& key)
             key = content.release();
             return 0;
         }
+        // What is there and is no file, such as a pipe, counts as one that is damaged.
+        if (failure == EINVAL)
+            return EINVAL;
         // A file that is there and cannot be read tells more than one that is not.
         if (failure != ENOENT)
             error = static_cast<ErrorCode>(failure);

@@ -5,7 +5,10 @@
 
 #include <climits>
 #include <cstddef>
+#include <cstdint>
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -45,6 +48,7 @@ bool IsWaitedFor(std::string const& file)
 struct ModuleSearch {
     std::string const& name;
     std::string file;
+    std::uintptr_t address; // of something in the module
 };
 
 constexpr std::string_view LibraryName = "libHxSSOServices.so";
@@ -64,7 +68,25 @@ int VisitModule(dl_phdr_info* info, std::size_t, void* context)
     if (!IsNamed(info->dlpi_name, search.name))
         return 0;
     search.file = info->dlpi_name;
+    search.address = reinterpret_cast<std::uintptr_t>(info->dlpi_phdr);
     return 1;
+}
+
+// The file that is mapped there, by its whole name; empty if there is none, as for what
+// the system itself brings into each process.
+std::string MappedFile(std::uintptr_t address)
+{
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+        char* end = nullptr;
+        std::uintptr_t const first = std::strtoull(line.c_str(), &end, 16);
+        std::uintptr_t const behind = *end == '-' ? std::strtoull(end + 1, nullptr, 16) : 0;
+        if (address < first || address >= behind)
+            continue;
+        std::size_t const name = line.find('/');
+        return name == std::string::npos ? std::string() : line.substr(name);
+    }
+    return {};
 }
 
 // The loader spells a file as its run path does, with ".." and through links.
@@ -164,7 +186,7 @@ std::wstring LoadedModuleFile(std::wstring const& moduleName)
     // Without a look at what else is loaded, of which the loader would have to be asked.
     if (IsNamed(own.spelling, name))
         return FromSystem(own.file);
-    ModuleSearch search{name, {}};
+    ModuleSearch search{name, {}, 0};
     if (::dl_iterate_phdr(VisitModule, &search) == 0) {
         // The executable is listed without a name.
         std::string const executable = ToSystem(ExecutableFile());
@@ -172,6 +194,15 @@ std::wstring LoadedModuleFile(std::wstring const& moduleName)
             return {};
         search.file = executable;
     }
+    if (search.file.front() != '/') {
+        // Relative to where the process was when it loaded it.
+        std::string const mapped = MappedFile(search.address);
+        std::error_code unknown;
+        if (!std::filesystem::equivalent(search.file, mapped, unknown))
+            search.file = mapped;
+    }
+    if (search.file.empty())
+        return {};
     return FromSystem(InCanonicalFolder(search.file));
 }
 

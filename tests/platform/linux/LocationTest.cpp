@@ -1,5 +1,7 @@
 // The file that stands for the registry value.
 
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -70,6 +72,16 @@ TEST_F(Location, TellsWhyAFileCannotBeOpenedBeforeThatOneIsMissing)
     std::ofstream(folder / "file") << "no folder";
     EXPECT_EQ(Open("{}/none"), static_cast<Platform::ErrorCode>(ENOENT));
     EXPECT_EQ(Open("{}/file:{}/none"), static_cast<Platform::ErrorCode>(ENOTDIR));
+}
+
+// The first folder that has it counts, be it what it may.
+TEST_F(Location, OfAPipeIsNotLookedForElsewhere)
+{
+    Write("/server");
+    std::filesystem::path const place = folder / "pipe/Halvorix/HxSSO";
+    std::filesystem::create_directories(place);
+    ASSERT_EQ(::mkfifo((place / "Location").c_str(), 0600), 0);
+    EXPECT_EQ(Open("{}/pipe:{}/full"), static_cast<Platform::ErrorCode>(EINVAL));
 }
 
 TEST_F(Location, OfAnEmptyFileCannotBeRead)

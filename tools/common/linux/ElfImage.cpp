@@ -198,19 +198,14 @@ private:
             return budget.Limit();
         if (!bytes.Holds(table, count * sizeof(Symbol)))
             return "its symbol table cannot be read";
+        std::vector<std::uint64_t> names;
         for (std::uint64_t i = 1; i < count; ++i) {
             Symbol symbol{};
             bytes.Read(table + i * sizeof(Symbol), symbol);
-            if (symbol.st_shndx == SHN_UNDEF || ELF32_ST_BIND(symbol.st_info) == STB_LOCAL)
-                continue;
-            std::string name = Text(symbol.st_name);
-            if (!isWanted(name))
-                continue;
-            if (!budget.TakeName(name.size()))
-                return budget.Limit();
-            offers.exports.push_back(std::move(name));
+            if (symbol.st_shndx != SHN_UNDEF && ELF32_ST_BIND(symbol.st_info) != STB_LOCAL)
+                names.push_back(strings + symbol.st_name);
         }
-        return {};
+        return TakeWanted(bytes, std::move(names), 512, isWanted, budget, offers);
     }
 
     std::string ReadImports(SymbolBudget& budget, ModuleNeeds& needs) const

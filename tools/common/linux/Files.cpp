@@ -61,6 +61,8 @@ OpenedFile NotOpened(int error)
 {
     if (error == ENOENT || error == ENOTDIR)
         return {nullptr, "does not exist", false};
+    if (error == ELOOP)
+        return {nullptr, "is a link that leads in a circle", true};
     return {nullptr, "cannot be opened: " + std::generic_category().message(error),
             error != EACCES};
 }

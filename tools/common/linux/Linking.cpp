@@ -104,20 +104,37 @@ std::vector<std::string> LinesOf(ModuleGraph const& graph, Wanted const& wanted)
 } // namespace
 
 // The loader looks for a symbol in all that the process has and in what came with the
-// module.
-std::vector<std::string> MissingSymbols(ModuleGraph const& graph, std::size_t module,
-                                        std::string& limit)
+// module. Here the latter comes first, for what else has to be there.
+SymbolFindings LookForSymbols(ModuleGraph const& graph, std::size_t module, std::string& limit)
 {
+    SymbolFindings found;
     SymbolBudget budget;
     Wanted wanted;
-    for (std::size_t const brought : graph.ClosureOf(module)) {
+    std::vector<std::size_t> order = graph.ClosureOf(module);
+    std::size_t const ownCount = order.size();
+    for (std::size_t i = graph.modules.size(); i-- > 0;)
+        if (std::find(order.begin(), order.begin() + ownCount, i) == order.begin() + ownCount)
+            order.push_back(i); // and the program last of all
+    for (std::size_t n = 0; n < ownCount; ++n) {
+        std::size_t const brought = order[n];
         // What the system brings fits together.
         if (graph.modules[brought].place != Place::System && limit.empty())
             limit = AddNeeds(graph, brought, budget, wanted);
     }
-    for (std::size_t i = 0; i < graph.modules.size() && limit.empty() && !wanted.IsEmpty(); ++i)
-        limit = TakeOffers(graph, i, budget, wanted);
-    return limit.empty() ? LinesOf(graph, wanted) : std::vector<std::string>();
+    for (std::size_t n = 0; n < order.size() && limit.empty() && !wanted.IsEmpty(); ++n) {
+        std::size_t const before = wanted.symbols.size();
+        std::string const first = before == 0 ? "" : wanted.symbols.begin()->first;
+        limit = TakeOffers(graph, order[n], budget, wanted);
+        if (n < ownCount || wanted.symbols.size() == before)
+            continue;
+        if (order[n] == 0)
+            found.ofProgram = first;
+        else
+            found.others.push_back(order[n]);
+    }
+    if (limit.empty())
+        found.missing = LinesOf(graph, wanted);
+    return found;
 }
 
 } // namespace Halvorix::Tools

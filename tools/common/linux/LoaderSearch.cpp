@@ -14,6 +14,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "../System.h"
 #include "../Utf8.h"
 #include "LoaderCache.h"
 
@@ -286,7 +287,7 @@ std::string RemedyForMissing(std::string const& name, ModuleGraph const& graph, 
     // What the environment names is that of whoever asks, and not of who starts the program.
     for (fs::path const* const folder : OwnFolders(graph, needing))
         if (folder->is_absolute() && !isOfEnvironment(folder))
-            return "install " + name + " in " + Utf8(folder->lexically_normal());
+            return "install " + name + " in " + Utf8(AsOpened(*folder));
     return "install " + name + " in /usr/" + OwnLibraryFolder() +
            ", or name its folder in LD_LIBRARY_PATH";
 }

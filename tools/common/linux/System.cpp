@@ -1,5 +1,6 @@
 #include "../System.h"
 
+#include <dlfcn.h>
 #include <unistd.h>
 
 #include "../Utf8.h"
@@ -24,19 +25,39 @@ std::filesystem::path FromWide(std::wstring const& text)
     return std::filesystem::u8path(SSOServices::WideToUtf8(text));
 }
 
+std::filesystem::path AsOpened(std::filesystem::path const& file)
+{
+    namespace fs = std::filesystem;
+    fs::path opened;
+    for (fs::path const& part : fs::absolute(file)) {
+        std::error_code unknown;
+        bool const leadsUp = part == ".." && opened.filename() != "..";
+        if (leadsUp && fs::is_directory(fs::symlink_status(opened, unknown)))
+            opened = opened.parent_path();
+        else if (part != ".")
+            opened /= part;
+    }
+    return opened;
+}
+
 // The system follows all links before it runs a program; the loader spells a
 // folder in its own way, which the library straightens out.
 std::filesystem::path ExecutableAsRun(std::filesystem::path const& file)
 {
     std::error_code unknown;
     std::filesystem::path const followed = std::filesystem::canonical(file, unknown);
-    return unknown ? std::filesystem::absolute(file).lexically_normal() : followed;
+    return unknown ? AsOpened(file) : followed;
 }
 
 std::filesystem::path ModuleAsLoaded(std::filesystem::path const& file)
 {
-    std::filesystem::path const absolute = std::filesystem::absolute(file).lexically_normal();
+    std::filesystem::path const absolute = AsOpened(file);
     return ExecutableAsRun(absolute.parent_path()) / absolute.filename();
+}
+
+void ServeSymbols(std::filesystem::path const& module)
+{
+    ::dlopen(module.c_str(), RTLD_NOW | RTLD_NOLOAD | RTLD_GLOBAL);
 }
 
 std::string NameOfLocation() { return "the file Location of the server application"; }

@@ -74,6 +74,33 @@ std::string Told(DWORD status)
     return text;
 }
 
+// Nothing else that this process has open, whoever left it to be inherited.
+class InheritedHandles {
+public:
+    explicit InheritedHandles(std::vector<HANDLE> const& handles) : inherited(handles)
+    {
+        SIZE_T size = 0;
+        ::InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
+        room.resize(size);
+        isWhole = ::InitializeProcThreadAttributeList(List(), 1, 0, &size) != FALSE &&
+                  ::UpdateProcThreadAttribute(List(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST,
+                                              inherited.data(), inherited.size() * sizeof(HANDLE),
+                                              nullptr, nullptr) != FALSE;
+    }
+    InheritedHandles(InheritedHandles const&) = delete;
+    InheritedHandles& operator=(InheritedHandles const&) = delete;
+
+    LPPROC_THREAD_ATTRIBUTE_LIST List()
+    {
+        return reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(room.data());
+    }
+    bool isWhole = false;
+
+private:
+    std::vector<HANDLE> inherited; // the list refers to them
+    std::vector<char> room;
+};
+
 void ReadWhatIsThere(HANDLE pipe, std::string& output)
 {
     std::vector<char> part(65536);
@@ -119,24 +146,33 @@ ChildRun RunChild(std::filesystem::path const& program, std::string const& input
     Handle const nothing(::CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE,
                                        FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
                                        OPEN_EXISTING, 0, nullptr));
-    STARTUPINFOW streams{};
-    streams.cb = sizeof(streams);
+    STARTUPINFOEXW startup{};
+    STARTUPINFOW& streams = startup.StartupInfo;
+    streams.cb = sizeof(startup);
     streams.dwFlags = STARTF_USESTDHANDLES;
     streams.hStdInput = childRequest.Get();
     streams.hStdOutput = childOutput.Get();
     streams.hStdError = nothing.Get();
+    InheritedHandles handles({childRequest.Get(), childOutput.Get(), nothing.Get()});
+    startup.lpAttributeList = handles.List();
     PROCESS_INFORMATION started{};
     Handle const job(MakeJob());
     std::wstring command = L"\"" + program.native() + L"\"";
-    if (::CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, TRUE,
-                         CREATE_SUSPENDED | CREATE_NO_WINDOW, nullptr, nullptr, &streams,
-                         &started) == FALSE) {
+    if (!handles.isWhole ||
+        ::CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, TRUE,
+                         CREATE_SUSPENDED | CREATE_NO_WINDOW | EXTENDED_STARTUPINFO_PRESENT,
+                         nullptr, nullptr, &streams, &started) == FALSE) {
         run.end = SystemReason(::GetLastError());
         return run;
     }
     Handle const process(started.hProcess);
     Handle const thread(started.hThread);
-    ::AssignProcessToJobObject(job.Get(), process.Get());
+    // Without it what the child starts would outlive this call.
+    if (::AssignProcessToJobObject(job.Get(), process.Get()) == FALSE) {
+        run.end = "it cannot be put into a job: " + SystemReason(::GetLastError());
+        ::TerminateProcess(process.Get(), 1);
+        return run;
+    }
     ::ResumeThread(thread.Get());
     run.isStarted = true;
     childOutput.Close();

@@ -58,12 +58,13 @@ std::string TakeOffers(ModuleGraph const& graph, std::size_t module, SymbolBudge
 
 } // namespace
 
-std::vector<std::string> MissingSymbols(ModuleGraph const& graph, std::size_t module,
-                                        std::string& limit)
+// There a module names each one from which it takes something.
+SymbolFindings LookForSymbols(ModuleGraph const& graph, std::size_t module, std::string& limit)
 {
     SymbolBudget budget;
     Wanted wanted;
-    std::vector<std::string> lines;
+    SymbolFindings found;
+    std::vector<std::string>& lines = found.missing;
     for (std::size_t const brought : graph.ClosureOf(module)) {
         if (graph.modules[brought].place != Place::System && limit.empty())
             limit = AddNeeds(graph, brought, budget, wanted);
@@ -78,7 +79,7 @@ std::vector<std::string> MissingSymbols(ModuleGraph const& graph, std::size_t mo
                 lines.push_back(Utf8(graph.modules[needed.needing].file.filename()) + " needs " +
                                 symbol + " of " + needed.module + ", which that one does not have");
     }
-    return lines;
+    return found;
 }
 
 } // namespace Halvorix::Tools

@@ -164,11 +164,11 @@ fs::path FileName(std::string const& name)
 
 std::string HintForModuleBeside() { return "it lies beside the module"; }
 
-std::string RemedyForMissing(std::string const& name, ModuleGraph const& graph, std::size_t)
+std::string RemedyForMissing(std::string const& name, ModuleGraph const& graph, std::size_t needing)
 {
     // The library names that of the plugin, which keeps the program's as it is.
     return "install " + name + " in " +
-           Utf8(graph.dependencyFolder.empty() ? graph.programFolder : graph.dependencyFolder);
+           Utf8(needing < graph.firstDependent ? graph.programFolder : graph.dependencyFolder);
 }
 
 } // namespace Halvorix::Tools

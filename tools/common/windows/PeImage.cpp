@@ -140,15 +140,10 @@ private:
                    " exports, the limit of what is looked at";
         if (!budget.TakeRecords(table.NumberOfNames))
             return budget.Limit();
-        for (std::uint64_t i = 0; i < table.NumberOfNames; ++i) {
-            std::string name = bytes.Name(OffsetOf(bytes.NumberOrZero(names + i * 4, 4)), 4096);
-            if (!isWanted(name))
-                continue;
-            if (!budget.TakeName(name.size()))
-                return budget.Limit();
-            offers.exports.push_back(std::move(name));
-        }
-        return {};
+        std::vector<std::uint64_t> places;
+        for (std::uint64_t i = 0; i < table.NumberOfNames; ++i)
+            places.push_back(OffsetOf(bytes.NumberOrZero(names + i * 4, 4)));
+        return TakeWanted(bytes, std::move(places), 4096, isWanted, budget, offers);
     }
 
     template <class Action>

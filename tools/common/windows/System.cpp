@@ -25,16 +25,22 @@ std::wstring Wide(std::filesystem::path const& path) { return path.native(); }
 
 std::filesystem::path FromWide(std::wstring const& text) { return text; }
 
-// Links are not followed.
-std::filesystem::path ExecutableAsRun(std::filesystem::path const& file)
+// The system does so by the text, before it looks at anything.
+std::filesystem::path AsOpened(std::filesystem::path const& file)
 {
     return std::filesystem::absolute(file).lexically_normal();
 }
+
+// Links are not followed.
+std::filesystem::path ExecutableAsRun(std::filesystem::path const& file) { return AsOpened(file); }
 
 std::filesystem::path ModuleAsLoaded(std::filesystem::path const& file)
 {
     return ExecutableAsRun(file);
 }
+
+// All symbols are taken from a module by its name.
+void ServeSymbols(std::filesystem::path const&) {}
 
 std::string NameOfLocation() { return "the registry value Location"; }
 

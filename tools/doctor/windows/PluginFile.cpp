@@ -1,5 +1,7 @@
 #include "../PluginFile.h"
 
+#include "../../common/System.h"
+
 namespace Halvorix::Doctor {
 
 namespace fs = std::filesystem;
@@ -10,7 +12,7 @@ namespace fs = std::filesystem;
 fs::path FileThatLoads(fs::path const& plugin, fs::path const& program)
 {
     if (!plugin.root_path().empty())
-        return fs::absolute(plugin).lexically_normal();
+        return Tools::AsOpened(plugin);
     fs::path const file = (program.parent_path() / plugin).lexically_normal();
     std::error_code unknown;
     return fs::exists(file, unknown) ? file : fs::path();

@@ -1,0 +1,66 @@
+#include "Location.h"
+
+#include "../common/System.h"
+#include "Text.h"
+#include "TextOddities.h"
+
+namespace Halvorix::Doctor {
+
+namespace {
+
+using Platform::LocationView;
+
+bool NamesProgram(std::string const& directory, std::string const& appName)
+{
+    std::size_t const begin = directory.find_last_of("/\\") + 1;
+    return !appName.empty() && Lower(directory.substr(begin)) == Lower(appName);
+}
+
+} // namespace
+
+Platform::ErrorCode OpenLocation(Platform::LocationKey& key)
+{
+    Platform::ErrorCode const error = Platform::OpenLocationKey(LocationView::Own, key);
+    return error != 0 && Platform::IsWow64Process()
+               ? Platform::OpenLocationKey(LocationView::Native64, key)
+               : error;
+}
+
+std::optional<std::wstring> LocationOfInstallation()
+{
+    Platform::LocationKey key = nullptr;
+    if (OpenLocation(key) != 0)
+        return std::nullopt;
+    std::wstring location;
+    bool const isRead = Platform::ReadLocation(key, location);
+    Platform::CloseLocationKey(key);
+    return isRead ? std::optional(location) : std::nullopt;
+}
+
+std::vector<Oddity> OdditiesOfLocation(std::string const& appName)
+{
+    std::string const key = Tools::NameOfLocation();
+    std::vector<Oddity> oddities;
+    auto const add = [&](char const* code, std::string const& text, std::string const& remedy) {
+        oddities.push_back({{}, key, code, text, remedy, false, {}});
+    };
+    if (LocationFlaw const flaw = FlawOfLocation(); !flaw.text.empty()) {
+        add("location-unreadable", flaw.text, flaw.remedy);
+        return oddities;
+    }
+    std::optional<std::wstring> const location = LocationOfInstallation();
+    if (!location)
+        return oddities;
+    std::string const directory = Shown(*location);
+    if (directory.empty())
+        add("empty", "names no directory, which means the current one",
+            "write the server application's directory into it");
+    else if (NamesProgram(directory, appName))
+        add("path-names-the-file", "names the server application's file, not its directory",
+            "remove the file's name there");
+    else
+        FindTextOddities(directory, TextKind::Location, key, {}, oddities);
+    return oddities;
+}
+
+} // namespace Halvorix::Doctor

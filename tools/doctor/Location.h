@@ -1,0 +1,29 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Findings.h"
+#include "platform/Platform.h"
+
+namespace Halvorix::Doctor {
+
+/// Where the server application's installation left its directory, as the library looks.
+Platform::ErrorCode OpenLocation(Platform::LocationKey& key);
+
+/// The directory itself, as the library would read it; nothing if it cannot.
+std::optional<std::wstring> LocationOfInstallation();
+
+/// What keeps the library from reading it, or from finding the application there.
+std::vector<Oddity> OdditiesOfLocation(std::string const& appName);
+
+/// Why it is not read as what it was meant, and what to do; no text if it is, or if there
+/// is none. Each system has a folder of its own beside this header.
+struct LocationFlaw {
+    std::string text;
+    std::string remedy;
+};
+LocationFlaw FlawOfLocation();
+
+} // namespace Halvorix::Doctor
