@@ -69,7 +69,7 @@ def exports_of(arguments):
     table = output_of([arguments.objdump, "-p", arguments.library])
     table = table[table.index("[Ordinal/Name Pointer] Table") :]
     names = re.findall(r"^\s*\[ *\d+\](?: \+base\[ *\d+\])?(?: +[0-9a-f]{4,})? (\S+)$", table, re.M)
-    return output_of([arguments.cxxfilt], input="\n".join(names) + "\n").splitlines()
+    return output_of([arguments.cxxfilt, "--no-strip-underscore"], input="\n".join(names) + "\n").splitlines()
 
 
 def main():

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <fstream>
 
 #include <gmock/gmock.h>
 
@@ -290,6 +291,17 @@ TEST(ModuleChoice, SaysWhyItIgnoresAnEntry)
         EXPECT_EQ(asked.lines[asked.lines.size() - end.size() - 1],
                   SearchesModule(key == OpenSsl ? OpenSsl : Plugin));
     }
+}
+
+TEST(ModuleChoice, ReadsThePathForItsKindOfProcess)
+{
+    Choice choice("{}");
+    std::ofstream(choice.Path("server/SSOVersionCompatibility.config"))
+        << Group(PluginKey, R"([{"module": "m", "modulePath": "%ExePath%/64",
+            "modulePathWoW64": "%ExePath%/32", "version": "1",
+            "compatibleSsoServicesVersion": {"minVersion": "10"}}])");
+    EXPECT_THAT(Ask(choice, {"GetSSOClientPluginModule"}).answers,
+                ElementsAre(ExePath + (IsWoW64() ? "32/m" : "64/m")));
 }
 
 TEST(ModuleChoice, BlamesTheVersionForAPathOfNothingButSlashes)

@@ -66,7 +66,8 @@ TEST(Paths, HaveNineVariablesInAnyCase)
         {"SSOServerAppExeDirPath", "{root}/server"},
         {"SSOServerAppExeFile", "{root}/server/bin/Dienst.exe"},
         {"SSOServicesModulePath", "{root}/lib"},
-        {"ProgramFiles", OnThisSystem("C:/Program Files", "/opt")},
+        {"ProgramFiles",
+         OnThisSystem(IsWoW64() ? "C:/Program Files (x86)" : "C:/Program Files", "/opt")},
         {"ExePath", "{root}/app"},
         {"AppPath", "{root}/app"},
     };

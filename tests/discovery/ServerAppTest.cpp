@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <memory>
 
 #include <gmock/gmock.h>
 
@@ -489,4 +490,30 @@ TEST(RegistryLocation, MayBeMissingInItsKey)
     EXPECT_THAT(Ask(installation, {"GetSSOServerAppPath", "Rescue"}).lines,
                 ElementsAre(SearchesConfig(), FindsConfig(), LoadsConfig(), SearchesServer(),
                             MissesServer()));
+}
+
+TEST(RegistryLocation, LiesInTheViewOf64BitForAProcessWhoseOwnHasNoKey)
+{
+    if (!IsWoW64())
+        GTEST_SKIP() << "only a 32-bit process on a 64-bit Windows has a second view";
+    Installation installation;
+    installation.ServerApp().ClientConfig("{}");
+    SetLocationOf64Bit(installation.Path("server").wstring());
+    std::unique_ptr<void, void (*)(void*)> const at64Bit(&installation,
+                                                         [](void*) { RemoveLocationOf64Bit(); });
+    std::vector<std::string> const questions = {"GetSSOServerAppPath", "Rescue"};
+    Asked const second = Ask(installation, questions);
+    EXPECT_THAT(second.answers, ElementsAre("{root}/server"));
+    EXPECT_THAT(second.lines, Contains(FindsServer("{root}/server/HxSSO.exe")));
+    installation.Remove("work/SSOVersionCompatibility.config");
+    {
+        Location const own(installation, "{root}/own");
+        Asked const first = Ask(installation, questions);
+        EXPECT_THAT(first.answers, ElementsAre(""));
+        EXPECT_THAT(first.lines, Contains(HasLocation("{root}/own")));
+        installation.Remove("work/SSOVersionCompatibility.config");
+    }
+    RemoveLocationOf64Bit();
+    EXPECT_THAT(Ask(installation, questions).lines,
+                ElementsAreArray(Road(SearchesServer(), MissesServer())));
 }

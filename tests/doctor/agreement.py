@@ -77,8 +77,10 @@ class Maker:
     def module(self):
         return self.object_of(
             module=self.pick(NAMES[:3] if not self.chance(8) else NAMES),
-            modulePath=... if self.chance(12) else self.pick(DIRECTORIES),
-            modulePathWoW64="{root}/wow64" if self.chance(4) else ...,
+            **{
+                BUILD.path_key: ... if self.chance(12) else self.pick(DIRECTORIES),
+                BUILD.other_path_key: "{root}/wow64" if self.chance(4) else ...,
+            },
             version=... if self.chance(8) else self.pick(OWN_VERSIONS),
             compatibleSsoServicesVersion=... if self.chance(12) else self.range(),
         )

@@ -98,6 +98,9 @@ def table():
             ("{library name}", "HxSSOServices.dll"),
             ("{program}", "Program.exe"),
             ("{decorated}", DECORATED),
+            ("{modulePath}", "modulePath"),
+            ("{modulePathWoW64}", "modulePathWoW64"),
+            ("{architecture}", "x86-64"),
             ("{portion}", "section"),
             ("|", "\\|"),
         ):

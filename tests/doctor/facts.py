@@ -36,11 +36,11 @@ def EachEntryHasItsVerdict(test):
         ("NoRange", "5.0", None, "ignored"),
     ]
     objects = [
-        {"module": module, "modulePath": "%ExePath%", "version": version}
+        {"module": module, "{modulePath}": "%ExePath%", "version": version}
         | ({"compatibleSsoServicesVersion": bounds} if bounds else {})
         for module, version, bounds, _ in entries
     ]
-    objects += [None, {"module": "Other", "modulePathWoW64": "x"}]
+    objects += [None, {"module": "Other", "{modulePathWoW64}": "x"}]
     content = {"ssoClientPlugin": objects, "openssl": objects}
     place.write(COMPATIBILITY, json.dumps(content))
     wanted = [verdict for *_, verdict in entries] + ["null", "no-path-for-process"]
@@ -150,7 +150,7 @@ def UpBehindALink(test):
     os.makedirs(place.root / "far/below")
     os.symlink(place.root / "far/below", place.root / "server/link")
     whole = harness.compatibility(place)
-    whole["ssoClientPlugin"][0]["modulePath"] = "%SSOServerAppPath%/link/../plugin"
+    whole["ssoClientPlugin"][0][place.build.path_key] = "%SSOServerAppPath%/link/../plugin"
     place.write(COMPATIBILITY, json.dumps(whole))
     os.rename(place.root / "server/plugin", place.root / "far/plugin")
     assert place.diagnose("--load").last == rig.CAN_WORK
@@ -245,7 +245,7 @@ def TextThatIsNotUtf8(test):
     assert "processName is not UTF-8" not in ended.output
     place = test.whole()
     whole = harness.compatibility(place)
-    for key in ("module", "modulePath"):
+    for key in ("module", place.build.path_key):
         entry = whole["ssoClientPlugin"][0]
         content = json.dumps({"ssoClientPlugin": [entry | {key: "Zo\u00eb"}]}, ensure_ascii=False)
         ended = place.write(COMPATIBILITY, content.encode("latin-1")).diagnose()

@@ -167,7 +167,7 @@ def TextsThatSteer(test):
         unsafe = chr(point)
         whole = harness.compatibility(test.whole())
         module = whole["ssoClientPlugin"][0]
-        whole["ssoClientPlugin"] = [module | {"module": "a" + unsafe, "modulePath": "p" + unsafe,
+        whole["ssoClientPlugin"] = [module | {"module": "a" + unsafe, place.build.path_key: "p" + unsafe,
                                               "k" + unsafe: 1, "version": "9" + unsafe}, module]
         place.write(COMPATIBILITY, json.dumps(whole, ensure_ascii=False))
         config = {"ssoServer": {"searchPaths": "{root}/server;" + unsafe, unsafe: 1}}

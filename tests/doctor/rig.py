@@ -11,6 +11,7 @@ import subprocess
 import sys
 
 SKIPPED = 77
+WINE_I386 = pathlib.Path(__file__).resolve().parents[2] / ".deps/wine-i386/i386-windows"
 CAN_WORK = "sign-in can work"
 NOT_LOADED = "nothing wrong found; the plugin was not loaded (--load loads it)"
 BASE = pathlib.Path(__file__).resolve().parent / "base"
@@ -30,6 +31,14 @@ def obey_permissions():
         ctypes.CDLL(None).prctl(PR_CAPBSET_DROP, capability, 0, 0, 0)
 
 
+def machine(file):
+    """For which machine a module for Windows is, by its header."""
+    with open(file, "rb") as stream:
+        header = stream.read(4096)
+    at = int.from_bytes(header[60:64], "little") + 4
+    return int.from_bytes(header[at : at + 2], "little")
+
+
 class Build:
     """Where the build's programs and modules lie, and how they are run."""
 
@@ -38,6 +47,13 @@ class Build:
         self.emulator = [os.path.abspath(word) if os.path.exists(word) else word for word in emulator]
         self.is_windows = (self.folder / "hxsso-doctor.exe").exists()
         exe = ".exe" if self.is_windows else ""
+        # On a 64-bit Windows a 32-bit process reads the other key.
+        is_wow64 = self.is_windows and machine(self.folder / "hxsso-doctor.exe") == 0x14C
+        keys = ["modulePath", "modulePathWoW64"]
+        self.path_key, self.other_path_key = reversed(keys) if is_wow64 else keys
+        self.architecture = "x86" if is_wow64 else "x86-64"
+        # The system's tool, in the view of the registry that such a process has.
+        self.reg = str(WINE_I386 / "reg.exe") if is_wow64 else "reg"
         self.doctor = "hxsso-doctor" + exe
         self.loader = "hxsso-plugin-loader" + exe
         self.host = "asking-host" + exe
@@ -144,7 +160,7 @@ class Installation:
             self.registry("delete", LOCATION_KEY, "/f")
 
     def registry(self, *words):
-        subprocess.run([*self.build.emulator, "reg", *words], check=True, capture_output=True)
+        subprocess.run([*self.build.emulator, self.build.reg, *words], check=True, capture_output=True)
 
     def leave_location(self, directory):
         """As the server application's installation does."""
@@ -168,6 +184,9 @@ class Installation:
             "{library name}": self.build.library_name,
             "{program}": self.build.program,
             "{decorated}": self.build.decorated,
+            "{modulePath}": self.build.path_key,
+            "{modulePathWoW64}": self.build.other_path_key,
+            "{architecture}": self.build.architecture,
             "{portion}": "section" if self.build.is_windows else "segment",
         }
 

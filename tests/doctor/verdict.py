@@ -14,7 +14,7 @@ def ListThatAnOverrideKeepsUnread(test):
     config["openssl"] = {"moduleName": "crypto.x", "modulePath": "%ExePath%"}
     place.write("app/SSOClient.config", json.dumps(config)).write("app/crypto.x", "")
     whole = harness.compatibility(place)
-    for openssl in ({"a": 1}, [{"module": []}, 7], [{"module": "x", "modulePath": "y", "version": []}]):
+    for openssl in ({"a": 1}, [{"module": []}, 7], [{"module": "x", "{modulePath}": "y", "version": []}]):
         place.write(COMPATIBILITY, json.dumps(whole | {"openssl": openssl}))
         ended = place.diagnose("--log")
         assert ended.last == rig.CAN_WORK, ended.last
@@ -31,20 +31,21 @@ def OnlyWhatIsReadStops(test):
     """An object is passed over at its first flaw, whatever stands behind that."""
     place = test.whole()
     whole = harness.compatibility(place)
-    objects = [{"module": "", "modulePath": []}, {"module": "x", "modulePath": "", "version": {}}]
+    objects = [{"module": "", "{modulePath}": []}, {"module": "x", "{modulePath}": "", "version": {}}]
     objects += whole["ssoClientPlugin"]
     place.write(COMPATIBILITY, json.dumps(whole | {"ssoClientPlugin": objects}))
     ended = place.diagnose("--log")
     assert ended.last == rig.CAN_WORK, ended.last
-    line_of(ended, "warning", "entry 1 of ssoClientPlugin: modulePath is an array where a text belongs")
+    text = "entry 1 of ssoClientPlugin: {modulePath} is an array where a text belongs"
+    line_of(ended, "warning", place.filled(text))
     # The value that ends the reading hides those behind it.
-    objects[0] = {"module": "x", "modulePath": [], "version": []}
+    objects[0] = {"module": "x", "{modulePath}": [], "version": []}
     place.write(COMPATIBILITY, json.dumps(whole | {"ssoClientPlugin": objects}))
     document = place.diagnose("--json").document
     oddities = document["compatibilityFile"]["oddities"]
     stops = [oddity["key"] for oddity in oddities if oddity["stopsReading"]]
-    assert stops == ["ssoClientPlugin[0].modulePath"], stops
-    assert "entry 1 of ssoClientPlugin: modulePath" in document["verdict"]["line"]
+    assert stops == [place.filled("ssoClientPlugin[0].{modulePath}")], stops
+    assert place.filled("entry 1 of ssoClientPlugin: {modulePath}") in document["verdict"]["line"]
 
 
 def NestedTooDeeply(test):
@@ -115,10 +116,11 @@ def MisspeltKeysOfTheCompatibilityFile(test):
     place.write(COMPATIBILITY, content.replace("ssoClientPlugin", "SsoClientPlugin"))
     last = place.diagnose().last
     assert "; SsoClientPlugin is ignored: the key is written ssoClientPlugin" in last, last
+    key = place.build.path_key
     # Both lists have it; that of OpenSSL keeps no plugin away.
-    place.write(COMPATIBILITY, content.replace('"modulePath"', '"modulepath"'))
+    place.write(COMPATIBILITY, content.replace(f'"{key}"', f'"{key.lower()}"'))
     last = place.diagnose().last
-    assert "; entry 1 of ssoClientPlugin: modulepath is ignored: the key is written modulePath" in last
+    assert f"; entry 1 of ssoClientPlugin: {key.lower()} is ignored: the key is written {key}" in last
     assert "openssl" not in last, last
 
 

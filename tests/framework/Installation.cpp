@@ -61,6 +61,18 @@ std::string Replaced(std::string const& text, std::string const& from, std::stri
     return result.append(text, copied, std::string::npos);
 }
 
+// Entries in which "modulePath" is the path that this process reads, and the other one
+// the path for processes of the other kind.
+std::string ForThisProcess(std::string const& entries)
+{
+    if (!IsWoW64())
+        return entries;
+    std::string const own = "\"modulePath\"";
+    std::string const other = "\"modulePathWoW64\"";
+    return Replaced(Replaced(Replaced(entries, other, "\"the other\""), own, other),
+                    "\"the other\"", own);
+}
+
 // A call as it reads best in a test: name(argument, argument).
 std::string Spelled(Json::Value const& call)
 {
@@ -232,7 +244,8 @@ std::string Installation::Text(std::string const& relative) const
 Installation& Installation::File(std::string const& relative, std::string const& content)
 {
     fs::create_directories(Path(relative).parent_path());
-    std::ofstream(Path(relative), std::ios::binary) << content;
+    std::ofstream(Path(relative), std::ios::binary)
+        << (Path(relative).filename() == "SSOClient.config" ? content : ForThisProcess(content));
     return *this;
 }
 

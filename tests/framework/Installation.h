@@ -69,6 +69,8 @@ public:
     /// The same in forward slashes, as the library spells it.
     std::string Text(std::string const& relative) const;
 
+    /// In entries of a compatibility file "modulePath" means what this process reads, on
+    /// WoW64 "modulePathWoW64", and the other way round.
     Installation& File(std::string const& relative, std::string const& content);
     Installation& Folder(std::string const& relative);
     Installation& Remove(std::string const& relative);

@@ -34,6 +34,8 @@ Ending RunToEnd(Process const& process);
 
 /// Whether this is the system that the product is for.
 bool IsWindows();
+/// Whether this is a 32-bit process on a 64-bit Windows.
+bool IsWoW64();
 
 std::filesystem::path ThisExecutable();
 std::string ExecutableName(std::string const& name);
@@ -62,6 +64,9 @@ void RemoveLocation(std::filesystem::path const& root);
 void SetRawLocation(unsigned type, std::string const& bytes, std::string const& name = "Location");
 /// Removes the value alone, not its key.
 void RemoveLocationValue();
+/// The key for 64-bit programs, beside that of a 32-bit process; only there.
+void SetLocationOf64Bit(std::wstring const& location);
+void RemoveLocationOf64Bit();
 
 /// The host's own choice for the dependencies of its modules; empty on a system
 /// that has none.

@@ -192,6 +192,16 @@ void CheckIsSafe(std::string const& text)
     }
 }
 
+// Wine keeps a file that it could not look into, as a 32-bit process a 64-bit module.
+void MakeWay(std::string const& folder)
+{
+    static int count = 0;
+    std::error_code isHeld;
+    fs::remove_all(folder, isHeld);
+    if (isHeld)
+        fs::rename(folder, folder + "-" + std::to_string(++count));
+}
+
 } // namespace
 
 int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
@@ -200,7 +210,7 @@ int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
     Reader reader(data, size);
     Changed const changed = Change(reader);
     for (char const* const top : {"app", "server"})
-        fs::remove_all(top);
+        MakeWay(top);
     fs::create_directories("app");
     fs::create_directories("server");
     for (auto const& [name, content] : changed.files)

@@ -89,6 +89,8 @@ Ending RunToEnd(Process const& process)
 
 bool IsWindows() { return false; }
 
+bool IsWoW64() { return false; }
+
 std::filesystem::path ThisExecutable() { return std::filesystem::read_symlink("/proc/self/exe"); }
 
 std::string ExecutableName(std::string const& name) { return name; }
@@ -121,6 +123,10 @@ void RemoveLocation(std::filesystem::path const& root)
 void SetRawLocation(unsigned, std::string const&, std::string const&) {}
 
 void RemoveLocationValue() {}
+
+void SetLocationOf64Bit(std::wstring const&) {}
+
+void RemoveLocationOf64Bit() {}
 
 void SetHostModuleDirectory(std::string const&) {}
 

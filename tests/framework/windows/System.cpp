@@ -118,6 +118,30 @@ bool IsInWinesSpinLock(DWORD processNumber)
     return isIn("RtlWakeAddressSingle") || isIn("RtlWakeAddressAll") || isIn("RtlWaitOnAddress");
 }
 
+std::string Stored(std::wstring const& text)
+{
+    char const* const bytes = reinterpret_cast<char const*>(text.c_str());
+    return std::string(bytes, (text.size() + 1) * sizeof(wchar_t));
+}
+
+void SetValue(REGSAM view, std::wstring const& name, unsigned type, std::string const& bytes)
+{
+    // Else the system ends a text by itself, with the zeros that it finds there.
+    std::string const guarded = bytes + "\xFF\xFF";
+    HKEY key = nullptr;
+    ::RegCreateKeyExW(HKEY_LOCAL_MACHINE, LocationKey, 0, nullptr, 0, KEY_ALL_ACCESS | view,
+                      nullptr, &key, nullptr);
+    ::RegSetValueExW(key, name.c_str(), 0, type, reinterpret_cast<BYTE const*>(guarded.data()),
+                     static_cast<DWORD>(bytes.size()));
+    ::RegCloseKey(key);
+}
+
+void RemoveKeys(REGSAM view)
+{
+    ::RegDeleteKeyExW(HKEY_LOCAL_MACHINE, LocationKey, view, 0);
+    ::RegDeleteKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Halvorix", view, 0);
+}
+
 } // namespace
 
 Ending RunToEnd(Process const& process)
@@ -168,6 +192,12 @@ Ending RunToEnd(Process const& process)
 
 bool IsWindows() { return true; }
 
+bool IsWoW64()
+{
+    BOOL answer = FALSE;
+    return ::IsWow64Process(::GetCurrentProcess(), &answer) != FALSE && answer != FALSE;
+}
+
 std::filesystem::path ThisExecutable()
 {
     wchar_t name[MAX_PATH] = {};
@@ -194,30 +224,24 @@ int ProcessNumber() { return static_cast<int>(::GetCurrentProcessId()); }
 
 void SetLocation(std::filesystem::path const&, std::wstring const& location)
 {
-    char const* const bytes = reinterpret_cast<char const*>(location.c_str());
-    SetRawLocation(REG_SZ, std::string(bytes, (location.size() + 1) * sizeof(wchar_t)));
+    SetRawLocation(REG_SZ, Stored(location));
 }
 
 void SetRawLocation(unsigned type, std::string const& bytes, std::string const& name)
 {
-    // Else the system ends a text by itself, with the zeros that it finds there.
-    std::string const guarded = bytes + "\xFF\xFF";
-    HKEY key = nullptr;
-    ::RegCreateKeyExW(HKEY_LOCAL_MACHINE, LocationKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
-                      nullptr);
-    ::RegSetValueExW(key, Utf8ToWide(name).c_str(), 0, type,
-                     reinterpret_cast<BYTE const*>(guarded.data()),
-                     static_cast<DWORD>(bytes.size()));
-    ::RegCloseKey(key);
+    SetValue(0, Utf8ToWide(name), type, bytes);
 }
 
 void RemoveLocationValue() { ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, LocationKey, L"Location"); }
 
-void RemoveLocation(std::filesystem::path const&)
+void RemoveLocation(std::filesystem::path const&) { RemoveKeys(0); }
+
+void SetLocationOf64Bit(std::wstring const& location)
 {
-    ::RegDeleteKeyW(HKEY_LOCAL_MACHINE, LocationKey);
-    ::RegDeleteKeyW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Halvorix");
+    SetValue(KEY_WOW64_64KEY, L"Location", REG_SZ, Stored(location));
 }
+
+void RemoveLocationOf64Bit() { RemoveKeys(KEY_WOW64_64KEY); }
 
 void SetHostModuleDirectory(std::string const& directory)
 {
