@@ -101,22 +101,6 @@ TEST(PluginLoad, NamesOfALongFileWhatThereIsRoomFor)
     }
 }
 
-// On Windows the name goes through narrow text, unit by unit, and Boost refuses halves of
-// a pair.
-TEST(PluginLoad, OfANameBeyondTheFirstPlaneThrowsOnWindows)
-{
-    Installation installation("e\xF0\x9F\x98\x80");
-    installation.Complete().LibraryBesideExecutable();
-    Asked const asked =
-        Ask(installation, {"GetSSOServerAppPath", "GetSSOClientPluginModule", "GetSessionState"});
-    EXPECT_THAT(asked.answers,
-                ElementsAre("{root}/server",
-                            "{root}/server/plugin/" + ModuleName("RecordingPlugin"),
-                            Rig::IsWindows() ? "std::exception: boost::filesystem::path codecvt to "
-                                               "wstring: error [codecvt:2]"
-                                             : "ISSOClientPrivate::GetSessionState"));
-}
-
 // Each failure has the text of its own error, whatever failed before it.
 TEST(PluginLoad, SaysOfEachFailureWhatItWas)
 {

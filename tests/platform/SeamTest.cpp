@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include <boost/system/system_error.hpp>
 #include <gmock/gmock.h>
 
 #include "../support/EarlyLines.h"
@@ -43,6 +44,24 @@ TEST_F(Seam, TheLoadReadsItsErrorAfterTheDependencyDirectoryIsRestored)
     ASSERT_FALSE(EarlyLines().empty());
     EXPECT_EQ(EarlyLines().back().text,
               L"Failed to load client plugin module " + plugin + L". Error: error 193");
+    SSOClientManager::ReleaseInstance();
+}
+
+// On Windows the name goes through narrow text, unit by unit, and Boost refuses halves of
+// a pair.
+TEST_F(Seam, APluginBelowANameBeyondTheFirstPlaneThrowsOnWindows)
+{
+    fakeSystem.executable = folder.generic_wstring() + L"/e\U0001F600/host.exe";
+    Write("SSOVersionCompatibility.config",
+          R"({"ssoClientPlugin": [{"module": "plugin.dll", "modulePath": "%ExePath%",
+              "version": "1", "compatibleSsoServicesVersion": {"minVersion": "10"}}]})");
+    std::shared_ptr<ISSOClient> client;
+    auto const load = [&] { SSOClientManager::GetInstance()->GetSSOClient(client); };
+    if (Platform::AreFileNamesWide())
+        EXPECT_THROW(load(), boost::system::system_error);
+    else
+        EXPECT_NO_THROW(load());
+    EXPECT_EQ(client, nullptr);
     SSOClientManager::ReleaseInstance();
 }
 
