@@ -105,9 +105,9 @@ class Checked:
         failures = sum(entry[0] == "FAILED" for entry in self.entries)
         assert (failures != 0) == (status != 0)
         if failures == 0:
-            assert self.last == "All holds."
+            assert self.last == "All checks passed."
         elif failures == 1:
-            assert self.last == "1 thing does not hold."
+            assert self.last == "1 check failed."
 
     def of(self, check):
         return [(entry[0], entry[2]) for entry in self.entries if entry[1] == check]

@@ -41,7 +41,7 @@ void JudgeUnaskedLocation(Findings const& findings, ProblemList& problems)
                                             : ", where the server application is not") +
             flaws +
             "; the library asks for it only after it has read a client configuration, and " +
-            (isThere ? "that one cannot be read" : "there is none"),
+            (isThere ? "it cannot be read" : "there is none"),
         (isThere ? "correct the client configuration"
                  : "put a client configuration beside the program; {} suffices") +
             remedies);

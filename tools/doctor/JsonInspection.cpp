@@ -230,7 +230,7 @@ void JsonInspection::FindRepeated(std::vector<Oddity>& oddities) const
         oddities.push_back({PositionAt(key.offset),
                             Tools::Presentable(key.path),
                             "repeated-key",
-                            "is there once more, and the last one counts",
+                            "is there more than once, and the last one counts",
                             "leave one of them",
                             false,
                             {}});

@@ -9,7 +9,7 @@ namespace Halvorix::Doctor {
 
 namespace {
 
-constexpr char const* ToldAllTheSame = "; the plugin is told of it all the same";
+constexpr char const* GivenAnyway = "; the plugin is given its path anyway";
 
 Hint FileForFolder()
 {
@@ -73,7 +73,7 @@ void AddMissingOpenSsl(ProblemList& problems, OpenSsl const& openSsl)
     std::string text = "the OpenSSL module " + openSsl.file + " does not exist";
     for (Hint const& hint : hints)
         text += "; " + hint.text;
-    problems.Add(Warning, "openssl-missing", Subject::OpenSsl, text + ToldAllTheSame,
+    problems.Add(Warning, "openssl-missing", Subject::OpenSsl, text + GivenAnyway,
                  hints.empty() ? "install it there" : hints.front().remedy);
 }
 
@@ -173,7 +173,7 @@ void JudgeOpenSsl(Findings const& findings, ProblemList& problems)
         problems.Add(Warning, "openssl-not-chosen", Subject::OpenSsl,
                      (list.problem.empty() ? "no OpenSSL module fits"
                                            : "no OpenSSL module is listed: " + list.problem) +
-                         ReasonsOf(list) + "; the plugin is told of none",
+                         ReasonsOf(list) + "; the plugin is given no path",
                      hints.empty() ? "install one, with its entry in the version compatibility file"
                                    : hints.front().remedy);
     } else if (!openSsl.presence.isThere && openSsl.presence.reason.empty())
@@ -181,7 +181,7 @@ void JudgeOpenSsl(Findings const& findings, ProblemList& problems)
     else if (!openSsl.presence.flaw.empty())
         problems.Add(Warning, "openssl-not-a-file", Subject::OpenSsl,
                      "the OpenSSL module " + openSsl.file + " " + openSsl.presence.flaw +
-                         ToldAllTheSame,
+                         GivenAnyway,
                      "install it there");
 }
 

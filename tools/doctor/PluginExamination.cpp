@@ -76,7 +76,7 @@ void ExamineInterfaces(Options const& options, Findings& findings)
         [](Tools::Check const& check) { return check.result == Tools::Result::Failed; });
     // Nothing of a module runs that is known not to work.
     if (hasFailed)
-        report.Add("load", Tools::Result::Note, "not tried, for what is said above");
+        report.Add("load", Tools::Result::Note, "not tried because of the failures above");
     else if (!plugin.ofProgram.empty())
         report.Add("load", Tools::Result::Note,
                    "not tried: it takes " + plugin.ofProgram +

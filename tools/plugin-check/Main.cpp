@@ -35,7 +35,7 @@ int Check(fs::path const& module, bool asJson, std::chrono::seconds limit)
             Tools::CheckFile(file, Tools::ThisProgramAsHost(), report);
         // Nothing of a module runs here that is known not to work.
         if (report.HasFailed())
-            report.Add("load", Tools::Result::Note, "not tried, for what is said above");
+            report.Add("load", Tools::Result::Note, "not tried because of the failures above");
         else
             Tools::CheckLoaded(file, findings, limit, report);
     } catch (std::exception const& exception) {

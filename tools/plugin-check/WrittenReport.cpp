@@ -27,10 +27,10 @@ void WrittenReport::Close(std::string const& module)
 {
     if (!isJson) {
         if (Failures() == 0)
-            std::cout << "All holds." << std::endl;
+            std::cout << "All checks passed." << std::endl;
         else
-            std::cout << Failures() << (Failures() == 1 ? " thing does" : " things do")
-                      << " not hold." << std::endl;
+            std::cout << Failures() << (Failures() == 1 ? " check" : " checks") << " failed."
+                      << std::endl;
         return;
     }
     Json::Value document(Json::objectValue);
