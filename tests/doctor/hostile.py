@@ -351,6 +351,25 @@ def PrivilegedProgram(test):
     environment = {"LD_LIBRARY_PATH": str(elsewhere)}
     program = place.path("app/" + test.build.program)
     place.replace("app/" + test.build.program, program.read_bytes())
+def LibraryOfAnotherNumber(test):
+    """One that is there under another number is not the one that is needed."""
+    if test.build.is_windows:
+        skip("the library's name there has no number")
+    place = test.whole()
+    plugin = "server/plugin/RecordingPlugin.so"
+    other = test.build.library[:-2] + "99"
+    rename_needed(place, plugin, test.build.library, other)
+    option = ("--library", str(place.path("app/" + test.build.library)))
+    for arguments in ([], option):
+        ended = place.diagnose(*arguments)
+        assert ended.status == 1 and ended.last.endswith(
+            f"dependencies: {other}, which RecordingPlugin.so needs, is missing"), ended.last
+    # Its own name serves it under any file name.
+    place = test.whole().place("other/renamed.so", test.build.library)
+    option = ("--library", str(place.root / "other/renamed.so"))
+    assert place.diagnose("--load", *option).last == rig.CAN_WORK
+
+
 
     def starts():
         return subprocess.run([program, "nothing"], env=place.environment(environment),

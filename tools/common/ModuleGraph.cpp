@@ -65,6 +65,8 @@ ModuleGraph::ModuleGraph(fs::path const& program, fs::path library)
       isPrivileged(IsPrivileged(program)), ownMachine(OwnMachine())
 {
     environmentFolders = EnvironmentFolders(program, isPrivileged);
+    if (!givenLibrary.empty())
+        givenNames = {Utf8(givenLibrary.filename()), ReadModuleImage(givenLibrary).ownName};
     if (program.empty())
         return;
     ModuleImage image = ReadModuleImage(program);
@@ -179,10 +181,14 @@ void ModuleGraph::Resolve(std::string const& name, std::size_t needing)
 
 std::size_t ModuleGraph::Search(std::string const& name, std::size_t needing, std::string& hint)
 {
+    // One of another number is another library.
+    bool const isGiven =
+        std::any_of(givenNames.begin(), givenNames.end(), [&name](std::string const& given) {
+            return Comparable(given) == Comparable(name);
+        });
     std::vector<Candidate> const candidates =
-        !givenLibrary.empty() && IsLibraryName(name)
-            ? std::vector<Candidate>{{givenLibrary, Place::Folder}}
-            : CandidatesFor(name, *this, needing);
+        isGiven ? std::vector<Candidate>{{givenLibrary, Place::Folder}}
+                : CandidatesFor(name, *this, needing);
     if (questions > MostQuestions) {
         limit = "modules are looked for in more than " + std::to_string(MostQuestions) + " places" +
                 EndOfSearch;

@@ -47,8 +47,8 @@ struct MissingModule {
 class ModuleGraph {
 public:
     /// With the program whose process it is; one that cannot be read still has its folder.
-    /// @param library  the file that is taken for the library, wherever the loader would
-    ///                 find one; empty: the loader's
+    /// @param library  the file that is taken for what is needed by one of its names, wherever
+    ///                 the loader would find that; empty: the loader's
     explicit ModuleGraph(std::filesystem::path const& program, std::filesystem::path library = {});
     ModuleGraph(ModuleGraph const&) = delete;
     ModuleGraph& operator=(ModuleGraph const&) = delete;
@@ -92,6 +92,7 @@ private:
     void CountText(MappedModule const& module);
 
     std::filesystem::path const givenLibrary;
+    std::vector<std::string> givenNames; ///< that of its file, and by which others need it
     bool const isPrivileged;
     std::string ownMachine;
     std::unordered_map<std::string, std::size_t> names; // as the loader compares them
