@@ -86,6 +86,36 @@ def WrongUseThatSteers(test):
     assert ended.status == 2 and "\x1b" not in ended.output + ended.errors
 
 
+def PluginThatWasNotLoaded(test):
+    """Asked for and not tried is told as not loaded."""
+    place = test.installation("plugin-lacks-a-dependency")
+    verdict = place.diagnose("--load", "--json").document["verdict"]
+    assert not verdict["canWork"] and not verdict["pluginWasLoaded"], verdict
+    place = hostile(test)
+    verdict = place.diagnose("--load", "--json",
+                             environment={"HXSSO_HOSTILE": "load: exit"}).document["verdict"]
+    assert not verdict["pluginWasLoaded"], verdict
+    assert test.whole().diagnose("--load", "--json").document["verdict"]["pluginWasLoaded"]
+
+
+def FolderThatIsGone(test):
+    """The current directory is removed while the doctor stands in it."""
+    if test.build.is_windows:
+        skip("that system keeps a directory in which a process stands")
+    place = test.whole().write("app/SSOClient.config", json.dumps(
+        {"ssoServer": {"searchPaths": "{root}/server;;nowhere"}}))
+    (place.root / "gone").mkdir()
+    script = 'cd "$1" && rmdir "$1" && shift && exec "$@"'
+    for option in ("--verbose", "--json"):
+        (place.root / "gone").mkdir(exist_ok=True)
+        command = place.command("--exe", place.program, option)
+        ended = rig.Ended(subprocess.run(
+            ["sh", "-c", script, "sh", str(place.root / "gone"), *command],
+            env=place.environment(), capture_output=True, timeout=100, check=False))
+        assert ended.status == 0 and ended.errors == "", ended.output + ended.errors
+        assert "exception" not in ended.output, ended.output
+
+
 def PluginThatLoopsForEver(test):
     place = hostile(test)
     for option in ("--load", "--log"):

@@ -7,6 +7,18 @@
 
 namespace Halvorix::Doctor {
 
+namespace {
+
+// One that was asked for may not have been tried.
+bool IsLoaded(std::vector<Tools::Check> const& loadChecks)
+{
+    return std::any_of(loadChecks.begin(), loadChecks.end(), [](Tools::Check const& check) {
+        return check.name == "load" && check.result == Tools::Result::Ok;
+    });
+}
+
+} // namespace
+
 Problem const* Verdict::First() const
 {
     auto const first = std::find_if(problems.begin(), problems.end(), [](Problem const& problem) {
@@ -40,8 +52,7 @@ Verdict Judge(Findings const& findings)
     JudgeServerExecutable(findings, problems);
     JudgeOpenSsl(findings, problems);
     problems.verdict.needsProgram = !findings.plugin.ofProgram.empty();
-    problems.verdict.isLoaded =
-        !findings.plugin.loadChecks.empty() && !problems.verdict.needsProgram;
+    problems.verdict.isLoaded = IsLoaded(findings.plugin.loadChecks);
     return std::move(problems.verdict);
 }
 

@@ -28,9 +28,12 @@ std::filesystem::path FromWide(std::wstring const& text)
 std::filesystem::path AsOpened(std::filesystem::path const& file)
 {
     namespace fs = std::filesystem;
+    std::error_code unknown;
+    fs::path whole = fs::absolute(file, unknown);
+    if (unknown)
+        whole = file; // the current directory is gone
     fs::path opened;
-    for (fs::path const& part : fs::absolute(file)) {
-        std::error_code unknown;
+    for (fs::path const& part : whole) {
         bool const leadsUp = part == ".." && opened.filename() != "..";
         if (leadsUp && fs::is_directory(fs::symlink_status(opened, unknown)))
             opened = opened.parent_path();
