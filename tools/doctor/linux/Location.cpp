@@ -32,9 +32,17 @@ LocationFlaw FlawOfContent(fs::path const& file, Tools::ByteView const& bytes)
     return {};
 }
 
+bool EndsSearch(fs::path const& file)
+{
+    std::error_code unknown;
+    fs::file_status const status = fs::status(file, unknown);
+    return fs::exists(status) && !fs::is_regular_file(status);
+}
+
 } // namespace
 
-// The library passes over what it cannot read, and takes the first that it can.
+// The library passes over what it may not read, and ends at the first that it can read or
+// that is no file.
 LocationFlaw FlawOfLocation()
 {
     char const* const variable = ::secure_getenv("XDG_CONFIG_DIRS");
@@ -49,13 +57,18 @@ LocationFlaw FlawOfLocation()
         Tools::OpenedFile const opened = Tools::OpenFile(file);
         if (opened.bytes != nullptr)
             return FlawOfContent(file, Tools::ByteView(*opened.bytes));
-        if (opened.reason == "does not exist" || !first.text.empty())
+        if (opened.reason == "does not exist")
             continue;
         bool const isFile = opened.reason.rfind("is ", 0) != 0;
-        first = {opened.reason,
-                 isFile ? "allow the program's user to read " + Tools::Utf8(file)
-                        : "put a file with the server application's directory in place of " +
-                              Tools::Utf8(file)};
+        LocationFlaw const flaw = {
+            opened.reason, isFile
+                               ? "allow the program's user to read " + Tools::Utf8(file)
+                               : "put a file with the server application's directory in place of " +
+                                     Tools::Utf8(file)};
+        if (EndsSearch(file))
+            return flaw;
+        if (first.text.empty())
+            first = flaw;
     }
     return first;
 }
