@@ -516,6 +516,19 @@ def ProgramLacksWhatItNeeds(test):
     place = test.whole()
     # On Windows its name tells how the compiler handles exceptions, which differs by machine.
     program = place.path("app/" + test.build.program).read_bytes()
+    # Nor where it takes something from one that takes something from the program.
+    middle = place.path("app/libDependency.so")
+    elf.write(middle, strings=b"_Z13UseDependencyv\0OfProgram\0", symbols=[(0, 1), (19, 0)],
+              uses=[1])
+    elf.write(program, needed=needed, runpath="$ORIGIN", strings=b"OfProgram\0", symbols=[(0, 1)])
+    ended = place.diagnose("--load", "--verbose")
+    assert ended.status == 0, ended.output
+    line_of(ended, "note", "load", "not tried: it takes OfProgram from the program itself")
+    # And what that one takes from another one has to be there before it.
+    elf.write(place.path("app/libFurther.so"), strings=b"OfProgram\0", symbols=[(0, 1)])
+    elf.write(program, needed=[*needed, "libFurther.so"], runpath="$ORIGIN")
+    ended = place.diagnose("--load", "--verbose")
+    line_of(ended, "ok", "load", "loaded")
     needed = re.search(rb"libgcc_s[\w.-]*(?=\0)", program)[0].decode()
     gone = needed.replace("gcc", "gxc")
     rename_needed(place, "app/" + test.build.program, needed, gone)

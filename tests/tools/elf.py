@@ -2,12 +2,12 @@
 
 import struct
 
-NEEDED, HASH, STRTAB, SYMTAB, RELA, RELASZ, STRSZ, SONAME, RPATH, RUNPATH = (
-    1, 4, 5, 6, 7, 8, 10, 14, 15, 29)
+NEEDED, HASH, STRTAB, SYMTAB, RELA, RELASZ, RELAENT, STRSZ, SONAME, RPATH, RUNPATH = (
+    1, 4, 5, 6, 7, 8, 9, 10, 14, 15, 29)
 
 
 DEBUG = 21  # which means nothing to the loader of a module
-FLAGS_1, NODEFLIB = 0x6FFFFFFB, 0x800
+FLAGS_1, NODEFLIB, NOOPEN, PIE = 0x6FFFFFFB, 0x800, 0x40, 0x08000000
 
 
 def retag(path, before, after, value=None):
@@ -29,12 +29,15 @@ def retag(path, before, after, value=None):
 
 
 def write(path, needed=(), soname=None, rpath=None, runpath=None, strings=b"", symbols=(),
-          used=0, relocations=0):
+          used=0, relocations=0, uses=None, kind=3, flags=0):
     """A shared object for x86-64.
 
     strings      further texts of its string table
     symbols      (place in strings, section): global functions; section 0 is none
     used         how many of them a relocation of its own names
+    uses         which of them, in place of that: indices
+    kind         ET_DYN; 2 is a program of the older kind
+    flags        of the second set: PIE, NOOPEN, …
     relocations  that name none, as a hole in the file; in place of those that do
     """
     table = bytearray(b"\0")
@@ -51,25 +54,33 @@ def write(path, needed=(), soname=None, rpath=None, runpath=None, strings=b"", s
     table.extend(strings)
     table.extend(bytes(-len(table) % 8))
     records = bytes(24) + b"".join(
-        struct.pack("<IBBHQQ", first + place, 0x12, 0, section, 0, 0) for place, section in symbols)
-    links = b"".join(struct.pack("<QQq", 0, number + 1 << 32 | 1, 0) for number in range(used))
+        struct.pack("<IBBHQQ", first + place, 0x12, 0, section, 64 if section else 0, 0)
+        for place, section in symbols)
+    links = b"".join(struct.pack("<QQq", 0, number + 1 << 32 | 1, 0)
+                     for number in (range(used) if uses is None else uses))
     begin = 64 + 2 * 56
+    if flags:
+        entries.append((FLAGS_1, flags))
     at_table = begin + 16 * (len(entries) + 8)
     at_records = at_table + len(table)
     at_hash = at_records + len(records)
-    at_links = at_hash + 16
+    # One chain of all: what is found by reading is found by the loader, too.
+    chain = struct.pack(f"<{len(symbols) + 4}I", 1, len(symbols) + 1, bool(symbols), 0,
+                        *range(2, len(symbols) + 1), *([0] * bool(symbols)))
+    chain += bytes(-len(chain) % 8)
+    at_links = at_hash + len(chain)
     size = relocations * 24 or len(links)
     entries += [(STRTAB, at_table), (SYMTAB, at_records), (STRSZ, len(table)), (HASH, at_hash)]
     if size:
-        entries += [(RELA, at_links), (RELASZ, size)]
+        entries += [(RELA, at_links), (RELASZ, size), (RELAENT, 24)]
     dynamic = b"".join(struct.pack("<qQ", *entry) for entry in entries)
     dynamic = dynamic.ljust(at_table - begin, b"\0")
     whole = at_links + size
     header = b"\x7fELF\x02\x01\x01" + bytes(9) + struct.pack(
-        "<HHIQQQIHHHHHH", 3, 62, 1, 0, 64, 0, 0, 64, 56, 2, 64, 0, 0)
-    segments = struct.pack("<IIQQQQQQ", 1, 5, 0, 0, 0, whole, whole, 4096) + struct.pack(
+        "<HHIQQQIHHHHHH", kind, 62, 1, 0, 64, 0, 0, 64, 56, 2, 64, 0, 0)
+    # The loader writes into its dynamic table.
+    segments = struct.pack("<IIQQQQQQ", 1, 7, 0, 0, 0, whole, whole, 4096) + struct.pack(
         "<IIQQQQQQ", 2, 6, begin, begin, begin, len(dynamic), len(dynamic), 8)
-    count = struct.pack("<IIII", 1, len(symbols) + 1, 0, 0)
     with open(path, "wb") as file:
-        file.write(header + segments + dynamic + bytes(table) + records + count + links)
+        file.write(header + segments + dynamic + bytes(table) + records + chain + links)
         file.truncate(whole)

@@ -44,11 +44,13 @@ std::string AddNeeds(ModuleGraph const& graph, std::size_t module, SymbolBudget&
     return needs.flaw;
 }
 
+/// @param taken  a symbol that it has; empty: none of those that are wanted
 std::string TakeOffers(ModuleGraph const& graph, std::size_t module, SymbolBudget& budget,
-                       Wanted& wanted)
+                       Wanted& wanted, std::string& taken)
 {
     auto const isWanted = [&](std::string const& name) { return wanted.symbols.count(name) != 0; };
     ModuleOffers const offers = OffersOf(graph.modules[module], isWanted, budget);
+    taken = offers.exports.empty() ? std::string() : offers.exports.front();
     for (std::string const& symbol : offers.exports)
         wanted.symbols.erase(symbol);
     for (std::string const& version : offers.versions)
@@ -89,6 +91,54 @@ std::vector<std::string> LinesOf(ModuleGraph const& graph, Wanted const& wanted)
     return texts;
 }
 
+// One module, and what it brings.
+class Asker {
+public:
+    Asker(ModuleGraph const& moduleGraph, SymbolFindings& findings, std::string& limitReached)
+        : graph(moduleGraph), found(findings), limit(limitReached),
+          isAsked(moduleGraph.modules.size())
+    {
+    }
+
+    /// Of the modules before the end; the answer is what none has.
+    Wanted Ask(std::size_t module, std::size_t end)
+    {
+        Wanted wanted;
+        std::vector<std::size_t> order = graph.ClosureOf(module);
+        std::size_t const ownCount = order.size();
+        std::vector<bool> isOwn(graph.modules.size());
+        for (std::size_t const brought : order) {
+            // What the system brings fits together.
+            if (graph.modules[brought].place != Place::System && !isAsked[brought] && limit.empty())
+                limit = AddNeeds(graph, brought, budget, wanted);
+            isAsked[brought] = true;
+            isOwn[brought] = true;
+        }
+        for (std::size_t i = end; i-- > 0;)
+            if (!isOwn[i])
+                order.push_back(i); // and the program last of all
+        for (std::size_t n = 0; n < order.size() && limit.empty() && !wanted.IsEmpty(); ++n) {
+            std::string taken;
+            limit = TakeOffers(graph, order[n], budget, wanted, taken);
+            if (n < ownCount || taken.empty())
+                continue;
+            if (order[n] == 0)
+                found.ofProgram = taken;
+            else if (std::find(found.others.begin(), found.others.end(), order[n]) ==
+                     found.others.end())
+                found.others.push_back(order[n]);
+        }
+        return wanted;
+    }
+
+private:
+    ModuleGraph const& graph;
+    SymbolFindings& found;
+    std::string& limit;
+    std::vector<bool> isAsked;
+    SymbolBudget budget;
+};
+
 } // namespace
 
 // The loader looks for a symbol in all that the process has and in what came with the
@@ -96,32 +146,15 @@ std::vector<std::string> LinesOf(ModuleGraph const& graph, Wanted const& wanted)
 SymbolFindings LookForSymbols(ModuleGraph const& graph, std::size_t module, std::string& limit)
 {
     SymbolFindings found;
-    SymbolBudget budget;
-    Wanted wanted;
-    std::vector<std::size_t> order = graph.ClosureOf(module);
-    std::size_t const ownCount = order.size();
-    for (std::size_t i = graph.modules.size(); i-- > 0;)
-        if (std::find(order.begin(), order.begin() + ownCount, i) == order.begin() + ownCount)
-            order.push_back(i); // and the program last of all
-    for (std::size_t n = 0; n < ownCount; ++n) {
-        std::size_t const brought = order[n];
-        // What the system brings fits together.
-        if (graph.modules[brought].place != Place::System && limit.empty())
-            limit = AddNeeds(graph, brought, budget, wanted);
-    }
-    for (std::size_t n = 0; n < order.size() && limit.empty() && !wanted.IsEmpty(); ++n) {
-        std::size_t const before = wanted.symbols.size();
-        std::string const first = before == 0 ? "" : wanted.symbols.begin()->first;
-        limit = TakeOffers(graph, order[n], budget, wanted);
-        if (n < ownCount || wanted.symbols.size() == before)
-            continue;
-        if (order[n] == 0)
-            found.ofProgram = first;
-        else
-            found.others.push_back(order[n]);
-    }
+    Asker asker(graph, found, limit);
+    Wanted const wanted = asker.Ask(module, graph.modules.size());
     if (limit.empty())
         found.missing = LinesOf(graph, wanted);
+    // The others cannot be there without what they take, and what none has they do without.
+    for (std::size_t i = 0; i < found.others.size() && limit.empty(); ++i)
+        asker.Ask(found.others[i], module);
+    // What another one takes something from comes before it.
+    std::reverse(found.others.begin(), found.others.end());
     return found;
 }
 
