@@ -840,6 +840,37 @@ def FoldersForTheProcessor():
 
 
 def ManyFoldersOfTheEnvironment():
+def DependencyThatTheLoaderRefuses():
+    """A program, of either kind, and what no running process may load: it looks no further."""
+    if IS_WINDOWS:
+        skip("only the other system marks its modules so")
+    module = with_run_path(".", "DependentPlugin.so", "a:b")
+    os.mkdir("a")
+    os.mkdir("b")
+    shutil.copyfile(FOLDER / "PluginDependency.so", "b/PluginDependency.so")
+    assert "FAILED  dependencies" not in run(module).stdout
+    for content, hint in (
+        ({"kind": 2}, "a is a program, not a module"),
+        ({"flags": elf.PIE}, "a is a program, not a module"),
+        ({"flags": elf.NOOPEN}, "a is for programs that need it at their start alone"),
+    ):
+        elf.write("a/PluginDependency.so", strings=b"_Z13UseDependencyv\0", symbols=[(0, 1)],
+                  **content)
+        assert ctypes_refuses(module), content
+        run_of = failing(module)
+        run_of.only("dependencies", "FAILED", "is missing: the one in " + hint).not_loaded()
+    # As the plugin itself.
+    elf.write("own.so", strings=DECORATED.encode() + b"\0", symbols=[(0, 1)], flags=elf.NOOPEN)
+    failing("own.so").only("module", "FAILED", "for programs that need it at their start").stops()
+
+
+def ctypes_refuses(module):
+    """Whether the system's own loader does, in a process of its own."""
+    program = "import ctypes, sys; ctypes.CDLL(sys.argv[1])"
+    return subprocess.run([sys.executable, "-c", program, os.path.abspath(module)],
+                          stderr=subprocess.DEVNULL, check=False).returncode != 0
+
+
     """All of them count, however many there are."""
     if IS_WINDOWS:
         skip("a program for Windows gets its path from Wine")

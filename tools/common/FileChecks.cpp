@@ -107,6 +107,10 @@ bool CheckModule(ModuleImage const& image, Report& report)
         report.Add("module", Result::Failed, "the file is damaged: " + image.flaw);
         return false;
     }
+    if (image.isForStartOnly) {
+        report.Add("module", Result::Failed, std::string("the file ") + ForStartOnly);
+        return false;
+    }
     report.Add("module", Result::Ok, image.format == ImageFormat::Pe ? "a DLL" : "a shared object");
     report.Add("architecture", Result::Ok, image.machine);
     return true;

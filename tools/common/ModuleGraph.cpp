@@ -25,6 +25,8 @@ constexpr char const* EndOfSearch = ": the search for what is needed ends there"
 
 } // namespace
 
+char const* const ForStartOnly = "is for programs that need it at their start alone (DF_1_NOOPEN)";
+
 std::string const& OwnMachine()
 {
     static std::string const machine =
@@ -72,6 +74,7 @@ ModuleGraph::ModuleGraph(fs::path const& program, fs::path library)
     ModuleImage image = ReadModuleImage(program);
     if (image.machine == ownMachine && image.flaw.empty())
         Load(program, std::move(image), NoModule);
+    isStarted = true;
 }
 
 void ModuleGraph::NameDependencyFolder(fs::path const& folder)
@@ -229,13 +232,18 @@ std::size_t ModuleGraph::Take(fs::path const& file, Place place, std::size_t nee
         return NoModule;
     }
     ModuleImage image = ReadModuleImage(ByteView(*opened.bytes));
-    if (image.format == NativeFormat && image.machine == ownMachine && image.flaw.empty())
+    bool const isForStart = image.isForStartOnly && isStarted;
+    if (image.format == NativeFormat && image.machine == ownMachine && image.flaw.empty() &&
+        image.refusal.empty() && !isForStart)
         return Add(file, std::move(image), place, needing);
     if (image.format == NativeFormat && image.machine != ownMachine) {
         hint = where + "is for " + image.machine;
         return NoModule;
     }
-    hint = where + (image.flaw.empty() ? "is no module" : "is damaged: " + image.flaw);
+    hint = where + (!image.flaw.empty()      ? "is damaged: " + image.flaw
+                    : !image.refusal.empty() ? image.refusal
+                    : isForStart             ? ForStartOnly
+                                             : "is no module");
     isStopped = true;
     return NoModule;
 }

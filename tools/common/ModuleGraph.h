@@ -94,6 +94,7 @@ private:
     std::filesystem::path const givenLibrary;
     std::vector<std::string> givenNames; ///< that of its file, and by which others need it
     bool const isPrivileged;
+    bool isStarted = false; ///< all that the program needs at its start is there
     std::string ownMachine;
     std::unordered_map<std::string, std::size_t> names; // as the loader compares them
     std::unordered_set<std::string> lost;
@@ -110,6 +111,9 @@ ModuleOffers OffersOf(MappedModule const& module, SymbolTest const& isWanted, Sy
 
 /// Whether a module that is needed by this name is the library.
 bool IsLibraryName(std::string const& name);
+
+/// What is said of a module that no running process may load.
+extern char const* const ForStartOnly;
 
 /// What this system calls its own processor, for images of its format.
 std::string const& OwnMachine();

@@ -30,6 +30,9 @@ struct ModuleImage {
     std::string inheritedRunPath;
     std::string loader;               ///< the file of the system's loader, of a program
     bool hasNoDefaultFolders = false; ///< of the system, nor what the cache has there
+    /// Why the loader takes it for no module that another one needs; empty: it does.
+    std::string refusal;
+    bool isForStartOnly = false; ///< no running process may load it
 };
 
 /// A name that a module takes from another one.

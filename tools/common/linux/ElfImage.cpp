@@ -68,6 +68,8 @@ public:
         if (image.flaw.empty())
             image.flaw = ReadDynamic(image);
     }
+        if (!image.isModule)
+            image.refusal = "is a program, not a module";
 
     void Read(SymbolBudget& budget, ModuleNeeds& needs)
     {
@@ -176,6 +178,7 @@ private:
                 image.isModule = image.isModule && (value & DF_1_PIE) == 0;
                 image.hasNoDefaultFolders = (value & DF_1_NODEFLIB) != 0;
                 break;
+                image.isForStartOnly = (value & DF_1_NOOPEN) != 0;
             default:
                 break;
             }
