@@ -605,6 +605,26 @@ def ManySymbolNames():
     assert peak < 250, peak
 
 
+def LongSymbolNames():
+    """Told with their names, and beyond a limit as what they are."""
+    if IS_WINDOWS:
+        skip("the linkers of this system write no names of that length")
+    for length in (511, 512, 4000):
+        name = b"a" * length
+        elf.write("long.so", strings=name + b"\0" + DECORATED.encode() + b"\0",
+                  symbols=[(0, 0), (length + 1, 1)], uses=[0])
+        failing("long.so").only("symbols", "FAILED",
+                                f"needs the symbol {name.decode()}, which no module has")
+        # One that has it serves it.
+        elf.write("has.so", strings=name + b"\0", symbols=[(0, 1)])
+        elf.write("long.so", needed=["has.so"], runpath="$ORIGIN",
+                  strings=name + b"\0" + DECORATED.encode() + b"\0",
+                  symbols=[(0, 0), (length + 1, 1)], uses=[0])
+        assert not Checked("long.so", 1).of("symbols")
+    elf.write("long.so", strings=b"a" * 5000 + b"\0", symbols=[(0, 0)], uses=[0])
+    failing("long.so").only("limit", "FAILED", "needs a symbol whose name has more than 4095 char")
+
+
 def ManyRelocations():
     """A limit over all modules, not only for each table."""
     if IS_WINDOWS:
@@ -820,26 +840,6 @@ def FilesAtWhichTheLoaderStops():
         assert hint == "" or "is missing: the one in " + hint in ended.stdout, hint
 
 
-def FoldersForTheProcessor():
-    """As the loader of this machine has it for its processor."""
-    if IS_WINDOWS:
-        skip("only the other system has them")
-    module = with_run_path(".", "DependentPlugin.so", "a")
-    seen = set()
-    for folder in ("glibc-hwcaps", "glibc-hwcaps/x86-64-v1", "glibc-hwcaps/x86-64-v2",
-                   "glibc-hwcaps/x86-64-v3", "glibc-hwcaps/x86-64-v4", "tls", "x86_64",
-                   "tls/x86_64", "x86_64/tls", "haswell", "tls/haswell/avx512_1/x86_64",
-                   "haswell/avx512_1", "sse2"):
-        shutil.rmtree("a", ignore_errors=True)
-        os.makedirs("a/" + folder)
-        shutil.copyfile(FOLDER / "PluginDependency.so", f"a/{folder}/PluginDependency.so")
-        expected = found_by_loader(module)
-        seen.add(expected)
-        assert told_by_check(module) == expected, (folder, expected)
-    assert seen == {True, False}
-
-
-def ManyFoldersOfTheEnvironment():
 def DependencyThatTheLoaderRefuses():
     """A program, of either kind, and what no running process may load: it looks no further."""
     if IS_WINDOWS:
@@ -871,6 +871,26 @@ def ctypes_refuses(module):
                           stderr=subprocess.DEVNULL, check=False).returncode != 0
 
 
+def FoldersForTheProcessor():
+    """As the loader of this machine has it for its processor."""
+    if IS_WINDOWS:
+        skip("only the other system has them")
+    module = with_run_path(".", "DependentPlugin.so", "a")
+    seen = set()
+    for folder in ("glibc-hwcaps", "glibc-hwcaps/x86-64-v1", "glibc-hwcaps/x86-64-v2",
+                   "glibc-hwcaps/x86-64-v3", "glibc-hwcaps/x86-64-v4", "tls", "x86_64",
+                   "tls/x86_64", "x86_64/tls", "haswell", "tls/haswell/avx512_1/x86_64",
+                   "haswell/avx512_1", "sse2"):
+        shutil.rmtree("a", ignore_errors=True)
+        os.makedirs("a/" + folder)
+        shutil.copyfile(FOLDER / "PluginDependency.so", f"a/{folder}/PluginDependency.so")
+        expected = found_by_loader(module)
+        seen.add(expected)
+        assert told_by_check(module) == expected, (folder, expected)
+    assert seen == {True, False}
+
+
+def ManyFoldersOfTheEnvironment():
     """All of them count, however many there are."""
     if IS_WINDOWS:
         skip("a program for Windows gets its path from Wine")

@@ -23,6 +23,7 @@ using VersionNeedName = ElfW(Vernaux);
 constexpr std::size_t MostSegments = 512;
 constexpr std::size_t MostEntries = 2048;
 constexpr std::size_t LongestRunPath = 65536;
+constexpr std::size_t LongestSymbol = 4096; // with its end
 
 constexpr unsigned char OwnClass = sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32;
 
@@ -67,9 +68,9 @@ public:
         image.flaw = ReadTables();
         if (image.flaw.empty())
             image.flaw = ReadDynamic(image);
-    }
         if (!image.isModule)
             image.refusal = "is a program, not a module";
+    }
 
     void Read(SymbolBudget& budget, ModuleNeeds& needs)
     {
@@ -177,8 +178,8 @@ private:
             case DT_FLAGS_1:
                 image.isModule = image.isModule && (value & DF_1_PIE) == 0;
                 image.hasNoDefaultFolders = (value & DF_1_NODEFLIB) != 0;
-                break;
                 image.isForStartOnly = (value & DF_1_NOOPEN) != 0;
+                break;
             default:
                 break;
             }
@@ -208,7 +209,7 @@ private:
             if (symbol.st_shndx != SHN_UNDEF && ELF32_ST_BIND(symbol.st_info) != STB_LOCAL)
                 names.push_back(strings + symbol.st_name);
         }
-        return TakeWanted(bytes, std::move(names), 512, isWanted, budget, offers);
+        return TakeWanted(bytes, std::move(names), LongestSymbol, isWanted, budget, offers);
     }
 
     std::string ReadImports(SymbolBudget& budget, ModuleNeeds& needs) const
@@ -228,8 +229,12 @@ private:
             if (!used[i] || !bytes.Read(table + i * sizeof(Symbol), symbol) ||
                 symbol.st_shndx != SHN_UNDEF || ELF32_ST_BIND(symbol.st_info) != STB_GLOBAL)
                 continue;
-            needs.imports.push_back({Text(symbol.st_name), {}});
-            if (!budget.TakeName(needs.imports.back().symbol.size()))
+            needs.imports.push_back({Text(symbol.st_name, LongestSymbol), {}});
+            if (needs.imports.back().symbol.empty())
+                flaw = "it needs a symbol whose name has more than " +
+                       std::to_string(LongestSymbol - 1) +
+                       " characters, the limit of what is looked at";
+            else if (!budget.TakeName(needs.imports.back().symbol.size()))
                 flaw = budget.Limit();
         }
         return flaw;
