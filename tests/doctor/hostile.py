@@ -529,6 +529,41 @@ def ProgramLacksWhatItNeeds(test):
     elf.write(program, needed=[*needed, "libFurther.so"], runpath="$ORIGIN")
     ended = place.diagnose("--load", "--verbose")
     line_of(ended, "ok", "load", "loaded")
+
+
+def ImportsFromTheProgram(test):
+    """A plugin for Windows names the program as any other module."""
+    if not test.build.is_windows:
+        skip("plugins of this system name no module for what the program has")
+    place = test.installation("plugin-lacks-a-dependency")
+    # A module whose header says that it is a program, with all that it exports.
+    data = bytearray((test.build.folder / "PluginDependency.dll").read_bytes())
+    at = int.from_bytes(data[60:64], "little") + 22
+    data[at + 1] &= ~0x20
+    place.replace("app/PluginDependency.exe", bytes(data))
+    place.program = test.build.spelled(place.root / "app/PluginDependency.exe")
+    rename_needed(place, "server/plugin/DependentPlugin.dll", "PluginDependency.dll",
+                  "PluginDependency.exe")
+    assert place.diagnose().status == 0
+    for option in ("--load", "--log"):
+        ended = place.diagnose(option, "--verbose")
+        assert ended.status == 0 and ended.last == "nothing wrong found; the plugin was not " \
+            "loaded, since it takes symbols from the program itself", ended.last
+        line_of(ended, "note", "load", "not tried: it takes ", "UseDependency",
+                " from the program itself, which is not started")
+    # Nor where it takes something from one that takes something from the program.
+    middle = place.path("app/libDependency.so")
+    elf.write(middle, strings=b"_Z13UseDependencyv\0OfProgram\0", symbols=[(0, 1), (19, 0)],
+              uses=[1])
+    elf.write(program, needed=needed, runpath="$ORIGIN", strings=b"OfProgram\0", symbols=[(0, 1)])
+    ended = place.diagnose("--load", "--verbose")
+    assert ended.status == 0, ended.output
+    line_of(ended, "note", "load", "not tried: it takes OfProgram from the program itself")
+    # And what that one takes from another one has to be there before it.
+    elf.write(place.path("app/libFurther.so"), strings=b"OfProgram\0", symbols=[(0, 1)])
+    elf.write(program, needed=[*needed, "libFurther.so"], runpath="$ORIGIN")
+    ended = place.diagnose("--load", "--verbose")
+    line_of(ended, "ok", "load", "loaded")
     needed = re.search(rb"libgcc_s[\w.-]*(?=\0)", program)[0].decode()
     gone = needed.replace("gcc", "gxc")
     rename_needed(place, "app/" + test.build.program, needed, gone)

@@ -44,6 +44,11 @@ std::string TakeOffers(ModuleGraph const& graph, std::size_t module, SymbolBudge
     return offers.flaw;
 }
 
+bool IsTheProgram(ModuleGraph const& graph, std::size_t module)
+{
+    return module == 0 && !graph.modules[module].image.isModule;
+}
+
 } // namespace
 
 // There a module names each one from which it takes something.
@@ -56,12 +61,17 @@ SymbolFindings LookForSymbols(ModuleGraph const& graph, std::size_t module, std:
     for (std::size_t const brought : graph.ClosureOf(module)) {
         if (graph.modules[brought].place != Place::System && limit.empty())
             limit = AddNeeds(graph, brought, budget, wanted);
+        if (brought != module && IsTheProgram(graph, brought))
+            found.ofProgram = "a function by its number";
     }
     for (auto& [from, symbols] : wanted) {
+        std::string const first = symbols.begin()->first;
         if (limit.empty())
             limit = TakeOffers(graph, from, budget, symbols);
         if (!limit.empty())
             return {};
+        if (IsTheProgram(graph, from) && symbols.count(first) == 0)
+            found.ofProgram = first;
         for (auto const& [symbol, needed] : symbols)
             if (lines.size() < MostLines)
                 lines.push_back(Utf8(graph.modules[needed.needing].file.filename()) + " needs " +
