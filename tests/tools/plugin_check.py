@@ -685,7 +685,13 @@ def LargeFiles():
 
 def PipesAndDevices():
     if IS_WINDOWS:
-        failing("NUL").only("file", "FAILED", "NUL is a device").stops()
+        # By their names alone: to open one may wait for what is at the other end.
+        for name in ("NUL", "nul.dll", "Con", "PRN.txt", "aux .dll", "COM1", "COM1:", "com9.x.dll", "LPT3",
+                     "CONIN$", "conout$"):
+            for path in (name, "folder/" + name):
+                failing(path).only("file", "FAILED", " is a device, not a file").stops()
+        for name in ("COM0", "COM10.dll", "NULL", "CON1", "xCON"):
+            failing(name).only("file", "FAILED", "does not exist").stops()
         return
     os.mkfifo("pipe.so")
     failing("pipe.so").only("file", "FAILED", "pipe.so is a pipe").stops()

@@ -1,5 +1,8 @@
 #include "../Files.h"
 
+#include <algorithm>
+#include <string>
+
 #include "../Utf8.h"
 #include "platform/Platform.h"
 #include "platform/windows/Windows.h"
@@ -39,6 +42,27 @@ private:
     HANDLE handle;
 };
 
+// By its name, whatever folder and extension it has: to open a device may do anything.
+bool NamesDevice(std::filesystem::path const& file)
+{
+    std::wstring const whole = file.native();
+    if (whole.rfind(L"\\\\.\\", 0) == 0 || whole.rfind(L"//./", 0) == 0)
+        return true;
+    std::wstring name = whole.substr(whole.find_last_of(L"\\/") + 1);
+    name.erase(0, name.size() > 2 && name[1] == L':' ? 2 : 0);
+    name.resize(std::min(name.find_first_of(L".:"), name.size()));
+    name.resize(name.find_last_not_of(L' ') + 1);
+    for (wchar_t& unit : name)
+        if (unit >= L'a' && unit <= L'z')
+            unit = static_cast<wchar_t>(unit - L'a' + L'A');
+    for (wchar_t const* const device : {L"CON", L"PRN", L"AUX", L"NUL", L"CONIN$", L"CONOUT$"})
+        if (name == device)
+            return true;
+    std::wstring const beginning = name.substr(0, 3);
+    return name.size() == 4 && (beginning == L"COM" || beginning == L"LPT") && name[3] >= L'1' &&
+           name[3] <= L'9';
+}
+
 std::string WhyNotOpened()
 {
     DWORD const error = ::GetLastError();
@@ -55,6 +79,8 @@ std::string WhyNotOpened()
 
 OpenedFile OpenFile(std::filesystem::path const& file)
 {
+    if (NamesDevice(file))
+        return {nullptr, "is a device, not a file"};
     DWORD const attributes = ::GetFileAttributesW(file.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES)
         return {nullptr, WhyNotOpened()};
