@@ -272,6 +272,16 @@ def FolderOfManySpellings(test):
 
     place = test.whole()
     (place.root / "many").mkdir()
+    for paths, limit in ((";".join(map(str, range(45000))), "40000 semicolons"),
+                         ("x" * 15000000, "1 MiB in one text")):
+        place = test.whole().write("app/SSOClient.config",
+                                   json.dumps({"ssoServer": {"searchPaths": paths}}))
+        problems = place.diagnose("--json").document["verdict"]["problems"]
+        text = f"app/SSOClient.config has more than {limit}, the limit of what is looked at"
+        assert any(text in problem["text"] for problem in problems), problems
+        peak = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss >> 10
+        print(f"{limit}: {peak} MiB")
+        assert peak < 800, peak
     for number in range(10000):
         (place.root / f"many/{number}").touch()
     (place.root / "many/hxsso.EXE").touch()
