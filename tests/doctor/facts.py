@@ -102,6 +102,27 @@ def Location(test):
     ended = place.diagnose("--verbose")
     assert ended.last == rig.NOT_LOADED
     line_of(ended, "ssoServer.searchPaths", "/server", "(registry)")
+    location = "xdg/Halvorix/HxSSO/Location"
+    place.replace(location, f"{place.root}/caf\u00e9\n".encode("latin-1"))
+    ended = place.diagnose()
+    assert ended.last.endswith("; the file Location of the server application is not UTF-8, and the "
+                               "library reads UTF-8"), ended.last
+    assert f"Fix: save {place.path(location)} as UTF-8" in ended.lines, ended.output
+    # Whatever stands behind its end.
+    place.replace(location, f"{place.root}/server\ncaf\u00e9\n".encode("latin-1"))
+    assert place.diagnose().last == rig.NOT_LOADED
+    place.write(location, "{root}/server/HxSSO.exe//\n")
+    assert "; the file Location of the server application names the server application's file, " \
+        "not its directory" in place.diagnose().last
+    # What has no value is corrected where it stands.
+    place.write(location, "%Nowhere%/server\n")
+    ended = place.diagnose()
+    assert "%Nowhere% is not a variable of the library" in ended.last, ended.last
+    assert "Fix: correct the directory in the file Location of the server application" in \
+        ended.lines, ended.output
+    place.write("app/SSOClient.config", json.dumps({"ssoServer": {"searchPaths": "%Nowhere%/x"}}))
+    assert "Fix: correct the directories in ssoServer.searchPaths of the client configuration" in \
+        place.diagnose().lines
 
 
 def LocationOfTheRegistry(test):
@@ -117,6 +138,17 @@ def LocationOfTheRegistry(test):
         place.registry("add", rig.LOCATION_KEY, "/v", "Location", "/t", "REG_DWORD", "/d", "7",
                        "/f")
         assert place.diagnose().last.endswith("; the registry value Location is not a text")
+        # The library reads a text out of these.
+        server = place.build.spelled(place.root / "server")
+        place.registry("add", rig.LOCATION_KEY, "/v", "Location", "/t", "REG_MULTI_SZ", "/d", server,
+                       "/f")
+        assert place.diagnose().last == rig.NOT_LOADED
+        place.registry("add", rig.LOCATION_KEY, "/v", "Location", "/t", "REG_BINARY", "/d",
+                       server.encode("utf-16-le").hex(), "/f")
+        assert place.diagnose().last == rig.NOT_LOADED
+        place.registry("add", rig.LOCATION_KEY, "/v", "Location", "/t", "REG_BINARY", "/d",
+                       (server + "x").encode("utf-16-le").hex(), "/f")
+        assert place.diagnose().last.endswith("/serverx"), place.diagnose().last
         place.registry("delete", rig.LOCATION_KEY, "/v", "Location", "/f")
         assert place.diagnose().last.endswith("; the registry value Location is not in its key")
 

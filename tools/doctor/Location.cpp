@@ -12,8 +12,10 @@ using Platform::LocationView;
 
 bool NamesProgram(std::string const& directory, std::string const& appName)
 {
-    std::size_t const begin = directory.find_last_of("/\\") + 1;
-    return !appName.empty() && Lower(directory.substr(begin)) == Lower(appName);
+    std::size_t const end = directory.find_last_not_of("/\\") + 1;
+    std::string const path = directory.substr(0, end);
+    std::size_t const begin = path.find_last_of("/\\") + 1;
+    return !appName.empty() && Lower(path.substr(begin)) == Lower(appName);
 }
 
 } // namespace
@@ -29,7 +31,7 @@ Platform::ErrorCode OpenLocation(Platform::LocationKey& key)
 std::optional<std::wstring> LocationOfInstallation()
 {
     Platform::LocationKey key = nullptr;
-    if (OpenLocation(key) != 0)
+    if (FlawOfLocation().isTooLarge || OpenLocation(key) != 0)
         return std::nullopt;
     std::wstring location;
     bool const isRead = Platform::ReadLocation(key, location);

@@ -23,6 +23,7 @@ std::vector<Oddity> OdditiesOfLocation(std::string const& appName);
 struct LocationFlaw {
     std::string text;
     std::string remedy;
+    bool isTooLarge = false; ///< and that is why
 };
 LocationFlaw FlawOfLocation();
 

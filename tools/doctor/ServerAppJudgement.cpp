@@ -21,6 +21,19 @@ bool IsEmptyLocation(std::vector<KeyValue> const& keys)
     return isEmpty(Origin::Registry) && !isEmpty(Origin::File);
 }
 
+// Whether no other entry has one of them.
+bool IsOfLocation(std::vector<std::string> const& variables, std::vector<KeyValue> const& keys)
+{
+    std::size_t elsewhere = 0;
+    std::size_t inLocation = 0;
+    for (KeyValue const& key : keys)
+        if (key.key == "ssoServer.searchPaths")
+            for (std::string const& name : VariablesIn(Wide(key.value)))
+                if (std::find(variables.begin(), variables.end(), name) != variables.end())
+                    ++(key.origin == Origin::Registry ? inLocation : elsewhere);
+    return inLocation > 0 && elsewhere == 0;
+}
+
 void AddMissingServerApp(Findings const& findings, ProblemList& problems, ServerApp const& server)
 {
     // The library ends there with an exception, which is told.
@@ -52,9 +65,11 @@ void AddMissingServerApp(Findings const& findings, ProblemList& problems, Server
              hints);
     AddHidden(findings.config.search, otherwise, hints);
     if (!unknown.empty())
-        hints.push_back({HaveNoValue(unknown),
-                         "correct the directories in ssoServer.searchPaths of the client "
-                         "configuration"});
+        hints.push_back(
+            {HaveNoValue(unknown), IsOfLocation(unknown, findings.config.keys)
+                                       ? "correct the directory in " + Tools::NameOfLocation()
+                                       : "correct the directories in ssoServer.searchPaths of the "
+                                         "client configuration"});
     problems.AddMissing(
         unknown.empty() ? "server-application-missing" : "search-path-with-unknown-variable",
         Subject::ServerApp,

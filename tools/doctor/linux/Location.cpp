@@ -1,10 +1,14 @@
 #include "../Location.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <string>
 
 #include "../../common/Files.h"
 #include "../../common/Utf8.h"
+#include "../JsonInspection.h"
+#include "../SettingsFile.h"
 
 namespace Halvorix::Doctor {
 
@@ -19,16 +23,32 @@ bool IsUtf16(Tools::ByteView const& bytes)
     return mark == 0xFEFF || mark == 0xFFFE || (mark & 0xFFU) == 0 || mark < 0x100;
 }
 
+// As the library takes it: a zero ends it too.
+std::string FirstLine(Tools::ByteView const& bytes)
+{
+    std::string text(static_cast<std::size_t>(bytes.Size()), '\0');
+    if (!bytes.Bytes(0, text.data(), text.size()))
+        return {};
+    text.resize(std::min(text.find_first_of(std::string("\n\0", 2)), text.size()));
+    return text;
+}
+
 LocationFlaw FlawOfContent(fs::path const& file, Tools::ByteView const& bytes)
 {
     if (bytes.Size() == 0)
         return {"is empty", "write the server application's directory into " + Tools::Utf8(file)};
+    if (bytes.Size() > LargestSettings)
+        return {LargerThanSettings,
+                "write the server application's directory into " + Tools::Utf8(file), true};
     if (bytes.Size() > 1 && IsUtf16(bytes))
         return {"is UTF-16, and the library reads UTF-8",
                 "save " + Tools::Utf8(file) + " as UTF-8"};
     if (bytes.NumberOrZero(0, 3) == 0xBFBBEF)
         return {"begins with a byte order mark, which counts as part of the path",
                 "save " + Tools::Utf8(file) + " as UTF-8 without a byte order mark"};
+    if (!IsReadable(FirstLine(bytes)))
+        return {"is not UTF-8, and the library reads UTF-8",
+                "save " + Tools::Utf8(file) + " as UTF-8"};
     return {};
 }
 

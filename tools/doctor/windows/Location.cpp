@@ -21,7 +21,10 @@ LocationFlaw FlawOfValue(HKEY key)
                 "install the server application in a folder with a shorter path"};
     if (status == ERROR_FILE_NOT_FOUND)
         return {"is not in its key", InstallAgain};
-    if (status == ERROR_SUCCESS && type != REG_SZ && type != REG_EXPAND_SZ)
+    // The library asks for no type: a text is read out of any that can hold one.
+    bool const holdsText =
+        type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ || type == REG_BINARY;
+    if (status == ERROR_SUCCESS && !holdsText)
         return {"is not a text", InstallAgain};
     return {};
 }
