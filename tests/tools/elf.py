@@ -10,15 +10,22 @@ DEBUG = 21  # which means nothing to the loader of a module
 FLAGS_1, NODEFLIB, NOOPEN, PIE = 0x6FFFFFFB, 0x800, 0x40, 0x08000000
 
 
-def retag(path, before, after, value=None):
-    """The same file, in which an entry of the dynamic table is one of another kind."""
+def retag(path, before, after, value=None, named=None):
+    """The same file, in which an entry of the dynamic table is one of another kind. Which of
+    several is told by its name. One that is missing takes the place of a spare one."""
     data = bytearray(path.read_bytes())
     at, = struct.unpack_from("<Q", data, 32)
     for place in range(at, at + 56 * data[56], 56):
         kind, _, begin, _, _, size = struct.unpack_from("<IIQQQQ", data, place)
         tags = [begin + 16 * number for number in range(size // 16)] if kind == 2 else []
-        found = [tag for tag in tags if struct.unpack_from("<q", data, tag)[0] == before]
-        assert kind != 2 or len(found) == 1, (before, found)
+        entries = [(tag, *struct.unpack_from("<qQ", data, tag)) for tag in tags]
+        texts = next((place for _, tag_kind, place in entries if tag_kind == STRTAB), 0)
+        found = [tag for tag, tag_kind, offset in entries if tag_kind == before and
+                 (named is None or data[texts + offset:].startswith(named + b"\0"))]
+        spare = [tag for tag, tag_kind, _ in entries if tag_kind == 0]
+        if entries and not found and before == after and len(spare) > 1:
+            found = spare[:1]
+        assert not entries or len(found) == 1, (before, found)
         for tag in found:
             struct.pack_into("<q", data, tag, after)
             if value is not None:

@@ -80,7 +80,7 @@ LocationFlaw FlawOfLocation()
         if (opened.reason == "does not exist")
             continue;
         bool const isFile = opened.reason.rfind("is ", 0) != 0;
-        LocationFlaw const flaw = {
+        LocationFlaw flaw = {
             opened.reason, isFile
                                ? "allow the program's user to read " + Tools::Utf8(file)
                                : "put a file with the server application's directory in place of " +
