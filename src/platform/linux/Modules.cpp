@@ -77,16 +77,16 @@ int VisitModule(dl_phdr_info* info, std::size_t, void* context)
 std::string MappedFile(std::uintptr_t address)
 {
     std::ifstream maps("/proc/self/maps");
-    for (std::string line; std::getline(maps, line);) {
+    std::string line;
+    bool isFound = false;
+    while (!isFound && std::getline(maps, line)) {
         char* end = nullptr;
         std::uintptr_t const first = std::strtoull(line.c_str(), &end, 16);
         std::uintptr_t const behind = *end == '-' ? std::strtoull(end + 1, nullptr, 16) : 0;
-        if (address < first || address >= behind)
-            continue;
-        std::size_t const name = line.find('/');
-        return name == std::string::npos ? std::string() : line.substr(name);
+        isFound = address >= first && address < behind;
     }
-    return {};
+    std::size_t const name = line.find('/');
+    return isFound && name != std::string::npos ? line.substr(name) : std::string();
 }
 
 // The loader spells a file as its run path does, with ".." and through links.
