@@ -452,9 +452,7 @@ def DependencyByTheProgramsRunPath(test):
     if test.build.is_windows:
         skip("programs for Windows have no run path")
     place = test.installation("plugin-lacks-a-dependency")
-    plugin = place.path("server/plugin/DependentPlugin.so")
-    place.replace("server/plugin/DependentPlugin.so", plugin.read_bytes())
-    elf.retag(plugin, elf.RUNPATH, elf.DEBUG)
+    elf.retag(place.path("server/plugin/DependentPlugin.so"), elf.RUNPATH, elf.DEBUG)
     place.place("lib/PluginDependency.so", "PluginDependency.so")
     ended = place.diagnose()
     assert "PluginDependency.so, which DependentPlugin.so needs, is missing" in ended.last
@@ -496,9 +494,8 @@ def SymbolsOfTheProgram(test):
     if test.build.is_windows:
         skip("modules for Windows name each one from which they take something")
     place = test.installation("plugin-lacks-a-dependency")
-    plugin = place.path("server/plugin/DependentPlugin.so")
-    place.replace("server/plugin/DependentPlugin.so", plugin.read_bytes())
-    elf.retag(plugin, elf.NEEDED, elf.DEBUG, named=b"PluginDependency.so")
+    elf.retag(place.path("server/plugin/DependentPlugin.so"), elf.NEEDED, elf.DEBUG,
+              named=b"PluginDependency.so")
     ended = place.diagnose()
     assert "needs the symbol _Z13UseDependencyv, which no module has" in ended.last, ended.last
     # What the program needs by name serves all that is loaded later.
