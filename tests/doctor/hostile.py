@@ -252,6 +252,45 @@ def ManyEntries(test):
         assert many < 24 * max(few, 0.05), entry
 
 
+def ManySearches(test):
+    """A server application that is not there is searched for again at each variable."""
+    place = test.whole()
+    place.path("server/HxSSO.exe").unlink()
+    whole = harness.compatibility(place)
+    whole["ssoClientPlugin"] *= 1000
+    place.write(COMPATIBILITY, json.dumps(whole))
+    place.write("app/SSOClient.config", json.dumps({"ssoServer": {
+        "VersionCompatibilityConfigfilePath": "{root}/server",
+        "searchPaths": ";".join(f"/{number}" for number in range(1000))}}))
+    ended = place.diagnose()
+    limit = "looks into more than 200000 directories, the limit of what is looked at"
+    assert ended.last == "the choice of the client plugin " + limit
+    line_of(ended, "Fix: ", "keeps the server application from being found")
+    line_of(ended, "wrong: the server application HxSSO.exe is in none of the directories")
+    assert "no client plugin in" not in ended.output
+    assert len(ended.problems) < 20, ended.problems
+
+
+def LogOfAnyLength(test):
+    """A line of any length is shown; that the log is too long is not the plugin's fault."""
+    place = test.whole()
+    names = [f"/{number:0200}" for number in range(2000)]
+    place.write("app/SSOClient.config", json.dumps({"ssoServer": {
+        "VersionCompatibilityConfigfilePath": "{root}/server",
+        "searchPaths": ";".join(["{root}/server"] + names)}}))
+    ended = place.diagnose("--log")
+    assert ended.last == "sign-in can work"
+    assert names[-1] in ended.output[ended.output.index("The library's log of a load"):]
+    place.path("server/HxSSO.exe").unlink()
+    whole = harness.compatibility(place)
+    for key in ("modulePath", "modulePathWoW64"):
+        whole["ssoClientPlugin"][0][key] = "{root}/server/plugin" + "%SSOServerAppPath%" * 8
+    place.write(COMPATIBILITY, json.dumps(whole))
+    ended = place.diagnose("--log")
+    line_of(ended, "wrong: the load writes more than 4 MiB of log, the limit of what is shown")
+    assert "the plugin " not in ended.last, ended.last
+
+
 def ManyValues(test):
     """Told as what they are by a line that names the limit, in little time and memory."""
     if test.build.is_windows:

@@ -28,6 +28,6 @@ void WriteAll(int descriptor, std::string const& text);
 /// Ends this process at once: no code of a module runs at its end.
 [[noreturn]] void EndProcess();
 
-constexpr std::size_t MostChildOutput = std::size_t{2} << 20U;
+constexpr std::size_t MostChildOutput = std::size_t{16} << 20U;
 
 } // namespace Halvorix::Tools

@@ -24,8 +24,7 @@ std::filesystem::path LoaderFile()
 }
 
 // More than any load makes.
-constexpr std::size_t MostRecords = 20000;
-constexpr std::size_t LongestRecord = 65536;
+constexpr std::size_t MostRecords = 100000;
 
 // What is none, since a plugin may write anywhere, is passed over.
 std::vector<Json::Value> RecordsIn(std::string const& output)
@@ -33,8 +32,6 @@ std::vector<Json::Value> RecordsIn(std::string const& output)
     std::vector<Json::Value> records;
     std::istringstream lines(output);
     for (std::string line; records.size() < MostRecords && std::getline(lines, line);) {
-        if (line.size() > LongestRecord)
-            continue;
         try {
             Json::Value record;
             if (Json::Reader().parse(line, record) && record.isObject() && !record.empty())

@@ -38,7 +38,8 @@ void AddMissingCompatibility(Findings const& findings, ProblemList& problems,
 void JudgeNoPlugin(Findings const& findings, ProblemList& problems, Compatibility const& file)
 {
     ModuleList const& list = file.plugins;
-    if (AnyStops(file.oddities) || AnyStops(list))
+    bool const isUnread = list.modules.empty() && list.problem.empty(); // past a limit
+    if (isUnread || AnyStops(file.oddities) || AnyStops(list))
         return;
     std::string const otherwise =
         list.problem.empty()

@@ -209,6 +209,7 @@ struct Interruption {
     bool isAfterPlugin = false; ///< the plugin is in use by then
     bool isDenied = false;      ///< the user has no right to look there
     std::string circle;         ///< there is a link that leads to itself
+    bool isLimit = false;       ///< of the doctor, which the library does not have
 };
 
 struct LogLine {

@@ -24,8 +24,12 @@ void ExamineRealLoad(Options const& options, Findings& findings)
             load.lines.push_back({record["level"].asInt(), Tools::TextOf(record, "text")});
         } else if (record.isMember("interruption")) {
             load.isInterrupted = true;
-            findings.interruptions.push_back(
-                {"the load", Tools::TextOf(record, "interruption"), true, false, {}});
+            findings.interruptions.push_back({"the load",
+                                              Tools::TextOf(record, "interruption"),
+                                              true,
+                                              false,
+                                              {},
+                                              record["isLimit"] == true});
         } else if (record["worked"].isBool()) {
             load.worked = record["worked"].asBool();
         }

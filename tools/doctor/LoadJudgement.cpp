@@ -28,6 +28,13 @@ void AddInterruptions(Findings const& findings, ProblemList& problems, bool areA
                       interruption.text) != problems.toldExceptions.end())
             continue;
         problems.toldExceptions.push_back(interruption.text);
+        if (interruption.isLimit) {
+            problems.Add(Fatal, "search-limit", Subject::Program,
+                         interruption.during + " " + interruption.text,
+                         "shorten the lists, or correct what keeps the server application from "
+                         "being found: it is searched for again at each %SSOServerAppPath%");
+            continue;
+        }
         std::string const& circle = interruption.circle;
         problems.Add(
             Fatal, "library-stops", areAfterPlugin ? Subject::Load : Subject::Program,

@@ -16,12 +16,19 @@ namespace {
 
 std::map<std::wstring, std::vector<std::wstring>> searches; // by the file's name
 
+// More than the longest list that is looked at needs with some directories to search.
+constexpr std::size_t MostDirectories = 200000;
+std::size_t directories = 0;
+
 } // namespace
 
 bool SSOServices::FindFileInPaths(std::wstring const& fileName,
                                   std::vector<std::wstring> const& paths, std::wstring& foundFile)
 {
     searches[fileName] = paths;
+    directories += paths.size();
+    if (directories > MostDirectories)
+        throw Doctor::SearchLimit();
     auto const holding = std::find_if(paths.begin(), paths.end(), [&](std::wstring const& path) {
         std::wstring const file = JoinPath(path, fileName);
         return !Doctor::IsOnOtherMachine(file) && PathExists(file);
@@ -37,5 +44,7 @@ std::vector<std::wstring> Doctor::DirectoriesSearchedFor(std::wstring const& fil
 }
 
 void Doctor::ForgetSearches() { searches.clear(); }
+
+void Doctor::CountSearches() { directories = 0; }
 
 } // namespace Halvorix

@@ -18,6 +18,17 @@ bool IsOnOtherMachine(std::wstring const& path);
 /// Begins with none.
 void ForgetSearches();
 
+/// The library searches for the server application again at each variable that needs it.
+/// In lists too long for that its question ends with this, which is no std::exception:
+/// those are told as the library's.
+struct SearchLimit {
+    static constexpr char const* text =
+        "looks into more than 200000 directories, the limit of what is looked at";
+};
+
+/// Begins the count for one question to the library.
+void CountSearches();
+
 /// What lies in each of the resolved directories under the name.
 Search LookThrough(std::wstring const& file, std::vector<std::wstring> const& directories);
 

@@ -20,6 +20,7 @@ void Channel::Write(Json::Value const& record)
 {
     Json::StreamWriterBuilder builder;
     builder["indentation"] = "";
+    builder["emitUTF8"] = true;
     Tools::WriteAll(descriptor, Json::writeString(builder, record) + "\n");
 }
 

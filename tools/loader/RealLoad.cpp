@@ -8,6 +8,7 @@
 #include "../common/ChildProcess.h"
 #include "../common/PluginRun.h"
 #include "../common/System.h"
+#include "../doctor/Searches.h"
 #include "../doctor/TargetProgram.h"
 #include "../doctor/Text.h"
 #include "LoadChecks.h"
@@ -26,10 +27,15 @@ std::wstring WideText(Json::Value const& request, char const* member)
     return Doctor::Wide(Tools::TextOf(request, member));
 }
 
-void Interrupted(std::string const& text, Channel& channel)
+// One that has its variables searched for again and again says the same without end.
+constexpr std::size_t MostLog = std::size_t{4} << 20U;
+struct LogLimit {};
+
+void Interrupted(std::string const& text, bool isLimit, Channel& channel)
 {
     Json::Value record;
     record["interruption"] = text;
+    record["isLimit"] = isLimit;
     channel.Write(record);
 }
 
@@ -44,10 +50,14 @@ void LoadByLibrary(Json::Value const& request, Channel& channel)
     SSOServices::StoreSupportFileSearchPaths(
         SSOServices::SplitSupportPathList(WideText(request, "searchPaths")));
     std::string last;
+    std::size_t told = 0;
     auto const tee = [&](std::wstring const& text, Log::LogLevel level) {
         Json::Value record;
         record["level"] = static_cast<int>(level);
         record["text"] = last = Doctor::Shown(text);
+        told += last.size();
+        if (told > MostLog)
+            throw LogLimit();
         channel.Write(record);
         SSOClientManager::LogWrite(text, level);
     };
@@ -66,10 +76,14 @@ void LoadByLibrary(Json::Value const& request, Channel& channel)
         record["worked"] = module != nullptr ||
                            last == Doctor::Shown(SSOServices::Messages::NoSSOClientModule.text);
         channel.Write(record);
+    } catch (Doctor::SearchLimit const&) {
+        Interrupted(Doctor::SearchLimit::text, true, channel);
+    } catch (LogLimit const&) {
+        Interrupted("writes more than 4 MiB of log, the limit of what is shown", true, channel);
     } catch (std::exception const& exception) {
-        Interrupted(Tools::Presentable(exception.what()), channel);
+        Interrupted(Tools::Presentable(exception.what()), false, channel);
     } catch (...) {
-        Interrupted("what is no std::exception", channel);
+        Interrupted("what is no std::exception", false, channel);
     }
     // What it has of the plugin is not let go: no more of the plugin is asked.
     channel.End();
