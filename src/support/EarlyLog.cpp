@@ -11,6 +11,9 @@ namespace {
 // Of a row that is looked for: more than a call makes of the lines that it logs.
 constexpr std::size_t LongestRow = 512;
 
+// Beside one for each text: a megabyte, which hosts come nowhere near.
+constexpr std::size_t MostItems = 65536;
+
 } // namespace
 
 bool EarlyLog::Item::operator==(Item const& other) const
@@ -28,6 +31,8 @@ void EarlyLog::Add(std::wstring const& text, Log::LogLevel level)
     log.push_back({NumberOf(text, level), 1});
     try {
         Fold();
+        if (log.size() + itemsInRows > MostItems + lines.size())
+            KeepCountsAlone();
     } catch (std::bad_alloc const&) {
         // The log is only longer than it need be.
     }
@@ -75,7 +80,26 @@ std::size_t EarlyLog::NumberOf(Row const& row)
     if (auto const known = rows.find(row); known != rows.end())
         return known->second;
     things.emplace_back().row = row;
+    itemsInRows += row.size();
     return rows.emplace(row, things.size() - 1).first->second;
+}
+
+// By text, in the order of each one's first message. A row has a higher number than what
+// is in it.
+void EarlyLog::KeepCountsAlone()
+{
+    std::vector<std::uint64_t> times(things.size());
+    for (Item const& item : log)
+        times[item.what] += item.times;
+    for (std::size_t what = things.size(); what-- > 0;)
+        for (Item const& item : things[what].row)
+            times[item.what] += times[what] * item.times;
+    EarlyLog counted;
+    for (std::size_t what = 0; what < things.size(); ++what)
+        if (things[what].row.empty())
+            counted.log.push_back(
+                {counted.NumberOf(things[what].line.text, things[what].line.level), times[what]});
+    *this = std::move(counted);
 }
 
 void EarlyLog::Fold()

@@ -20,7 +20,8 @@ struct EarlyLogEntry {
 
 /// Messages in the order in which they came. Each text is kept once, and what comes again
 /// and again, such as the lines of a call that is made for days while there is no plugin,
-/// is kept as a count.
+/// is kept as a count. Where tens of thousands come in an order that never repeats, the
+/// older ones are put together by text.
 class EarlyLog {
 public:
     void Add(std::wstring const& text, Log::LogLevel level);
@@ -48,6 +49,7 @@ private:
     void Fold();
     bool FoldIntoTheOneBefore();
     bool FoldWithThoseBefore();
+    void KeepCountsAlone();
     void ForEach(Row const& row, std::function<void(EarlyLogEntry const&)> const& action) const;
 
     // By number: each is a line or a row.
@@ -58,6 +60,7 @@ private:
     std::vector<Thing> things;
     std::map<std::pair<Log::LogLevel, std::wstring>, std::size_t> lines;
     std::map<Row, std::size_t> rows;
+    std::size_t itemsInRows = 0;
     Row log;
 };
 

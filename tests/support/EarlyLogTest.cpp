@@ -1,3 +1,4 @@
+#include <map>
 #include <random>
 #include <string>
 #include <vector>
@@ -99,4 +100,34 @@ TEST(EarlyLog, CountsCallsThatLogTheSameLines)
         });
         EXPECT_EQ(next, 2000 * linesOfACall);
     }
+}
+
+// Its memory is bounded by the texts, then, and each is written as often as it came.
+TEST(EarlyLog, CountsWhatComesInAnOrderThatNeverRepeats)
+{
+    std::mt19937 chance(12);
+    EarlyLog log;
+    std::map<std::wstring, int> added;
+    auto const add = [&](std::size_t texts) {
+        std::wstring const text = std::to_wstring(chance() % texts);
+        log.Add(text, Log::LogLevel::Info);
+        ++added[text];
+    };
+    for (int i = 0; i < 100000; ++i)
+        add(5);
+    for (int i = 0; i < 100000; ++i)
+        add(1000);
+    log.Add(L"last", Log::LogLevel::Error);
+    std::map<std::wstring, int> given;
+    int changes = 0;
+    std::wstring before;
+    log.ForEach([&](EarlyLogEntry const& line) {
+        ++given[line.text];
+        changes += line.text == before ? 0 : 1;
+        before = line.text;
+    });
+    EXPECT_EQ(before, L"last");
+    EXPECT_EQ(given.erase(L"last"), 1u);
+    EXPECT_EQ(given, added);
+    EXPECT_LE(changes, 65536 + 1001);
 }
