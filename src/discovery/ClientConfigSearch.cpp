@@ -33,6 +33,21 @@ void SSOPathResolver::SetSSOClientConfigFileOverride(std::wstring path)
 
 bool SSOPathResolver::AnnounceSSOClientConfigFileOverride(std::wstring const& path)
 {
+    if (!BeginClientConfigFileOverride(path))
+        return false;
+    LogLine(Messages::ConfigOverrideSet, path);
+    return true;
+}
+
+// Another thread may have searched for the file or loaded it since.
+void SSOPathResolver::StoreSSOClientConfigFileOverride(std::wstring path)
+{
+    if (BeginClientConfigFileOverride(path))
+        clientConfigFileOverride = std::move(path);
+}
+
+bool SSOPathResolver::BeginClientConfigFileOverride(std::wstring const& path)
+{
     // A load that failed counts as loaded.
     if (clientConfigState != NotLoaded) {
         LogLine(Messages::ConfigOverrideTooLate, path, clientConfigFile);
@@ -40,13 +55,7 @@ bool SSOPathResolver::AnnounceSSOClientConfigFileOverride(std::wstring const& pa
     }
     // An earlier search result must not shadow the override.
     clientConfigFile.clear();
-    LogLine(Messages::ConfigOverrideSet, path);
     return true;
-}
-
-void SSOPathResolver::StoreSSOClientConfigFileOverride(std::wstring path)
-{
-    clientConfigFileOverride = std::move(path);
 }
 
 std::vector<std::wstring> SSOPathResolver::ClientConfigDirectories() const

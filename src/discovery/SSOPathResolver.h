@@ -35,7 +35,8 @@ public:
     // The client configuration file.
     std::wstring GetSSOClientConfigFile();
     std::wstring GetSSOClientConfigFileOverride() const;
-    /// In two steps: what is told of an override, and whether it is taken; then its storing.
+    /// In two steps: what is told of an override, and whether it is taken; then its storing,
+    /// if nothing was loaded meanwhile.
     void SetSSOClientConfigFileOverride(std::wstring path);
     bool AnnounceSSOClientConfigFileOverride(std::wstring const& path);
     void StoreSSOClientConfigFileOverride(std::wstring path);
@@ -94,6 +95,7 @@ private:
     bool LoadClientConfig();
     void ReadClientConfig();
     bool FindClientConfigFile();
+    bool BeginClientConfigFileOverride(std::wstring const& path);
     std::vector<std::wstring> ClientConfigDirectories() const;
     void AddRegistrySearchPath();
 

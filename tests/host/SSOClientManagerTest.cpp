@@ -112,3 +112,31 @@ TEST(Resolver, TellsOfAnOverrideBeforeItIsStored)
     EXPECT_EQ(manager.Ask(&SSOPathResolver::GetSSOClientConfigFileOverride), L"second");
     EXPECT_EQ(seen, (std::vector<std::wstring>{L"", L"first", L"second"}));
 }
+
+// A search that came between has no part in it; a load has the last word.
+TEST(Resolver, AsksAgainWhatAnOverrideMeetsBeforeItIsStored)
+{
+    for (bool const loads : {false, true}) {
+        std::wstring found;
+        std::wstring errors;
+        SSOClientManager* asked = nullptr;
+        SSOClientManager manager([&](std::wstring const& text, Log::LogLevel) {
+            if (text.find(L"override set to") != std::wstring::npos) {
+                if (loads)
+                    asked->Ask(&SSOPathResolver::GetSSOServerAppPath);
+                found = asked->Ask(&SSOPathResolver::GetSSOClientConfigFile);
+            }
+            if (text.rfind(L"Failed to set", 0) == 0)
+                errors += text;
+        });
+        asked = &manager;
+        manager.SetSSOClientConfigFileOverride(L"late");
+        EXPECT_EQ(manager.Ask(&SSOPathResolver::GetSSOClientConfigFileOverride),
+                  loads ? L"" : L"late");
+        EXPECT_EQ(manager.Ask(&SSOPathResolver::GetSSOClientConfigFile), loads ? found : L"late");
+        EXPECT_EQ(errors, loads ? L"Failed to set client config file override late since client "
+                                  L"config file " +
+                                      found + L" is already loaded"
+                                : L"");
+    }
+}
