@@ -37,7 +37,7 @@ int OpenWithoutWaiting(char const* file)
     return descriptor < 0 && errno == EWOULDBLOCK ? ::open(file, flags) : descriptor;
 }
 
-int ReadRegularFile(std::string const& file, std::string& content)
+int ReadRegularFile(std::string const& file, std::string& content, std::string_view enough)
 {
     content.clear();
     // First what it is: a device may do anything when it is opened.
@@ -54,12 +54,16 @@ int ReadRegularFile(std::string const& file, std::string& content)
     char piece[16384];
     for (;;) {
         ssize_t const count = ::read(opened.number, piece, sizeof(piece));
-        if (count > 0)
-            content.append(piece, static_cast<std::size_t>(count));
-        else if (count == 0)
+        if (count == 0)
             return 0;
-        else if (errno != EINTR)
+        if (count < 0 && errno != EINTR)
             return errno;
+        if (count < 0)
+            continue;
+        std::size_t const before = content.size();
+        content.append(piece, static_cast<std::size_t>(count));
+        if (content.find_first_of(enough, before) != std::string::npos)
+            return 0;
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace Halvorix::Platform {
 
@@ -10,8 +11,8 @@ namespace Halvorix::Platform {
 /// for one who waits a little.
 int OpenWithoutWaiting(char const* file);
 
-/// Reads a regular file to its end. 0, or why not: EINVAL for what is no regular
-/// file, which is not waited for.
-int ReadRegularFile(std::string const& file, std::string& content);
+/// Reads a regular file to its end, or at least up to the first of the characters that
+/// are enough. 0, or why not: EINVAL for what is no regular file, which is not waited for.
+int ReadRegularFile(std::string const& file, std::string& content, std::string_view enough = {});
 
 } // namespace Halvorix::Platform

@@ -2,12 +2,19 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "../Platform.h"
 #include "Files.h"
 #include "NarrowText.h"
 
 namespace Halvorix::Platform {
+
+namespace {
+
+constexpr std::string_view LineEnds("\n\0", 2);
+
+} // namespace
 
 bool IsWow64Process() { return false; }
 
@@ -25,15 +32,16 @@ ErrorCode OpenLocationKey(LocationView, LocationKey& key)
         if (directory.empty())
             continue;
         auto content = std::make_unique<std::string>();
-        int const failure = ReadRegularFile(directory + "/Halvorix/HxSSO/Location", *content);
+        int const failure =
+            ReadRegularFile(directory + "/Halvorix/HxSSO/Location", *content, LineEnds);
         if (failure == 0) {
             key = content.release();
             return 0;
         }
-        // What is there and is no file, such as a pipe, counts as one that is damaged.
-        if (failure == EINVAL)
-            return EINVAL;
-        // A file that is there and cannot be read tells more than one that is not.
+        // A file that is there counts, whatever keeps it from being read.
+        if (failure != ENOENT && failure != ENOTDIR)
+            return static_cast<ErrorCode>(failure);
+        // That a folder is none tells more than that there is none.
         if (failure != ENOENT)
             error = static_cast<ErrorCode>(failure);
     }
@@ -46,7 +54,7 @@ bool ReadLocation(LocationKey key, std::wstring& location)
     if (content.empty())
         return false;
     // Text up to its first zero, as in a registry value.
-    location = FromSystem(content.substr(0, content.find_first_of(std::string("\n\0", 2))));
+    location = FromSystem(content.substr(0, content.find_first_of(LineEnds)));
     return true;
 }
 

@@ -84,6 +84,37 @@ TEST_F(Location, OfAPipeIsNotLookedForElsewhere)
     EXPECT_EQ(Open("{}/pipe:{}/full"), static_cast<Platform::ErrorCode>(EINVAL));
 }
 
+TEST_F(Location, ThatCannotBeReadIsNotLookedForElsewhere)
+{
+    Write("/server");
+    std::filesystem::path const place = folder / "circle/Halvorix/HxSSO";
+    std::filesystem::create_directories(place);
+    std::filesystem::create_symlink("Location", place / "Location");
+    EXPECT_EQ(Open("{}/circle:{}/full"), static_cast<Platform::ErrorCode>(ELOOP));
+}
+
+TEST_F(Location, EndsWithItsFirstLine)
+{
+    std::wstring text;
+    for (std::size_t const length : {1, 16383, 16384, 16385, 40000}) {
+        for (char const end : {'\n', '\0'}) {
+            std::string const line(length, 'a');
+            Write(line + end + "more" + end);
+            ASSERT_EQ(Open("{}/full"), 0u);
+            EXPECT_TRUE(Platform::ReadLocation(key, text));
+            EXPECT_EQ(text, std::wstring(line.begin(), line.end()));
+            Platform::CloseLocationKey(key);
+        }
+    }
+    // What comes behind it is not read: of this not even an address space is large enough.
+    Write("/server\n");
+    std::filesystem::resize_file(folder / "full/Halvorix/HxSSO/Location", std::uintmax_t{1} << 42U);
+    ASSERT_EQ(Open("{}/full"), 0u);
+    EXPECT_TRUE(Platform::ReadLocation(key, text));
+    EXPECT_EQ(text, L"/server");
+    Platform::CloseLocationKey(key);
+}
+
 TEST_F(Location, OfAnEmptyFileCannotBeRead)
 {
     Write("");
