@@ -105,7 +105,7 @@ TEST(NetworkCookieJar, AddsACookieOfItsOwn)
     EXPECT_EQ(Name(jar.GetCookie(20)), "a");
 }
 
-TEST(NetworkCookieJar, GivesADefaultCookieFromTheEndOn)
+TEST(NetworkCookieJar, GivesADefaultCookieOutsideItsRange)
 {
     NetworkCookieJar jar;
     jar.AddCookie(Cookie("a"));
@@ -113,6 +113,8 @@ TEST(NetworkCookieJar, GivesADefaultCookieFromTheEndOn)
     ExpectDefault(jar.GetCookie(2));
     ExpectDefault(jar.GetCookie(3));
     ExpectDefault(jar.GetCookie(2147483647));
+    ExpectDefault(jar.GetCookie(-1));
+    ExpectDefault(jar.GetCookie(-2147483647 - 1));
     EXPECT_EQ(jar.GetCookieCount(), 2);
 }
 
