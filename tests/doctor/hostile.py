@@ -156,13 +156,16 @@ def PipesInTheInstallation(test):
     assert ended.last.endswith("; the file Location of the server application is a pipe, not a file")
     assert "Fix: put a file with the server application's directory in place of " + \
         str(place.path(location)) in ended.lines, ended.output
-    # The library stops at the first directory that has one, and passes over what it may not read.
+    # The library stops at the first directory that has one, be it what it may.
     place.write("other/Halvorix/HxSSO/Location", "{root}/server\n")
     environment = {"XDG_CONFIG_DIRS": f"{place.root}/xdg:{place.root}/other"}
     ended = place.diagnose(environment=environment)
     assert ended.last.endswith("; the file Location of the server application is a pipe, not a file")
     place.path(location).unlink()
     os.symlink("Location", place.path(location))
+    ended = place.diagnose(environment=environment)
+    assert ended.last.endswith("is a link that leads in a circle"), ended.last
+    place.path(location).unlink()
     assert place.diagnose(environment=environment).last == rig.NOT_LOADED
 
 

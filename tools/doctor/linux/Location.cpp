@@ -52,22 +52,13 @@ LocationFlaw FlawOfContent(fs::path const& file, Tools::ByteView const& bytes)
     return {};
 }
 
-bool EndsSearch(fs::path const& file)
-{
-    std::error_code unknown;
-    fs::file_status const status = fs::status(file, unknown);
-    return fs::exists(status) && !fs::is_regular_file(status);
-}
-
 } // namespace
 
-// The library passes over what it may not read, and ends at the first that it can read or
-// that is no file.
+// The library ends at the first that is there, whether or not it can read it.
 LocationFlaw FlawOfLocation()
 {
     char const* const variable = ::secure_getenv("XDG_CONFIG_DIRS");
     std::string const list = variable == nullptr || *variable == '\0' ? "/etc/xdg" : variable;
-    LocationFlaw first;
     for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1) {
         end = list.find(':', begin);
         fs::path const directory = list.substr(begin, end - begin);
@@ -80,17 +71,12 @@ LocationFlaw FlawOfLocation()
         if (opened.reason == "does not exist")
             continue;
         bool const isFile = opened.reason.rfind("is ", 0) != 0;
-        LocationFlaw flaw = {
-            opened.reason, isFile
-                               ? "allow the program's user to read " + Tools::Utf8(file)
-                               : "put a file with the server application's directory in place of " +
-                                     Tools::Utf8(file)};
-        if (EndsSearch(file))
-            return flaw;
-        if (first.text.empty())
-            first = flaw;
+        return {opened.reason,
+                isFile ? "allow the program's user to read " + Tools::Utf8(file)
+                       : "put a file with the server application's directory in place of " +
+                             Tools::Utf8(file)};
     }
-    return first;
+    return {};
 }
 
 } // namespace Halvorix::Doctor
