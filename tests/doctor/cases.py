@@ -13,6 +13,7 @@ case.json tells the rest, which rig.py does in this order:
     folders            that are made, empty
     empty, files       files that are made; with this content
     place              file: module of the build
+    windowsFolder      file in a folder of its own below one of Windows': module of the build
     cut                file: number of bytes that are left of it
     patch              file: [bytes, as many in their place], everywhere in it
     otherArchitecture  modules that become such for another machine
@@ -22,6 +23,7 @@ case.json tells the rest, which rig.py does in this order:
     location           what the server application's installation has left
     script             for the recording plugin
     environment        of the doctor
+    path               folders that the variable PATH names, on Windows
     exe                the program that is looked at; "" starts the doctor without --exe
     arguments          of the doctor
 

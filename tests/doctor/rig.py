@@ -141,6 +141,7 @@ class Installation:
         self.build = build
         self.root = pathlib.Path(os.path.realpath(root))
         self.script, self.variables, self.denied, self.has_location = {}, {}, [], False
+        self.in_windows = []
         self.program = build.spelled(self.root / "app" / build.program)
         for folder in ("app", "server", "work", "doctor", "home", "xdg"):
             (self.root / folder).mkdir(parents=True)
@@ -158,6 +159,8 @@ class Installation:
             self.path(relative).chmod(0o755)
         if self.has_location and self.build.is_windows:
             self.registry("delete", LOCATION_KEY, "/f")
+        for folder in self.in_windows:
+            shutil.rmtree(folder)
 
     def registry(self, *words):
         subprocess.run([*self.build.emulator, self.build.reg, *words], check=True, capture_output=True)
@@ -230,6 +233,20 @@ class Installation:
             shutil.copy(source, target)
         return self
 
+    def place_in_windows(self, relative, name):
+        """The same in a folder of its own below one of the system's, until the end."""
+        name, relative = self.filled(name), self.filled(relative)
+        prefix = os.environ.get("HXSSO_WINEPREFIX", str(WINE_I386.parents[1] / "wine"))
+        if self.build.architecture == "x86":
+            prefix += "-x86"
+            relative = relative.replace("system32/", "syswow64/")
+        target = pathlib.Path(prefix, "drive_c/windows", relative)
+        if not target.parents[1].is_dir():
+            skip("this is not Wine with a prefix of its own")
+        target.parent.mkdir(exist_ok=True)
+        self.in_windows.append(target.parent)
+        shutil.copy(self.build.folder / name, target)
+
     def turn_architecture(self, relative):
         """Makes it a module for ARM, by its header."""
         data = bytearray(self.path(relative).read_bytes())
@@ -248,7 +265,10 @@ class Installation:
         if "location" in about:
             self.leave_location(self.filled(about["location"]))
         self.script = about.get("script", {})
-        self.variables = about.get("environment", {})
+        self.variables = dict(about.get("environment", {}))
+        if "path" in about:
+            folders = [self.build.spelled(self.path(folder)) for folder in about["path"]]
+            self.variables["WINEPATH"] = ";".join(folders)
         self.program = self.filled(about.get("exe", "{root}/app/{program}"))
         return [self.filled(argument) for argument in about.get("arguments", [])]
 
@@ -274,6 +294,8 @@ class Installation:
             self.write(relative, content)
         for relative, name in about.get("place", {}).items():
             self.place(relative, name + self.build.module)
+        for relative, name in about.get("windowsFolder", {}).items():
+            self.place_in_windows(relative, name + self.build.module)
         for relative, size in about.get("cut", {}).items():
             self.replace(relative, self.path(relative).read_bytes()[:size])
         for relative, (before, after) in about.get("patch", {}).items():

@@ -147,7 +147,8 @@ Dependencies FindDependencies(fs::path const& plugin, ModuleImage const& image, 
 {
     ModuleGraph graph(host.program, host.library);
     std::size_t const library = LoadLibraryInto(graph, host);
-    graph.NameDependencyFolder(plugin.parent_path());
+    graph.NameDependencyFolder(host.dependencyFolder.empty() ? plugin.parent_path()
+                                                             : host.dependencyFolder);
     std::size_t const module = graph.Load(plugin, image, library);
     Dependencies found;
     Divide(graph, module, found);

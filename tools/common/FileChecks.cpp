@@ -237,7 +237,7 @@ FileFindings CheckFile(fs::path const& file, Host const& host, Report& report)
     } else {
         report.Add("runtime", Result::Note, "there is no library to compare it with");
     }
-    return {dependencies.first, dependencies.ofProgram};
+    return {dependencies.first, dependencies.ofProgram, host.dependencyFolder};
 }
 
 void CheckLibrary(Host const& host, Report& report)

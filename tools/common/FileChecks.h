@@ -13,6 +13,8 @@ struct FileFindings {
     /// or in its own folder.
     std::vector<std::filesystem::path> first;
     std::string ofProgram; ///< a symbol that it takes from the program itself; empty: none
+    /// That the library names for what the module needs; empty: the module's own.
+    std::filesystem::path dependencyFolder = {};
 };
 
 /// What can be told of a module without running any of it.

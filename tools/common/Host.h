@@ -9,6 +9,8 @@ namespace Halvorix::Tools {
 struct Host {
     std::filesystem::path program; ///< its executable
     std::filesystem::path library; ///< the library's file; empty: not found
+    /// That the library names for what a plugin needs; empty: the plugin's own.
+    std::filesystem::path dependencyFolder = {};
 };
 
 /// This program in the place of one, with the library that is installed with it.

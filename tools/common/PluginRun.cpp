@@ -109,6 +109,8 @@ void CheckLoaded(std::filesystem::path const& file, FileFindings const& findings
     Json::Value request;
     request["file"] = Utf8(file);
     request["first"] = ListOf(findings.first);
+    request["dependencyFolder"] =
+        Utf8(findings.dependencyFolder.empty() ? file.parent_path() : findings.dependencyFolder);
     PluginRun const run = RunPluginLoader(request, limit);
     for (Json::Value const& record : run.records)
         report.Add(TextOf(record, "check").c_str(), ResultOf(TextOf(record, "result")),

@@ -29,6 +29,10 @@ std::filesystem::path ModuleAsLoaded(std::filesystem::path const& file);
 /// program itself needs does where the system tells modules apart.
 void ServeSymbols(std::filesystem::path const& module);
 
+/// Has the loader look for modules in the folder of another program too, if it would do so
+/// in that one's process.
+void SearchAsIn(std::filesystem::path const& program);
+
 /// What holds the server application's directory, for a sentence.
 std::string NameOfLocation();
 

@@ -23,10 +23,17 @@ private:
     void Take(Tools::Check check) override { checks.push_back(std::move(check)); }
 };
 
+// As the file is named, wherever it is found.
+std::filesystem::path DependencyFolderOf(Plugin const& plugin)
+{
+    return Tools::AsOpened(plugin.asFile).parent_path();
+}
+
 Tools::FileFindings CheckFile(Plugin const& plugin, Tools::Report& report)
 {
     TargetProgram const& target = CurrentTargetProgram();
-    return Tools::CheckFile(plugin.loaded, {target.executable, target.library}, report);
+    return Tools::CheckFile(
+        plugin.loaded, {target.executable, target.library, DependencyFolderOf(plugin)}, report);
 }
 
 std::string FlawOfPlugin(Plugin const& plugin)
@@ -82,7 +89,8 @@ void ExamineInterfaces(Options const& options, Findings& findings)
                    "not tried: it takes " + plugin.ofProgram +
                        " from the program itself, which is not started");
     else
-        Tools::CheckLoaded(plugin.loaded, {plugin.first, {}}, options.timeLimit, report);
+        Tools::CheckLoaded(plugin.loaded, {plugin.first, {}, DependencyFolderOf(plugin)},
+                           options.timeLimit, report);
     plugin.loadChecks = std::move(report.checks);
 }
 

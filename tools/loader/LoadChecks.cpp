@@ -110,7 +110,8 @@ void LoadAndAsk(Json::Value const& request, Channel& report)
     report.Step("load", "while it is loaded");
     if (!LoadFirst(request, report))
         return;
-    Platform::SetDependencyDirectory(Tools::Wide(file.parent_path()).c_str());
+    std::string const folder = Tools::TextOf(request, "dependencyFolder");
+    Platform::SetDependencyDirectory(SSOServices::Utf8ToWide(folder).c_str());
     Platform::ModuleHandle const module = Platform::LoadModule(Tools::Wide(file));
     std::string const reason = module == nullptr ? SystemReason() : std::string();
     Platform::SetDependencyDirectory(nullptr);

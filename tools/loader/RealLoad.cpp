@@ -45,6 +45,8 @@ void LoadByLibrary(Json::Value const& request, Channel& channel)
 {
     Doctor::SetTargetProgram({std::filesystem::u8path(Tools::TextOf(request, "executable")),
                               std::filesystem::u8path(Tools::TextOf(request, "library"))});
+    // A plugin may be named by a path that is relative to it.
+    Tools::SearchAsIn(Doctor::CurrentTargetProgram().executable);
     // A host gets its locale from the library's first use.
     SSOClientManager::GetInstance();
     SSOServices::StoreSupportFileSearchPaths(

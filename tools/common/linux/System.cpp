@@ -63,6 +63,9 @@ void ServeSymbols(std::filesystem::path const& module)
     ::dlopen(module.c_str(), RTLD_NOW | RTLD_NOLOAD | RTLD_GLOBAL);
 }
 
+// There a program's own folder counts for nothing.
+void SearchAsIn(std::filesystem::path const&) {}
+
 std::string NameOfLocation() { return "the file Location of the server application"; }
 
 // What is left of libX.so.1.2.3.4 once all links are followed.

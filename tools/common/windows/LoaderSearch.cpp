@@ -4,7 +4,9 @@
 #include <set>
 #include <string>
 
+#include "../System.h"
 #include "../Utf8.h"
+#include "SearchOrder.h"
 #include "platform/windows/Windows.h"
 
 namespace Halvorix::Tools {
@@ -13,16 +15,24 @@ namespace {
 
 namespace fs = std::filesystem;
 
-fs::path SystemFolder()
+using FolderQuestion = UINT(WINAPI*)(wchar_t*, UINT);
+
+fs::path Answer(FolderQuestion question)
 {
     wchar_t folder[MAX_PATH + 1] = {};
-    return ::GetSystemDirectoryW(folder, MAX_PATH) < MAX_PATH ? fs::path(folder) : fs::path();
+    return question(folder, MAX_PATH) < MAX_PATH ? fs::path(folder) : fs::path();
 }
 
-fs::path WindowsFolder()
+fs::path const& SystemFolder()
 {
-    wchar_t folder[MAX_PATH + 1] = {};
-    return ::GetWindowsDirectoryW(folder, MAX_PATH) < MAX_PATH ? fs::path(folder) : fs::path();
+    static fs::path const folder = Answer(&::GetSystemDirectoryW);
+    return folder;
+}
+
+fs::path const& WindowsFolder()
+{
+    static fs::path const folder = Answer(&::GetWindowsDirectoryW);
+    return folder;
 }
 
 bool IsOfThisMachine(fs::path const& folder)
@@ -31,7 +41,8 @@ bool IsOfThisMachine(fs::path const& folder)
     return root.size() == 3 && root[1] == L':' && ::GetDriveTypeW(root.c_str()) != DRIVE_REMOTE;
 }
 
-// Those of the user's path that no other machine is asked for.
+// Those of the user's path that no other machine is asked for. A relative one counts from
+// the current directory.
 std::vector<fs::path> FoldersOfPath()
 {
     wchar_t variable[32768] = {};
@@ -41,7 +52,8 @@ std::vector<fs::path> FoldersOfPath()
     std::wstring const list = variable;
     for (std::size_t begin = 0; begin < list.size();) {
         std::size_t const end = std::min(list.find(L';', begin), list.size());
-        fs::path const folder = list.substr(begin, end - begin);
+        fs::path const entry = list.substr(begin, end - begin);
+        fs::path const folder = entry.empty() ? entry : AsOpened(entry);
         if (IsOfThisMachine(folder))
             folders.push_back(folder);
         begin = end + 1;
@@ -98,22 +110,29 @@ bool HasFunctionSet(std::string const& name)
 // There its own loader sees to them.
 bool const SystemModulesAreFollowed = false;
 
+std::vector<SearchedFolder> SearchOrder(fs::path const& programFolder,
+                                        fs::path const& dependencyFolder)
+{
+    std::vector<SearchedFolder> order{{programFolder, Place::Folder}};
+    if (!dependencyFolder.empty())
+        order.push_back({dependencyFolder, Place::Folder});
+    // The second one is that of programs for 16 bits, which still counts.
+    for (fs::path const& folder : {SystemFolder(), WindowsFolder() / "system", WindowsFolder()})
+        order.push_back({folder, Place::System});
+    for (fs::path const& folder : EnvironmentFolders({}, false))
+        order.push_back({folder, Place::Folder});
+    return order;
+}
+
 std::vector<Candidate> CandidatesFor(std::string const& name, ModuleGraph const& graph, std::size_t)
 {
-    static fs::path const system = SystemFolder();
-    static fs::path const windows = WindowsFolder();
     static std::set<std::string> const known = KnownModules();
     fs::path const file = FileName(name);
     if (known.count(Comparable(name)) != 0)
-        return {{system / file, Place::System}};
-    std::vector<Candidate> candidates{{graph.programFolder / file, Place::Folder}};
-    if (!graph.dependencyFolder.empty())
-        candidates.push_back({graph.dependencyFolder / file, Place::Folder});
-    candidates.push_back({system / file, Place::System});
-    candidates.push_back({windows / file, Place::System});
-    // Not the current directory: it does not count while the library names a folder.
-    for (fs::path const& folder : graph.environmentFolders)
-        candidates.push_back({folder / file, Place::Folder});
+        return {{SystemFolder() / file, Place::System}};
+    std::vector<Candidate> candidates;
+    for (SearchedFolder const& searched : SearchOrder(graph.programFolder, graph.dependencyFolder))
+        candidates.push_back({searched.folder / file, searched.place});
     return candidates;
 }
 
@@ -156,10 +175,14 @@ fs::path FileName(std::string const& name)
     int const size = ::MultiByteToWideChar(CP_ACP, 0, name.data(), static_cast<int>(name.size()),
                                            wide.data(), static_cast<int>(wide.size()));
     wide.resize(static_cast<std::size_t>(size));
-    // The loader takes one without an extension for a library.
-    if (wide.find(L'.') == std::wstring::npos)
-        wide += L".dll";
-    return wide;
+    return WithExtension(wide);
+}
+
+// The loader takes one without an extension for a library.
+fs::path WithExtension(fs::path const& file)
+{
+    bool const hasDot = file.filename().native().find(L'.') != std::wstring::npos;
+    return hasDot ? file : fs::path(file.native() + L".dll");
 }
 
 std::string HintForModuleBeside() { return "it lies beside the module"; }

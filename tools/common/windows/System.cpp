@@ -42,6 +42,14 @@ std::filesystem::path ModuleAsLoaded(std::filesystem::path const& file)
 // All symbols are taken from a module by its name.
 void ServeSymbols(std::filesystem::path const&) {}
 
+void SearchAsIn(std::filesystem::path const& program)
+{
+    DWORD const size = ::GetEnvironmentVariableW(L"PATH", nullptr, 0);
+    std::wstring path(size, L'\0');
+    path.resize(::GetEnvironmentVariableW(L"PATH", path.data(), size));
+    ::SetEnvironmentVariableW(L"PATH", (program.parent_path().native() + L";" + path).c_str());
+}
+
 std::string NameOfLocation() { return "the registry value Location"; }
 
 std::string FileVersionOf(std::filesystem::path const& file)
