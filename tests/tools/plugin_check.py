@@ -18,6 +18,7 @@ import time
 
 sys.dont_write_bytecode = True
 import elf  # noqa: E402
+import pe  # noqa: E402
 
 FOLDER = pathlib.Path(sys.argv[2])
 EMULATOR = sys.argv[3:]
@@ -813,6 +814,84 @@ def UpBehindALink():
     failing("link/../DependentPlugin.so").only("dependencies", "FAILED", "is missing")
     shutil.copyfile(FOLDER / "PluginDependency.so", "far/PluginDependency.so")
     failing("link/../DependentPlugin.so").only("load", "ok")
+
+
+def forwarding(name, exports, imports=()):
+    """A module that has the symbols of others, or none, in the place of its own."""
+    data = (FOLDER / "PluginDependency.dll").read_bytes()
+    is_x86 = data[machine_offset(data) :][:2] == b"\x4c\x01"
+    pe.write(name, name, exports, imports, is_x86)
+
+
+def ForwardedSymbols():
+    """They are looked for where the loader goes on looking."""
+    if not IS_WINDOWS:
+        skip("modules of this system have no such symbols")
+    module = place("DependentPlugin")
+    symbol = "_Z13UseDependencyv"
+    shutil.copyfile(FOLDER / "PluginDependency.dll", "Real.dll")
+    begin = f"DependentPlugin.dll needs {symbol} of PluginDependency.dll, which is forwarded "
+
+    def found():
+        # It declines, loaded.
+        run_of = failing(module).only("dependencies", "ok")
+        run_of.only("load", "ok").only("factory", "FAILED", "declines")
+
+    def lost(line):
+        failing(module).only("symbols", "FAILED", begin + line).not_loaded()
+
+    forwarding("PluginDependency.dll", {symbol: "Real." + symbol, "Unused": "Gone.Unused"})
+    found()
+    forwarding("PluginDependency.dll", {symbol: "Re.al." + symbol})
+    lost(f"to Re.al.{symbol}, which no module has")
+    forwarding("PluginDependency.dll", {symbol: "Gone." + symbol})
+    lost(f"to Gone.{symbol}, which no module has")
+    forwarding("PluginDependency.dll", {symbol: "Real.Other"})
+    lost("to Real.Other, which no module has")
+    forwarding("PluginDependency.dll", {symbol: "Real"})
+    lost("to Real, which no module has")
+    # By a number, and to what the system has.
+    for target in ("Real.#1", "kernel32.GetTickCount", "api-ms-win-core-file-l1-1-0.CreateFileW"):
+        forwarding("PluginDependency.dll", {symbol: target})
+        found()
+    for target in ("Gone.#1", "api-ms-win-core-nonsense-l1-1-0.CreateFileW"):
+        forwarding("PluginDependency.dll", {symbol: target})
+        lost(f"to {target}, which no module has")
+    # More than once, and without end.
+    forwarding("PluginDependency.dll", {symbol: "Middle.One", "Two": "Real." + symbol})
+    forwarding("Middle.dll", {"One": "PluginDependency.Two"})
+    found()
+    forwarding("PluginDependency.dll", {symbol: "Middle.One"})
+    forwarding("Middle.dll", {"One": "PluginDependency." + symbol})
+    lost("more than 32 times")
+    # What stands for it has needs of its own.
+    forwarding("Middle.dll", {"One": None}, {"Further.dll": ["Function"]})
+    run_of = failing(module)
+    run_of.only("dependencies", "FAILED", "Further.dll, which Middle.dll needs, is missing")
+    forwarding("Further.dll", {"Other": None})
+    failing(module).only("symbols", "FAILED", "Middle.dll needs Function of Further.dll, which "
+                         "that one does not have").not_loaded()
+    forwarding("Further.dll", {"Function": "Real." + symbol})
+    found()
+
+
+def ForwardedFactoryProcedure():
+    """The library names no folder any more when it asks for it."""
+    if not IS_WINDOWS:
+        skip("modules of this system have no such symbols")
+    shutil.copyfile(FOLDER / "RecordingPlugin.dll", "Inner.dll")
+    forwarding("Outer.dll", {DECORATED: "Inner." + DECORATED},
+               {"HxSSOServices.dll": [], "libstdc++-6.dll": []})
+    lost = failing("Outer.dll").only("export", "ok", DECORATED)
+    lost.only("symbols", "FAILED", f"needs {DECORATED} of Outer.dll, which is forwarded to "
+              f"Inner.{DECORATED}, which no module has").not_loaded()
+    os.rename("Inner.dll", "program/Inner.dll")
+    Checked("Outer.dll", 0).only("factory", "ok")
+    # Whoever needs it at its start brings it in time.
+    os.rename("program/Inner.dll", "Inner.dll")
+    forwarding("Outer.dll", {DECORATED: "Inner." + DECORATED},
+               {"HxSSOServices.dll": [], "libstdc++-6.dll": [], "Inner.dll": [DECORATED]})
+    Checked("Outer.dll", 0).only("factory", "ok")
 
 
 def told_by_check(module):

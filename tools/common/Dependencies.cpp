@@ -151,12 +151,15 @@ Dependencies FindDependencies(fs::path const& plugin, ModuleImage const& image, 
                                                              : host.dependencyFolder);
     std::size_t const module = graph.Load(plugin, image, library);
     Dependencies found;
-    Divide(graph, module, found);
     found.missing = MissingFor(graph, module);
     found.limit = graph.limit;
     SymbolFindings symbols;
-    if (found.missing.empty() && found.limit.empty())
+    if (found.missing.empty() && found.limit.empty()) {
         symbols = LookForSymbols(graph, module, found.limit);
+        // The symbols may have brought further modules.
+        found.missing = MissingFor(graph, module);
+    }
+    Divide(graph, module, found);
     found.missingSymbols = std::move(symbols.missing);
     found.ofProgram = std::move(symbols.ofProgram);
     symbols.others.push_back(module);
@@ -176,6 +179,7 @@ LibraryDependencies FindLibraryDependencies(Host const& host)
     if (!found.missing.empty() || !found.limit.empty())
         return found;
     found.missingSymbols = LookForSymbols(graph, library, found.limit).missing;
+    found.missing = MissingFor(graph, library);
     if (library != 0)
         found.missingOfProgram = MissingFor(graph, 0);
     return found;

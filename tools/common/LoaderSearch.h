@@ -63,6 +63,7 @@ struct SymbolFindings {
     std::vector<std::size_t> others;
     std::string ofProgram; ///< a symbol that the program alone has; empty: none
 };
-SymbolFindings LookForSymbols(ModuleGraph const& graph, std::size_t module, std::string& limit);
+/// The graph gets the modules to which others refer for their symbols.
+SymbolFindings LookForSymbols(ModuleGraph& graph, std::size_t module, std::string& limit);
 
 } // namespace Halvorix::Tools

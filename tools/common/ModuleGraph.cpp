@@ -96,6 +96,14 @@ std::size_t ModuleGraph::Load(fs::path const& file, ModuleImage image, std::size
     return module;
 }
 
+std::size_t ModuleGraph::LoadFor(std::size_t module, std::string const& name)
+{
+    std::size_t const added = modules.size();
+    Resolve(name, module);
+    Follow(added);
+    return Find(name);
+}
+
 std::size_t ModuleGraph::Add(fs::path const& file, ModuleImage image, Place place,
                              std::size_t neededBy)
 {

@@ -59,6 +59,10 @@ public:
     /// @param loadedBy  the module whose code loads it, or NoModule
     std::size_t Load(std::filesystem::path const& file, ModuleImage image, std::size_t loadedBy);
 
+    /// Adds what a module takes by name from another one without needing it at its start.
+    /// The answer is that one, or NoModule.
+    std::size_t LoadFor(std::size_t module, std::string const& name);
+
     /// Folder that the library names while it loads; empty: none. It counts for the modules
     /// that are added from then on.
     void NameDependencyFolder(std::filesystem::path const& folder);

@@ -53,9 +53,16 @@ struct ModuleNeeds {
     std::string flaw; ///< why not all of it could be read; empty if all was
 };
 
+/// An export in whose place that of another module is taken.
+struct Forward {
+    std::string symbol;
+    std::string target; ///< "Module.symbol" or "Module.#number"
+};
+
 /// What a module has for others.
 struct ModuleOffers {
     std::vector<std::string> exports; ///< those that were asked for
+    std::vector<Forward> forwards;    ///< of these
     std::vector<std::string> versions;
     std::string flaw; ///< why not all of it could be read; empty if all was
 };

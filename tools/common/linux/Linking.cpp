@@ -143,7 +143,7 @@ private:
 
 // The loader looks for a symbol in all that the process has and in what came with the
 // module. Here the latter comes first, for what else has to be there.
-SymbolFindings LookForSymbols(ModuleGraph const& graph, std::size_t module, std::string& limit)
+SymbolFindings LookForSymbols(ModuleGraph& graph, std::size_t module, std::string& limit)
 {
     SymbolFindings found;
     Asker asker(graph, found, limit);

@@ -190,8 +190,9 @@ std::string HintForModuleBeside() { return "it lies beside the module"; }
 std::string RemedyForMissing(std::string const& name, ModuleGraph const& graph, std::size_t needing)
 {
     // The library names that of the plugin, which keeps the program's as it is.
+    bool const isOfPlugin = needing >= graph.firstDependent && !graph.dependencyFolder.empty();
     return "install " + name + " in " +
-           Utf8(needing < graph.firstDependent ? graph.programFolder : graph.dependencyFolder);
+           Utf8(isOfPlugin ? graph.dependencyFolder : graph.programFolder);
 }
 
 } // namespace Halvorix::Tools

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 
@@ -9,6 +10,7 @@ namespace Halvorix::Tools {
 namespace {
 
 constexpr std::size_t MostSections = 96; // the loader takes no more
+constexpr std::size_t LongestSymbol = 4096;
 
 std::string MachineName(unsigned machine)
 {
@@ -143,7 +145,51 @@ private:
         std::vector<std::uint64_t> places;
         for (std::uint64_t i = 0; i < table.NumberOfNames; ++i)
             places.push_back(OffsetOf(bytes.NumberOrZero(names + i * 4, 4)));
-        return TakeWanted(bytes, std::move(places), 4096, isWanted, budget, offers);
+        std::string flaw = ReadForwards(table, places, isWanted, budget, offers);
+        if (!flaw.empty())
+            return flaw;
+        return TakeWanted(bytes, std::move(places), LongestSymbol, isWanted, budget, offers);
+    }
+
+    // What is said of a function within the export table is no code but the name of another one.
+    std::string ReadForwards(IMAGE_EXPORT_DIRECTORY const& table,
+                             std::vector<std::uint64_t> const& names, SymbolTest const& isWanted,
+                             SymbolBudget& budget, ModuleOffers& offers) const
+    {
+        IMAGE_DATA_DIRECTORY const& own = directories[IMAGE_DIRECTORY_ENTRY_EXPORT];
+        constexpr std::size_t mostNumbers = 0x10000; // a name has 16 bits for its function's
+        std::vector<WORD> numbers(names.size());
+        std::vector<DWORD> functions(std::min<std::size_t>(table.NumberOfFunctions, mostNumbers));
+        if (!bytes.Bytes(OffsetOf(table.AddressOfNameOrdinals), numbers.data(),
+                         numbers.size() * sizeof(WORD)) ||
+            !bytes.Bytes(OffsetOf(table.AddressOfFunctions), functions.data(),
+                         functions.size() * sizeof(DWORD)))
+            return "its export table cannot be read";
+        std::vector<std::pair<std::uint64_t, std::uint64_t>> places; // of both names
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            DWORD const address = numbers[i] < functions.size() ? functions[numbers[i]] : 0;
+            if (address >= own.VirtualAddress && address - own.VirtualAddress < own.Size)
+                places.emplace_back(names[i], OffsetOf(address));
+        }
+        // In the file's order, as other names.
+        std::sort(places.begin(), places.end());
+        std::vector<std::pair<std::uint64_t, std::string>> targets;
+        for (auto const& [name, target] : places) {
+            std::string symbol = bytes.Name(name, LongestSymbol);
+            if (!isWanted(symbol))
+                continue;
+            if (!budget.TakeName(symbol.size()))
+                return budget.Limit();
+            targets.emplace_back(target, std::move(symbol));
+        }
+        std::sort(targets.begin(), targets.end());
+        for (auto& [place, symbol] : targets) {
+            std::string target = bytes.Name(place, LongestSymbol);
+            if (!budget.TakeName(target.size()))
+                return budget.Limit();
+            offers.forwards.push_back({std::move(symbol), std::move(target)});
+        }
+        return {};
     }
 
     template <class Action>
@@ -181,7 +227,8 @@ private:
             if (IMAGE_SNAP_BY_ORDINAL(thunk.u1.Ordinal))
                 continue;
             // Behind a number that is a guess at its place.
-            std::string name = bytes.Name(OffsetOf(thunk.u1.AddressOfData) + sizeof(WORD), 4096);
+            std::string name =
+                bytes.Name(OffsetOf(thunk.u1.AddressOfData) + sizeof(WORD), LongestSymbol);
             if (!budget.TakeName(name.size() + module.size()))
                 return false;
             needs.imports.push_back({std::move(name), module});
