@@ -8,8 +8,8 @@
 
 #include "../../include/OAuth2Token.h"
 #include "../framework/Main.h"
-#include "support/TextConversion.h"
 #include "json/Base64.h"
+#include "support/TextConversion.h"
 
 using namespace Halvorix::SSOServices;
 using Halvorix::WebServices::OAuth2TokenSpec;

@@ -2,12 +2,12 @@
 
 #include <memory>
 
-#include "../../include/plugin/ISSOClient.h"
-#include "../../include/plugin/ISSOClientModule.h"
-#include "../../include/plugin/ISSOClientPrivate.h"
-#include "../../include/plugin/ISSOClientUI.h"
-#include "../../include/plugin/ISSOServerManager.h"
-#include "../host/SSOClientManager.h"
+#include <plugin/ISSOClient.h>
+#include <plugin/ISSOClientModule.h>
+#include <plugin/ISSOClientPrivate.h>
+#include <plugin/ISSOClientUI.h>
+#include <plugin/ISSOServerManager.h>
+#include "host/SSOClientManager.h"
 
 namespace Halvorix::SSOServices {
 

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <memory>
 
-#include "../support/SecretText.h"
+#include "support/SecretText.h"
 
 namespace Halvorix::SSOServices {
 

@@ -1,13 +1,13 @@
-#include "../../include/SSOClientPrivate.h"
+#include <SSOClientPrivate.h>
 
 #include <mutex>
 #include <utility>
 
-#include "../discovery/ModuleFiles.h"
-#include "../discovery/PathText.h"
-#include "../support/ProcessState.h"
-#include "EventNames.h"
-#include "Plugin.h"
+#include "api/EventNames.h"
+#include "api/Plugin.h"
+#include "discovery/ModuleFiles.h"
+#include "discovery/PathText.h"
+#include "support/ProcessState.h"
 
 namespace Halvorix::SSOServices {
 

@@ -1,7 +1,7 @@
-#include "../../include/SSOServerManager.h"
+#include <SSOServerManager.h>
 
-#include "../support/ReturnBuffers.h"
-#include "Plugin.h"
+#include "api/Plugin.h"
+#include "support/ReturnBuffers.h"
 
 namespace Halvorix::SSOServices {
 

@@ -1,5 +1,5 @@
-#include "../../include/SSOServerManager.h"
-#include "Plugin.h"
+#include <SSOServerManager.h>
+#include "api/Plugin.h"
 
 namespace Halvorix::SSOServices {
 

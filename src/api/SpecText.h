@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "../../include/SSOServicesPrivate.h"
+#include <SSOServicesPrivate.h>
 
 namespace Halvorix::SSOServices {
 

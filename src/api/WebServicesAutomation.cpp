@@ -1,5 +1,5 @@
-#include "../../include/WebServicesUIManager.h"
-#include "Plugin.h"
+#include <WebServicesUIManager.h>
+#include "api/Plugin.h"
 
 namespace Halvorix::WebServicesUI {
 

@@ -1,13 +1,13 @@
 // WebServicesManager: the calls whose values cross to the plugin as JSON documents.
 
-#include "../../include/NetworkCookie.h"
-#include "../../include/OAuth2Token.h"
-#include "../../include/SSOServicesPrivate.h"
-#include "../../include/WebServicesManager.h"
-#include "../support/SecretText.h"
-#include "Plugin.h"
-#include "PluginText.h"
-#include "SpecText.h"
+#include <NetworkCookie.h>
+#include <OAuth2Token.h>
+#include <SSOServicesPrivate.h>
+#include <WebServicesManager.h>
+#include "api/Plugin.h"
+#include "api/PluginText.h"
+#include "api/SpecText.h"
+#include "support/SecretText.h"
 
 namespace Halvorix::WebServices {
 

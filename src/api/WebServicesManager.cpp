@@ -1,14 +1,14 @@
-#include "../../include/WebServicesManager.h"
+#include <WebServicesManager.h>
 
 #include <string>
 
-#include "../../include/WebServicesConfiguration.h"
-#include "../discovery/PathText.h"
-#include "../host/SupportFileSearchPaths.h"
-#include "../support/ProcessState.h"
-#include "Plugin.h"
-#include "ReferenceCount.h"
-#include "SpecText.h"
+#include <WebServicesConfiguration.h>
+#include "api/Plugin.h"
+#include "api/ReferenceCount.h"
+#include "api/SpecText.h"
+#include "discovery/PathText.h"
+#include "host/SupportFileSearchPaths.h"
+#include "support/ProcessState.h"
 
 namespace Halvorix::WebServices {
 

@@ -1,10 +1,10 @@
-#include "../../include/WebServicesUIManager.h"
+#include <WebServicesUIManager.h>
 
-#include "../../include/WebServicesManager.h"
-#include "../support/ProcessState.h"
-#include "Plugin.h"
-#include "ReferenceCount.h"
-#include "SpecText.h"
+#include <WebServicesManager.h>
+#include "api/Plugin.h"
+#include "api/ReferenceCount.h"
+#include "api/SpecText.h"
+#include "support/ProcessState.h"
 
 namespace Halvorix::WebServicesUI {
 

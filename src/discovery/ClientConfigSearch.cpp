@@ -5,11 +5,11 @@
 #include <boost/algorithm/string/join.hpp>
 #include <json/value.h>
 
-#include "../support/TextConversion.h"
-#include "FileSearch.h"
-#include "JsonFile.h"
-#include "PathText.h"
-#include "SSOPathResolver.h"
+#include "discovery/FileSearch.h"
+#include "discovery/JsonFile.h"
+#include "discovery/PathText.h"
+#include "discovery/SSOPathResolver.h"
+#include "support/TextConversion.h"
 
 namespace Halvorix::SSOServices {
 
@@ -39,7 +39,7 @@ bool SSOPathResolver::AnnounceSSOClientConfigFileOverride(std::wstring const& pa
     return true;
 }
 
-// Another thread may have searched for the file or loaded it since.
+// The file may have been searched for or loaded since, by another thread or by the logger.
 void SSOPathResolver::StoreSSOClientConfigFileOverride(std::wstring path)
 {
     if (BeginClientConfigFileOverride(path))

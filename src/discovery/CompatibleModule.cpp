@@ -1,4 +1,4 @@
-#include "CompatibleModule.h"
+#include "discovery/CompatibleModule.h"
 
 #include <algorithm>
 

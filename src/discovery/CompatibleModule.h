@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "Version.h"
-#include "VersionRange.h"
+#include "discovery/Version.h"
+#include "discovery/VersionRange.h"
 
 namespace Halvorix::SSOServices {
 

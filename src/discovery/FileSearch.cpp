@@ -1,9 +1,9 @@
-#include "FileSearch.h"
+#include "discovery/FileSearch.h"
 
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
 
-#include "PathText.h"
+#include "discovery/PathText.h"
 
 namespace Halvorix::SSOServices {
 

@@ -1,9 +1,9 @@
-#include "JsonFile.h"
+#include "discovery/JsonFile.h"
 
 #include <json/reader.h>
 #include <json/value.h>
 
-#include "../platform/Platform.h"
+#include "platform/Platform.h"
 
 namespace Halvorix::SSOServices {
 

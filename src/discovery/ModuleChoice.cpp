@@ -6,12 +6,12 @@
 #include <boost/algorithm/string/join.hpp>
 #include <json/value.h>
 
-#include "../platform/Platform.h"
-#include "../support/TextConversion.h"
-#include "FileSearch.h"
-#include "JsonFile.h"
-#include "PathText.h"
-#include "SSOPathResolver.h"
+#include "discovery/FileSearch.h"
+#include "discovery/JsonFile.h"
+#include "discovery/PathText.h"
+#include "discovery/SSOPathResolver.h"
+#include "platform/Platform.h"
+#include "support/TextConversion.h"
 
 namespace Halvorix::SSOServices {
 

@@ -1,6 +1,6 @@
-#include "ModuleFiles.h"
+#include "discovery/ModuleFiles.h"
 
-#include "PathText.h"
+#include "discovery/PathText.h"
 
 namespace Halvorix::SSOServices {
 

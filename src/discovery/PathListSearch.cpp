@@ -1,5 +1,5 @@
-#include "FileSearch.h"
-#include "PathText.h"
+#include "discovery/FileSearch.h"
+#include "discovery/PathText.h"
 
 namespace Halvorix::SSOServices {
 

@@ -1,4 +1,4 @@
-#include "PathText.h"
+#include "discovery/PathText.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -6,8 +6,8 @@
 
 #include <boost/algorithm/string/split.hpp>
 
-#include "../platform/Platform.h"
-#include "../support/TextConversion.h"
+#include "platform/Platform.h"
+#include "support/TextConversion.h"
 
 namespace Halvorix::SSOServices {
 

@@ -1,12 +1,12 @@
-#include "PathVariables.h"
+#include "discovery/PathVariables.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <utility>
 
-#include "../platform/Platform.h"
-#include "ModuleFiles.h"
-#include "PathText.h"
+#include "discovery/ModuleFiles.h"
+#include "discovery/PathText.h"
+#include "platform/Platform.h"
 
 namespace Halvorix::SSOServices {
 

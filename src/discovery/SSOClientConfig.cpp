@@ -1,4 +1,4 @@
-#include "SSOClientConfig.h"
+#include "discovery/SSOClientConfig.h"
 
 namespace Halvorix::SSOServices {
 

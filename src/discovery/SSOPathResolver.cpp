@@ -1,12 +1,12 @@
-#include "SSOPathResolver.h"
+#include "discovery/SSOPathResolver.h"
 
 #include <functional>
 #include <tuple>
 #include <utility>
 
-#include "../platform/Platform.h"
-#include "ModuleFiles.h"
-#include "PathText.h"
+#include "discovery/ModuleFiles.h"
+#include "discovery/PathText.h"
+#include "platform/Platform.h"
 
 namespace Halvorix::SSOServices {
 

@@ -4,12 +4,12 @@
 #include <string>
 #include <vector>
 
-#include "../support/LogSink.h"
-#include "../support/Messages.h"
-#include "CompatibleModule.h"
-#include "PathVariables.h"
-#include "SSOClientConfig.h"
-#include "Version.h"
+#include "discovery/CompatibleModule.h"
+#include "discovery/PathVariables.h"
+#include "discovery/SSOClientConfig.h"
+#include "discovery/Version.h"
+#include "support/LogSink.h"
+#include "support/Messages.h"
 
 namespace Json {
 class Value;

@@ -5,11 +5,11 @@
 
 #include <boost/algorithm/string/join.hpp>
 
-#include "../platform/Platform.h"
-#include "../support/SystemError.h"
-#include "FileSearch.h"
-#include "PathText.h"
-#include "SSOPathResolver.h"
+#include "discovery/FileSearch.h"
+#include "discovery/PathText.h"
+#include "discovery/SSOPathResolver.h"
+#include "platform/Platform.h"
+#include "support/SystemError.h"
 
 namespace Halvorix::SSOServices {
 

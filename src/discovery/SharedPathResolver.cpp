@@ -1,10 +1,10 @@
-#include "SharedPathResolver.h"
+#include "discovery/SharedPathResolver.h"
 
 #include <exception>
 #include <optional>
 #include <utility>
 
-#include "../support/ProcessState.h"
+#include "support/ProcessState.h"
 
 namespace Halvorix::SSOServices {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "SSOPathResolver.h"
+#include "discovery/SSOPathResolver.h"
 
 namespace Halvorix::SSOServices {
 

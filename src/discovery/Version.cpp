@@ -1,4 +1,4 @@
-#include "Version.h"
+#include "discovery/Version.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -6,7 +6,7 @@
 
 #include <boost/algorithm/string/join.hpp>
 
-#include "../support/TextPieces.h"
+#include "support/TextPieces.h"
 
 namespace Halvorix::SSOServices {
 

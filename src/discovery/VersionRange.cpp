@@ -1,4 +1,4 @@
-#include "VersionRange.h"
+#include "discovery/VersionRange.h"
 
 #include <algorithm>
 #include <utility>

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "Version.h"
+#include "discovery/Version.h"
 
 namespace Json {
 class Value;

@@ -3,21 +3,21 @@
 
 #include <mutex>
 
-#include "../../include/plugin/ILogger.h"
-#include "../../include/plugin/ISSOClientFactory.h"
-#include "../../include/plugin/ISSOClientModule.h"
-#include "../../include/plugin/ISSOLogManager.h"
-#include "../../include/plugin/ISSOServerManager.h"
-#include "../discovery/FileSearch.h"
-#include "../discovery/ModuleFiles.h"
-#include "../discovery/PathText.h"
-#include "../support/LibraryIdentity.h"
-#include "../support/LogSink.h"
-#include "../support/ProcessState.h"
-#include "../support/SystemError.h"
-#include "../support/TextConversion.h"
-#include "SSOClientManager.h"
-#include "SupportFileSearchPaths.h"
+#include <plugin/ILogger.h>
+#include <plugin/ISSOClientFactory.h>
+#include <plugin/ISSOClientModule.h>
+#include <plugin/ISSOLogManager.h>
+#include <plugin/ISSOServerManager.h>
+#include "discovery/FileSearch.h"
+#include "discovery/ModuleFiles.h"
+#include "discovery/PathText.h"
+#include "host/SSOClientManager.h"
+#include "host/SupportFileSearchPaths.h"
+#include "support/LibraryIdentity.h"
+#include "support/LogSink.h"
+#include "support/ProcessState.h"
+#include "support/SystemError.h"
+#include "support/TextConversion.h"
 
 namespace Halvorix::SSOServices {
 

@@ -1,4 +1,4 @@
-#include "ProcessLocale.h"
+#include "host/ProcessLocale.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -11,7 +11,7 @@
 #include <boost/locale/generator.hpp>
 #include <boost/locale/util.hpp>
 
-#include "../support/Undestroyed.h"
+#include "support/Undestroyed.h"
 
 namespace Halvorix::SSOServices {
 

@@ -1,4 +1,4 @@
-#include "SSOClientManager.h"
+#include "host/SSOClientManager.h"
 
 #include <chrono>
 #include <locale>
@@ -6,12 +6,12 @@
 #include <thread>
 #include <utility>
 
-#include "../../include/plugin/ISSOClientFactory.h"
-#include "../discovery/ModuleFiles.h"
-#include "../support/LibraryIdentity.h"
-#include "../support/LogSink.h"
-#include "../support/ProcessState.h"
-#include "ProcessLocale.h"
+#include <plugin/ISSOClientFactory.h>
+#include "discovery/ModuleFiles.h"
+#include "host/ProcessLocale.h"
+#include "support/LibraryIdentity.h"
+#include "support/LogSink.h"
+#include "support/ProcessState.h"
 
 namespace Halvorix::SSOServices {
 

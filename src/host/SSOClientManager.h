@@ -4,9 +4,9 @@
 #include <memory>
 #include <string>
 
-#include "../discovery/SharedPathResolver.h"
-#include "../platform/Platform.h"
-#include "../support/ProcessState.h"
+#include "discovery/SharedPathResolver.h"
+#include "platform/Platform.h"
+#include "support/ProcessState.h"
 
 namespace Halvorix::SSOServices {
 

@@ -1,10 +1,10 @@
-#include "SupportFileSearchPaths.h"
+#include "host/SupportFileSearchPaths.h"
 
 #include <mutex>
 #include <utility>
 
-#include "../support/ProcessState.h"
-#include "../support/Undestroyed.h"
+#include "support/ProcessState.h"
+#include "support/Undestroyed.h"
 
 namespace Halvorix::SSOServices {
 

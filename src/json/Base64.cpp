@@ -1,4 +1,4 @@
-#include "Base64.h"
+#include "json/Base64.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -11,7 +11,7 @@
 #include <boost/archive/iterators/dataflow_exception.hpp>
 #include <boost/archive/iterators/transform_width.hpp>
 
-#include "../support/SecretText.h"
+#include "support/SecretText.h"
 
 namespace Halvorix::SSOServices {
 

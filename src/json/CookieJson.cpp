@@ -5,12 +5,12 @@
 
 #include <json/value.h>
 
-#include "../../include/SSOServicesPrivate.h"
-#include "../support/SecretText.h"
-#include "../support/TextConversion.h"
-#include "../types/NetworkCookieRecord.h"
-#include "JsonDocument.h"
-#include "SecretDocument.h"
+#include <SSOServicesPrivate.h>
+#include "json/JsonDocument.h"
+#include "json/SecretDocument.h"
+#include "support/SecretText.h"
+#include "support/TextConversion.h"
+#include "types/NetworkCookieRecord.h"
 
 using namespace Halvorix::SSOServices;
 using namespace Halvorix::WebServices;

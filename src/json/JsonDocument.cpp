@@ -1,4 +1,4 @@
-#include "JsonDocument.h"
+#include "json/JsonDocument.h"
 
 #include <atomic>
 #include <cstring>
@@ -11,9 +11,9 @@
 #include <json/value.h>
 #include <json/writer.h>
 
-#include "../platform/Platform.h"
-#include "../support/ProcessState.h"
-#include "../support/SecretText.h"
+#include "platform/Platform.h"
+#include "support/ProcessState.h"
+#include "support/SecretText.h"
 
 namespace Halvorix::SSOServices {
 

@@ -1,8 +1,8 @@
-#include "SecretDocument.h"
+#include "json/SecretDocument.h"
 
 #include <cstddef>
 
-#include "../support/SecretText.h"
+#include "support/SecretText.h"
 
 namespace Halvorix::SSOServices {
 

@@ -6,14 +6,14 @@
 
 #include <json/value.h>
 
-#include "../../include/SSOServicesPrivate.h"
-#include "../../include/plugin/IRsaCryptor.h"
-#include "../support/SecretText.h"
-#include "../support/TextConversion.h"
-#include "../types/OAuth2Records.h"
-#include "Base64.h"
-#include "JsonDocument.h"
-#include "SecretDocument.h"
+#include <SSOServicesPrivate.h>
+#include <plugin/IRsaCryptor.h>
+#include "json/Base64.h"
+#include "json/JsonDocument.h"
+#include "json/SecretDocument.h"
+#include "support/SecretText.h"
+#include "support/TextConversion.h"
+#include "types/OAuth2Records.h"
 
 using namespace Halvorix::SSOServices;
 using namespace Halvorix::WebServices;

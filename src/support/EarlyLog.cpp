@@ -1,4 +1,4 @@
-#include "EarlyLog.h"
+#include "support/EarlyLog.h"
 
 #include <algorithm>
 #include <new>
@@ -11,7 +11,7 @@ namespace {
 // Of a row that is looked for: more than a call makes of the lines that it logs.
 constexpr std::size_t LongestRow = 512;
 
-// Beside one for each text: a megabyte, which hosts come nowhere near.
+// Beside one for each text; some megabytes.
 constexpr std::size_t MostItems = 65536;
 
 } // namespace
@@ -94,12 +94,25 @@ void EarlyLog::KeepCountsAlone()
     for (std::size_t what = things.size(); what-- > 0;)
         for (Item const& item : things[what].row)
             times[item.what] += times[what] * item.times;
-    EarlyLog counted;
-    for (std::size_t what = 0; what < things.size(); ++what)
-        if (things[what].row.empty())
-            counted.log.push_back(
-                {counted.NumberOf(things[what].line.text, things[what].line.level), times[what]});
-    *this = std::move(counted);
+    std::vector<std::size_t> numbers(things.size());
+    std::vector<Thing> kept;
+    Row counted;
+    kept.reserve(lines.size());
+    counted.reserve(lines.size());
+    // From here on nothing throws.
+    for (std::size_t what = 0; what < things.size(); ++what) {
+        if (!things[what].row.empty())
+            continue;
+        numbers[what] = counted.size();
+        counted.push_back({counted.size(), times[what]});
+        kept.push_back(std::move(things[what]));
+    }
+    for (auto& [line, number] : lines)
+        number = numbers[number];
+    rows.clear();
+    itemsInRows = 0;
+    things.swap(kept);
+    log.swap(counted);
 }
 
 void EarlyLog::Fold()

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "../../include/plugin/PluginTypes.h"
+#include <plugin/PluginTypes.h>
 
 namespace Halvorix::SSOServices {
 
@@ -20,8 +20,8 @@ struct EarlyLogEntry {
 
 /// Messages in the order in which they came. Each text is kept once, and what comes again
 /// and again, such as the lines of a call that is made for days while there is no plugin,
-/// is kept as a count. Where tens of thousands come in an order that never repeats, the
-/// older ones are put together by text.
+/// is kept as a count. Where tens of thousands come in an order that never repeats, all
+/// that came so far are put together by text.
 class EarlyLog {
 public:
     void Add(std::wstring const& text, Log::LogLevel level);

@@ -1,10 +1,10 @@
-#include "LogSink.h"
+#include "support/LogSink.h"
 
 #include <utility>
 
-#include "../../include/plugin/ILogger.h"
-#include "../platform/Platform.h"
-#include "ProcessState.h"
+#include <plugin/ILogger.h>
+#include "platform/Platform.h"
+#include "support/ProcessState.h"
 
 namespace Halvorix::SSOServices {
 

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "../../include/plugin/PluginTypes.h"
+#include <plugin/PluginTypes.h>
 
 namespace Halvorix::SSOServices {
 

@@ -4,7 +4,7 @@
 
 #include <boost/format.hpp>
 
-#include "../../include/plugin/PluginTypes.h"
+#include <plugin/PluginTypes.h>
 
 namespace Halvorix::SSOServices {
 

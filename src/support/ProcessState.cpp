@@ -1,10 +1,10 @@
-#include "ProcessState.h"
+#include "support/ProcessState.h"
 
 #include <chrono>
 #include <thread>
 
-#include "../platform/Platform.h"
-#include "Undestroyed.h"
+#include "platform/Platform.h"
+#include "support/Undestroyed.h"
 
 namespace Halvorix::SSOServices {
 

@@ -4,7 +4,7 @@
 #include <memory>
 #include <mutex>
 
-#include "EarlyLog.h"
+#include "support/EarlyLog.h"
 
 namespace Halvorix::WebServices {
 class WebServicesManager;

@@ -1,4 +1,4 @@
-#include "ReturnBuffers.h"
+#include "support/ReturnBuffers.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -6,7 +6,7 @@
 #include <cstring>
 #include <cwchar>
 
-#include "../platform/Platform.h"
+#include "platform/Platform.h"
 
 namespace Halvorix::SSOServices {
 

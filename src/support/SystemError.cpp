@@ -1,4 +1,4 @@
-#include "SystemError.h"
+#include "support/SystemError.h"
 
 namespace Halvorix::SSOServices {
 

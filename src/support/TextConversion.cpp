@@ -1,9 +1,9 @@
-#include "TextConversion.h"
+#include "support/TextConversion.h"
 
 #include <cstddef>
 #include <cstdint>
 
-#include "SecretText.h"
+#include "support/SecretText.h"
 
 namespace Halvorix::SSOServices {
 

@@ -1,5 +1,5 @@
-#include "../support/ReturnBuffers.h"
-#include "NetworkCookieRecord.h"
+#include "support/ReturnBuffers.h"
+#include "types/NetworkCookieRecord.h"
 
 namespace Halvorix::WebServices {
 

@@ -1,7 +1,7 @@
 #include <cstddef>
 #include <memory>
 
-#include "NetworkCookieRecord.h"
+#include "types/NetworkCookieRecord.h"
 
 namespace Halvorix::WebServices {
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "../../include/NetworkCookie.h"
-#include "../support/SecretText.h"
+#include <NetworkCookie.h>
+#include "support/SecretText.h"
 
 namespace Halvorix::WebServices {
 

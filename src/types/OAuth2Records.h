@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "../../include/OAuth2Token.h"
-#include "../support/SecretText.h"
+#include <OAuth2Token.h>
+#include "support/SecretText.h"
 
 namespace Halvorix::WebServices {
 

@@ -1,5 +1,5 @@
-#include "../support/ReturnBuffers.h"
-#include "OAuth2Records.h"
+#include "support/ReturnBuffers.h"
+#include "types/OAuth2Records.h"
 
 namespace Halvorix::WebServices {
 

@@ -4,10 +4,10 @@
 
 #include <boost/algorithm/string/join.hpp>
 
-#include "../platform/Platform.h"
-#include "../support/ReturnBuffers.h"
-#include "../support/TextPieces.h"
-#include "OAuth2Records.h"
+#include "platform/Platform.h"
+#include "support/ReturnBuffers.h"
+#include "support/TextPieces.h"
+#include "types/OAuth2Records.h"
 
 namespace Halvorix::WebServices {
 

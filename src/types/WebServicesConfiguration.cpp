@@ -1,9 +1,9 @@
-#include "../../include/WebServicesConfiguration.h"
+#include <WebServicesConfiguration.h>
 
 #include <string>
 
-#include "../support/ReturnBuffers.h"
-#include "../support/SecretText.h"
+#include "support/ReturnBuffers.h"
+#include "support/SecretText.h"
 
 namespace Halvorix::WebServices {
 

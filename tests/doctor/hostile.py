@@ -166,6 +166,8 @@ def PipesInTheInstallation(test):
     ended = place.diagnose(environment=environment)
     assert ended.last.endswith("is a link that leads in a circle"), ended.last
     place.path(location).unlink()
+    os.symlink("round", place.root / "round")
+    environment = {"XDG_CONFIG_DIRS": f"{place.root}/round:{place.root}/other"}
     assert place.diagnose(environment=environment).last == rig.NOT_LOADED
 
 

@@ -8,9 +8,9 @@
 
 #include <boost/archive/iterators/dataflow_exception.hpp>
 
-#include "../../src/json/Base64.h"
 #include "Property.h"
 #include "TextReference.h"
+#include "json/Base64.h"
 
 using namespace Halvorix::SSOServices;
 using namespace Fuzz;

@@ -14,15 +14,15 @@
 #include <json/reader.h>
 #include <json/value.h>
 
-#include "../../src/discovery/ModuleFiles.h"
-#include "../../src/discovery/PathText.h"
-#include "../../src/discovery/SSOPathResolver.h"
-#include "../../src/host/SSOClientManager.h"
-#include "../../src/support/LibraryIdentity.h"
 #include "JsonMaker.h"
 #include "Property.h"
 #include "ScratchFolder.h"
 #include "TextReference.h"
+#include "discovery/ModuleFiles.h"
+#include "discovery/PathText.h"
+#include "discovery/SSOPathResolver.h"
+#include "host/SSOClientManager.h"
+#include "support/LibraryIdentity.h"
 
 using namespace Halvorix::SSOServices;
 using namespace Fuzz;

@@ -15,15 +15,15 @@
 #include <json/reader.h>
 #include <json/value.h>
 
-#include "../../src/discovery/PathText.h"
-#include "../../src/discovery/SSOPathResolver.h"
-#include "../../src/host/SSOClientManager.h"
-#include "../../src/platform/Platform.h"
 #include "JsonMaker.h"
 #include "Property.h"
 #include "ScratchFolder.h"
 #include "TextReference.h"
 #include "VersionReference.h"
+#include "discovery/PathText.h"
+#include "discovery/SSOPathResolver.h"
+#include "host/SSOClientManager.h"
+#include "platform/Platform.h"
 
 using namespace Halvorix::SSOServices;
 using namespace Fuzz;

@@ -13,12 +13,12 @@
 #include <boost/algorithm/string/join.hpp>
 #include <boost/filesystem/path.hpp>
 
-#include "../../src/discovery/PathText.h"
-#include "../../src/discovery/PathVariables.h"
-#include "../../src/discovery/SSOPathResolver.h"
-#include "../../src/platform/Platform.h"
 #include "Property.h"
 #include "TextReference.h"
+#include "discovery/PathText.h"
+#include "discovery/PathVariables.h"
+#include "discovery/SSOPathResolver.h"
+#include "platform/Platform.h"
 
 using namespace Halvorix::SSOServices;
 using namespace Fuzz;

@@ -14,9 +14,9 @@
 #include "../../include/NetworkCookie.h"
 #include "../../include/OAuth2Token.h"
 #include "../../include/SSOServicesPrivate.h"
-#include "../../src/support/ReturnBuffers.h"
 #include "../support/GuardedBuffer.h"
 #include "Property.h"
+#include "support/ReturnBuffers.h"
 
 using namespace Halvorix::SSOServices;
 using namespace Halvorix::WebServices;

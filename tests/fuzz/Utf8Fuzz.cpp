@@ -7,9 +7,9 @@
 #include <cstring>
 #include <string>
 
-#include "../../src/support/TextConversion.h"
 #include "Property.h"
 #include "TextReference.h"
+#include "support/TextConversion.h"
 
 using namespace Halvorix::SSOServices;
 using namespace Fuzz;

@@ -10,9 +10,9 @@
 
 #include <json/value.h>
 
-#include "../../src/discovery/VersionRange.h"
 #include "Property.h"
 #include "VersionReference.h"
+#include "discovery/VersionRange.h"
 
 using namespace Halvorix::SSOServices;
 using namespace Fuzz;

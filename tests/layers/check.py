@@ -3,7 +3,8 @@
 
 A file may include what the table below gives its folder, and nothing else:
 
-  - headers of the project by their folder, its own folder always;
+  - headers of the project by their folder, its own folder always; src/ writes those of
+    its own from src/ on, and the public ones as <...>;
   - of other libraries only those named;
   - headers of the system (<windows.h>, <dlfcn.h>) in src/platform/ alone, and each
     system's folder there knows the seam and itself.
@@ -14,7 +15,6 @@ table in docs/architecture.md has to say the same.
 """
 
 import argparse
-import os
 import pathlib
 import re
 import sys
@@ -56,7 +56,10 @@ def check_include(root, name, included, brackets):
     """What is wrong with one include; nothing if it may stand there."""
     folder = folder_of(name)
     own, libraries = PERMITTED[folder]
-    if brackets:
+    if ".." in pathlib.PurePosixPath(included).parts:
+        return f"{included} is not written from its root"
+    is_public = brackets and (root / "include" / included).is_file()
+    if brackets and not is_public:
         library = included.partition("/")[0] if "/" in included else ""
         if library in libraries:
             return None
@@ -65,7 +68,9 @@ def check_include(root, name, included, brackets):
         if folder == "src/platform" and library not in ("boost", "json"):
             return None  # the system
         return f"{folder} may not use <{included}>"
-    target = os.path.normpath(os.path.join(os.path.dirname(name), included))
+    base = ("include" if is_public else
+            "src" if name.startswith("src/") else name.rpartition("/")[0])
+    target = f"{base}/{included}"
     if not (root / target).is_file():
         return f'there is no "{included}"'
     for system in SYSTEMS:

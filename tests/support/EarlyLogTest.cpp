@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <map>
 #include <random>
 #include <string>
@@ -33,6 +34,24 @@ std::wstring Spelled(std::wstring const& lines)
     for (wchar_t const line : lines)
         text += L"8" + std::wstring(1, line) + L' ';
     return text;
+}
+
+std::map<std::wstring, int> Counts(std::vector<std::wstring> const& lines)
+{
+    std::map<std::wstring, int> counts;
+    for (std::wstring const& line : lines)
+        ++counts[line];
+    return counts;
+}
+
+/// Each line once, in the order of its first.
+std::vector<std::wstring> Firsts(std::vector<std::wstring> const& lines)
+{
+    std::vector<std::wstring> firsts;
+    for (std::wstring const& line : lines)
+        if (std::find(firsts.begin(), firsts.end(), line) == firsts.end())
+            firsts.push_back(line);
+    return firsts;
 }
 
 } // namespace
@@ -102,32 +121,33 @@ TEST(EarlyLog, CountsCallsThatLogTheSameLines)
     }
 }
 
-// Its memory is bounded by the texts, then, and each is written as often as it came.
+// Tens of thousands are given in their order, however it is; more are put together by text.
 TEST(EarlyLog, CountsWhatComesInAnOrderThatNeverRepeats)
 {
     std::mt19937 chance(12);
     EarlyLog log;
-    std::map<std::wstring, int> added;
-    auto const add = [&](std::size_t texts) {
-        std::wstring const text = std::to_wstring(chance() % texts);
-        log.Add(text, Log::LogLevel::Info);
-        ++added[text];
+    std::vector<std::wstring> added;
+    auto const addUpTo = [&](std::size_t count) {
+        while (added.size() < count) {
+            Log::LogLevel const level =
+                chance() % 2 == 0 ? Log::LogLevel::Error : Log::LogLevel::Info;
+            std::wstring const text = std::to_wstring(chance() % 5);
+            log.Add(text, level);
+            added.push_back(std::to_wstring(static_cast<int>(level)) + text);
+        }
     };
-    for (int i = 0; i < 100000; ++i)
-        add(5);
-    for (int i = 0; i < 100000; ++i)
-        add(1000);
-    log.Add(L"last", Log::LogLevel::Error);
-    std::map<std::wstring, int> given;
-    int changes = 0;
-    std::wstring before;
-    log.ForEach([&](EarlyLogEntry const& line) {
-        ++given[line.text];
-        changes += line.text == before ? 0 : 1;
-        before = line.text;
-    });
-    EXPECT_EQ(before, L"last");
-    EXPECT_EQ(given.erase(L"last"), 1u);
-    EXPECT_EQ(given, added);
-    EXPECT_LE(changes, 65536 + 1001);
+    auto const given = [&log] {
+        std::vector<std::wstring> lines;
+        log.ForEach([&lines](EarlyLogEntry const& line) {
+            lines.push_back(std::to_wstring(static_cast<int>(line.level)) + line.text);
+        });
+        return lines;
+    };
+    addUpTo(60000);
+    EXPECT_TRUE(given() == added);
+    addUpTo(140000);
+    std::vector<std::wstring> const lines = given();
+    EXPECT_FALSE(lines == added);
+    EXPECT_EQ(Counts(lines), Counts(added));
+    EXPECT_EQ(Firsts(lines), Firsts(added));
 }

@@ -11,9 +11,9 @@
 
 #include <ext/stdio_sync_filebuf.h>
 
-#include "../Platform.h"
-#include "../ShowableText.h"
-#include "NarrowText.h"
+#include "platform/Platform.h"
+#include "platform/ShowableText.h"
+#include "platform/linux/NarrowText.h"
 
 namespace Halvorix::Platform {
 

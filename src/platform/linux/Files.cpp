@@ -1,4 +1,4 @@
-#include "Files.h"
+#include "platform/linux/Files.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -7,8 +7,8 @@
 #include <cerrno>
 #include <cstddef>
 
-#include "../Platform.h"
-#include "NarrowText.h"
+#include "platform/Platform.h"
+#include "platform/linux/NarrowText.h"
 
 namespace Halvorix::Platform {
 

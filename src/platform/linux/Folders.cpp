@@ -1,7 +1,7 @@
 #include <cstdlib>
 
-#include "../Platform.h"
-#include "NarrowText.h"
+#include "platform/Platform.h"
+#include "platform/linux/NarrowText.h"
 
 namespace Halvorix::Platform {
 

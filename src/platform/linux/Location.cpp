@@ -1,12 +1,14 @@
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <memory>
 #include <string>
 #include <string_view>
 
-#include "../Platform.h"
-#include "Files.h"
-#include "NarrowText.h"
+#include "platform/Platform.h"
+#include "platform/linux/Files.h"
+#include "platform/linux/NarrowText.h"
 
 namespace Halvorix::Platform {
 
@@ -32,16 +34,17 @@ ErrorCode OpenLocationKey(LocationView, LocationKey& key)
         if (directory.empty())
             continue;
         auto content = std::make_unique<std::string>();
-        int const failure =
-            ReadRegularFile(directory + "/Halvorix/HxSSO/Location", *content, LineEnds);
+        std::string const file = directory + "/Halvorix/HxSSO/Location";
+        int const failure = ReadRegularFile(file, *content, LineEnds);
         if (failure == 0) {
             key = content.release();
             return 0;
         }
-        // A file that is there counts, whatever keeps it from being read.
-        if (failure != ENOENT && failure != ENOTDIR)
+        // One that is there counts, whatever keeps it from being read.
+        struct stat status {};
+        if (failure != ENOENT && ::lstat(file.c_str(), &status) == 0)
             return static_cast<ErrorCode>(failure);
-        // That a folder is none tells more than that there is none.
+        // A folder that cannot be looked into tells more than one that is not there.
         if (failure != ENOENT)
             error = static_cast<ErrorCode>(failure);
     }

@@ -13,8 +13,8 @@
 #include <string_view>
 #include <system_error>
 
-#include "../Platform.h"
-#include "NarrowText.h"
+#include "platform/Platform.h"
+#include "platform/linux/NarrowText.h"
 
 namespace Halvorix::Platform {
 

@@ -6,8 +6,8 @@
 
 #include <boost/locale/utf.hpp>
 
-#include "../Platform.h"
-#include "NarrowText.h"
+#include "platform/Platform.h"
+#include "platform/linux/NarrowText.h"
 
 namespace Halvorix::Platform {
 

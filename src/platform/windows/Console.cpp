@@ -1,7 +1,7 @@
 #include <iostream>
 
-#include "../Platform.h"
-#include "../ShowableText.h"
+#include "platform/Platform.h"
+#include "platform/ShowableText.h"
 
 namespace Halvorix::Platform {
 

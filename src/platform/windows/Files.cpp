@@ -2,8 +2,8 @@
 #include <fstream>
 #include <sstream>
 
-#include "../Platform.h"
-#include "Windows.h"
+#include "platform/Platform.h"
+#include "platform/windows/Windows.h"
 
 namespace Halvorix::Platform {
 

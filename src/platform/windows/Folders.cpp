@@ -1,7 +1,7 @@
 #include <boost/filesystem/path.hpp>
 
-#include "../Platform.h"
-#include "Windows.h"
+#include "platform/Platform.h"
+#include "platform/windows/Windows.h"
 
 #include <objbase.h>
 #include <shlobj.h>

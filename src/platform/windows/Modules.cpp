@@ -1,7 +1,7 @@
 #include <cwchar>
 
-#include "../Platform.h"
-#include "Windows.h"
+#include "platform/Platform.h"
+#include "platform/windows/Windows.h"
 
 namespace Halvorix::Platform {
 

@@ -1,5 +1,5 @@
-#include "../Platform.h"
-#include "Windows.h"
+#include "platform/Platform.h"
+#include "platform/windows/Windows.h"
 
 namespace Halvorix::Platform {
 

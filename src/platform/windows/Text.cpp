@@ -1,7 +1,7 @@
 #include <cstring>
 #include <cwchar>
 
-#include "../Platform.h"
+#include "platform/Platform.h"
 
 namespace Halvorix::Platform {
 

@@ -1,5 +1,6 @@
 // The early log with each allocation failing.
 
+#include <algorithm>
 #include <new>
 #include <string>
 #include <vector>
@@ -65,4 +66,23 @@ TEST(EarlyLogAllocation, FailingLosesTheLineAloneThatWasTold)
         EXPECT_EQ(LinesOf(log), expected) << nth;
     }
     EXPECT_GT(refused, 10);
+}
+
+// What comes twice is a row, so that each of these is one that never comes again.
+TEST(EarlyLogAllocation, IsBoundedWhateverTheOrder)
+{
+    std::vector<std::wstring> texts;
+    for (int i = 0; i < 300; ++i)
+        texts.push_back(std::to_wstring(i));
+    EarlyLog log;
+    long const before = Faults::LiveBlocks();
+    long most = 0;
+    for (std::size_t pair = 0; pair < 45000; ++pair) {
+        for (std::size_t const text : {pair / 300, pair % 300, pair / 300, pair % 300})
+            log.Add(texts[text], Log::LogLevel::Info);
+        most = std::max(most, Faults::LiveBlocks() - before);
+    }
+    // Three for each of 32,768 rows.
+    EXPECT_LT(most, 100000);
+    EXPECT_GT(most, 50000);
 }

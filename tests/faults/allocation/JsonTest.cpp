@@ -10,9 +10,9 @@
 #include "OAuth2Token.h"
 #include "SSOServicesPrivate.h"
 #include "Sweep.h"
-#include "plugin/IRsaCryptor.h"
 #include "json/Base64.h"
 #include "json/JsonDocument.h"
+#include "plugin/IRsaCryptor.h"
 
 using namespace Halvorix::SSOServices;
 using namespace Halvorix::WebServices;

@@ -93,26 +93,42 @@ TEST_F(Location, ThatCannotBeReadIsNotLookedForElsewhere)
     EXPECT_EQ(Open("{}/circle:{}/full"), static_cast<Platform::ErrorCode>(ELOOP));
 }
 
+// Whether it has the file, nobody knows.
+TEST_F(Location, IsLookedForBehindAFolderThatCannotBeLookedInto)
+{
+    Write("/server");
+    std::filesystem::create_symlink("round", folder / "round");
+    std::string const tooLong(300, 'x');
+    ASSERT_EQ(Open("{}/round:{}/" + tooLong + ":{}/full"), 0u);
+    Platform::CloseLocationKey(key);
+    EXPECT_EQ(Open("{}/round:{}/none"), static_cast<Platform::ErrorCode>(ELOOP));
+    EXPECT_EQ(Open("{}/" + tooLong), static_cast<Platform::ErrorCode>(ENAMETOOLONG));
+}
+
 TEST_F(Location, EndsWithItsFirstLine)
 {
     std::wstring text;
-    for (std::size_t const length : {1, 16383, 16384, 16385, 40000}) {
+    for (std::size_t const length : {0, 1, 16383, 16384, 16385, 40000}) {
         for (char const end : {'\n', '\0'}) {
             std::string const line(length, 'a');
-            Write(line + end + "more" + end);
+            Write(line + end + "more");
             ASSERT_EQ(Open("{}/full"), 0u);
             EXPECT_TRUE(Platform::ReadLocation(key, text));
             EXPECT_EQ(text, std::wstring(line.begin(), line.end()));
             Platform::CloseLocationKey(key);
         }
     }
-    // What comes behind it is not read: of this not even an address space is large enough.
-    Write("/server\n");
-    std::filesystem::resize_file(folder / "full/Halvorix/HxSSO/Location", std::uintmax_t{1} << 42U);
-    ASSERT_EQ(Open("{}/full"), 0u);
-    EXPECT_TRUE(Platform::ReadLocation(key, text));
-    EXPECT_EQ(text, L"/server");
-    Platform::CloseLocationKey(key);
+}
+
+// The rest may be more than there is memory.
+TEST_F(Location, IsNotReadBeyondItsFirstLine)
+{
+    for (char const end : {'\n', '\0'}) {
+        Write(std::string("/server") + end + std::string(16 << 20, 'a'));
+        ASSERT_EQ(Open("{}/full"), 0u);
+        EXPECT_LE(static_cast<std::string*>(key)->size(), 16384u);
+        Platform::CloseLocationKey(key);
+    }
 }
 
 TEST_F(Location, OfAnEmptyFileCannotBeRead)

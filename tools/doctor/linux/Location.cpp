@@ -54,11 +54,13 @@ LocationFlaw FlawOfContent(fs::path const& file, Tools::ByteView const& bytes)
 
 } // namespace
 
-// The library ends at the first that is there, whether or not it can read it.
+// The library ends at the first that is there, whether or not it can read it, and passes
+// over a folder that it cannot look into.
 LocationFlaw FlawOfLocation()
 {
     char const* const variable = ::secure_getenv("XDG_CONFIG_DIRS");
     std::string const list = variable == nullptr || *variable == '\0' ? "/etc/xdg" : variable;
+    LocationFlaw first;
     for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1) {
         end = list.find(':', begin);
         fs::path const directory = list.substr(begin, end - begin);
@@ -71,12 +73,18 @@ LocationFlaw FlawOfLocation()
         if (opened.reason == "does not exist")
             continue;
         bool const isFile = opened.reason.rfind("is ", 0) != 0;
-        return {opened.reason,
-                isFile ? "allow the program's user to read " + Tools::Utf8(file)
-                       : "put a file with the server application's directory in place of " +
-                             Tools::Utf8(file)};
+        LocationFlaw const flaw = {
+            opened.reason, isFile
+                               ? "allow the program's user to read " + Tools::Utf8(file)
+                               : "put a file with the server application's directory in place of " +
+                                     Tools::Utf8(file)};
+        std::error_code unknown;
+        if (fs::exists(fs::symlink_status(file, unknown)))
+            return flaw;
+        if (first.text.empty())
+            first = flaw;
     }
-    return {};
+    return first;
 }
 
 } // namespace Halvorix::Doctor
