@@ -296,6 +296,34 @@ def LogOfAnyLength(test):
     assert "the plugin " not in ended.last, ended.last
 
 
+def ManyOddities(test):
+    """A thousand are told, and how many more there are; what stops the library always is."""
+    place = test.whole()
+    keys = {f"k{number}": 1 for number in range(20000)}
+    place.write("app/SSOClient.config", json.dumps(
+        {"ssoServer": {**keys, "VersionCompatibilityConfigfilePath": "{root}/server",
+                       "searchPaths": "{root}/server", "appName": []}}))
+    ended = place.diagnose("--json")
+    assert ended.document["verdict"]["line"].startswith("the client configuration cannot be read: ")
+    oddities = ended.document["clientConfig"]["oddities"]
+    assert len(oddities) == 1002, len(oddities)
+    assert oddities[-1]["text"] == "is one of 19000 more, which are not told", oddities[-1]
+
+
+def LongExpansions(test):
+    """A short text may have a variable in it thousands of times."""
+    place = test.whole()
+    whole = harness.compatibility(place)
+    for key in ("modulePath", "modulePathWoW64"):
+        whole["ssoClientPlugin"][0][key] = "%ExePath%" * 100000
+    whole["ssoClientPlugin"] *= 5
+    place.write(COMPATIBILITY, json.dumps(whole))
+    ended = place.diagnose()
+    assert ended.last == "the choice of the client plugin fills in variables with more than " \
+        "4 Mi characters, the limit of what is looked at", ended.last
+    assert len(ended.output) < 100000
+
+
 def ManyValues(test):
     """Told as what they are by a line that names the limit, in little time and memory."""
     if test.build.is_windows:

@@ -176,7 +176,10 @@ class Installation:
     def deny(self, relative):
         if self.build.is_windows and os.geteuid() == 0:
             skip("runs as root, whom Wine denies nothing")
-        self.path(relative).chmod(0)
+        target = self.path(relative)
+        if target.is_file() and target.stat().st_nlink > 1:
+            self.replace(relative, target.read_bytes())  # the build's keeps its permissions
+        target.chmod(0)
         self.denied.append(relative)
 
     def texts(self):

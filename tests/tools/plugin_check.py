@@ -10,6 +10,7 @@ import os
 import pathlib
 import re
 import shutil
+import signal
 import struct
 import subprocess
 import sys
@@ -422,6 +423,19 @@ def PluginThatLeavesAProcess():
         hostile(deed + os.path.abspath("survived"))
     time.sleep(4)
     assert not os.path.exists("survived")
+
+
+def ProcessesOfTheShell():
+    """A shell that became the tool has started some, which are not the plugin's."""
+    if IS_WINDOWS:
+        skip("only the other system has such calls")
+    ended = subprocess.run(
+        ["sh", "-c", 'sleep 100 >/dev/null 2>&1 & echo $!; exec "$0" "$1"',
+         os.path.join("program", PROGRAM), place("HostilePlugin")],
+        stdout=subprocess.PIPE, encoding="utf-8", timeout=90, check=False)
+    lines = ended.stdout.splitlines()
+    os.kill(int(lines[0]), signal.SIGKILL)  # an exception, if there is none
+    assert lines[-1] == "1 check failed.", ended.stdout  # it declines
 
 
 def PluginThatWritesWhereTheReportGoes():

@@ -251,6 +251,7 @@ void ExamineClientConfig(Resolver& resolver, Findings& findings)
     if (!inspection.error)
         FindOddities(inspection, config.oddities);
     DropFoldersWithCommas(resolver, config.oddities);
+    Shorten(config.oddities);
     // What was stored before an exception stays stored, and no default follows it.
     AddKeys(resolver, inspection.error ? nullptr : &inspection, config);
 }

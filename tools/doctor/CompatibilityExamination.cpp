@@ -405,6 +405,7 @@ void ExamineCompatibility(Resolver& resolver, Findings& findings)
                            {{"ssoServer", Shown(SSOServices::ClientConfigFileName), true}});
     inspection.FindRepeated(told.oddities);
     inspection.FindTrailing(told.oddities);
+    Shorten(told.oddities);
 }
 
 } // namespace Halvorix::Doctor

@@ -21,11 +21,11 @@ namespace {
 template <class Question>
 std::wstring Ask(char const* during, Findings& findings, Question question)
 {
-    CountSearches();
+    BeginQuestion();
     try {
         return question();
-    } catch (SearchLimit const&) {
-        findings.interruptions.push_back({during, SearchLimit::text, false, false, {}, true});
+    } catch (QuestionLimit const& limit) {
+        findings.interruptions.push_back({during, limit.text, false, false, {}, true});
     } catch (std::exception const& exception) {
         findings.interruptions.push_back({during, Tools::Presentable(exception.what()), false,
                                           IsDenial(exception), CircleOf(exception)});

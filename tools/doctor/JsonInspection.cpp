@@ -59,6 +59,29 @@ char const* KindOf(Json::Value const& value)
     return "a number";
 }
 
+void Shorten(std::vector<Oddity>& oddities)
+{
+    constexpr std::size_t most = 1000;
+    std::size_t others = 0;
+    std::optional<Oddity> more;
+    oddities.erase(std::remove_if(oddities.begin(), oddities.end(),
+                                  [&](Oddity const& oddity) {
+                                      if (oddity.stopsReading || ++others <= most)
+                                          return false;
+                                      if (!more)
+                                          more = oddity;
+                                      return true;
+                                  }),
+                   oddities.end());
+    if (!more)
+        return;
+    more->code = "more";
+    more->text = "is one of " + std::to_string(others - most) + " more, which are not told";
+    more->remedy = "correct those that are told first";
+    more->meant.clear();
+    oddities.push_back(std::move(*more));
+}
+
 Oddity WrongType(Position at, std::string const& key, Json::Value const& value, char const* wanted,
                  bool stopsReading)
 {

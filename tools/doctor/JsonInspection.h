@@ -74,6 +74,9 @@ bool IsReadable(std::string const& text);
 /// "an array", say.
 char const* KindOf(Json::Value const& value);
 
+/// Leaves all that stop the reading and a thousand others; the last one tells of more.
+void Shorten(std::vector<Oddity>& oddities);
+
 /// An oddity of a value of a wrong type.
 Oddity WrongType(Position at, std::string const& key, Json::Value const& value, char const* wanted,
                  bool stopsReading);

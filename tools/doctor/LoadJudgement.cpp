@@ -29,10 +29,11 @@ void AddInterruptions(Findings const& findings, ProblemList& problems, bool areA
             continue;
         problems.toldExceptions.push_back(interruption.text);
         if (interruption.isLimit) {
-            problems.Add(Fatal, "search-limit", Subject::Program,
+            problems.Add(Fatal, "question-limit", Subject::Program,
                          interruption.during + " " + interruption.text,
-                         "shorten the lists, or correct what keeps the server application from "
-                         "being found: it is searched for again at each %SSOServerAppPath%");
+                         "shorten the lists and paths, or correct what keeps the server "
+                         "application from being found: it is searched for again at each "
+                         "%SSOServerAppPath%");
             continue;
         }
         std::string const& circle = interruption.circle;

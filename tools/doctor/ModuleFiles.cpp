@@ -4,10 +4,21 @@
 #include "discovery/ModuleFiles.h"
 
 #include "../common/System.h"
+#include "Searches.h"
 #include "TargetProgram.h"
 #include "discovery/PathText.h"
 
 namespace Halvorix::SSOServices {
+
+namespace {
+
+std::wstring Counted(std::wstring value)
+{
+    Doctor::CountExpansion(value);
+    return value;
+}
+
+} // namespace
 
 std::wstring ResolveModuleFile(std::wstring const& moduleName)
 {
@@ -19,17 +30,18 @@ std::wstring ResolveModuleFile(std::wstring const& moduleName)
 
 std::wstring GetModuleDirPath(std::wstring const& moduleName)
 {
-    return ParentPath(ResolveModuleFile(moduleName));
+    return Counted(ParentPath(ResolveModuleFile(moduleName)));
 }
 
 std::wstring GetExecutableDirPath()
 {
-    return ParentPath(NormalizePath(Tools::Wide(Doctor::CurrentTargetProgram().executable)));
+    return Counted(
+        ParentPath(NormalizePath(Tools::Wide(Doctor::CurrentTargetProgram().executable))));
 }
 
 std::wstring GetKnownFolderPath(Platform::KnownFolder folder)
 {
-    return Platform::KnownFolderPath(folder);
+    return Counted(Platform::KnownFolderPath(folder));
 }
 
 } // namespace Halvorix::SSOServices

@@ -16,9 +16,13 @@ namespace {
 
 std::map<std::wstring, std::vector<std::wstring>> searches; // by the file's name
 
-// More than the longest list that is looked at needs with some directories to search.
+// More than the longest list that is looked at needs with some directories to search. The
+// library searches for the server application again at each variable that needs it.
 constexpr std::size_t MostDirectories = 200000;
 std::size_t directories = 0;
+
+constexpr std::size_t MostExpansion = std::size_t{4} << 20U;
+std::size_t expansion = 0;
 
 } // namespace
 
@@ -28,7 +32,8 @@ bool SSOServices::FindFileInPaths(std::wstring const& fileName,
     searches[fileName] = paths;
     directories += paths.size();
     if (directories > MostDirectories)
-        throw Doctor::SearchLimit();
+        throw Doctor::QuestionLimit{
+            "looks into more than 200000 directories, the limit of what is looked at"};
     auto const holding = std::find_if(paths.begin(), paths.end(), [&](std::wstring const& path) {
         std::wstring const file = JoinPath(path, fileName);
         return !Doctor::IsOnOtherMachine(file) && PathExists(file);
@@ -45,6 +50,14 @@ std::vector<std::wstring> Doctor::DirectoriesSearchedFor(std::wstring const& fil
 
 void Doctor::ForgetSearches() { searches.clear(); }
 
-void Doctor::CountSearches() { directories = 0; }
+void Doctor::BeginQuestion() { directories = expansion = 0; }
+
+void Doctor::CountExpansion(std::wstring const& value)
+{
+    expansion += value.size();
+    if (expansion > MostExpansion)
+        throw QuestionLimit{
+            "fills in variables with more than 4 Mi characters, the limit of what is looked at"};
+}
 
 } // namespace Halvorix

@@ -18,16 +18,17 @@ bool IsOnOtherMachine(std::wstring const& path);
 /// Begins with none.
 void ForgetSearches();
 
-/// The library searches for the server application again at each variable that needs it.
-/// In lists too long for that its question ends with this, which is no std::exception:
-/// those are told as the library's.
-struct SearchLimit {
-    static constexpr char const* text =
-        "looks into more than 200000 directories, the limit of what is looked at";
+/// A question of which the library would never make an end ends with this, which is no
+/// std::exception: those are told as the library's.
+struct QuestionLimit {
+    std::string text; ///< what the question does: "looks into more than …"
 };
 
-/// Begins the count for one question to the library.
-void CountSearches();
+/// Begins the counts for one question to the library.
+void BeginQuestion();
+
+/// Counts the value of a variable, which may stand in a text again and again.
+void CountExpansion(std::wstring const& value);
 
 /// What lies in each of the resolved directories under the name.
 Search LookThrough(std::wstring const& file, std::vector<std::wstring> const& directories);

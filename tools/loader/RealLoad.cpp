@@ -78,8 +78,8 @@ void LoadByLibrary(Json::Value const& request, Channel& channel)
         record["worked"] = module != nullptr ||
                            last == Doctor::Shown(SSOServices::Messages::NoSSOClientModule.text);
         channel.Write(record);
-    } catch (Doctor::SearchLimit const&) {
-        Interrupted(Doctor::SearchLimit::text, true, channel);
+    } catch (Doctor::QuestionLimit const& limit) {
+        Interrupted(limit.text, true, channel);
     } catch (LogLimit const&) {
         Interrupted("writes more than 4 MiB of log, the limit of what is shown", true, channel);
     } catch (std::exception const& exception) {

@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -16,6 +17,7 @@
 #include <fstream>
 #include <iterator>
 #include <system_error>
+#include <vector>
 
 namespace Halvorix::Tools {
 
@@ -175,28 +177,36 @@ pid_t ParentOf(std::string const& process)
                                                               : std::atoi(text.c_str() + end + 4);
 }
 
+std::vector<pid_t> OwnChildren()
+{
+    std::vector<pid_t> children;
+    std::error_code unknown;
+    for (std::filesystem::directory_iterator entry("/proc", unknown), end; !unknown && entry != end;
+         entry.increment(unknown)) {
+        std::string const name = entry->path().filename().string();
+        if (name.find_first_not_of("0123456789") == std::string::npos &&
+            ParentOf(name) == ::getpid())
+            children.push_back(std::atoi(name.c_str()));
+    }
+    return children;
+}
+
 // What the child has started and left comes to this process, and what those have started
-// once they are ended. One that starts others faster than this ends them is left.
-void EndAllChildren()
+// once they are ended. One that starts others faster than this ends them is left. The
+// others are not the child's: a shell may have become this process.
+void EndAllChildren(std::vector<pid_t> const& others)
 {
     constexpr std::chrono::seconds patience{2};
     Clock::time_point const deadline = Clock::now() + patience;
-    while (Clock::now() < deadline) {
-        pid_t reaped = 0;
-        do
-            reaped = ::waitpid(-1, nullptr, WNOHANG);
-        while (reaped > 0);
-        if (reaped < 0)
-            return; // there is none
-        std::error_code unknown;
-        for (std::filesystem::directory_iterator entry("/proc", unknown), end;
-             !unknown && entry != end; entry.increment(unknown)) {
-            std::string const name = entry->path().filename().string();
-            if (name.find_first_not_of("0123456789") == std::string::npos &&
-                ParentOf(name) == ::getpid())
-                ::kill(std::atoi(name.c_str()), SIGKILL);
+    for (bool isAnyLeft = true; isAnyLeft && Clock::now() < deadline; ::poll(nullptr, 0, 1)) {
+        isAnyLeft = false;
+        for (pid_t const child : OwnChildren()) {
+            if (std::find(others.begin(), others.end(), child) != others.end())
+                continue;
+            isAnyLeft = true;
+            ::kill(child, SIGKILL);
+            ::waitpid(child, nullptr, WNOHANG);
         }
-        ::poll(nullptr, 0, 1);
     }
 }
 
@@ -224,14 +234,14 @@ void EndAllChildren()
     }
     if (news.child > 0)
         ::kill(-news.child, SIGKILL);
-    EndAllChildren();
+    EndAllChildren({});
     tell();
     ::_exit(0);
 }
 
 // With what it has not seen to: the children of a watcher that was ended come to this
 // process.
-void EndWatcher(pid_t watcher)
+void EndWatcher(pid_t watcher, std::vector<pid_t> const& others)
 {
     constexpr std::chrono::seconds patience{4};
     Clock::time_point const deadline = Clock::now() + patience;
@@ -241,7 +251,7 @@ void EndWatcher(pid_t watcher)
             ::kill(watcher, SIGKILL);
         ::poll(nullptr, 0, 1);
     }
-    EndAllChildren();
+    EndAllChildren(others);
 }
 
 // What is there now; false at the end.
@@ -273,6 +283,7 @@ ChildRun RunChild(std::filesystem::path const& program, std::string const& input
         return run;
     }
     std::string const file = program.string();
+    std::vector<pid_t> const others = OwnChildren();
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     pid_t const watcher = ::fork();
     if (watcher == 0)
@@ -317,7 +328,7 @@ ChildRun RunChild(std::filesystem::path const& program, std::string const& input
     }
     run.isStarted = news.child > 0;
     channels.control.write.Close();
-    EndWatcher(watcher);
+    EndWatcher(watcher, others);
     return run;
 }
 
