@@ -604,6 +604,48 @@ def SymbolsOfTheProgram(test):
     line_of(ended, "ok", "load", "loaded")
 
 
+def SymbolsThatAreNotVisible(test):
+    """What a program loads by itself serves only those that name it as needed."""
+    if test.build.is_windows:
+        skip("modules for Windows name each one from which they take something")
+    place = test.installation("plugin-lacks-a-dependency")
+    plugin = place.path("server/plugin/DependentPlugin.so")
+    elf.retag(plugin, elf.NEEDED, elf.DEBUG, named=b"PluginDependency.so")
+    library, program = (place.path("app/" + name) for name in (test.build.library, test.build.program))
+    for file in (library, program):
+        file.unlink()  # it may be a link to the build's
+    mark = b"WebServicesManager::IsInitialized\0"
+    elf.write(library, soname=test.build.library, strings=mark + b"_Z13UseDependencyv\0",
+              symbols=[(0, 1), (len(mark), 1)])
+
+    def is_visible(load):
+        script = f"import ctypes, sys; {load}; ctypes.CDLL(sys.argv[2], mode=2)"
+        return subprocess.run([sys.executable, "-c", script, library, plugin],
+                              stderr=subprocess.DEVNULL, check=False).returncode == 0
+
+    elf.write(program, runpath="$ORIGIN")
+    ended = place.diagnose("--load")
+    line_of(ended, "wrong: ", f": symbols: DependentPlugin.so needs the symbol _Z13UseDependencyv, "
+            f"which only {test.build.library} has, and DependentPlugin.so does not name that one "
+            "as needed")
+    assert "not tried" in ended.output, ended.output
+    # As the system's loader has it, here in the place of such a program.
+    assert not is_visible("ctypes.CDLL(sys.argv[1])")
+    assert is_visible("ctypes.CDLL(sys.argv[1], mode=ctypes.RTLD_GLOBAL)")
+    elf.write(program, needed=[test.build.library], runpath="$ORIGIN")
+    assert "needs the symbol" not in place.diagnose().output
+    # Or by what needs it.
+    elf.write(program, needed=["libMiddle.so"], runpath="$ORIGIN")
+    elf.write(place.path("app/libMiddle.so"), needed=[test.build.library], runpath="$ORIGIN")
+    assert "needs the symbol" not in place.diagnose().output
+    # Whoever asks for no program asks for one that is linked with the library.
+    place.program = ""
+    place.replace("doctor/" + test.build.library, library.read_bytes())
+    shutil.copy(place.path("app/SSOClient.config"), place.path("doctor"))
+    ended = place.diagnose()
+    assert "Client plugin " in ended.output and "needs the symbol" not in ended.output, ended.output
+
+
 def ImportsFromTheProgram(test):
     """A plugin for Windows names the program as any other module."""
     if not test.build.is_windows:

@@ -4,7 +4,9 @@
 #include <utility>
 
 #include "LoaderSearch.h"
+#include "System.h"
 #include "Utf8.h"
+#include "platform/Platform.h"
 
 namespace Halvorix::Tools {
 
@@ -12,7 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The library in the process of its program; NoModule if there is none.
+// The library in the process of its program; NoModule if there is none. This program stands
+// for one that is linked with it.
 std::size_t LoadLibraryInto(ModuleGraph& graph, Host const& host)
 {
     for (std::size_t i = 0; i < graph.modules.size(); ++i)
@@ -22,7 +25,10 @@ std::size_t LoadLibraryInto(ModuleGraph& graph, Host const& host)
     if (image.machine != OwnMachine() || !image.flaw.empty())
         return ModuleGraph::NoModule;
     std::size_t const program = graph.modules.empty() ? ModuleGraph::NoModule : 0;
-    return graph.Load(host.library, std::move(image), program);
+    std::size_t const library = graph.Load(host.library, std::move(image), program);
+    if (program == 0 && host.program == FromWide(Platform::ExecutableFile()))
+        graph.modules[program].needs.push_back(library);
+    return library;
 }
 
 void AddOnce(std::vector<std::string>& list, std::string const& name)

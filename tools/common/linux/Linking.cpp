@@ -62,7 +62,20 @@ std::string TakeOffers(ModuleGraph const& graph, std::size_t module, SymbolBudge
     return offers.flaw;
 }
 
-std::vector<std::string> LinesOf(ModuleGraph const& graph, Wanted const& wanted)
+// What no module has that the loader looks through, and which other one has it.
+using HiddenSymbols = std::unordered_map<std::string, std::size_t>;
+
+std::string TailOf(ModuleGraph const& graph, HiddenSymbols const& hidden, std::string const& symbol,
+                   std::string const& needing)
+{
+    auto const found = hidden.find(symbol);
+    return found == hidden.end() ? ", which no module has"
+                                 : ", which only " + FileNameOf(graph.modules[found->second]) +
+                                       " has, and " + needing + " does not name that one as needed";
+}
+
+std::vector<std::string> LinesOf(ModuleGraph const& graph, Wanted const& wanted,
+                                 HiddenSymbols const& hidden)
 {
     std::vector<std::pair<std::size_t, std::string>> lines;
     for (auto const& [of, needed] : wanted.versions)
@@ -78,10 +91,12 @@ std::vector<std::string> LinesOf(ModuleGraph const& graph, Wanted const& wanted)
         return std::pair(one.first, std::string_view(*one.second)) <
                std::pair(other.first, std::string_view(*other.second));
     });
-    for (auto const& [needing, symbol] : symbols)
+    for (auto const& [needing, symbol] : symbols) {
+        std::string const file = FileNameOf(graph.modules[needing]);
         if (lines.size() < MostLines)
-            lines.emplace_back(needing, FileNameOf(graph.modules[needing]) + " needs the symbol " +
-                                            *symbol + ", which no module has");
+            lines.emplace_back(needing, file + " needs the symbol " + *symbol +
+                                            TailOf(graph, hidden, *symbol, file));
+    }
     std::stable_sort(lines.begin(), lines.end(),
                      [](auto const& one, auto const& other) { return one.first < other.first; });
     std::vector<std::string> texts;
@@ -96,8 +111,10 @@ class Asker {
 public:
     Asker(ModuleGraph const& moduleGraph, SymbolFindings& findings, std::string& limitReached)
         : graph(moduleGraph), found(findings), limit(limitReached),
-          isAsked(moduleGraph.modules.size())
+          isAsked(moduleGraph.modules.size()), isGlobal(moduleGraph.modules.size())
     {
+        for (std::size_t const brought : graph.ClosureOf(0))
+            isGlobal[brought] = true;
     }
 
     /// Of the modules before the end; the answer is what none has.
@@ -115,7 +132,7 @@ public:
             isOwn[brought] = true;
         }
         for (std::size_t i = end; i-- > 0;)
-            if (!isOwn[i])
+            if (!isOwn[i] && isGlobal[i])
                 order.push_back(i); // and the program last of all
         for (std::size_t n = 0; n < order.size() && limit.empty() && !wanted.IsEmpty(); ++n) {
             std::string taken;
@@ -131,25 +148,47 @@ public:
         return wanted;
     }
 
+    /// Which of them another module has, of those that were loaded while the program ran:
+    /// these serve nobody but what they brought.
+    HiddenSymbols LookForHidden(Wanted const& wanted)
+    {
+        HiddenSymbols hidden;
+        auto const isWanted = [&](std::string const& name) {
+            return wanted.symbols.count(name) != 0;
+        };
+        for (std::size_t i = 0; i < isGlobal.size() && limit.empty() && !wanted.symbols.empty();
+             ++i) {
+            if (isGlobal[i])
+                continue;
+            ModuleOffers const offers = OffersOf(graph.modules[i], isWanted, budget);
+            limit = offers.flaw;
+            for (std::string const& symbol : offers.exports)
+                hidden.emplace(symbol, i);
+        }
+        return hidden;
+    }
+
 private:
     ModuleGraph const& graph;
     SymbolFindings& found;
     std::string& limit;
     std::vector<bool> isAsked;
+    std::vector<bool> isGlobal; ///< the program brought it at its start
     SymbolBudget budget;
 };
 
 } // namespace
 
-// The loader looks for a symbol in all that the process has and in what came with the
+// The loader looks for a symbol in what came with the program and in what came with the
 // module. Here the latter comes first, for what else has to be there.
 SymbolFindings LookForSymbols(ModuleGraph& graph, std::size_t module, std::string& limit)
 {
     SymbolFindings found;
     Asker asker(graph, found, limit);
     Wanted const wanted = asker.Ask(module, graph.modules.size());
+    HiddenSymbols const hidden = asker.LookForHidden(wanted);
     if (limit.empty())
-        found.missing = LinesOf(graph, wanted);
+        found.missing = LinesOf(graph, wanted, hidden);
     // The others cannot be there without what they take, and what none has they do without.
     for (std::size_t i = 0; i < found.others.size() && limit.empty(); ++i)
         asker.Ask(found.others[i], module);
