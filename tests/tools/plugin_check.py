@@ -702,10 +702,11 @@ def PipesAndDevices():
     if IS_WINDOWS:
         # By their names alone: to open one may wait for what is at the other end.
         for name in ("NUL", "nul.dll", "Con", "PRN.txt", "aux .dll", "COM1", "COM1:", "com9.x.dll", "LPT3",
-                     "CONIN$", "conout$"):
+                     "CONIN$", "conout$", "COM\u00b9", "com\u00b2.dll", "COM\u00b3 ", "LPT\u00b9.x",
+                     "lpt\u00b2", "LPT\u00b3:"):
             for path in (name, "folder/" + name):
                 failing(path).only("file", "FAILED", " is a device, not a file").stops()
-        for name in ("COM0", "COM10.dll", "NULL", "CON1", "xCON"):
+        for name in ("COM0", "COM10.dll", "NULL", "CON1", "xCON", "COM\u2074", "LPT\u00b9\u00b9"):
             failing(name).only("file", "FAILED", "does not exist").stops()
         return
     os.mkfifo("pipe.so")

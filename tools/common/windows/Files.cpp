@@ -59,8 +59,8 @@ bool NamesDevice(std::filesystem::path const& file)
         if (name == device)
             return true;
     std::wstring const beginning = name.substr(0, 3);
-    return name.size() == 4 && (beginning == L"COM" || beginning == L"LPT") && name[3] >= L'1' &&
-           name[3] <= L'9';
+    return name.size() == 4 && (beginning == L"COM" || beginning == L"LPT") &&
+           std::wstring_view(L"123456789\u00B9\u00B2\u00B3").find(name[3]) != std::wstring::npos;
 }
 
 std::string WhyNotOpened()
