@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """What is told of what was found."""
 
+import ctypes
 import json
 import os
 import struct
@@ -123,6 +124,23 @@ def Location(test):
     place.write("app/SSOClient.config", json.dumps({"ssoServer": {"searchPaths": "%Nowhere%/x"}}))
     assert "Fix: correct the directories in ssoServer.searchPaths of the client configuration" in \
         place.diagnose().lines
+
+
+def LocationIsAskedOnce(test):
+    """For what it is, and for the directory."""
+    if test.build.is_windows:
+        skip("only the other system tells who opens a file")
+    opened, closed = 0x20, 0x10
+    place = test.installation("location-without-a-client-config")
+    libc = ctypes.CDLL(None)
+    events = libc.inotify_init1(os.O_NONBLOCK)
+    file = os.fsencode(place.path("xdg/Halvorix/HxSSO/Location"))
+    # With the ends, since two events of one kind that follow each other count as one.
+    assert libc.inotify_add_watch(events, file, opened | closed) > 0
+    said(place.diagnose(), "server")
+    kinds = [mask for _, mask, _, _ in struct.iter_unpack("iIII", os.read(events, 65536))]
+    os.close(events)
+    assert kinds == [opened, closed, opened, closed], kinds
 
 
 def LocationOfTheRegistry(test):

@@ -213,9 +213,9 @@ ConfigState StateOf(Resolver const& resolver, JsonInspection const& file)
 }
 
 // It is asked only where a configuration was read.
-void TellUnaskedLocation(Resolver& resolver, ClientConfig& config)
+void TellUnaskedLocation(Resolver& resolver, std::optional<std::wstring> const& location,
+                         ClientConfig& config)
 {
-    std::optional<std::wstring> const location = LocationOfInstallation();
     if (!location)
         return;
     std::wstring const& appName = resolver.GetClientConfig().appName;
@@ -229,7 +229,8 @@ void TellUnaskedLocation(Resolver& resolver, ClientConfig& config)
 void ExamineClientConfig(Resolver& resolver, Findings& findings)
 {
     ClientConfig& config = findings.config;
-    config.locationOddities = OdditiesOfLocation(Shown(resolver.GetClientConfig().appName));
+    InstalledLocation const location = ReadInstalledLocation();
+    config.locationOddities = OdditiesOf(location, Shown(resolver.GetClientConfig().appName));
     config.override = Shown(resolver.GetSSOClientConfigFileOverride());
     if (config.override.empty())
         config.search = LookThrough(SSOServices::ClientConfigFileName,
@@ -238,7 +239,7 @@ void ExamineClientConfig(Resolver& resolver, Findings& findings)
     config.file = Shown(file);
     if (!LookFor(file).isThere) {
         AddKeys(resolver, nullptr, config);
-        TellUnaskedLocation(resolver, config);
+        TellUnaskedLocation(resolver, location.directory, config);
         return;
     }
     config.isInWorkingDirectory =
@@ -247,7 +248,7 @@ void ExamineClientConfig(Resolver& resolver, Findings& findings)
     config.state = StateOf(resolver, inspection);
     config.parseError = inspection.error;
     if (config.state == ConfigState::NotJson)
-        TellUnaskedLocation(resolver, config);
+        TellUnaskedLocation(resolver, location.directory, config);
     if (!inspection.error)
         FindOddities(inspection, config.oddities);
     DropFoldersWithCommas(resolver, config.oddities);

@@ -1,5 +1,7 @@
 #include "Location.h"
 
+#include <utility>
+
 #include "../common/System.h"
 #include "Text.h"
 #include "TextOddities.h"
@@ -28,32 +30,33 @@ Platform::ErrorCode OpenLocation(Platform::LocationKey& key)
                : error;
 }
 
-std::optional<std::wstring> LocationOfInstallation()
+InstalledLocation ReadInstalledLocation()
 {
+    InstalledLocation location{FlawOfLocation(), {}};
     Platform::LocationKey key = nullptr;
-    if (FlawOfLocation().isTooLarge || OpenLocation(key) != 0)
-        return std::nullopt;
-    std::wstring location;
-    bool const isRead = Platform::ReadLocation(key, location);
+    if (location.flaw.isTooLarge || OpenLocation(key) != 0)
+        return location;
+    std::wstring directory;
+    if (Platform::ReadLocation(key, directory))
+        location.directory = std::move(directory);
     Platform::CloseLocationKey(key);
-    return isRead ? std::optional(location) : std::nullopt;
+    return location;
 }
 
-std::vector<Oddity> OdditiesOfLocation(std::string const& appName)
+std::vector<Oddity> OdditiesOf(InstalledLocation const& location, std::string const& appName)
 {
     std::string const key = Tools::NameOfLocation();
     std::vector<Oddity> oddities;
     auto const add = [&](char const* code, std::string const& text, std::string const& remedy) {
         oddities.push_back({{}, key, code, text, remedy, false, {}});
     };
-    if (LocationFlaw const flaw = FlawOfLocation(); !flaw.text.empty()) {
-        add("location-unreadable", flaw.text, flaw.remedy);
+    if (!location.flaw.text.empty()) {
+        add("location-unreadable", location.flaw.text, location.flaw.remedy);
         return oddities;
     }
-    std::optional<std::wstring> const location = LocationOfInstallation();
-    if (!location)
+    if (!location.directory)
         return oddities;
-    std::string const directory = Shown(*location);
+    std::string const directory = Shown(*location.directory);
     if (directory.empty())
         add("empty", "names no directory, which means the current one",
             "write the server application's directory into it");

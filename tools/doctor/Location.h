@@ -12,12 +12,6 @@ namespace Halvorix::Doctor {
 /// Where the server application's installation left its directory, as the library looks.
 Platform::ErrorCode OpenLocation(Platform::LocationKey& key);
 
-/// The directory itself, as the library would read it; nothing if it cannot.
-std::optional<std::wstring> LocationOfInstallation();
-
-/// What keeps the library from reading it, or from finding the application there.
-std::vector<Oddity> OdditiesOfLocation(std::string const& appName);
-
 /// Why it is not read as what it was meant, and what to do; no text if it is, or if there
 /// is none. Each system has a folder of its own beside this header.
 struct LocationFlaw {
@@ -26,5 +20,14 @@ struct LocationFlaw {
     bool isTooLarge = false; ///< and that is why
 };
 LocationFlaw FlawOfLocation();
+
+struct InstalledLocation {
+    LocationFlaw flaw;
+    std::optional<std::wstring> directory; ///< as the library would read it; it may not
+};
+InstalledLocation ReadInstalledLocation();
+
+/// What keeps the library from reading it, or from finding the application there.
+std::vector<Oddity> OdditiesOf(InstalledLocation const& location, std::string const& appName);
 
 } // namespace Halvorix::Doctor
