@@ -114,14 +114,18 @@ void ReadWhatIsThere(HANDLE pipe, std::string& output)
     }
 }
 
-// With whatever a process starts, ended when it is closed.
+// With whatever a process starts, ended when it is closed. Null, which no process can be put
+// into, if the system refuses that.
 HANDLE MakeJob()
 {
     HANDLE const job = ::CreateJobObjectW(nullptr, nullptr);
     JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
     limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
-    ::SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof(limits));
-    return job;
+    if (::SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits,
+                                  sizeof(limits)) != FALSE)
+        return job;
+    ::CloseHandle(job);
+    return nullptr;
 }
 
 } // namespace
