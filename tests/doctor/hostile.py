@@ -609,13 +609,16 @@ def SymbolsThatAreNotVisible(test):
     if test.build.is_windows:
         skip("modules for Windows name each one from which they take something")
     place = test.installation("plugin-lacks-a-dependency")
-    plugin = place.path("server/plugin/DependentPlugin.so")
-    elf.retag(plugin, elf.NEEDED, elf.DEBUG, named=b"PluginDependency.so")
-    library, program = (place.path("app/" + name) for name in (test.build.library, test.build.program))
-    for file in (library, program):
+    plugin, library, program = (place.path(name) for name in (
+        "server/plugin/DependentPlugin.so", "app/" + test.build.library,
+        "app/" + test.build.program))
+    for file in (plugin, library, program):
         file.unlink()  # it may be a link to the build's
+    # Not the build's own modules: a sanitizer would not be loaded so late.
+    name = test.build.decorated.encode() + b"\0"
+    elf.write(plugin, strings=name + b"Function\0", symbols=[(0, 1), (len(name), 0)], uses=[1])
     mark = b"WebServicesManager::IsInitialized\0"
-    elf.write(library, soname=test.build.library, strings=mark + b"_Z13UseDependencyv\0",
+    elf.write(library, soname=test.build.library, strings=mark + b"Function\0",
               symbols=[(0, 1), (len(mark), 1)])
 
     def is_visible(load):
@@ -625,7 +628,7 @@ def SymbolsThatAreNotVisible(test):
 
     elf.write(program, runpath="$ORIGIN")
     ended = place.diagnose("--load")
-    line_of(ended, "wrong: ", f": symbols: DependentPlugin.so needs the symbol _Z13UseDependencyv, "
+    line_of(ended, "wrong: ", f": symbols: DependentPlugin.so needs the symbol Function, "
             f"which only {test.build.library} has, and DependentPlugin.so does not name that one "
             "as needed")
     assert "not tried" in ended.output, ended.output
