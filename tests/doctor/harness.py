@@ -2,6 +2,7 @@
 SCRIPT TEST FOLDER [EMULATOR...] and runs one of its functions on the doctor in FOLDER."""
 
 import json
+import os
 import pathlib
 import sys
 import tempfile
@@ -19,6 +20,7 @@ class Test:
         self.build = build
         self.directory = pathlib.Path(directory)
         self.count = 0
+        self.starts_slowly = build.is_windows or "HXSSO_INSTRUMENTED" in os.environ
 
     def installation(self, case=None):
         """One of a case; what it is started with is remembered."""
