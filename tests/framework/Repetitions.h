@@ -1,6 +1,7 @@
 #pragma once
 
 #include "System.h"
+#include "ThisBuild.h"
 #include "Variable.h"
 
 namespace Rig {
@@ -10,7 +11,7 @@ inline bool IsLongRun() { return !Variable("HXSSO_LONG").empty(); }
 
 /// Whether to start few processes: under Wine and with a sanitizer each takes a
 /// tenth of a second, and counters of lines need no more of them.
-inline bool ProcessesStartSlowly() { return IsWindows() || HXSSO_INSTRUMENTED; }
+inline bool ProcessesStartSlowly() { return IsWindows() || IsInstrumented(); }
 
 /// A number that depends on it: how often to repeat what costs a process each time, or
 /// how large the steps through such trials are.

@@ -13,6 +13,7 @@
 #include "WebServicesManager.h"
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
+#include "framework/ThisBuild.h"
 
 using Halvorix::SSOServices::SSOClientPrivate;
 using Halvorix::WebServices::OAuth2TokenSpec;
@@ -55,7 +56,7 @@ class LocaleOfTheHost : public testing::TestWithParam<Locale> {};
 // all of them, and the Turkish I is a letter like any other.
 TEST_P(LocaleOfTheHost, ChangesNothingOfTheLoad)
 {
-    if (HXSSO_SANITIZED)
+    if (Rig::IsSanitized())
         GTEST_SKIP() << "the C library loses memory of its own for the folders of LOCPATH";
     auto const [name, language, characters] = GetParam();
     if (Rig::IsWindows() && std::string(characters) != "UTF-8")

@@ -18,6 +18,7 @@
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
 #include "framework/Repetitions.h"
+#include "framework/ThisBuild.h"
 
 using Halvorix::SSOServices::SSOClientPrivate;
 using Halvorix::SSOServices::SSOServicesManager;
@@ -308,7 +309,7 @@ TEST_P(EndsWithThreads, ThatMakeTheFirstCalls)
     // Whoever throws holds a lock of GCC's 32-bit runtime, which each module takes when it ends.
     if (Rig::IsWindows() && sizeof(void*) == 4)
         GTEST_SKIP() << "a thread that Windows ends while it throws leaves the runtime locked";
-    if (HXSSO_SANITIZED)
+    if (Rig::IsSanitized())
         GTEST_SKIP() << "making a locale takes longer there than the end of a process waits";
     for (bool const hasPlugin : {false, true}) {
         Installation installation;

@@ -9,6 +9,7 @@
 #include "LongRun.h"
 #include "framework/Installation.h"
 #include "framework/Repetitions.h"
+#include "framework/ThisBuild.h"
 #include "host/Expected.h"
 
 using Rig::Installation;
@@ -90,7 +91,7 @@ void ExpectConstant(Course const& course)
     ASSERT_EQ(course.memory.size(), static_cast<std::size_t>(Rig::Samples));
     ExpectConstant(course.handles);
     ExpectConstant(course.threads);
-    if (HXSSO_SANITIZED) {
+    if (Rig::IsSanitized()) {
         std::cout << "memory is the sanitizer's and not judged\n";
         return;
     }

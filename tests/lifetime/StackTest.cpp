@@ -10,6 +10,7 @@
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
 #include "framework/System.h"
+#include "framework/ThisBuild.h"
 
 using Halvorix::SSOServices::SSOClientPrivate;
 using Halvorix::WebServices::OAuth2TokenSpec;
@@ -45,7 +46,7 @@ HOST_PROGRAM(ReadsOnLittleStack)
 
 TEST(Stack, Of384KiBIsEnoughForDocumentsNestedNearlyAThousandTimes)
 {
-    if (HXSSO_SANITIZED)
+    if (Rig::IsSanitized())
         GTEST_SKIP() << "with a sanitizer each level takes more";
     Installation installation;
     installation.ClientConfig(Nested(R"("ssoServer": {"searchPaths": "{root}/server"})"))

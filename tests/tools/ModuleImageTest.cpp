@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "../../tools/common/ModuleImage.h"
+#include "../framework/ThisBuild.h"
 #include "platform/Platform.h"
 
 namespace {
@@ -37,7 +38,7 @@ ModuleOffers OffersOf(std::string_view bytes, SymbolTest const& isWanted = IsAny
 
 std::string PluginBytes()
 {
-    std::ifstream stream(HXSSO_TEST_MODULE, std::ios::binary);
+    std::ifstream stream(Rig::DependentModule(), std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 

@@ -16,6 +16,7 @@
 #include "SSOClientPrivate.h"
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
+#include "framework/ThisBuild.h"
 
 using Halvorix::SSOServices::SSOClientPrivate;
 using Rig::Installation;
@@ -61,7 +62,7 @@ HOST_PROGRAM(ForksInALoad)
 // The child cannot load, but it ends by its own exit, and the load goes on.
 TEST(Fork, InALoadLeavesAChildThatEnds)
 {
-    if (HXSSO_SANITIZED)
+    if (Rig::IsSanitized())
         GTEST_SKIP() << "to a sanitizer what the other thread holds is lost in the child";
     Installation installation;
     installation.Complete().Script("GetSSOClientFactory", R"({"wait": "{root}/release"})");

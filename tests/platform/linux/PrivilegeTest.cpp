@@ -12,6 +12,8 @@
 
 #include <gmock/gmock.h>
 
+#include "../../framework/ThisBuild.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -55,7 +57,7 @@ TEST_F(Privilege, OfNobodyElseUsesTheEnvironment)
 
 TEST_F(Privilege, OfAnotherUserDoesNotUseTheEnvironment)
 {
-    if (HXSSO_SANITIZED)
+    if (Rig::IsSanitized())
         GTEST_SKIP() << "a sanitizer cannot look for leaks in a program with rights of its own";
     constexpr uid_t nobody = 65534;
     if (::chown(program.c_str(), nobody, nobody) != 0 || ::chmod(program.c_str(), 06755) != 0)

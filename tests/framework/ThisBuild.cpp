@@ -1,0 +1,13 @@
+#include "ThisBuild.h"
+
+namespace Rig {
+
+bool IsSanitized() { return HXSSO_SANITIZED; }
+
+bool IsInstrumented() { return HXSSO_INSTRUMENTED; }
+
+std::string BuildName() { return HXSSO_BUILD_NAME; }
+
+std::filesystem::path DependentModule() { return HXSSO_DEPENDENT_MODULE; }
+
+} // namespace Rig

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+// What differs between builds for the same system. All other test code is the same in
+// them, and its objects may come from another build.
+namespace Rig {
+
+bool IsSanitized();
+
+/// With a sanitizer, or with counters of lines.
+bool IsInstrumented();
+
+/// What the library calls this build, such as "x64-Release".
+std::string BuildName();
+
+/// A module of this build that needs PluginDependency.
+std::filesystem::path DependentModule();
+
+} // namespace Rig
