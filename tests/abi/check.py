@@ -4,14 +4,14 @@
   layout   the interfaces of include/plugin/ as Clang lays them out for Microsoft's
            compiler, MinGW and Linux, against tests/abi/contract.txt
   names    the decorated names of all exported members and of the factory
-           procedure, against abi/names-*.txt
-  exports  what leaves the libraries as they were built, against abi/exports-*.txt
+           procedure, against tests/abi/lists/names-*.txt
+  exports  what leaves the libraries as they were built, against tests/abi/lists/exports-*.txt
   headers  each header alone, twice, after <windows.h>, in any order, with
            warnings as errors
 
 Without a word all four. One line for each check, "passed: ..." or "failed: ...",
 with the differences indented below it. An intended change of names or exports is
-taken over by --update; review what it changes in abi/.
+taken over by --update; review what it changes in tests/abi/lists/.
 """
 
 import argparse
@@ -108,11 +108,11 @@ def main():
         description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("checks", nargs="*", metavar="CHECK", help=", ".join(CHECKS))
     parser.add_argument("--update", action="store_true",
-                        help="write the lists in abi/ anew, from headers and libraries")
+                        help="write the lists anew, from headers and libraries")
     parser.add_argument("--include", type=pathlib.Path, default=ROOT / "include", metavar="DIR",
                         help="other headers than include/")
-    parser.add_argument("--abi", type=pathlib.Path, default=ROOT / "abi", metavar="DIR",
-                        help="other lists than abi/")
+    parser.add_argument("--abi", type=pathlib.Path, default=ROOT / "tests/abi/lists", metavar="DIR",
+                        help="other lists than tests/abi/lists/")
     parser.add_argument("--linux", type=pathlib.Path, metavar="FILE",
                         default=ROOT / "build/linux/bin/libHxSSOServices.so",
                         help="the Linux library, else that of the preset linux")

@@ -26,6 +26,7 @@ from compilers import MINGW_GCC, TARGETS
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 INCLUDE = ROOT / "include"
+LISTS = ROOT / "tests/abi/lists"
 CONTRACT = layout.Contract(ROOT / "tests/abi/contract.txt")
 MICROSOFT = ("msvc-x64", "msvc-x86")
 
@@ -179,7 +180,7 @@ def decorated(tally):
                 found[target] = names.factory_differs(symbols, target)
                 if target in names.LISTS:
                     found[target] += names.differ(
-                        left, names.read_list(ROOT / "abi" / names.LISTS[target]), "the headers")
+                        left, names.read_list(LISTS / names.LISTS[target]), "the headers")
         return (f"{what} ({', '.join(targets)})",
                 all(all_said(texts, patterns) for texts in found.values()), found[targets[0]])
 
@@ -204,7 +205,7 @@ def exported(tally):
     intact = names.definitions(INCLUDE)
     added = "\nnamespace Halvorix { HXSSO_API void Added(); void Added() {} }\n"
     for target, file in exports.LISTS.items():
-        listed = names.read_list(ROOT / "abi" / file)
+        listed = names.read_list(LISTS / file)
         with tempfile.TemporaryDirectory() as folder:
             copy = Copy(folder, "WebServicesUIManager.h", lambda text: changed(
                 text, "class HXSSO_API WebServicesAutomation", "class WebServicesAutomation"))

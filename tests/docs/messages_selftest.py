@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Breaks a copy of what docs/messages.py reads, and expects it to be noticed."""
+"""Breaks a copy of what tests/docs/messages.py reads, and expects it to be noticed."""
 
 import contextlib
 import io
@@ -11,10 +11,10 @@ import tempfile
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 sys.dont_write_bytecode = True
-sys.path.insert(0, str(ROOT / "docs"))
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
 import messages  # noqa: E402
 PAGE = "docs/troubleshooting.md"
-TOLD = "docs/messages.txt"
+TOLD = "tests/docs/messages.txt"
 CODE = "src/support/Messages.h"
 TEST = "tests/support/MessagesTest.cpp"
 LOAD = "src/host/PluginLoad.cpp"

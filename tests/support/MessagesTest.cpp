@@ -21,7 +21,7 @@ struct Expected {
 };
 
 // Texts and levels are relied on by whoever reads logs, so they stand here once
-// more, to the letter. That none is left out, docs/messages.py sees to.
+// more, to the letter. That none is left out, tests/docs/messages.py sees to.
 constexpr Expected AllMessages[] = {
     // Errors.
     {"NoSSOClientModule", Messages::NoSSOClientModule, LogLevel::Error,

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 """Writes the table of all log messages into docs/troubleshooting.md, and checks it.
 
-  docs/messages.py            checks; exit status 1 if anything is wrong
-  docs/messages.py --update   writes the table anew, then checks
+  tests/docs/messages.py            checks; exit status 1 if anything is wrong
+  tests/docs/messages.py --update   writes the table anew, then checks
 
 Texts and levels come from src/support/Messages.h, the one list in code; when a
-message is logged, what it means and what to do come from docs/messages.txt.
+message is logged, what it means and what to do come from tests/docs/messages.txt.
 Checked is that
 
   - each message is told there, none is left over, and the page is up to date;
@@ -19,7 +19,7 @@ import pathlib
 import re
 import sys
 
-BEGIN = "<!-- messages: written by docs/messages.py, do not edit -->"
+BEGIN = "<!-- messages: written by tests/docs/messages.py, do not edit -->"
 END = "<!-- end of messages -->"
 FIELDS = ("when", "meaning", "remedy")
 
@@ -63,17 +63,17 @@ def messages_in_code(root):
 
 
 def messages_told(root):
-    """Of each message in docs/messages.txt its fields."""
+    """Of each message in tests/docs/messages.txt its fields."""
     told = {}
     wrong = []
     entry = field = None
-    for number, line in enumerate(read(root / "docs/messages.txt").splitlines(), 1):
+    for number, line in enumerate(read(root / "tests/docs/messages.txt").splitlines(), 1):
         if line.startswith("#") or not line.strip():
             continue
         match = re.fullmatch(r"(\w+): (\S.*)", line)
         if re.fullmatch(r"\w+", line):
             if line in told:
-                wrong.append(f"docs/messages.txt:{number}: {line} is told twice")
+                wrong.append(f"tests/docs/messages.txt:{number}: {line} is told twice")
             entry, field = told.setdefault(line, {}), None
         elif match and entry is not None and match[1] in FIELDS:
             field = match[1]
@@ -81,9 +81,9 @@ def messages_told(root):
         elif line.startswith("  ") and field:
             entry[field] += " " + line.strip()
         else:
-            wrong.append(f"docs/messages.txt:{number}: cannot be read: {line}")
+            wrong.append(f"tests/docs/messages.txt:{number}: cannot be read: {line}")
     for name, entry in told.items():
-        wrong += [f"docs/messages.txt: {name} has no '{f}'" for f in FIELDS if f not in entry]
+        wrong += [f"tests/docs/messages.txt: {name} has no '{f}'" for f in FIELDS if f not in entry]
     return told, wrong
 
 
@@ -205,8 +205,8 @@ def check(root):
     told, wrong = messages_told(root)
     if not names:
         wrong.append("src/support/Messages.h: no messages found")
-    wrong += [f"docs/messages.txt: {name} is not told" for name in sorted(names - set(told))]
-    wrong += [f"docs/messages.txt: there is no {name}" for name in sorted(set(told) - names)]
+    wrong += [f"tests/docs/messages.txt: {name} is not told" for name in sorted(names - set(told))]
+    wrong += [f"tests/docs/messages.txt: there is no {name}" for name in sorted(set(told) - names)]
 
     test = "tests/support/MessagesTest.cpp"
     tested = re.findall(r"\bMessages::(\w+), LogLevel::", read(root / test))
@@ -214,7 +214,7 @@ def check(root):
 
     page = read(root / "docs/troubleshooting.md")
     if page_with(page, table(groups, told)) != page:
-        wrong.append("docs/troubleshooting.md is not up to date: docs/messages.py --update")
+        wrong.append("docs/troubleshooting.md is not up to date: tests/docs/messages.py --update")
     return wrong + check_sources(root, names), len(names)
 
 
@@ -222,7 +222,7 @@ def main(arguments=None):
     parser = argparse.ArgumentParser()
     parser.add_argument("--update", action="store_true")
     parser.add_argument("--root", type=pathlib.Path,
-                        default=pathlib.Path(__file__).resolve().parents[1])
+                        default=pathlib.Path(__file__).resolve().parents[2])
     options = parser.parse_args(arguments)
     if options.update:
         path = options.root / "docs/troubleshooting.md"
