@@ -9,7 +9,7 @@ def write(path, name, exports=(), imports=(), is_x86=False):
     """A DLL.
 
     exports  name: "Module.symbol" that stands for it, or None for a function that returns 0
-    imports  name of a module: names of functions
+    imports  name of a module: names of functions, or their numbers
     """
     body = bytearray(b"\x31\xc0\xc3\0")  # xor eax, eax; ret
     names = sorted(dict(exports))  # as the loader searches them
@@ -34,7 +34,9 @@ def write(path, name, exports=(), imports=(), is_x86=False):
     size_of_exports = SECTION + len(body) - at_exports
     descriptors = b""
     for module, symbols in dict(imports).items():
-        hints = [add(b"\0\0" + symbol.encode() + b"\0") for symbol in symbols] + [0]
+        number = 1 << (31 if is_x86 else 63)
+        hints = [number | symbol if isinstance(symbol, int) else
+                 add(b"\0\0" + symbol.encode() + b"\0") for symbol in symbols] + [0]
         tables = [add(b"".join(struct.pack(thunk, hint) for hint in hints)) for _ in range(2)]
         descriptors += struct.pack("<IIIII", tables[0], 0, 0, text(module), tables[1])
     at_imports = add(descriptors + bytes(20))

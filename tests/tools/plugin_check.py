@@ -869,7 +869,7 @@ def ForwardedSymbols():
     for target in ("Real.#1", "kernel32.GetTickCount", "api-ms-win-core-file-l1-1-0.CreateFileW"):
         forwarding("PluginDependency.dll", {symbol: target})
         found()
-    for target in ("Gone.#1", "api-ms-win-core-nonsense-l1-1-0.CreateFileW"):
+    for target in ("Gone.#1", "Real.#77", "api-ms-win-core-nonsense-l1-1-0.CreateFileW"):
         forwarding("PluginDependency.dll", {symbol: target})
         lost(f"to {target}, which no module has")
     # More than once, and without end.
@@ -888,6 +888,29 @@ def ForwardedSymbols():
                          "that one does not have").not_loaded()
     forwarding("Further.dll", {"Function": "Real." + symbol})
     found()
+
+
+def FunctionsByNumber():
+    """A module may take them so, of those that are there."""
+    if not IS_WINDOWS:
+        skip("modules of this system have no such symbols")
+    module = place("DependentPlugin")
+    symbol = "_Z13UseDependencyv"
+    shutil.copyfile(FOLDER / "PluginDependency.dll", "Real.dll")
+    forwarding("Further.dll", {"One": None, "Two": "Real." + symbol, "Zero": "Gone.Zero"})
+    for number, line in (
+        (1, ""),
+        (2, ""),
+        (3, "needs #3 of Further.dll, which is forwarded to Gone.Zero, which no module has"),
+        (4, "needs #4 of Further.dll, which that one does not have"),
+        (0, "needs #0 of Further.dll, which that one does not have"),
+    ):
+        forwarding("PluginDependency.dll", {symbol: None}, {"Further.dll": [number]})
+        run_of = failing(module)
+        if line:
+            run_of.only("symbols", "FAILED", "PluginDependency.dll " + line).not_loaded()
+        else:
+            run_of.only("load", "ok")
 
 
 def ForwardedFactoryProcedure():

@@ -120,7 +120,7 @@ private:
             limit = graph.limit;
         if (from == ModuleGraph::NoModule)
             Tell(import);
-        else if (target[dot + 1] != '#')
+        else
             Add(from, target.substr(dot + 1), std::move(import));
     }
 

@@ -145,16 +145,17 @@ private:
         std::vector<std::uint64_t> places;
         for (std::uint64_t i = 0; i < table.NumberOfNames; ++i)
             places.push_back(OffsetOf(bytes.NumberOrZero(names + i * 4, 4)));
-        std::string flaw = ReadForwards(table, places, isWanted, budget, offers);
+        std::string flaw = ReadFunctions(table, places, isWanted, budget, offers);
         if (!flaw.empty())
             return flaw;
         return TakeWanted(bytes, std::move(places), LongestSymbol, isWanted, budget, offers);
     }
 
-    // What is said of a function within the export table is no code but the name of another one.
-    std::string ReadForwards(IMAGE_EXPORT_DIRECTORY const& table,
-                             std::vector<std::uint64_t> const& names, SymbolTest const& isWanted,
-                             SymbolBudget& budget, ModuleOffers& offers) const
+    // By name and number. What is said of a function within the export table is no code but
+    // the name of another one.
+    std::string ReadFunctions(IMAGE_EXPORT_DIRECTORY const& table,
+                              std::vector<std::uint64_t> const& names, SymbolTest const& isWanted,
+                              SymbolBudget& budget, ModuleOffers& offers) const
     {
         IMAGE_DATA_DIRECTORY const& own = directories[IMAGE_DIRECTORY_ENTRY_EXPORT];
         constexpr std::size_t mostNumbers = 0x10000; // a name has 16 bits for its function's
@@ -165,10 +166,15 @@ private:
             !bytes.Bytes(OffsetOf(table.AddressOfFunctions), functions.data(),
                          functions.size() * sizeof(DWORD)))
             return "its export table cannot be read";
+        if (!budget.TakeRecords(functions.size()))
+            return budget.Limit();
+        auto const isForward = [&own](DWORD address) {
+            return address >= own.VirtualAddress && address - own.VirtualAddress < own.Size;
+        };
         std::vector<std::pair<std::uint64_t, std::uint64_t>> places; // of both names
         for (std::size_t i = 0; i < names.size(); ++i) {
             DWORD const address = numbers[i] < functions.size() ? functions[numbers[i]] : 0;
-            if (address >= own.VirtualAddress && address - own.VirtualAddress < own.Size)
+            if (isForward(address))
                 places.emplace_back(names[i], OffsetOf(address));
         }
         // In the file's order, as other names.
@@ -182,6 +188,16 @@ private:
                 return budget.Limit();
             targets.emplace_back(target, std::move(symbol));
         }
+        for (std::size_t i = 0; i < functions.size(); ++i) {
+            std::string symbol = NameOfNumber(std::uint64_t{table.Base} + i);
+            if (functions[i] == 0 || !isWanted(symbol))
+                continue;
+            if (!budget.TakeName(symbol.size()))
+                return budget.Limit();
+            offers.exports.push_back(symbol);
+            if (isForward(functions[i]))
+                targets.emplace_back(OffsetOf(functions[i]), std::move(symbol));
+        }
         std::sort(targets.begin(), targets.end());
         for (auto& [place, symbol] : targets) {
             std::string target = bytes.Name(place, LongestSymbol);
@@ -191,6 +207,9 @@ private:
         }
         return {};
     }
+
+    // As one that another module stands for is written.
+    static std::string NameOfNumber(std::uint64_t number) { return "#" + std::to_string(number); }
 
     template <class Action>
     std::string ReadImports(Action action) const
@@ -224,11 +243,11 @@ private:
                 return false;
             if (thunk.u1.AddressOfData == 0)
                 return true;
-            if (IMAGE_SNAP_BY_ORDINAL(thunk.u1.Ordinal))
-                continue;
             // Behind a number that is a guess at its place.
             std::string name =
-                bytes.Name(OffsetOf(thunk.u1.AddressOfData) + sizeof(WORD), LongestSymbol);
+                IMAGE_SNAP_BY_ORDINAL(thunk.u1.Ordinal)
+                    ? NameOfNumber(IMAGE_ORDINAL(thunk.u1.Ordinal))
+                    : bytes.Name(OffsetOf(thunk.u1.AddressOfData) + sizeof(WORD), LongestSymbol);
             if (!budget.TakeName(name.size() + module.size()))
                 return false;
             needs.imports.push_back({std::move(name), module});
