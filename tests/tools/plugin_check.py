@@ -838,13 +838,17 @@ def forwarding(name, exports, imports=()):
     pe.write(name, name, exports, imports, is_x86)
 
 
-def ForwardedSymbols():
-    """They are looked for where the loader goes on looking."""
+def dependent_plugin():
+    """A plugin and the symbol that it needs of PluginDependency.dll, which Real.dll has."""
     if not IS_WINDOWS:
         skip("modules of this system have no such symbols")
-    module = place("DependentPlugin")
-    symbol = "_Z13UseDependencyv"
     shutil.copyfile(FOLDER / "PluginDependency.dll", "Real.dll")
+    return place("DependentPlugin"), "_Z13UseDependencyv"
+
+
+def ForwardedSymbols():
+    """They are looked for where the loader goes on looking."""
+    module, symbol = dependent_plugin()
     begin = f"DependentPlugin.dll needs {symbol} of PluginDependency.dll, which is forwarded "
 
     def found():
@@ -892,11 +896,7 @@ def ForwardedSymbols():
 
 def FunctionsByNumber():
     """A module may take them so, of those that are there."""
-    if not IS_WINDOWS:
-        skip("modules of this system have no such symbols")
-    module = place("DependentPlugin")
-    symbol = "_Z13UseDependencyv"
-    shutil.copyfile(FOLDER / "PluginDependency.dll", "Real.dll")
+    module, symbol = dependent_plugin()
     forwarding("Further.dll", {"One": None, "Two": "Real." + symbol, "Zero": "Gone.Zero"})
     for number, line in (
         (1, ""),
