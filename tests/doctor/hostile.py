@@ -267,7 +267,7 @@ def ManySearches(test):
     place.write(COMPATIBILITY, json.dumps(whole))
     place.write("app/SSOClient.config", json.dumps({"ssoServer": {
         "VersionCompatibilityConfigfilePath": "{root}/server",
-        "searchPaths": ";".join(f"/{number}" for number in range(1000))}}))
+        "searchPaths": ";".join(f"{{root}}/{number}" for number in range(1000))}}))
     ended = place.diagnose()
     limit = "looks into more than 200000 directories, the limit of what is looked at"
     assert ended.last == "the choice of the client plugin " + limit
@@ -280,13 +280,15 @@ def ManySearches(test):
 def LogOfAnyLength(test):
     """A line of any length is shown; that the log is too long is not the plugin's fault."""
     place = test.whole()
-    names = [f"/{number:0200}" for number in range(2000)]
+    names = [f"{{root}}/{number:0200}" for number in range(2000)]
     place.write("app/SSOClient.config", json.dumps({"ssoServer": {
         "VersionCompatibilityConfigfilePath": "{root}/server",
         "searchPaths": ";".join(["{root}/server"] + names)}}))
     ended = place.diagnose("--log")
     assert ended.last == "sign-in can work"
-    assert names[-1] in ended.output[ended.output.index("The library's log of a load"):]
+    assert f"/{1999:0200}" in ended.output[ended.output.index("The library's log of a load"):]
+    if test.build.is_windows:
+        return  # where the rest takes half a minute; the limit is the same code
     place.path("server/HxSSO.exe").unlink()
     whole = harness.compatibility(place)
     for key in ("modulePath", "modulePathWoW64"):
