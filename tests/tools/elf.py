@@ -1,5 +1,6 @@
 """Modules for Linux, made from nothing but their header: for what no linker writes."""
 
+import pathlib
 import struct
 
 NEEDED, HASH, STRTAB, SYMTAB, RELA, RELASZ, RELAENT, STRSZ, SONAME, RPATH, RUNPATH = (
@@ -91,3 +92,4 @@ def write(path, needed=(), soname=None, rpath=None, runpath=None, strings=b"", s
     with open(path, "wb") as file:
         file.write(header + segments + dynamic + bytes(table) + records + chain + links)
         file.truncate(whole)
+    pathlib.Path(path).chmod(0o755)

@@ -25,6 +25,10 @@ std::filesystem::path AsOpened(std::filesystem::path const& file);
 std::filesystem::path ExecutableAsRun(std::filesystem::path const& file);
 std::filesystem::path ModuleAsLoaded(std::filesystem::path const& file);
 
+/// What the library gets to know of the path of a file of its process: the beginning, where
+/// the system would tell more than it has room for.
+std::wstring AsToldToLibrary(std::wstring const& path);
+
 /// Has a module that is loaded serve the symbols of those that come after it, as what a
 /// program itself needs does where the system tells modules apart.
 void ServeSymbols(std::filesystem::path const& module);

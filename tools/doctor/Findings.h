@@ -90,9 +90,14 @@ struct Program {
     std::string executable;
     std::string executableMachine; ///< empty if that is no program of this system
     std::string executableFlaw;    ///< "is not a program"; empty: none
-    bool isNamed = false;          ///< by --exe; else it is this tool
-    bool isLibraryNamed = false;   ///< by --library
-    std::string locale;            ///< the environment's; empty: none
+    std::string startFlaw;         ///< why the system does not start it; empty: none
+    std::string startRemedy;
+    bool isStatic = false;           ///< it has no loader
+    bool needsLibrary = true;        ///< at its start; else it may load it by itself
+    std::vector<NamedText> cutFiles; ///< of which the library reads a part of the path
+    bool isNamed = false;            ///< by --exe; else it is this tool
+    bool isLibraryNamed = false;     ///< by --library
+    std::string locale;              ///< the environment's; empty: none
     std::string directory;
     std::string workingDirectory;
     std::string ownMachine; ///< of this tool

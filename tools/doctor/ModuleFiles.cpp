@@ -24,7 +24,8 @@ std::wstring ResolveModuleFile(std::wstring const& moduleName)
 {
     // All but the library itself is what a load has brought into this process.
     if (moduleName == Platform::LibraryFileName())
-        return NormalizePath(Tools::Wide(Doctor::CurrentTargetProgram().library));
+        return NormalizePath(
+            Tools::AsToldToLibrary(Tools::Wide(Doctor::CurrentTargetProgram().library)));
     return NormalizePath(Platform::LoadedModuleFile(moduleName));
 }
 
@@ -35,8 +36,8 @@ std::wstring GetModuleDirPath(std::wstring const& moduleName)
 
 std::wstring GetExecutableDirPath()
 {
-    return Counted(
-        ParentPath(NormalizePath(Tools::Wide(Doctor::CurrentTargetProgram().executable))));
+    return Counted(ParentPath(NormalizePath(
+        Tools::AsToldToLibrary(Tools::Wide(Doctor::CurrentTargetProgram().executable)))));
 }
 
 std::wstring GetKnownFolderPath(Platform::KnownFolder folder)

@@ -11,6 +11,7 @@
 #include "../common/Utf8.h"
 #include "Examination.h"
 #include "FileFlaw.h"
+#include "ProgramStart.h"
 #include "TargetProgram.h"
 #include "Text.h"
 #include "discovery/ModuleFiles.h"
@@ -54,8 +55,26 @@ void AddExecutable(fs::path const& file, Program& program)
     program.executableFlaw = FlawOfImage(file, image, "program");
     if (program.executableFlaw.empty() && image.isModule && IsNamedAsModule(file))
         program.executableFlaw = "is a module, not a program";
-    if (program.executableFlaw.empty())
-        program.executableMachine = image.machine;
+    if (!program.executableFlaw.empty())
+        return;
+    program.executableMachine = image.machine;
+    if (image.machine != Tools::OwnMachine())
+        return;
+    ProgramStart start = StartOf(file, image);
+    program.startFlaw = std::move(start.flaw);
+    program.startRemedy = std::move(start.remedy);
+    program.isStatic = start.isStatic;
+}
+
+void AddCutFiles(TargetProgram const& target, Program& program)
+{
+    for (fs::path const& file : {target.executable, target.library}) {
+        std::wstring const path = Tools::Wide(file);
+        std::wstring const told = Tools::AsToldToLibrary(path);
+        if (told != path)
+            program.cutFiles.push_back(
+                {Tools::Utf8(file), Shown(SSOServices::NormalizePath(told))});
+    }
 }
 
 // A name that programs are built against, and so every version of the library has.
@@ -113,10 +132,12 @@ void ExamineProgram(Resolver& resolver, Options const& options, Findings& findin
     program.libraryName = Shown(libraryName);
     program.version = SSOServices::LibraryVersion;
     program.build = Shown(SSOServices::BuildName());
-    program.libraryFile = Shown(SSOServices::ResolveModuleFile(libraryName));
+    program.libraryFile = Shown(SSOServices::NormalizePath(Tools::Wide(target.library)));
     AddLibrary(target.library, program);
     program.libraryHint = WantedLibrary().hint;
     program.libraryRemedy = WantedLibrary().remedy;
+    program.needsLibrary = WantedLibrary().isNeeded;
+    AddCutFiles(target, program);
     program.locale = boost::locale::util::get_system_locale();
     program.executable = Shown(SSOServices::NormalizePath(Tools::Wide(target.executable)));
     program.ownMachine = Tools::OwnMachine();

@@ -32,6 +32,23 @@ void JudgeMissingLibrary(Findings const& findings, ProblemList& problems)
                  remedy);
 }
 
+void JudgeStart(Program const& program, ProblemList& problems)
+{
+    if (!program.startFlaw.empty())
+        problems.Add(Fatal, "program-does-not-start", Subject::Program,
+                     "the program " + program.executable + " does not start: " + program.startFlaw,
+                     program.startRemedy);
+    else if (!program.needsLibrary)
+        problems.Add(Warning, "program-does-not-need-library", Subject::Program,
+                     "the program " + program.executable +
+                         (program.isStatic ? " is linked statically, so that no loader brings "
+                                           : " does not need ") +
+                         program.libraryName +
+                         (program.isStatic ? " into its process" : " at its start") +
+                         ": what is said here holds only if it loads the library itself",
+                     "name the program that uses the library with --exe if that is another one");
+}
+
 } // namespace
 
 void JudgeProgram(Findings const& findings, ProblemList& problems)
@@ -46,6 +63,13 @@ void JudgeProgram(Findings const& findings, ProblemList& problems)
                      program.executable + " is for " + program.executableMachine +
                          ", and this doctor for " + program.ownMachine,
                      "run the doctor of the package for " + program.executableMachine);
+    else
+        JudgeStart(program, problems);
+    for (NamedText const& cut : program.cutFiles)
+        problems.Add(Cause, "program-path-too-long", Subject::Program,
+                     "the path " + cut.name +
+                         " is too long for the library, which reads this of it: " + cut.text,
+                     "install the program in a folder with a shorter path");
     if (program.libraryFile.empty())
         JudgeMissingLibrary(findings, problems);
     else if (!program.libraryFlaw.empty())

@@ -58,6 +58,8 @@ std::filesystem::path ModuleAsLoaded(std::filesystem::path const& file)
     return ExecutableAsRun(absolute.parent_path()) / absolute.filename();
 }
 
+std::wstring AsToldToLibrary(std::wstring const& path) { return path; }
+
 void ServeSymbols(std::filesystem::path const& module)
 {
     ::dlopen(module.c_str(), RTLD_NOW | RTLD_NOLOAD | RTLD_GLOBAL);

@@ -39,6 +39,14 @@ std::filesystem::path ModuleAsLoaded(std::filesystem::path const& file)
     return ExecutableAsRun(file);
 }
 
+// Some systems leave out the end of a text that they cut.
+std::wstring AsToldToLibrary(std::wstring const& path)
+{
+    wchar_t name[4] = {};
+    ::GetModuleFileNameW(nullptr, name, 3);
+    return path.substr(0, name[2] == L'\0' ? MAX_PATH - 1 : MAX_PATH);
+}
+
 // All symbols are taken from a module by its name.
 void ServeSymbols(std::filesystem::path const&) {}
 
