@@ -90,10 +90,11 @@ std::vector<MissingModule> MissingFor(ModuleGraph const& graph, std::size_t modu
             found.back().hint.clear();
     }
     for (MissingModule& missing : found)
-        missing.remedy =
-            NamesPlace(missing.name)
-                ? "install a " + missing.neededBy + " that names what it needs without a folder"
-                : RemedyForMissing(missing.name, graph, missing.needing);
+        if (missing.remedy.empty())
+            missing.remedy =
+                NamesPlace(missing.name)
+                    ? "install a " + missing.neededBy + " that names what it needs without a folder"
+                    : RemedyForMissing(missing.name, graph, missing.needing);
     return found;
 }
 

@@ -12,6 +12,7 @@ struct OpenedFile {
     std::unique_ptr<ByteSource> bytes; ///< null if it cannot be read
     std::string reason;                ///< why not: "is a folder, not a file", say
     bool endsSearch = false;           ///< the loader looks no further than at this one
+    std::string remedy = {};           ///< where it is not the file that has to be another one
 };
 
 /// A regular file. Anything else of that name (a folder, a pipe, a device) is told

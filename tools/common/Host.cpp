@@ -71,7 +71,9 @@ FoundLibrary FindLibraryOf(fs::path const& program)
         if (IsLibraryName(missing.name)) {
             found.name = missing.name;
             found.hint = missing.hint;
-            found.remedy = RemedyForMissing(missing.name, graph, missing.needing);
+            found.remedy = missing.remedy.empty()
+                               ? RemedyForMissing(missing.name, graph, missing.needing)
+                               : missing.remedy;
             // One that the loader passes over is told as what it is.
             found.file = FirstFile(CandidatesFor(missing.name, graph, missing.needing));
             return found;

@@ -170,11 +170,11 @@ void ModuleGraph::Resolve(std::string const& name, std::size_t needing)
         limit += EndOfSearch;
         return;
     }
-    std::string hint;
+    Obstacle obstacle;
     if (NamesPlace(name)) {
-        hint = "it is named by a place and not by a name: refused, nothing was opened";
+        obstacle.hint = "it is named by a place and not by a name: refused, nothing was opened";
     } else {
-        std::size_t const found = Search(name, needing, hint);
+        std::size_t const found = Search(name, needing, obstacle);
         if (found != NoModule) {
             names.emplace(Comparable(name), found);
             modules[needing].needs.push_back(found);
@@ -183,14 +183,16 @@ void ModuleGraph::Resolve(std::string const& name, std::size_t needing)
             return;
         std::error_code unknown;
         fs::path const beside = modules[needing].file.parent_path() / FileName(name);
-        if (hint.empty() && modules[needing].place != Place::System && fs::exists(beside, unknown))
-            hint = HintForModuleBeside();
+        if (obstacle.hint.empty() && modules[needing].place != Place::System &&
+            fs::exists(beside, unknown))
+            obstacle.hint = HintForModuleBeside();
     }
     lost.insert(Comparable(name));
-    missing.push_back({name, Utf8(modules[needing].file.filename()), needing, hint, {}});
+    missing.push_back({name, Utf8(modules[needing].file.filename()), needing,
+                       std::move(obstacle.hint), std::move(obstacle.remedy)});
 }
 
-std::size_t ModuleGraph::Search(std::string const& name, std::size_t needing, std::string& hint)
+std::size_t ModuleGraph::Search(std::string const& name, std::size_t needing, Obstacle& obstacle)
 {
     // One of another number is another library.
     bool const isGiven =
@@ -205,10 +207,9 @@ std::size_t ModuleGraph::Search(std::string const& name, std::size_t needing, st
                 EndOfSearch;
         return NoModule;
     }
-    bool isStopped = false;
     for (Candidate const& candidate : candidates) {
-        std::size_t const found = Take(candidate.file, candidate.place, needing, hint, isStopped);
-        if (found != NoModule || isStopped)
+        std::size_t const found = Take(candidate.file, candidate.place, needing, obstacle);
+        if (found != NoModule || obstacle.endsSearch)
             return found;
     }
     return NoModule;
@@ -227,16 +228,17 @@ bool ModuleGraph::FolderIsThere(fs::path const& folder) const
 // NoModule if this is not the file. What is for another machine the loader passes
 // over; what is no module at all ends its search.
 std::size_t ModuleGraph::Take(fs::path const& file, Place place, std::size_t needing,
-                              std::string& hint, bool& isStopped)
+                              Obstacle& obstacle)
 {
     if (!FolderIsThere(file.parent_path()))
         return NoModule;
     OpenedFile const opened = OpenFile(file);
     std::string const where = "the one in " + Utf8(file.parent_path()) + " ";
     if (opened.bytes == nullptr) {
-        isStopped = opened.endsSearch;
-        if (opened.reason != "does not exist" && (hint.empty() || isStopped))
-            hint = where + opened.reason;
+        if (opened.reason != "does not exist" && (obstacle.hint.empty() || opened.endsSearch))
+            obstacle = {where + opened.reason,
+                        opened.endsSearch ? "remove or replace " + Utf8(file) : opened.remedy,
+                        opened.endsSearch};
         return NoModule;
     }
     ModuleImage image = ReadModuleImage(ByteView(*opened.bytes));
@@ -245,14 +247,15 @@ std::size_t ModuleGraph::Take(fs::path const& file, Place place, std::size_t nee
         image.refusal.empty() && !isForStart)
         return Add(file, std::move(image), place, needing);
     if (image.format == NativeFormat && image.machine != ownMachine) {
-        hint = where + "is for " + image.machine;
+        obstacle = {where + "is for " + image.machine, {}, false};
         return NoModule;
     }
-    hint = where + (!image.flaw.empty()      ? "is damaged: " + image.flaw
-                    : !image.refusal.empty() ? image.refusal
-                    : isForStart             ? ForStartOnly
-                                             : "is no module");
-    isStopped = true;
+    obstacle.hint = where + (!image.flaw.empty()      ? "is damaged: " + image.flaw
+                             : !image.refusal.empty() ? image.refusal
+                             : isForStart             ? ForStartOnly
+                                                      : "is no module");
+    obstacle.remedy = "remove or replace " + Utf8(file);
+    obstacle.endsSearch = true;
     return NoModule;
 }
 

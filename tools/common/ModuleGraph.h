@@ -41,6 +41,13 @@ struct MissingModule {
     std::string remedy;
 };
 
+/// What the search for a module meets in its place.
+struct Obstacle {
+    std::string hint; ///< empty: nothing
+    std::string remedy;
+    bool endsSearch = false;
+};
+
 /// The modules of a process as its loader would find them. Nothing but files is read,
 /// each in its headers; none is loaded, and nothing is opened outside the folders in
 /// which the loader looks.
@@ -90,9 +97,9 @@ private:
                     std::size_t neededBy);
     void Follow(std::size_t first);
     void Resolve(std::string const& name, std::size_t needing);
-    std::size_t Search(std::string const& name, std::size_t needing, std::string& hint);
+    std::size_t Search(std::string const& name, std::size_t needing, Obstacle& obstacle);
     std::size_t Take(std::filesystem::path const& file, Place place, std::size_t needing,
-                     std::string& hint, bool& isStopped);
+                     Obstacle& obstacle);
     void CountText(MappedModule const& module);
 
     std::filesystem::path const givenLibrary;

@@ -11,6 +11,12 @@ void JudgeSimilar(Findings const& findings, ProblemList& problems, Search const&
                   char const* code, Subject subject, std::string const& what)
 {
     for (Directory const& directory : search.tried) {
+        if (!directory.flaw.empty()) {
+            Hint const hint = HintAtBrokenLink(Joined(directory.path, search.file), directory.flaw);
+            problems.Add(IsServerAppLost(findings) ? Cause : Warning, "client-config-broken-link",
+                         subject, what + " " + hint.text, hint.remedy);
+            return;
+        }
         if (directory.similar.empty())
             continue;
         problems.Add(IsServerAppLost(findings) ? Cause : Warning, code, subject,

@@ -48,6 +48,7 @@ struct Directory {
     Finding finding;
     std::vector<std::string> unknown; ///< variables that stayed in it
     std::string similar;              ///< a file there whose name is nearly the one searched
+    std::string flaw;                 ///< of what is there in its place: a link to nothing
     bool isFirstAgain = false;        ///< a later hit that is the first one, spelled otherwise
     bool holdsList = false; ///< for the server application: the version compatibility file too
 };
@@ -63,7 +64,7 @@ struct Presence {
     std::string reason;        ///< why it cannot be looked at, which counts as not there
     bool isDenied = false;     ///< and that is why
     std::string circle;        ///< or that: a link that leads to itself
-    std::string flaw;          ///< of one that is there: "is a folder, not a file"
+    std::string flaw;          ///< of what is there: "is a folder, not a file", "is a link to …"
     std::string similar;       ///< for one that is not: a file whose name is nearly the same
     bool isBelowFile = false;  ///< what should be its folder is a file
     bool isOutOfReach = false; ///< there, but not under the name that the library makes of it

@@ -113,8 +113,16 @@ std::string Joined(std::string const& directory, std::string const& name)
 
 std::string NameOf(std::string const& file) { return file.substr(file.rfind('/') + 1); }
 
+Hint HintAtBrokenLink(std::string const& file, std::string const& flaw)
+{
+    return {file + " " + flaw, "correct the link " + file};
+}
+
 void AddSimilar(Search const& search, std::vector<Hint>& hints)
 {
+    for (Directory const& directory : search.tried)
+        if (!directory.flaw.empty())
+            hints.push_back(HintAtBrokenLink(Joined(directory.path, search.file), directory.flaw));
     for (Directory const& directory : search.tried)
         if (!directory.similar.empty())
             hints.push_back({Joined(directory.path, directory.similar) + " is there, but " +

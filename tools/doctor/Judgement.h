@@ -74,7 +74,10 @@ std::vector<Tools::Check> FailedOf(std::vector<Tools::Check> const& checks);
 /// The file of the library is there, and of use to the program.
 bool IsLibraryWhole(Findings const& findings);
 
-/// Files of nearly the name that was searched.
+/// A link in the place of a file, which leads to none.
+Hint HintAtBrokenLink(std::string const& file, std::string const& flaw);
+
+/// Such links, and files of nearly the name that was searched.
 void AddSimilar(Search const& search, std::vector<Hint>& hints);
 
 /// Files of the name behind the first one, which the library therefore does not use.

@@ -31,6 +31,8 @@ Hint UnknownHint(std::vector<std::string> const& unknown, std::string const& cor
 void AddMissingPlugin(Findings const& findings, ProblemList& problems, Plugin const& plugin)
 {
     std::vector<Hint> hints;
+    if (!plugin.presence.flaw.empty())
+        hints.push_back(HintAtBrokenLink(plugin.file, plugin.presence.flaw));
     if (!plugin.presence.similar.empty())
         hints.push_back({plugin.presence.similar + " is there, but " +
                              DifferenceOf(plugin.presence.similar, NameOf(plugin.file)),
@@ -61,6 +63,8 @@ void AddMissingPlugin(Findings const& findings, ProblemList& problems, Plugin co
 void AddMissingOpenSsl(ProblemList& problems, OpenSsl const& openSsl)
 {
     std::vector<Hint> hints;
+    if (!openSsl.presence.flaw.empty())
+        hints.push_back(HintAtBrokenLink(openSsl.file, openSsl.presence.flaw));
     std::string const& similar = openSsl.presence.similar;
     if (!similar.empty())
         hints.push_back({similar + " is there, but " + DifferenceOf(similar, NameOf(openSsl.file)),

@@ -122,8 +122,11 @@ void JudgeServerExecutable(Findings const& findings, ProblemList& problems)
         problems.Add(Fatal, "server-executable-missing", Subject::ServerApp,
                      "the server application was found in " + server.directory +
                          ", but its executable " + server.executable + " " + Words(server.presence),
-                     "correct ssoServer.exeName of the client configuration, or install the server "
-                     "application again");
+                     !server.presence.flaw.empty()
+                         ? "correct the link " + server.executable
+                         : std::string("correct ssoServer.exeName of the client configuration, or "
+                                       "install the server "
+                                       "application again"));
     } else if (!server.presence.flaw.empty()) {
         problems.Add(Fatal, "server-executable-not-a-file", Subject::ServerApp,
                      "the server application's executable " + server.executable + " " +

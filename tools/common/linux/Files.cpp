@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <system_error>
 
+#include "../Utf8.h"
 #include "platform/linux/Files.h"
 
 namespace Halvorix::Tools {
@@ -57,14 +58,21 @@ std::string WhyNotRegular(struct stat const& status)
 }
 
 // Over what is not there, or is denied, the loader passes.
-OpenedFile NotOpened(int error)
+OpenedFile NotOpened(std::filesystem::path const& file, int error)
 {
+    std::error_code unknown;
+    std::filesystem::path const target = std::filesystem::read_symlink(file, unknown);
+    if (error == ENOENT && !unknown)
+        return {nullptr, "is a link to " + Utf8(target) + ", which does not exist", false,
+                "correct the link " + Utf8(file)};
     if (error == ENOENT || error == ENOTDIR)
         return {nullptr, "does not exist", false};
+    if (error == EACCES)
+        return {nullptr, "cannot be opened: " + std::generic_category().message(error), false,
+                "allow the program's user to read " + Utf8(file)};
     if (error == ELOOP)
         return {nullptr, "is a link that leads in a circle", true};
-    return {nullptr, "cannot be opened: " + std::generic_category().message(error),
-            error != EACCES};
+    return {nullptr, "cannot be opened: " + std::generic_category().message(error), true};
 }
 
 } // namespace
@@ -73,16 +81,16 @@ OpenedFile OpenFile(std::filesystem::path const& file)
 {
     struct stat status {};
     if (::stat(file.c_str(), &status) != 0)
-        return NotOpened(errno);
+        return NotOpened(file, errno);
     if (std::string reason = WhyNotRegular(status); !reason.empty())
         return {nullptr, std::move(reason), true};
     // Whatever has taken its place since, the call returns.
     int const descriptor = Platform::OpenWithoutWaiting(file.c_str());
     if (descriptor < 0)
-        return NotOpened(errno);
+        return NotOpened(file, errno);
     auto source = std::make_unique<FileSource>(descriptor);
     if (::fstat(descriptor, &status) != 0)
-        return NotOpened(errno);
+        return NotOpened(file, errno);
     if (std::string reason = WhyNotRegular(status); !reason.empty())
         return {nullptr, std::move(reason), true};
     // What the system makes up as it is read has no size, and there may be nothing to read.

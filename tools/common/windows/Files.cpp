@@ -63,16 +63,17 @@ bool NamesDevice(std::filesystem::path const& file)
            std::wstring_view(L"123456789\u00B9\u00B2\u00B3").find(name[3]) != std::wstring::npos;
 }
 
-std::string WhyNotOpened()
+OpenedFile NotOpened(std::filesystem::path const& file)
 {
     DWORD const error = ::GetLastError();
     if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ||
         error == ERROR_INVALID_NAME)
-        return "does not exist";
+        return {nullptr, "does not exist"};
     std::string text = Utf8(Platform::ErrorText(error));
     while (!text.empty() && (text.back() == '\n' || text.back() == '\r'))
         text.pop_back();
-    return "cannot be opened: " + text;
+    return {nullptr, "cannot be opened: " + text, false,
+            error == ERROR_ACCESS_DENIED ? "allow the program's user to read " + Utf8(file) : ""};
 }
 
 } // namespace
@@ -83,7 +84,7 @@ OpenedFile OpenFile(std::filesystem::path const& file)
         return {nullptr, "is a device, not a file"};
     DWORD const attributes = ::GetFileAttributesW(file.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES)
-        return {nullptr, WhyNotOpened()};
+        return NotOpened(file);
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
         return {nullptr, "is a folder, not a file"};
     if ((attributes & FILE_ATTRIBUTE_DEVICE) != 0)
@@ -92,13 +93,13 @@ OpenedFile OpenFile(std::filesystem::path const& file)
                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                         nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE)
-        return {nullptr, WhyNotOpened()};
+        return NotOpened(file);
     auto source = std::make_unique<FileSource>(handle);
     if (::GetFileType(handle) != FILE_TYPE_DISK)
         return {nullptr, "is a device, not a file"};
     LARGE_INTEGER size{};
     if (::GetFileSizeEx(handle, &size) == FALSE)
-        return {nullptr, WhyNotOpened()};
+        return NotOpened(file);
     source->size = static_cast<std::uint64_t>(size.QuadPart);
     return {std::move(source), {}};
 }

@@ -72,14 +72,16 @@ LocationFlaw FlawOfLocation()
             return FlawOfContent(file, Tools::ByteView(*opened.bytes));
         if (opened.reason == "does not exist")
             continue;
+        std::error_code unknown;
         bool const isFile = opened.reason.rfind("is ", 0) != 0;
+        bool const isBrokenLink = fs::status(file, unknown).type() == fs::file_type::not_found;
         LocationFlaw const flaw = {
-            opened.reason, isFile
+            opened.reason, isBrokenLink ? opened.remedy
+                           : isFile
                                ? "allow the program's user to read " + Tools::Utf8(file)
                                : "put a file with the server application's directory in place of " +
                                      Tools::Utf8(file)};
-        std::error_code unknown;
-        if (fs::exists(fs::symlink_status(file, unknown)))
+        if (!isBrokenLink && fs::exists(fs::symlink_status(file, unknown)))
             return flaw;
         if (first.text.empty())
             first = flaw;

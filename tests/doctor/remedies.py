@@ -1,0 +1,79 @@
+#!/usr/bin/env python3
+"""What the doctor says that one should do: it helps when it is done."""
+
+import json
+import os
+
+import rig
+import harness
+from harness import COMPATIBILITY, line_of, skip
+
+
+def FilesAtWhichTheSearchEnds(test):
+    """Where one of them is the cause, a module that is installed elsewhere changes nothing."""
+    dependency = "PluginDependency" + test.build.module
+    place = test.installation("plugin-lacks-a-dependency")
+    place.place("server/plugin/" + dependency, dependency)
+    # A sanitizer needs more modules, none of which lies there.
+    environment = {} if test.build.is_windows else {"LD_LIBRARY_PATH": str(place.root / "first")}
+    first = ("app/" if test.build.is_windows else "first/") + dependency
+    place.write(first, "text")
+    file = test.build.spelled(place.path(first))
+    ended = place.diagnose("--load", environment=environment)
+    assert f"{dependency}, which DependentPlugin{test.build.module} needs, is missing: the one in " \
+        in ended.last, ended.last
+    line_of(ended, "Fix: remove or replace " + file)
+    place.path(first).unlink()
+    assert "the plugin declines" in place.diagnose("--load", environment=environment).last
+
+
+def DependencyThatMayNotBeRead(test):
+    if test.build.is_windows:
+        skip("Wine denies root nothing")
+    place = test.installation("plugin-lacks-a-dependency")
+    name = "server/plugin/PluginDependency.so"
+    place.place(name, "PluginDependency.so")
+    place.replace(name, place.path(name).read_bytes())  # not that of the build
+    place.deny(name)
+    with place:
+        ended = place.diagnose("--load")
+        assert "server/plugin cannot be opened: Permission denied" in ended.last, ended.last
+        line_of(ended, f"Fix: allow the program's user to read {place.path(name)}")
+        place.path(name).chmod(0o644)
+        assert "the plugin declines" in place.diagnose("--load").last
+
+
+def LinksToNothing(test):
+    if test.build.is_windows:
+        skip("links are rare there")
+    for case, name in (
+        ("nothing-is-wrong", "app/SSOClient.config"),
+        ("nothing-is-wrong", COMPATIBILITY),
+        ("nothing-is-wrong", "server/plugin/RecordingPlugin.so"),
+        ("nothing-is-wrong", "app/" + test.build.library),
+        ("nothing-is-wrong", "server/HxSSO.exe"),
+        ("plugin-lacks-a-dependency", "server/plugin/PluginDependency.so"),
+    ):
+        place = test.installation(case)
+        file = place.path(name)
+        file.unlink(missing_ok=True)
+        file.symlink_to("/nowhere/x")
+        ended = place.diagnose("--load")
+        assert ended.status == 1, ended.output
+        assert " is a link to /nowhere/x, which does not exist" in ended.last, (name, ended.last)
+        # The plugin may need the library, too.
+        assert f"Fix: correct the link {file}" in ended.lines, ended.output
+    # The program does not look for its executable before somebody signs in.
+    place = test.installation("nothing-is-wrong")
+    config = place.path("app/SSOClient.config")
+    settings = json.loads(config.read_text())
+    settings["ssoServer"]["exeName"] = "Other.exe"
+    place.write("app/SSOClient.config", json.dumps(settings))
+    (place.root / "server/Other.exe").symlink_to("/nowhere/x")
+    ended = place.diagnose("--load")
+    assert ended.last.endswith("server/Other.exe is a link to /nowhere/x, which does not exist")
+    line_of(ended, f"Fix: correct the link {place.root}/server/Other.exe")
+
+
+if __name__ == "__main__":
+    harness.run(globals())
