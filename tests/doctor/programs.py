@@ -130,5 +130,34 @@ def PathsTooLongForTheLibrary(test):
     assert ended.document["plugin"]["file"] == found, ended.output
 
 
+def SymbolsOfPreloadedModules(test):
+    """They come into the process with the program, unless that is a privileged one."""
+    if test.build.is_windows:
+        skip("nothing is preloaded there")
+    place = test.installation("plugin-lacks-a-dependency")
+    elf.retag(place.path("server/plugin/DependentPlugin.so"), elf.NEEDED, elf.DEBUG,
+              named=b"PluginDependency.so")
+    place.place("preloaded/some.so", "PluginDependency.so")
+    folder = place.root / "preloaded"
+    # A sanitizer wants to be the first.
+    options = {"ASAN_OPTIONS": "verify_asan_link_order=0", "LD_LIBRARY_PATH": str(folder)}
+    lacks = "needs the symbol _Z13UseDependencyv, which no module has"
+    assert lacks in place.diagnose(environment=options).last
+    for value in (f"{folder}/some.so", f"/nowhere/other.so:{folder}/some.so", "none.so some.so"):
+        environment = dict(options, LD_PRELOAD=value)
+        ended = place.diagnose("--load", "--verbose", environment=environment)
+        line_of(ended, "ok", "load", "loaded")
+        assert "the plugin declines" in ended.last, ended.last
+    if os.geteuid() != 0:
+        return  # only root can give a program to somebody else
+    program = rewritten(place, lambda data: data)
+    os.chown(program, 65534, 65534)
+    program.chmod(0o4755)
+    library = ("--library", str(place.path("app/" + test.build.library)))
+    ended = place.diagnose(*library, environment=environment)
+    if os.statvfs(program).f_flag & os.ST_NOSUID == 0:
+        assert lacks in ended.output, ended.output
+
+
 if __name__ == "__main__":
     harness.run(globals())

@@ -40,6 +40,9 @@ bool IsPrivileged(std::filesystem::path const& program);
 std::vector<std::filesystem::path> EnvironmentFolders(std::filesystem::path const& program,
                                                       bool isPrivileged);
 
+/// The modules that the loader adds to a program behind it, by name or place, in its order.
+std::vector<std::string> PreloadedModules(bool isPrivileged);
+
 /// Adds the folders of a module's run paths; behind the older ones come those of the
 /// module that needs it, if there is one. In a privileged program none counts that is
 /// named by the place of the module.

@@ -72,9 +72,28 @@ ModuleGraph::ModuleGraph(fs::path const& program, fs::path library)
     if (program.empty())
         return;
     ModuleImage image = ReadModuleImage(program);
-    if (image.machine == ownMachine && image.flaw.empty())
-        Load(program, std::move(image), NoModule);
+    if (image.machine == ownMachine && image.flaw.empty()) {
+        std::size_t const first = Add(program, std::move(image), Place::Named, NoModule);
+        AddPreloaded(first);
+        Follow(first);
+    }
     isStarted = true;
+}
+
+// They come between the program and what it needs. What is not found is passed over.
+void ModuleGraph::AddPreloaded(std::size_t program)
+{
+    for (std::string const& name : PreloadedModules(isPrivileged)) {
+        Obstacle passedOver;
+        std::size_t added = Find(name);
+        if (added == NoModule)
+            added = NamesPlace(name) ? Take(AsOpened(name), Place::Folder, program, passedOver)
+                                     : Search(name, program, passedOver);
+        if (added == NoModule)
+            continue;
+        names.emplace(Comparable(name), added);
+        modules[program].needs.push_back(added);
+    }
 }
 
 void ModuleGraph::NameDependencyFolder(fs::path const& folder)

@@ -95,6 +95,7 @@ public:
 private:
     std::size_t Add(std::filesystem::path const& file, ModuleImage image, Place place,
                     std::size_t neededBy);
+    void AddPreloaded(std::size_t program);
     void Follow(std::size_t first);
     void Resolve(std::string const& name, std::size_t needing);
     std::size_t Search(std::string const& name, std::size_t needing, Obstacle& obstacle);

@@ -14,6 +14,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "../Files.h"
 #include "../System.h"
 #include "../Utf8.h"
 #include "LoaderCache.h"
@@ -59,6 +60,7 @@ bool LiesBelow(std::string const& file, std::vector<std::string> const& folders)
 }
 
 constexpr std::size_t LongestPath = 4096; // to the system
+constexpr std::size_t LongestPreloads = 65536;
 
 using Variables = std::vector<std::pair<std::string_view, std::string>>;
 
@@ -98,6 +100,15 @@ std::string Expanded(std::string_view text, Variables const& variables)
         text.remove_prefix(taken);
     }
     return expanded.size() > LongestPath ? std::string() : expanded;
+}
+
+void AddNames(std::string const& list, char const* separators, std::vector<std::string>& names)
+{
+    for (std::size_t begin = list.find_first_not_of(separators); begin != std::string::npos;) {
+        std::size_t const end = std::min(list.find_first_of(separators, begin), list.size());
+        names.push_back(list.substr(begin, end - begin));
+        begin = list.find_first_not_of(separators, end);
+    }
 }
 
 bool NamesOrigin(std::string_view entry)
@@ -236,6 +247,24 @@ std::vector<fs::path> EnvironmentFolders(fs::path const& program, bool isPrivile
     if (variable != nullptr && !isPrivileged)
         AddList(variable, ":;", program.parent_path(), folders);
     return folders;
+}
+
+std::vector<std::string> PreloadedModules(bool isPrivileged)
+{
+    std::vector<std::string> names;
+    char const* const variable = std::getenv("LD_PRELOAD");
+    if (variable != nullptr && !isPrivileged)
+        AddNames(variable, " :", names);
+    // For all programs of the system.
+    OpenedFile const opened = OpenFile("/etc/ld.so.preload");
+    if (opened.bytes == nullptr || opened.bytes->Size() > LongestPreloads)
+        return names;
+    std::string text(static_cast<std::size_t>(opened.bytes->Size()), '\0');
+    ByteView(*opened.bytes).Bytes(0, text.data(), text.size());
+    for (std::size_t at = text.find('#'); at != std::string::npos; at = text.find('#', at))
+        text.erase(at, text.find('\n', at) - at);
+    AddNames(text, " :\t\n", names);
+    return names;
 }
 
 void AddRunPaths(MappedModule& module, MappedModule const* neededBy, bool isPrivileged)

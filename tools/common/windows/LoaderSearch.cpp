@@ -144,7 +144,9 @@ std::vector<fs::path> EnvironmentFolders(fs::path const&, bool)
     return folders;
 }
 
-// There are none.
+// There are none of either.
+std::vector<std::string> PreloadedModules(bool) { return {}; }
+
 void AddRunPaths(MappedModule&, MappedModule const*, bool) {}
 
 bool NamesPlace(std::string const& name) { return name.find_first_of("/\\:") != std::string::npos; }
