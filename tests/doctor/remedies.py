@@ -75,5 +75,76 @@ def LinksToNothing(test):
     line_of(ended, f"Fix: correct the link {place.root}/server/Other.exe")
 
 
+def VersionThatIsTrue(test):
+    place = test.whole()
+    whole = harness.compatibility(place)
+    for value, fix in (
+        (True, 'write a version in quotes, such as "10.22"'),
+        (11.5, 'write it in quotes: "11.5"'),
+    ):
+        whole["ssoClientPlugin"][0]["compatibleSsoServicesVersion"] = {"minVersion": value}
+        place.write(COMPATIBILITY, json.dumps(whole))
+        ended = place.diagnose()
+        assert ended.status == 1 and "Fix: " + fix in ended.lines, ended.output
+
+
+def NamesThatAreNone(test):
+    place = test.whole()
+    for name, what, fix in (
+        ("HxSSO.exe/", 'ends in a slash, as no file\'s name does: "HxSSO.exe/"', "remove the slash"),
+        ('"HxSSO.exe"', 'has quotation marks, which count as part of the name: "HxSSO.exe"',
+         "remove the quotation marks within the text"),
+        ("%ExePath%HxSSO.exe",
+         'has a variable, which stays as text in a name: "%ExePath%HxSSO.exe"',
+         "write the name of the file alone, and its folder where folders are named"),
+        ("HxSSO.exe\u00a0", 'ends in a blank: "HxSSO.exe\u00a0"', "remove the blank"),
+    ):
+        server = {"appName": name, "searchPaths": "{root}/server"}
+        place.write("app/SSOClient.config", json.dumps({"ssoServer": server}))
+        ended = place.diagnose()
+        assert ended.status == 1 and "; ssoServer.appName " + what in ended.last, ended.last
+        assert "Fix: " + fix in ended.lines, ended.output
+
+
+def LineFeedInAPath(test):
+    place = test.whole()
+    place.write("app/SSOClient.config", '{"ssoServer": {"searchPaths": "{root}/server\n"}}')
+    ended = place.diagnose()
+    assert "ssoServer.searchPaths holds a line feed" in ended.last, ended.last
+    fix, = {line for line in ended.lines if line.startswith("Fix: write each backslash")}
+    assert fix.endswith("; if there is no backslash, remove the line feed"), fix
+
+
+def FilesThatMayNotBeRead(test):
+    """A program may be started that cannot be read; the library is of no use then."""
+    if test.build.is_windows:
+        skip("Wine denies root nothing")
+    for name, fix in (
+        ("app/" + test.build.program, "allow the user of this doctor to read it"),
+        ("app/" + test.build.library, "allow the program's user to read {root}/app/{library}"),
+    ):
+        place = test.whole()
+        place.replace(name, place.path(name).read_bytes())  # not that of the build
+        place.deny(name)
+        with place:
+            place.path(name).chmod(0o111)
+            ended = place.diagnose()
+            assert ended.last.endswith(name + " cannot be opened: Permission denied"), ended.last
+            assert any(line.startswith("Fix: " + place.filled(fix)) for line in ended.lines)
+
+
+def SettingsUnderOtherNames(test):
+    for ending in (".bak", ".json", ".old"):
+        place = test.whole()
+        config = place.path("app/SSOClient.config")
+        os.rename(config, str(config) + ending)
+        ended = place.diagnose()
+        assert ended.status == 1 and ended.last.endswith(
+            f"app/SSOClient.config{ending} is not read: its name ends in {ending}"), ended.last
+        line_of(ended, "Fix: rename it to SSOClient.config")
+        os.rename(str(config) + ending, config)
+        assert place.diagnose().last == rig.NOT_LOADED
+
+
 if __name__ == "__main__":
     harness.run(globals())

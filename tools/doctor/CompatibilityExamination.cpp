@@ -232,6 +232,8 @@ bool CheckBound(JsonInspection const& file, Json::Value const& bound, Position a
 {
     if (!bound.isArray() && !bound.isObject()) {
         file.CheckQuotes(bound, key, at, oddities);
+        if (bound.isBool())
+            oddities.back().remedy = "write a version in quotes, such as \"10.22\"";
         FindTextVersion(bound, at, key, oddities);
         return isRead;
     }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 #include <system_error>
 
 #include "../common/Files.h"
@@ -14,13 +15,30 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char const* Additions[] = {".txt", ".exe", ".dll", ".so"};
+constexpr char const* Additions[] = {".txt", ".exe", ".dll", ".so", ".bak", ".old", ".json"};
 
-std::string WithoutBlanks(std::string const& text)
+constexpr std::string_view Blanks[] = {" ", "\xC2\xA0"}; // the second breaks no line
+
+bool HasAtBeginning(std::string const& text, std::string_view beginning)
 {
-    std::size_t const begin = text.find_first_not_of(' ');
-    return begin == std::string::npos ? std::string()
-                                      : text.substr(begin, text.find_last_not_of(' ') - begin + 1);
+    return text.compare(0, beginning.size(), beginning) == 0;
+}
+
+bool HasAtEnd(std::string const& text, std::string_view end)
+{
+    return text.size() >= end.size() &&
+           text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+std::string WithoutBlanks(std::string text)
+{
+    for (std::string_view const blank : Blanks) {
+        while (HasAtBeginning(text, blank))
+            text.erase(0, blank.size());
+        while (HasAtEnd(text, blank))
+            text.erase(text.size() - blank.size());
+    }
+    return text;
 }
 
 bool IsSimilar(std::string const& found, std::string const& name)
@@ -34,6 +52,18 @@ bool IsSimilar(std::string const& found, std::string const& name)
 }
 
 } // namespace
+
+bool BeginsWithBlank(std::string const& text)
+{
+    return std::any_of(std::begin(Blanks), std::end(Blanks),
+                       [&text](std::string_view blank) { return HasAtBeginning(text, blank); });
+}
+
+bool EndsInBlank(std::string const& text)
+{
+    return std::any_of(std::begin(Blanks), std::end(Blanks),
+                       [&text](std::string_view blank) { return HasAtEnd(text, blank); });
+}
 
 std::string FlawOf(fs::path const& file)
 {

@@ -17,6 +17,10 @@ std::filesystem::path CircleIn(std::filesystem::path const& path);
 /// Of one that has no flaw.
 bool IsEmpty(std::filesystem::path const& file);
 
+/// Whether it has a blank there, be it one at which no line breaks.
+bool BeginsWithBlank(std::string const& text);
+bool EndsInBlank(std::string const& text);
+
 /// The name of a file in the directory that is nearly this one: it differs in case, in
 /// blanks at an end, or by a further ending such as ".txt". Empty if there is none.
 std::string SimilarName(std::filesystem::path const& directory, std::string const& name);

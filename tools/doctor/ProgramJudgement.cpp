@@ -32,6 +32,9 @@ void JudgeMissingLibrary(Findings const& findings, ProblemList& problems)
                  remedy);
 }
 
+// There, and nobody may read it.
+bool IsClosed(std::string const& flaw) { return flaw.rfind("cannot be opened", 0) == 0; }
+
 void JudgeStart(Program const& program, ProblemList& problems)
 {
     if (!program.startFlaw.empty())
@@ -54,7 +57,12 @@ void JudgeStart(Program const& program, ProblemList& problems)
 void JudgeProgram(Findings const& findings, ProblemList& problems)
 {
     Program const& program = findings.program;
-    if (!program.executableFlaw.empty())
+    if (IsClosed(program.executableFlaw))
+        problems.Add(Fatal, "executable-unreadable", Subject::Program,
+                     program.executable + " " + program.executableFlaw,
+                     "allow the user of this doctor to read it, whether or not that of the program "
+                     "needs to");
+    else if (!program.executableFlaw.empty())
         problems.Add(Fatal, "executable-not-a-program", Subject::Program,
                      program.executable + " " + program.executableFlaw,
                      "name the program's executable with --exe");
@@ -75,8 +83,10 @@ void JudgeProgram(Findings const& findings, ProblemList& problems)
     else if (!program.libraryFlaw.empty())
         problems.Add(Fatal, "library-damaged", Subject::Program,
                      program.libraryFile + " " + program.libraryFlaw,
-                     program.isLibraryNamed ? "name the library's file with --library, or none"
-                                            : "install the library again");
+                     IsClosed(program.libraryFlaw)
+                         ? "allow the program's user to read " + program.libraryFile
+                     : program.isLibraryNamed ? "name the library's file with --library, or none"
+                                              : "install the library again");
     else if (program.libraryMachine != program.ownMachine)
         problems.Add(Fatal, "library-of-other-architecture", Subject::Program,
                      program.libraryFile + " is for " + program.libraryMachine +

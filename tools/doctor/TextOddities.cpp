@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "../common/System.h"
+#include "FileFlaw.h"
 #include "Text.h"
 #include "discovery/PathText.h"
 #include "platform/Platform.h"
@@ -30,7 +31,7 @@ public:
     {
     }
 
-    void Add(char const* code, std::string const& text, char const* remedy)
+    void Add(char const* code, std::string const& text, std::string const& remedy)
     {
         oddities.push_back({at, key, code, Tools::Presentable(text), remedy, false, {}});
     }
@@ -43,7 +44,9 @@ public:
             Add("control-character",
                 std::string("holds ") + escape.name + ": in JSON, " + escape.spelling +
                     " is an escape",
-                "write each backslash of a path twice, or write forward slashes");
+                "write each backslash of a path twice, or write forward slashes; if there is no "
+                "backslash, remove " +
+                    std::string(escape.name).replace(0, 1, "the"));
             return;
         }
     }
@@ -58,22 +61,24 @@ public:
 
     bool FindBlank(std::string const& value)
     {
-        bool const isFound = !value.empty() && (value.front() == ' ' || value.back() == ' ');
+        bool const isAtEnd = EndsInBlank(value);
+        bool const isFound = isAtEnd || BeginsWithBlank(value);
         if (isFound)
             Add("blank-at-end",
-                std::string(value.back() == ' ' ? "ends in" : "begins with") + " a blank: \"" +
-                    value + "\"",
+                std::string(isAtEnd ? "ends in" : "begins with") + " a blank: \"" + value + "\"",
                 "remove the blank");
         return isFound;
     }
 
     // Either is taken as it stands.
-    bool FindQuotes(std::string const& value)
+    bool FindQuotes(std::string const& value, char const* part)
     {
         bool const isFound = !value.empty() && (value.front() == '"' || value.back() == '"' ||
                                                 (value.front() == '\'' && value.back() == '\''));
         if (isFound)
-            Add("quoted-path", "has quotation marks, which count as part of the path: " + value,
+            Add("quoted-path",
+                std::string("has quotation marks, which count as part of the ") + part + ": " +
+                    value,
                 "remove the quotation marks within the text");
         return isFound;
     }
@@ -105,11 +110,23 @@ public:
         return isFound;
     }
 
+    void FindVariable(std::string const& value)
+    {
+        if (!VariablesIn(Wide(value)).empty())
+            Add("variable-in-name",
+                "has a variable, which stays as text in a name: \"" + value + "\"",
+                "write the name of the file alone, and its folder where folders are named");
+    }
+
     void FindWholePath(std::string const& value)
     {
         std::wstring const wide = Wide(value);
-        if (value.find_first_of("/\\") != std::string::npos &&
-            (value.front() == '/' || value.front() == '\\' || Tools::FromWide(wide).is_absolute()))
+        if (value.back() == '/' || value.back() == '\\')
+            Add("slash-at-end", "ends in a slash, as no file's name does: \"" + value + "\"",
+                "remove the slash");
+        else if (value.find_first_of("/\\") != std::string::npos &&
+                 (value.front() == '/' || value.front() == '\\' ||
+                  Tools::FromWide(wide).is_absolute()))
             Add("path-in-name", "is a whole path where a name belongs: \"" + value + "\"",
                 "write the name of the file alone, and its folder where folders are named");
     }
@@ -175,7 +192,10 @@ void FindTextOddities(std::string const& value, TextKind kind, std::string const
     else
         finder.FindEscape(value);
     if (kind == TextKind::Name) {
-        if (!finder.FindBlank(value))
+        // The OpenSSL module's name alone is expanded with its path.
+        if (key != "openssl.moduleName")
+            finder.FindVariable(value);
+        if (!finder.FindBlank(value) && !finder.FindQuotes(value, "name"))
             finder.FindWholePath(value);
         return;
     }
@@ -184,7 +204,8 @@ void FindTextOddities(std::string const& value, TextKind kind, std::string const
     SSOServices::RemoveDuplicatePaths(paths);
     for (std::size_t i = 0; i < paths.size(); ++i) {
         std::string const path = Shown(paths[i]);
-        if (!finder.FindBlank(path) && !finder.FindQuotes(path) && !finder.FindLonePercent(path) &&
+        if (!finder.FindBlank(path) && !finder.FindQuotes(path, "path") &&
+            !finder.FindLonePercent(path) &&
             !(kind == TextKind::PathList && finder.FindComma(path)))
             finder.FindRelative(path, i > 0);
     }
