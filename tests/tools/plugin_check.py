@@ -722,9 +722,10 @@ def PipesAndDevices():
 def UnsafeNames():
     """What would steer a terminal is spelled, in the text and in the document."""
     if IS_WINDOWS:
-        names = ["\u009b31m", "\u202e", "\u2028", "\u2066"]
+        names = ["\u009b31m", "\u202e", "\u2028", "\u2066", "\u00ad", "\u200b", "\ufeff"]
     else:
-        names = ["\x1b[2J", "\u009b31m", "\u202e", "\u2028", "\u2066", "\u061c", "\x7f"]
+        names = ["\x1b[2J", "\u009b31m", "\u202e", "\u2028", "\u2066", "\u061c", "\x7f",
+                 "\u00ad", "\u200b", "\u2060", "\ufeff"]
     for name in names:
         for options in ([], ["--json"]):
             ended = run(*options, name + EXTENSION)

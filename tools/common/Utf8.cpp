@@ -32,9 +32,10 @@ std::string Converted(std::basic_string<Unit> const& text)
 
 bool IsUnsafe(utf::code_point point)
 {
-    return (point < 0x20 && point != '\n') || (point >= 0x7F && point <= 0x9F) || point == 0x061C ||
-           point == 0x200E || point == 0x200F || (point >= 0x2028 && point <= 0x202E) ||
-           (point >= 0x2066 && point <= 0x2069);
+    return (point < 0x20 && point != '\n') || (point >= 0x7F && point <= 0x9F) || point == 0x00AD ||
+           point == 0x061C || point == 0x200B || point == 0x200E || point == 0x200F ||
+           (point >= 0x2028 && point <= 0x202E) || (point >= 0x2060 && point <= 0x2069) ||
+           point == 0xFEFF;
 }
 
 } // namespace
