@@ -50,6 +50,17 @@ def LogOfALoadThatFails(test):
     assert not load["worked"] and load["log"][-1]["text"].startswith("Getting factory from")
 
 
+def PluginWhoseFileFailsACheck(test):
+    """The load by the library itself is what the program would do."""
+    place = test.whole()
+    module = test.build.module
+    place.place("server/plugin/RecordingPlugin" + module, "StaticRuntimePlugin" + module)
+    ended = place.diagnose("--load", "--verbose")
+    line_of(ended, "FAILED", "runtime", "linked statically")
+    line_of(ended, "note", "load", "not tried because of the failures above")
+    line_of(place.diagnose("--log"), "[info] Getting factory proc from client plugin module")
+
+
 def ReasonOfALoadThatFails(test):
     """Not what was logged long before it."""
     place = test.installation("factory-empty")
