@@ -15,7 +15,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <system_error>
 #include <vector>
 
@@ -170,7 +169,8 @@ bool ReadNews(int descriptor, News& news)
 pid_t ParentOf(std::string const& process)
 {
     std::ifstream file("/proc/" + process + "/stat");
-    std::string const text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    std::string text;
+    std::getline(file, text, '\0'); // of one that has just ended nothing is read, without a throw
     // Behind the name, in which anything may stand: a letter for the state, and the parent.
     std::size_t const end = text.rfind(')');
     return end == std::string::npos || end + 4 >= text.size() ? 0
@@ -212,7 +212,7 @@ void EndAllChildren(std::vector<pid_t> const& others)
 
 // In a process between the tool and the child: a plugin that ends its parent ends this
 // one, and what it leaves behind is known here, in whatever session it is.
-[[noreturn]] void Watch(char const* program, Channels& channels)
+[[noreturn]] void Watch(char const* program, Channels& channels) noexcept
 {
     channels.CloseThoseOfTool();
     ::setsid(); // not ended by the terminal, which ends the tool
