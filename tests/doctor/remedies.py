@@ -75,6 +75,25 @@ def LinksToNothing(test):
     line_of(ended, f"Fix: correct the link {place.root}/server/Other.exe")
 
 
+def NamesOfDevices(test):
+    """What is there under such a name is no link."""
+    if not test.build.is_windows:
+        skip("no name is that of a device there")
+    place = test.whole()
+    server = {"appName": "LPT1", "searchPaths": "{root}/server"}
+    place.write("app/SSOClient.config", json.dumps({"ssoServer": server}))
+    ended = place.diagnose()
+    assert ended.last.startswith("the server application LPT1 is in none"), ended.last
+    assert "link" not in ended.output, ended.output
+    place = test.whole()
+    whole = harness.compatibility(place)
+    whole["ssoClientPlugin"][0]["module"] = "LPT1"
+    place.write(COMPATIBILITY, json.dumps(whole))
+    ended = place.diagnose()
+    assert ended.last.endswith("server/plugin/LPT1 does not exist"), ended.last
+    assert "link" not in ended.output, ended.output
+
+
 def VersionThatIsTrue(test):
     place = test.whole()
     whole = harness.compatibility(place)

@@ -71,6 +71,13 @@ std::string FlawOf(fs::path const& file)
     return reason == "does not exist" ? std::string() : reason;
 }
 
+std::string FlawOfLink(fs::path const& file)
+{
+    std::error_code error;
+    bool const isLink = fs::is_symlink(fs::symlink_status(file, error));
+    return isLink && !fs::exists(file, error) ? FlawOf(file) : std::string();
+}
+
 fs::path CircleIn(fs::path const& path)
 {
     fs::path reached;

@@ -10,6 +10,9 @@ namespace Halvorix::Doctor {
 /// device is opened.
 std::string FlawOf(std::filesystem::path const& file);
 
+/// The same of a link that leads to nothing; empty for all else.
+std::string FlawOfLink(std::filesystem::path const& file);
+
 /// The link along the path that leads to itself, over others or at once; empty if there
 /// is none.
 std::filesystem::path CircleIn(std::filesystem::path const& path);

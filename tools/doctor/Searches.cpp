@@ -84,7 +84,7 @@ Search LookThrough(std::wstring const& file, std::vector<std::wstring> const& di
                 hit, Tools::FromWide(SSOServices::JoinPath(directory, file)), unknown);
         std::wstring const path = SSOServices::JoinPath(directory, file);
         if (finding == Finding::NoFile && !IsOnOtherMachine(path))
-            search.tried.back().flaw = FlawOf(Tools::FromWide(path));
+            search.tried.back().flaw = FlawOfLink(Tools::FromWide(path));
         if (finding == Finding::NoFile)
             search.tried.back().similar = similarIn(directory.empty() ? L"." : directory);
     }
@@ -115,8 +115,8 @@ void LookCloser(std::wstring const& file, Presence& presence)
         presence.flaw = FlawOf(path);
     else if (std::filesystem::exists(path, unknown))
         presence.isOutOfReach = true;
-    else if (presence.reason.empty() && !FlawOf(path).empty())
-        presence.flaw = FlawOf(path);
+    else if (presence.reason.empty() && !FlawOfLink(path).empty())
+        presence.flaw = FlawOfLink(path);
     else if (std::filesystem::is_regular_file(path.parent_path(), unknown))
         presence.isBelowFile = true;
     else if (path.has_parent_path())
