@@ -63,6 +63,19 @@ def LinksToNothing(test):
         assert " is a link to /nowhere/x, which does not exist" in ended.last, (name, ended.last)
         # The plugin may need the library, too.
         assert f"Fix: correct the link {file}" in ended.lines, ended.output
+    # A directory behind it may have another one.
+    place = test.installation("nothing-is-wrong")
+    place.write("app/SSOClient.config", "{}")
+    location = place.root / "xdg/Halvorix/HxSSO/Location"
+    location.parent.mkdir(parents=True)
+    location.symlink_to("/nowhere/x")
+    ended = place.diagnose()
+    assert ended.last.endswith("; the file Location of the server application is a link to "
+                               "/nowhere/x, which does not exist"), ended.last
+    line_of(ended, f"Fix: correct the link {location}")
+    place.write("more/Halvorix/HxSSO/Location", "{root}/server\n")
+    directories = {"XDG_CONFIG_DIRS": f"{place.root}/xdg:{place.root}/more"}
+    assert place.diagnose(environment=directories).last == rig.NOT_LOADED
     # The program does not look for its executable before somebody signs in.
     place = test.installation("nothing-is-wrong")
     config = place.path("app/SSOClient.config")

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <utility>
 
 #include "../../common/Files.h"
 #include "../../common/Utf8.h"
@@ -75,7 +76,7 @@ LocationFlaw FlawOfLocation()
         std::error_code unknown;
         bool const isFile = opened.reason.rfind("is ", 0) != 0;
         bool const isBrokenLink = fs::status(file, unknown).type() == fs::file_type::not_found;
-        LocationFlaw const flaw = {
+        LocationFlaw flaw = {
             opened.reason, isBrokenLink ? opened.remedy
                            : isFile
                                ? "allow the program's user to read " + Tools::Utf8(file)
@@ -84,7 +85,7 @@ LocationFlaw FlawOfLocation()
         if (!isBrokenLink && fs::exists(fs::symlink_status(file, unknown)))
             return flaw;
         if (first.text.empty())
-            first = flaw;
+            first = std::move(flaw);
     }
     return first;
 }
