@@ -3,6 +3,7 @@
 
 import json
 import os
+import shutil
 
 import rig
 import harness
@@ -136,6 +137,11 @@ def NamesThatAreNone(test):
         ended = place.diagnose()
         assert ended.status == 1 and "; ssoServer.appName " + what in ended.last, ended.last
         assert "Fix: " + fix in ended.lines, ended.output
+    # Percent signs make no variable of what the library does not know.
+    os.rename(place.path("server/HxSSO.exe"), place.path("server/%%50%a%.exe"))
+    server = {"appName": "%%50%a%.exe", "searchPaths": "{root}/server"}
+    place.write("app/SSOClient.config", json.dumps({"ssoServer": server}))
+    assert "has a variable" not in place.diagnose().output
 
 
 def LineFeedInAPath(test):
@@ -166,16 +172,17 @@ def FilesThatMayNotBeRead(test):
 
 
 def SettingsUnderOtherNames(test):
-    for ending in (".bak", ".json", ".old"):
-        place = test.whole()
-        config = place.path("app/SSOClient.config")
-        os.rename(config, str(config) + ending)
-        ended = place.diagnose()
-        assert ended.status == 1 and ended.last.endswith(
-            f"app/SSOClient.config{ending} is not read: its name ends in {ending}"), ended.last
-        line_of(ended, "Fix: rename it to SSOClient.config")
-        os.rename(str(config) + ending, config)
-        assert place.diagnose().last == rig.NOT_LOADED
+    place = test.whole()
+    config = place.path("app/SSOClient.config")
+    os.rename(config, str(config) + ".json")
+    ended = place.diagnose()
+    assert ended.status == 1 and ended.last.endswith(
+        "app/SSOClient.config.json is not read: its name ends in .json"), ended.last
+    line_of(ended, "Fix: rename it to SSOClient.config")
+    # One that was put away on purpose is not missed.
+    os.rename(str(config) + ".json", config)
+    shutil.copy(config, str(config) + ".bak")
+    assert place.diagnose().problems == [rig.NOT_LOADED]
 
 
 if __name__ == "__main__":

@@ -357,6 +357,7 @@ class Installation:
         if self.build.emulator and process.returncode == SKIPPED:
             print(process.stderr.decode())
             sys.exit(SKIPPED)
+        assert process.stdout or process.stderr, f"says nothing; status {process.returncode}"
         return Ended(process)
 
     def row(self):

@@ -41,7 +41,7 @@ std::vector<std::filesystem::path> EnvironmentFolders(std::filesystem::path cons
                                                       bool isPrivileged);
 
 /// The modules that the loader adds to a program behind it, by name or place, in its order.
-std::vector<std::string> PreloadedModules(bool isPrivileged);
+std::vector<std::string> PreloadedModules(std::filesystem::path const& program, bool isPrivileged);
 
 /// Adds the folders of a module's run paths; behind the older ones come those of the
 /// module that needs it, if there is one. In a privileged program none counts that is

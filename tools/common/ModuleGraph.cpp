@@ -83,7 +83,9 @@ ModuleGraph::ModuleGraph(fs::path const& program, fs::path library)
 // They come between the program and what it needs. What is not found is passed over.
 void ModuleGraph::AddPreloaded(std::size_t program)
 {
-    for (std::string const& name : PreloadedModules(isPrivileged)) {
+    if (modules[program].image.loader.empty())
+        return; // a static one
+    for (std::string const& name : PreloadedModules(modules[program].file, isPrivileged)) {
         Obstacle passedOver;
         std::size_t added = Find(name);
         if (added == NoModule)

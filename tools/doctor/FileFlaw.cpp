@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char const* Additions[] = {".txt", ".exe", ".dll", ".so", ".bak", ".old", ".json"};
+constexpr char const* Additions[] = {".txt", ".exe", ".dll", ".so", ".json"};
 
 constexpr std::string_view Blanks[] = {" ", "\xC2\xA0"}; // the second breaks no line
 

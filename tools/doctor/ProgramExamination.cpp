@@ -112,9 +112,7 @@ void AddLibrary(fs::path const& file, Program& program)
 
 void AddVariables(Resolver& resolver, Program& program)
 {
-    for (char const* const name : {"SSOServerAppPath", "SSOServerAppExeDirPath",
-                                   "SSOServerAppExeFile", "SSOServicesModulePath", "ProgramFiles",
-                                   "ExePath", "AppPath", "AppData", "LocalAppData"}) {
+    for (char const* const name : PathVariables) {
         std::wstring const variable = Wide(std::string("%") + name + "%");
         std::wstring value = variable;
         resolver.ExpandPathVariables(value);

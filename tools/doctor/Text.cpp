@@ -1,6 +1,7 @@
 #include "Text.h"
 
 #include <algorithm>
+#include <iterator>
 #include <cstddef>
 
 #include <boost/locale/encoding_utf.hpp>
@@ -35,6 +36,12 @@ std::string InWords(std::string const& key)
     std::string const number = std::to_string(std::stoull(key.substr(open + 1)) + 1);
     std::string const list = "entry " + number + " of " + key.substr(0, open);
     return close + 2 < key.size() ? list + ": " + InWords(key.substr(close + 2)) : list;
+}
+
+bool IsPathVariable(std::string const& name)
+{
+    return std::any_of(std::begin(PathVariables), std::end(PathVariables),
+                       [&name](char const* known) { return Lower(name) == Lower(known); });
 }
 
 std::vector<std::string> VariablesIn(std::wstring const& text)

@@ -15,6 +15,18 @@ std::wstring Wide(std::string const& text);
 /// Of what is ASCII.
 std::string Lower(std::string text);
 
+/// Those that the library knows.
+constexpr char const* PathVariables[] = {"SSOServerAppPath",
+                                         "SSOServerAppExeDirPath",
+                                         "SSOServerAppExeFile",
+                                         "SSOServicesModulePath",
+                                         "ProgramFiles",
+                                         "ExePath",
+                                         "AppPath",
+                                         "AppData",
+                                         "LocalAppData"};
+bool IsPathVariable(std::string const& name);
+
 /// Names of the variables in a text.
 std::vector<std::string> VariablesIn(std::wstring const& text);
 

@@ -112,7 +112,8 @@ public:
 
     void FindVariable(std::string const& value)
     {
-        if (!VariablesIn(Wide(value)).empty())
+        std::vector<std::string> const found = VariablesIn(Wide(value));
+        if (std::any_of(found.begin(), found.end(), IsPathVariable))
             Add("variable-in-name",
                 "has a variable, which stays as text in a name: \"" + value + "\"",
                 "write the name of the file alone, and its folder where folders are named");

@@ -194,12 +194,13 @@ std::vector<pid_t> OwnChildren()
 // What the child has started and left comes to this process, and what those have started
 // once they are ended. One that starts others faster than this ends them is left. The
 // others are not the child's: a shell may have become this process.
-void EndAllChildren(std::vector<pid_t> const& others)
+// False if some may be left.
+bool EndAllChildren(std::vector<pid_t> const& others)
 {
     constexpr std::chrono::seconds patience{2};
     Clock::time_point const deadline = Clock::now() + patience;
-    for (bool isAnyLeft = true; isAnyLeft && Clock::now() < deadline; ::poll(nullptr, 0, 1)) {
-        isAnyLeft = false;
+    for (; Clock::now() < deadline; ::poll(nullptr, 0, 1)) {
+        bool isAnyLeft = false;
         for (pid_t const child : OwnChildren()) {
             if (std::find(others.begin(), others.end(), child) != others.end())
                 continue;
@@ -207,7 +208,10 @@ void EndAllChildren(std::vector<pid_t> const& others)
             ::kill(child, SIGKILL);
             ::waitpid(child, nullptr, WNOHANG);
         }
+        if (!isAnyLeft)
+            return true;
     }
+    return false;
 }
 
 // In a process between the tool and the child: a plugin that ends its parent ends this
@@ -234,13 +238,13 @@ void EndAllChildren(std::vector<pid_t> const& others)
     }
     if (news.child > 0)
         ::kill(-news.child, SIGKILL);
-    EndAllChildren({});
+    bool const areAllEnded = EndAllChildren({});
     tell();
-    ::_exit(0);
+    ::_exit(areAllEnded ? 0 : 1);
 }
 
 // With what it has not seen to: the children of a watcher that was ended come to this
-// process.
+// process, and so do those that others have left, which have nothing to do with it.
 void EndWatcher(pid_t watcher, std::vector<pid_t> const& others)
 {
     constexpr std::chrono::seconds patience{4};
@@ -251,7 +255,9 @@ void EndWatcher(pid_t watcher, std::vector<pid_t> const& others)
             ::kill(watcher, SIGKILL);
         ::poll(nullptr, 0, 1);
     }
-    EndAllChildren(others);
+    bool const hasSeenToAll = WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    if (!hasSeenToAll)
+        EndAllChildren(others);
 }
 
 // What is there now; false at the end.

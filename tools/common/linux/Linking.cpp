@@ -71,7 +71,9 @@ std::string TailOf(ModuleGraph const& graph, HiddenSymbols const& hidden, std::s
     auto const found = hidden.find(symbol);
     return found == hidden.end() ? ", which no module has"
                                  : ", which only " + FileNameOf(graph.modules[found->second]) +
-                                       " has, and " + needing + " does not name that one as needed";
+                                       " has, and " + needing +
+                                       " does not name that one as needed: it loads only in a "
+                                       "program that opens that one with RTLD_GLOBAL";
 }
 
 std::vector<std::string> LinesOf(ModuleGraph const& graph, Wanted const& wanted,

@@ -249,7 +249,7 @@ std::vector<fs::path> EnvironmentFolders(fs::path const& program, bool isPrivile
     return folders;
 }
 
-std::vector<std::string> PreloadedModules(bool isPrivileged)
+std::vector<std::string> PreloadedModules(fs::path const& program, bool isPrivileged)
 {
     std::vector<std::string> names;
     char const* const variable = std::getenv("LD_PRELOAD");
@@ -257,13 +257,16 @@ std::vector<std::string> PreloadedModules(bool isPrivileged)
         AddNames(variable, " :", names);
     // For all programs of the system.
     OpenedFile const opened = OpenFile("/etc/ld.so.preload");
-    if (opened.bytes == nullptr || opened.bytes->Size() > LongestPreloads)
-        return names;
-    std::string text(static_cast<std::size_t>(opened.bytes->Size()), '\0');
-    ByteView(*opened.bytes).Bytes(0, text.data(), text.size());
-    for (std::size_t at = text.find('#'); at != std::string::npos; at = text.find('#', at))
-        text.erase(at, text.find('\n', at) - at);
-    AddNames(text, " :\t\n", names);
+    if (opened.bytes != nullptr && opened.bytes->Size() <= LongestPreloads) {
+        std::string text(static_cast<std::size_t>(opened.bytes->Size()), '\0');
+        ByteView(*opened.bytes).Bytes(0, text.data(), text.size());
+        for (std::size_t at = text.find('#'); at != std::string::npos; at = text.find('#', at))
+            text.erase(at, text.find('\n', at) - at);
+        AddNames(text, " :\t\n", names);
+    }
+    Variables const variables = VariablesOf(program.parent_path());
+    for (std::string& name : names)
+        name = Expanded(name, variables);
     return names;
 }
 

@@ -134,7 +134,7 @@ private:
             (import.forward.empty() ? ", which that one does not have"
              : import.forwards > MostForwards
                  ? ", which is forwarded more than " + std::to_string(MostForwards) + " times"
-                 : ", which is forwarded to " + import.forward + ", which no module has"));
+                 : ", which is forwarded to " + import.forward + ", which is not there"));
     }
 
     ModuleGraph& graph;

@@ -145,7 +145,7 @@ std::vector<fs::path> EnvironmentFolders(fs::path const&, bool)
 }
 
 // There are none of either.
-std::vector<std::string> PreloadedModules(bool) { return {}; }
+std::vector<std::string> PreloadedModules(fs::path const&, bool) { return {}; }
 
 void AddRunPaths(MappedModule&, MappedModule const*, bool) {}
 
