@@ -4,6 +4,7 @@
 import json
 import os
 import re
+import shlex
 import shutil
 import subprocess
 
@@ -62,6 +63,45 @@ def ProgramThatMayNotBeExecuted(test):
     line_of(ended, f"Fix: allow the program's user to execute {program}")
     program.chmod(0o755)
     assert place.diagnose("--load").last == rig.CAN_WORK
+    # Its owner may not, everybody else may.
+    place.deny("app/" + test.build.program)
+    with place:
+        program.chmod(0o655)
+        ended = place.diagnose("--load")
+        assert ended.status == 0 and ended.last == rig.CAN_WORK, ended.last
+        line_of(ended, f"warning: the user of this doctor may not execute the program {program}: "
+                "what is said here holds for a user who may")
+        line_of(ended, f"Fix: allow the program's user to execute {program}, if that one may not "
+                "either")
+
+
+def ProgramWhereNothingIsExecuted(test):
+    """There the permissions of the file count for nobody."""
+    if test.build.is_windows:
+        skip("any file may be executed there")
+    if shutil.which("unshare") is None:
+        skip("there is no unshare here")
+    place = test.whole()
+    mounted = place.root / "noexec"
+    mounted.mkdir()
+    program = mounted / test.build.program
+    # The mount ends with the process that made it.
+    steps = " && ".join(shlex.join(map(str, step)) for step in (
+        ["mount", "-t", "tmpfs", "-o", "noexec", "none", mounted],
+        ["cp", *(place.root / "app").iterdir(), mounted],
+        ["echo", "mounted"],
+    ))
+    doctor = shlex.join(place.command("--exe", str(program)))
+    ended = subprocess.run(["unshare", "-m", "sh", "-c", f"{steps} && {doctor}"],
+                           cwd=place.root / "work", env=place.environment(),
+                           stdin=subprocess.DEVNULL, capture_output=True, check=False)
+    lines = ended.stdout.decode().splitlines()
+    if lines[:1] != ["mounted"]:
+        skip("no file system can be mounted here: " + ended.stderr.decode())
+    assert ended.returncode == 1 and lines[-1] == (
+        f"the program {program} does not start: it lies on a file system that is mounted noexec"
+    ), lines
+    assert "Fix: install it on a file system that is not mounted noexec" in lines, lines
 
 
 def ProgramWithoutTheLibrary(test):

@@ -94,6 +94,7 @@ struct Program {
     std::string startFlaw;         ///< why the system does not start it; empty: none
     std::string startRemedy;
     bool isStatic = false;           ///< it has no loader
+    bool isDenied = false;           ///< the user of this doctor may not execute it
     bool needsLibrary = true;        ///< at its start; else it may load it by itself
     std::vector<NamedText> cutFiles; ///< of which the library reads a part of the path
     bool isNamed = false;            ///< by --exe; else it is this tool

@@ -64,6 +64,7 @@ void AddExecutable(fs::path const& file, Program& program)
     program.startFlaw = std::move(start.flaw);
     program.startRemedy = std::move(start.remedy);
     program.isStatic = start.isStatic;
+    program.isDenied = start.isDenied;
 }
 
 void AddCutFiles(TargetProgram const& target, Program& program)

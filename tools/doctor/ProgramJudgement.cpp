@@ -37,11 +37,19 @@ bool IsClosed(std::string const& flaw) { return flaw.rfind("cannot be opened", 0
 
 void JudgeStart(Program const& program, ProblemList& problems)
 {
-    if (!program.startFlaw.empty())
+    if (!program.startFlaw.empty()) {
         problems.Add(Fatal, "program-does-not-start", Subject::Program,
                      "the program " + program.executable + " does not start: " + program.startFlaw,
                      program.startRemedy);
-    else if (!program.needsLibrary)
+        return;
+    }
+    if (program.isDenied)
+        problems.Add(Warning, "program-not-executable-here", Subject::Program,
+                     "the user of this doctor may not execute the program " + program.executable +
+                         ": what is said here holds for a user who may",
+                     "allow the program's user to execute " + program.executable +
+                         ", if that one may not either");
+    if (!program.needsLibrary)
         problems.Add(Warning, "program-does-not-need-library", Subject::Program,
                      "the program " + program.executable +
                          (program.isStatic ? " is linked statically, so that no loader brings "
