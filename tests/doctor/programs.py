@@ -124,6 +124,19 @@ def ProgramWithoutTheLibrary(test):
     assert place.diagnose("--load", *option).problems == [rig.CAN_WORK]
 
 
+def ProgramThatLacksAModule(test):
+    """Which may be the one that needs the library."""
+    place = test.whole()
+    name = test.build.library.encode()
+    other = name.replace(b"Services", b"Servicez")
+    program = rewritten(place, lambda data: data.replace(name + b"\0", other + b"\0"))
+    ended = place.diagnose("--load")
+    assert ended.status == 1 and ended.last == (
+        f"the program {test.build.spelled(program)} does not start: {other.decode()}, which "
+        f"{test.build.program} needs, is missing"), ended.last
+    assert "does not need" not in ended.output, ended.output
+
+
 def StaticProgram(test):
     if test.build.is_windows:
         skip("the loader is in each process there")

@@ -82,7 +82,8 @@ FoundLibrary FindLibraryOf(fs::path const& program)
     // A program that loads it by itself does so from its own folder, or by its name.
     found.file = LibraryIn(program.parent_path());
     found.name = Utf8(Platform::LibraryFileName());
-    found.isNeeded = graph.modules.empty();
+    // What is not found may be what brings it.
+    found.isNeeded = graph.modules.empty() || !graph.missing.empty() || !graph.limit.empty();
     if (!found.file.empty() || graph.modules.empty())
         return found;
     found.file = FirstFile(CandidatesFor(found.name, graph, 0));

@@ -22,7 +22,7 @@ struct FoundLibrary {
     std::string name;           ///< by which the program needs it
     std::string hint;           ///< what there is instead; may be empty
     std::string remedy;         ///< where to put it, if it is not found
-    bool isNeeded = true;       ///< at the program's start; else it may load it by itself
+    bool isNeeded = true;       ///< at the start, as far as is known; else it may load it by itself
 };
 
 /// As the program's loader would find it.
