@@ -49,6 +49,11 @@ def LoaderOfTheProgramIsMissing(test):
             + why), ended.last
         line_of(ended, "Fix: install the program that is built for this system, or its loader")
         rewritten(place, lambda _: data)
+    program = rewritten(place, lambda data: data.replace(loader + b"\0", bytes(len(loader) + 1)))
+    ended = place.diagnose("--load")
+    assert ended.status == 1 and ended.last == (
+        f"the program {program} does not start: the name of its loader is empty"), ended.last
+    line_of(ended, "Fix: install the program again")
 
 
 def ProgramThatMayNotBeExecuted(test):

@@ -28,7 +28,8 @@ struct ModuleImage {
     std::string runPath;
     /// The older kind, which counts only where there is none of the newer one.
     std::string inheritedRunPath;
-    std::string loader;               ///< the file of the system's loader, of a program
+    bool hasLoader = false;           ///< a program that the system's loader starts
+    std::string loader;               ///< and the file of that; empty if it has no name
     bool hasNoDefaultFolders = false; ///< of the system, nor what the cache has there
     /// Why the loader takes it for no module that another one needs; empty: it does.
     std::string refusal;

@@ -184,9 +184,12 @@ private:
                 break;
             }
         }
-        for (Segment const& segment : segments)
-            if (segment.p_type == PT_INTERP)
-                image.loader = bytes.Name(segment.p_offset);
+        for (Segment const& segment : segments) {
+            if (segment.p_type != PT_INTERP)
+                continue;
+            image.hasLoader = true;
+            image.loader = bytes.Name(segment.p_offset);
+        }
         return {};
     }
 

@@ -26,8 +26,10 @@ bool IsMountedNoexec(std::filesystem::path const& file)
 
 ProgramStart StartByLoader(Tools::ModuleImage const& image)
 {
-    if (image.loader.empty())
+    if (!image.hasLoader)
         return {{}, {}, image.imports.empty()};
+    if (image.loader.empty())
+        return {"the name of its loader is empty", "install the program again"};
     Tools::ModuleImage const loader = Tools::ReadModuleImage(std::filesystem::path(image.loader));
     std::string flaw;
     if (!loader.flaw.empty())
