@@ -4,6 +4,7 @@
 import json
 import os
 import shutil
+import subprocess
 
 import rig
 import harness
@@ -158,7 +159,8 @@ def FilesThatMayNotBeRead(test):
     if test.build.is_windows:
         skip("Wine denies root nothing")
     for name, fix in (
-        ("app/" + test.build.program, "allow the user of this doctor to read it"),
+        ("app/" + test.build.program, "allow the user of this doctor to read "
+         "{root}/app/{program}, whether or not that of the program needs to"),
         ("app/" + test.build.library, "allow the program's user to read {root}/app/{library}"),
     ):
         place = test.whole()
@@ -168,7 +170,25 @@ def FilesThatMayNotBeRead(test):
             place.path(name).chmod(0o111)
             ended = place.diagnose()
             assert ended.last.endswith(name + " cannot be opened: Permission denied"), ended.last
-            assert any(line.startswith("Fix: " + place.filled(fix)) for line in ended.lines)
+            assert "Fix: " + place.filled(fix) in ended.lines, ended.output
+
+
+def FilesThatAreHeld(test):
+    """No right of anybody's opens them."""
+    if not test.build.is_windows:
+        skip("a file is held from nobody there")
+    for name in ("app/" + test.build.program, "app/" + test.build.library):
+        place = test.whole()
+        place.replace(name, place.path(name).read_bytes())  # not that of the build
+        file = test.build.spelled(place.path(name))
+        with subprocess.Popen([*test.build.emulator, test.build.folder / "file-holder.exe", file],
+                              stdin=subprocess.PIPE, stdout=subprocess.PIPE) as holder:
+            assert holder.stdout.readline().strip() == b"held"
+            ended = place.diagnose()
+            holder.stdin.close()
+        assert ended.status == 1, ended.output
+        assert f"{name} cannot be opened: " in ended.last, ended.last
+        assert "Fix: end what holds the file " + file in ended.lines, ended.output
 
 
 def SettingsUnderOtherNames(test):

@@ -13,6 +13,7 @@ struct OpenedFile {
     std::string reason;                ///< why not: "is a folder, not a file", say
     bool endsSearch = false;           ///< the loader looks no further than at this one
     std::string remedy = {};           ///< where it is not the file that has to be another one
+    std::string right = {};            ///< that this user lacks: "to read /a/file"; empty: none
 };
 
 /// A regular file. Anything else of that name (a folder, a pipe, a device) is told

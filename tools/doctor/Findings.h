@@ -83,6 +83,7 @@ struct Program {
     std::string libraryFile; ///< empty: not found
     std::string libraryMachine;
     std::string libraryFlaw;                 ///< "is damaged"; empty: none
+    std::string libraryFlawRemedy;           ///< where the file need not be another one
     std::string libraryHint;                 ///< what there is in its place; may be empty
     std::string libraryRemedy;               ///< where to put it, if it is not found
     std::vector<Tools::Check> libraryChecks; ///< what it needs and would not get
@@ -91,6 +92,7 @@ struct Program {
     std::string executable;
     std::string executableMachine; ///< empty if that is no program of this system
     std::string executableFlaw;    ///< "is not a program"; empty: none
+    std::string executableRemedy;  ///< where the file need not be another one
     std::string startFlaw;         ///< why the system does not start it; empty: none
     std::string startRemedy;
     bool isStatic = false;           ///< it has no loader

@@ -27,11 +27,11 @@ using Tools::ImageFormat;
 using Tools::ModuleImage;
 
 // What is said of a file before what kind of image it is counts.
-std::string FlawOfImage(fs::path const& file, ModuleImage const& image, char const* kind)
+std::string FlawOfImage(fs::path const& file, Tools::OpenedFile const& opened,
+                        ModuleImage const& image, char const* kind)
 {
-    std::string flaw = FlawOf(file);
-    if (!flaw.empty())
-        return flaw;
+    if (opened.bytes == nullptr && opened.reason != "does not exist")
+        return opened.reason;
     if (IsEmpty(file))
         return "is empty";
     if (image.format == ImageFormat::None)
@@ -52,7 +52,12 @@ bool IsNamedAsModule(fs::path const& file)
 void AddExecutable(fs::path const& file, Program& program)
 {
     ModuleImage const image = Tools::ReadModuleImage(file);
-    program.executableFlaw = FlawOfImage(file, image, "program");
+    Tools::OpenedFile const opened = Tools::OpenFile(file);
+    program.executableFlaw = FlawOfImage(file, opened, image, "program");
+    program.executableRemedy = opened.right.empty()
+                                   ? opened.remedy
+                                   : "allow the user of this doctor " + opened.right +
+                                         ", whether or not that of the program needs to";
     if (program.executableFlaw.empty() && image.isModule && IsNamedAsModule(file))
         program.executableFlaw = "is a module, not a program";
     if (!program.executableFlaw.empty())
@@ -100,7 +105,9 @@ void AddLibrary(fs::path const& file, Program& program)
         return;
     ModuleImage const image = Tools::ReadModuleImage(file);
     program.libraryMachine = image.machine;
-    program.libraryFlaw = FlawOfImage(file, image, "module");
+    Tools::OpenedFile const opened = Tools::OpenFile(file);
+    program.libraryFlaw = FlawOfImage(file, opened, image, "module");
+    program.libraryFlawRemedy = opened.remedy;
     if (program.libraryFlaw.empty() && !image.flaw.empty())
         program.libraryFlaw = "is damaged: " + image.flaw;
     if (program.libraryFlaw.empty() && !image.isModule)

@@ -32,9 +32,6 @@ void JudgeMissingLibrary(Findings const& findings, ProblemList& problems)
                  remedy);
 }
 
-// There, and nobody may read it.
-bool IsClosed(std::string const& flaw) { return flaw.rfind("cannot be opened", 0) == 0; }
-
 void JudgeStart(Program const& program, ProblemList& problems)
 {
     if (!program.startFlaw.empty()) {
@@ -65,11 +62,9 @@ void JudgeStart(Program const& program, ProblemList& problems)
 void JudgeProgram(Findings const& findings, ProblemList& problems)
 {
     Program const& program = findings.program;
-    if (IsClosed(program.executableFlaw))
+    if (!program.executableRemedy.empty())
         problems.Add(Fatal, "executable-unreadable", Subject::Program,
-                     program.executable + " " + program.executableFlaw,
-                     "allow the user of this doctor to read it, whether or not that of the program "
-                     "needs to");
+                     program.executable + " " + program.executableFlaw, program.executableRemedy);
     else if (!program.executableFlaw.empty())
         problems.Add(Fatal, "executable-not-a-program", Subject::Program,
                      program.executable + " " + program.executableFlaw,
@@ -91,8 +86,7 @@ void JudgeProgram(Findings const& findings, ProblemList& problems)
     else if (!program.libraryFlaw.empty())
         problems.Add(Fatal, "library-damaged", Subject::Program,
                      program.libraryFile + " " + program.libraryFlaw,
-                     IsClosed(program.libraryFlaw)
-                         ? "allow the program's user to read " + program.libraryFile
+                     !program.libraryFlawRemedy.empty() ? program.libraryFlawRemedy
                      : program.isLibraryNamed ? "name the library's file with --library, or none"
                                               : "install the library again");
     else if (program.libraryMachine != program.ownMachine)

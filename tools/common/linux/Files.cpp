@@ -67,9 +67,11 @@ OpenedFile NotOpened(std::filesystem::path const& file, int error)
                 "correct the link " + Utf8(file)};
     if (error == ENOENT || error == ENOTDIR)
         return {nullptr, "does not exist", false};
-    if (error == EACCES)
+    if (error == EACCES) {
+        std::string right = "to read " + Utf8(file);
         return {nullptr, "cannot be opened: " + std::generic_category().message(error), false,
-                "allow the program's user to read " + Utf8(file)};
+                "allow the program's user " + right, right};
+    }
     if (error == ELOOP)
         return {nullptr, "is a link that leads in a circle", true};
     return {nullptr, "cannot be opened: " + std::generic_category().message(error), true};

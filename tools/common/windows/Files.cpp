@@ -72,8 +72,13 @@ OpenedFile NotOpened(std::filesystem::path const& file)
     std::string text = Utf8(Platform::ErrorText(error));
     while (!text.empty() && (text.back() == '\n' || text.back() == '\r'))
         text.pop_back();
-    return {nullptr, "cannot be opened: " + text, false,
-            error == ERROR_ACCESS_DENIED ? "allow the program's user to read " + Utf8(file) : ""};
+    text.insert(0, "cannot be opened: ");
+    if (error == ERROR_SHARING_VIOLATION)
+        return {nullptr, text, false, "end what holds the file " + Utf8(file)};
+    if (error != ERROR_ACCESS_DENIED)
+        return {nullptr, text};
+    std::string right = "to read " + Utf8(file);
+    return {nullptr, text, false, "allow the program's user " + right, right};
 }
 
 } // namespace
