@@ -173,6 +173,32 @@ def FilesThatMayNotBeRead(test):
             assert "Fix: " + place.filled(fix) in ended.lines, ended.output
 
 
+def FoldersThatMayNotBeEntered(test):
+    """What is said of a link's own folder is of no use then."""
+    if test.build.is_windows:
+        skip("Wine denies root nothing")
+    place = test.whole()
+    library = "app/" + test.build.library
+    place.replace("closed/file", place.path(library).read_bytes())
+    place.path(library).unlink()
+    place.path(library).symlink_to("../closed/file")
+    place.deny("closed")
+    with place:
+        ended = place.diagnose()
+        assert ended.status == 1, ended.output
+        assert ended.last.endswith("app cannot be opened: Permission denied"), ended.last
+        line_of(ended, f"Fix: allow the program's user to read {place.path(library)} and to enter "
+                "the folders that lead to it")
+        place.path("closed").chmod(0o711)
+        assert place.diagnose().last == rig.NOT_LOADED
+    place = test.installation("location-holds-the-server-application")
+    place.deny("xdg/Halvorix")
+    with place:
+        ended = place.diagnose()
+        line_of(ended, f"Fix: allow the program's user to read {place.root}/xdg/Halvorix/HxSSO/"
+                "Location and to enter the folders that lead to it")
+
+
 def FilesThatAreHeld(test):
     """No right of anybody's opens them."""
     if not test.build.is_windows:

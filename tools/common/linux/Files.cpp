@@ -57,6 +57,12 @@ std::string WhyNotRegular(struct stat const& status)
     return "is a device, not a file";
 }
 
+OpenedFile Denied(std::string const& right)
+{
+    return {nullptr, "cannot be opened: " + std::generic_category().message(EACCES), false,
+            "allow the program's user " + right, right};
+}
+
 // Over what is not there, or is denied, the loader passes.
 OpenedFile NotOpened(std::filesystem::path const& file, int error)
 {
@@ -67,11 +73,8 @@ OpenedFile NotOpened(std::filesystem::path const& file, int error)
                 "correct the link " + Utf8(file)};
     if (error == ENOENT || error == ENOTDIR)
         return {nullptr, "does not exist", false};
-    if (error == EACCES) {
-        std::string right = "to read " + Utf8(file);
-        return {nullptr, "cannot be opened: " + std::generic_category().message(error), false,
-                "allow the program's user " + right, right};
-    }
+    if (error == EACCES)
+        return Denied("to read " + Utf8(file));
     if (error == ELOOP)
         return {nullptr, "is a link that leads in a circle", true};
     return {nullptr, "cannot be opened: " + std::generic_category().message(error), true};
@@ -82,8 +85,11 @@ OpenedFile NotOpened(std::filesystem::path const& file, int error)
 OpenedFile OpenFile(std::filesystem::path const& file)
 {
     struct stat status {};
+    // Its own permissions count for nothing yet: it is a folder that denies it.
     if (::stat(file.c_str(), &status) != 0)
-        return NotOpened(file, errno);
+        return errno == EACCES
+                   ? Denied("to read " + Utf8(file) + " and to enter the folders that lead to it")
+                   : NotOpened(file, errno);
     if (std::string reason = WhyNotRegular(status); !reason.empty())
         return {nullptr, std::move(reason), true};
     // Whatever has taken its place since, the call returns.

@@ -77,7 +77,7 @@ LocationFlaw FlawOfLocation()
         bool const isFile = opened.reason.rfind("is ", 0) != 0;
         bool const isBrokenLink = fs::status(file, unknown).type() == fs::file_type::not_found;
         LocationFlaw flaw = {
-            opened.reason, isBrokenLink ? opened.remedy
+            opened.reason, !opened.remedy.empty() ? opened.remedy
                            : isFile
                                ? "allow the program's user to read " + Tools::Utf8(file)
                                : "put a file with the server application's directory in place of " +
