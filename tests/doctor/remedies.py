@@ -65,6 +65,16 @@ def LinksToNothing(test):
         assert " is a link to /nowhere/x, which does not exist" in ended.last, (name, ended.last)
         # The plugin may need the library, too.
         assert f"Fix: correct the link {file}" in ended.lines, ended.output
+        # Over others it is the last one that is to be corrected.
+        file.unlink()
+        file.symlink_to("../first" if name.count("/") == 1 else "../../first")
+        (place.root / "first").symlink_to("last")
+        (place.root / "last").symlink_to("/nowhere/x")
+        ended = place.diagnose("--load")
+        last = next(line.rsplit(" ", 1)[1] for line in ended.lines if "Fix: correct the" in line)
+        assert os.path.normpath(last) == f"{place.root}/last", ended.output
+        assert f" is a link that leads to {last}, a link to /nowhere/x, which does not exist" \
+            in ended.last, (name, ended.last)
     # A directory behind it may have another one.
     place = test.installation("nothing-is-wrong")
     place.write("app/SSOClient.config", "{}")

@@ -12,7 +12,7 @@ void JudgeSimilar(Findings const& findings, ProblemList& problems, Search const&
 {
     for (Directory const& directory : search.tried) {
         if (!directory.flaw.empty()) {
-            Hint const hint = HintAtBrokenLink(Joined(directory.path, search.file), directory.flaw);
+            Hint const hint = HintAtBrokenLink(search, directory);
             problems.Add(IsServerAppLost(findings) ? Cause : Warning, "client-config-broken-link",
                          subject, what + " " + hint.text, hint.remedy);
             return;

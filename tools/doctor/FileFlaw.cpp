@@ -4,6 +4,7 @@
 #include <iterator>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "../common/Files.h"
 #include "../common/Utf8.h"
@@ -71,11 +72,17 @@ std::string FlawOf(fs::path const& file)
     return reason == "does not exist" ? std::string() : reason;
 }
 
-std::string FlawOfLink(fs::path const& file)
+LinkFlaw FlawOfLink(fs::path const& file)
 {
     std::error_code error;
-    bool const isLink = fs::is_symlink(fs::symlink_status(file, error));
-    return isLink && !fs::exists(file, error) ? FlawOf(file) : std::string();
+    if (!fs::is_symlink(fs::symlink_status(file, error)) || fs::exists(file, error))
+        return {};
+    Tools::OpenedFile opened = Tools::OpenFile(file);
+    if (opened.reason == "does not exist")
+        return {};
+    if (opened.remedy.empty())
+        opened.remedy = "correct the link " + Tools::Utf8(file);
+    return {std::move(opened.reason), std::move(opened.remedy)};
 }
 
 fs::path CircleIn(fs::path const& path)

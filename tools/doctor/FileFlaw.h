@@ -10,8 +10,13 @@ namespace Halvorix::Doctor {
 /// device is opened.
 std::string FlawOf(std::filesystem::path const& file);
 
-/// The same of a link that leads to nothing; empty for all else.
-std::string FlawOfLink(std::filesystem::path const& file);
+struct LinkFlaw {
+    std::string text; ///< to stand behind the link's name, as above
+    std::string remedy;
+};
+
+/// Of a link that leads to nothing; empty for all else.
+LinkFlaw FlawOfLink(std::filesystem::path const& file);
 
 /// The link along the path that leads to itself, over others or at once; empty if there
 /// is none.

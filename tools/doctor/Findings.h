@@ -49,6 +49,7 @@ struct Directory {
     std::vector<std::string> unknown; ///< variables that stayed in it
     std::string similar;              ///< a file there whose name is nearly the one searched
     std::string flaw;                 ///< of what is there in its place: a link to nothing
+    std::string linkRemedy;           ///< for that
     bool isFirstAgain = false;        ///< a later hit that is the first one, spelled otherwise
     bool holdsList = false; ///< for the server application: the version compatibility file too
 };
@@ -65,6 +66,7 @@ struct Presence {
     bool isDenied = false;     ///< and that is why
     std::string circle;        ///< or that: a link that leads to itself
     std::string flaw;          ///< of what is there: "is a folder, not a file", "is a link to …"
+    std::string linkRemedy;    ///< for a link to nothing
     std::string similar;       ///< for one that is not: a file whose name is nearly the same
     bool isBelowFile = false;  ///< what should be its folder is a file
     bool isOutOfReach = false; ///< there, but not under the name that the library makes of it

@@ -113,16 +113,21 @@ std::string Joined(std::string const& directory, std::string const& name)
 
 std::string NameOf(std::string const& file) { return file.substr(file.rfind('/') + 1); }
 
-Hint HintAtBrokenLink(std::string const& file, std::string const& flaw)
+Hint HintAtBrokenLink(Search const& search, Directory const& directory)
 {
-    return {file + " " + flaw, "correct the link " + file};
+    return {Joined(directory.path, search.file) + " " + directory.flaw, directory.linkRemedy};
+}
+
+Hint HintAtBrokenLink(std::string const& file, Presence const& presence)
+{
+    return {file + " " + presence.flaw, presence.linkRemedy};
 }
 
 void AddSimilar(Search const& search, std::vector<Hint>& hints)
 {
     for (Directory const& directory : search.tried)
         if (!directory.flaw.empty())
-            hints.push_back(HintAtBrokenLink(Joined(directory.path, search.file), directory.flaw));
+            hints.push_back(HintAtBrokenLink(search, directory));
     for (Directory const& directory : search.tried)
         if (!directory.similar.empty())
             hints.push_back({Joined(directory.path, directory.similar) + " is there, but " +

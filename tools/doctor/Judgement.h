@@ -75,7 +75,8 @@ std::vector<Tools::Check> FailedOf(std::vector<Tools::Check> const& checks);
 bool IsLibraryWhole(Findings const& findings);
 
 /// A link in the place of a file, which leads to none.
-Hint HintAtBrokenLink(std::string const& file, std::string const& flaw);
+Hint HintAtBrokenLink(Search const& search, Directory const& directory);
+Hint HintAtBrokenLink(std::string const& file, Presence const& presence);
 
 /// Such links, and files of nearly the name that was searched.
 void AddSimilar(Search const& search, std::vector<Hint>& hints);

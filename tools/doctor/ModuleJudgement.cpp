@@ -32,7 +32,7 @@ void AddMissingPlugin(Findings const& findings, ProblemList& problems, Plugin co
 {
     std::vector<Hint> hints;
     if (!plugin.presence.flaw.empty())
-        hints.push_back(HintAtBrokenLink(plugin.file, plugin.presence.flaw));
+        hints.push_back(HintAtBrokenLink(plugin.file, plugin.presence));
     if (!plugin.presence.similar.empty())
         hints.push_back({plugin.presence.similar + " is there, but " +
                              DifferenceOf(plugin.presence.similar, NameOf(plugin.file)),
@@ -64,7 +64,7 @@ void AddMissingOpenSsl(ProblemList& problems, OpenSsl const& openSsl)
 {
     std::vector<Hint> hints;
     if (!openSsl.presence.flaw.empty())
-        hints.push_back(HintAtBrokenLink(openSsl.file, openSsl.presence.flaw));
+        hints.push_back(HintAtBrokenLink(openSsl.file, openSsl.presence));
     std::string const& similar = openSsl.presence.similar;
     if (!similar.empty())
         hints.push_back({similar + " is there, but " + DifferenceOf(similar, NameOf(openSsl.file)),

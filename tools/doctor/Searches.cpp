@@ -77,14 +77,17 @@ Search LookThrough(std::wstring const& file, std::vector<std::wstring> const& di
         if (finding == Finding::Hit)
             hit = Tools::FromWide(SSOServices::JoinPath(directory, file));
         search.tried.push_back(
-            {Shown(directory), finding, VariablesIn(directory), {}, {}, false, false});
+            {Shown(directory), finding, VariablesIn(directory), {}, {}, {}, false, false});
         std::error_code unknown;
         if (finding == Finding::LaterHit)
             search.tried.back().isFirstAgain = std::filesystem::equivalent(
                 hit, Tools::FromWide(SSOServices::JoinPath(directory, file)), unknown);
         std::wstring const path = SSOServices::JoinPath(directory, file);
-        if (finding == Finding::NoFile && !IsOnOtherMachine(path))
-            search.tried.back().flaw = FlawOfLink(Tools::FromWide(path));
+        if (finding == Finding::NoFile && !IsOnOtherMachine(path)) {
+            LinkFlaw const link = FlawOfLink(Tools::FromWide(path));
+            search.tried.back().flaw = link.text;
+            search.tried.back().linkRemedy = link.remedy;
+        }
         if (finding == Finding::NoFile)
             search.tried.back().similar = similarIn(directory.empty() ? L"." : directory);
     }
@@ -111,13 +114,15 @@ void LookCloser(std::wstring const& file, Presence& presence)
 {
     std::filesystem::path const path = Tools::FromWide(file);
     std::error_code unknown;
+    LinkFlaw const link = FlawOfLink(path);
     if (presence.isThere)
         presence.flaw = FlawOf(path);
     else if (std::filesystem::exists(path, unknown))
         presence.isOutOfReach = true;
-    else if (presence.reason.empty() && !FlawOfLink(path).empty())
-        presence.flaw = FlawOfLink(path);
-    else if (std::filesystem::is_regular_file(path.parent_path(), unknown))
+    else if (presence.reason.empty() && !link.text.empty()) {
+        presence.flaw = link.text;
+        presence.linkRemedy = link.remedy;
+    } else if (std::filesystem::is_regular_file(path.parent_path(), unknown))
         presence.isBelowFile = true;
     else if (path.has_parent_path())
         presence.similar = SimilarName(path.parent_path(), Tools::Utf8(path.filename()));

@@ -122,8 +122,8 @@ void JudgeServerExecutable(Findings const& findings, ProblemList& problems)
         problems.Add(Fatal, "server-executable-missing", Subject::ServerApp,
                      "the server application was found in " + server.directory +
                          ", but its executable " + server.executable + " " + Words(server.presence),
-                     !server.presence.flaw.empty()
-                         ? "correct the link " + server.executable
+                     !server.presence.linkRemedy.empty()
+                         ? server.presence.linkRemedy
                          : std::string("correct ssoServer.exeName of the client configuration, or "
                                        "install the server "
                                        "application again"));

@@ -63,14 +63,39 @@ OpenedFile Denied(std::string const& right)
             "allow the program's user " + right, right};
 }
 
+// Of links that lead to nothing over each other, the one that is to be corrected.
+std::filesystem::path LastLink(std::filesystem::path link)
+{
+    constexpr int mostLinks = 40; // that the system follows
+    for (int i = 0; i < mostLinks; ++i) {
+        std::error_code unknown;
+        std::filesystem::path const target =
+            link.parent_path() / std::filesystem::read_symlink(link, unknown);
+        if (!std::filesystem::is_symlink(std::filesystem::symlink_status(target, unknown)))
+            break;
+        link = std::filesystem::canonical(target.parent_path(), unknown) / target.filename();
+    }
+    return link;
+}
+
+OpenedFile BrokenLink(std::filesystem::path const& file)
+{
+    std::filesystem::path const last = LastLink(file);
+    std::error_code unknown;
+    return {nullptr,
+            (last == file ? "is a link to "
+                          : "is a link that leads to " + Utf8(last) + ", a link to ") +
+                Utf8(std::filesystem::read_symlink(last, unknown)) + ", which does not exist",
+            false, "correct the link " + Utf8(last)};
+}
+
 // Over what is not there, or is denied, the loader passes.
 OpenedFile NotOpened(std::filesystem::path const& file, int error)
 {
     std::error_code unknown;
-    std::filesystem::path const target = std::filesystem::read_symlink(file, unknown);
-    if (error == ENOENT && !unknown)
-        return {nullptr, "is a link to " + Utf8(target) + ", which does not exist", false,
-                "correct the link " + Utf8(file)};
+    if (error == ENOENT &&
+        std::filesystem::is_symlink(std::filesystem::symlink_status(file, unknown)))
+        return BrokenLink(file);
     if (error == ENOENT || error == ENOTDIR)
         return {nullptr, "does not exist", false};
     if (error == EACCES)
