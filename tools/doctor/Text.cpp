@@ -1,8 +1,8 @@
 #include "Text.h"
 
 #include <algorithm>
-#include <iterator>
 #include <cstddef>
+#include <iterator>
 
 #include <boost/locale/encoding_utf.hpp>
 
