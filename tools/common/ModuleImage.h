@@ -18,8 +18,8 @@ enum class ImageFormat { None, Elf, Pe };
 /// another system only the format is told.
 struct ModuleImage {
     ImageFormat format = ImageFormat::None;
-    std::string machine;   ///< "x86-64", say; for two images of one format comparable
     bool isModule = false; ///< and no program
+    std::string machine;   ///< "x86-64", say; for two images of one format comparable
     std::string flaw;      ///< why nothing more could be read; empty if all was
 
     std::vector<std::string> imports; ///< names of the modules that it needs
@@ -28,12 +28,12 @@ struct ModuleImage {
     std::string runPath;
     /// The older kind, which counts only where there is none of the newer one.
     std::string inheritedRunPath;
-    bool hasLoader = false;           ///< a program that the system's loader starts
-    std::string loader;               ///< and the file of that; empty if it has no name
-    bool hasNoDefaultFolders = false; ///< of the system, nor what the cache has there
+    std::string loader; ///< that starts a program; may have no name
     /// Why the loader takes it for no module that another one needs; empty: it does.
     std::string refusal;
-    bool isForStartOnly = false; ///< no running process may load it
+    bool hasLoader = false;           ///< for a program: the system's loader starts it
+    bool hasNoDefaultFolders = false; ///< of the system, nor what the cache has there
+    bool isForStartOnly = false;      ///< no running process may load it
 };
 
 /// A name that a module takes from another one.
