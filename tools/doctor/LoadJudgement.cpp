@@ -44,7 +44,7 @@ void AddInterruptions(Findings const& findings, ProblemList& problems, bool areA
             !circle.empty() ? "put the file or folder itself in place of " + circle
             : interruption.isDenied
                 ? "allow the program's user to read the files and folders that it looks "
-                  "for"
+                  "for, and to enter the folders that lead to them"
                 : "correct what it names in the client configuration or the version "
                   "compatibility file");
     }
