@@ -11,6 +11,9 @@ sys.dont_write_bytecode = True
 import rig  # noqa: E402
 from rig import skip  # noqa: E402,F401
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "tools"))
+import elf  # noqa: E402
+
 CASES = pathlib.Path(__file__).resolve().parent / "cases"
 COMPATIBILITY = "server/SSOVersionCompatibility.config"
 
@@ -31,6 +34,13 @@ class Test:
 
     def whole(self):
         return self.installation("nothing-is-wrong")
+
+    def undeclared_dependency(self):
+        """On Linux: a plugin that takes a symbol from a module which it does not name."""
+        place = self.installation("plugin-lacks-a-dependency")
+        elf.retag(place.path("server/plugin/DependentPlugin.so"), elf.NEEDED, elf.DEBUG,
+                  named=b"PluginDependency.so")
+        return place
 
 
 def said(ended, *texts):

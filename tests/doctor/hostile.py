@@ -14,10 +14,7 @@ import sys
 
 import rig
 import harness
-from harness import COMPATIBILITY, line_of, skip
-
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "tools"))
-import elf  # noqa: E402
+from harness import COMPATIBILITY, elf, line_of, skip
 
 UNSAFE = [0x1B, 0x7F, 0x9B, 0x85, 0x61C, 0x200E, 0x200F, 0x2028, 0x2029, 0x202E, 0x2066, 0x2069,
           0xAD, 0x200B, 0x2060, 0xFEFF]
@@ -569,9 +566,7 @@ def SymbolsOfTheProgram(test):
     """A plugin may take what the program has loaded, or has itself, and need neither by name."""
     if test.build.is_windows:
         skip("modules for Windows name each one from which they take something")
-    place = test.installation("plugin-lacks-a-dependency")
-    elf.retag(place.path("server/plugin/DependentPlugin.so"), elf.NEEDED, elf.DEBUG,
-              named=b"PluginDependency.so")
+    place = test.undeclared_dependency()
     ended = place.diagnose()
     assert "needs the symbol _Z13UseDependencyv, which no module has" in ended.last, ended.last
     # What the program needs by name serves all that is loaded later.

@@ -9,14 +9,10 @@ import shutil
 import subprocess
 
 import pathlib
-import sys
 
 import rig
 import harness
-from harness import line_of, skip
-
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "tools"))
-import elf  # noqa: E402
+from harness import elf, line_of, skip
 
 
 def rewritten(place, change):
@@ -194,9 +190,7 @@ def SymbolsOfPreloadedModules(test):
     """They come into the process with the program, unless that is a privileged one."""
     if test.build.is_windows:
         skip("nothing is preloaded there")
-    place = test.installation("plugin-lacks-a-dependency")
-    elf.retag(place.path("server/plugin/DependentPlugin.so"), elf.NEEDED, elf.DEBUG,
-              named=b"PluginDependency.so")
+    place = test.undeclared_dependency()
     place.place("preloaded/some.so", "PluginDependency.so")
     folder = place.root / "preloaded"
     # A sanitizer wants to be the first.

@@ -32,8 +32,8 @@ bool SSOServices::FindFileInPaths(std::wstring const& fileName,
     searches[fileName] = paths;
     directories += paths.size();
     if (directories > MostDirectories)
-        throw Doctor::QuestionLimit{
-            "looks into more than 200000 directories, the limit of what is looked at"};
+        throw Doctor::QuestionLimit{"looks into more than " + std::to_string(MostDirectories) +
+                                    " directories, the limit of what is looked at"};
     auto const holding = std::find_if(paths.begin(), paths.end(), [&](std::wstring const& path) {
         std::wstring const file = JoinPath(path, fileName);
         return !Doctor::IsOnOtherMachine(file) && PathExists(file);
