@@ -13,7 +13,7 @@ from table import print_table
 
 CALLS = 1000
 PATHS = [
-    ("forwarded", "forwarded call, IsLoggedIn"),
+    ("forwarded", "forwarded call"),
     ("failed", "forwarded call after a failed load"),
     ("token", "token request"),
 ]

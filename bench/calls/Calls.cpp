@@ -27,21 +27,6 @@ void IsLoggedIn_Ours(benchmark::State& state)
         benchmark::DoNotOptimize(manager.IsLoggedIn());
 }
 
-void GetUserId_Floor(benchmark::State& state)
-{
-    wchar_t buffer[64];
-    for (auto _ : state)
-        benchmark::DoNotOptimize(FloorGetUserId(buffer, 64));
-}
-
-void GetUserId_Ours(benchmark::State& state)
-{
-    WebServicesManager const& manager = *WebServicesManager::GetInstance();
-    wchar_t buffer[64];
-    for (auto _ : state)
-        benchmark::DoNotOptimize(manager.GetUserId(buffer, 64));
-}
-
 void TokenRequest_Floor(benchmark::State& state)
 {
     std::string const scope = "data:read user:profile";
@@ -65,10 +50,8 @@ void Threads(benchmark::internal::Benchmark* benchmark)
     benchmark->Threads(1)->Threads(2)->Threads(4)->UseRealTime();
 }
 
-BENCHMARK(IsLoggedIn_Floor)->Name("forwarded call, IsLoggedIn|floor")->Apply(Threads);
-BENCHMARK(IsLoggedIn_Ours)->Name("forwarded call, IsLoggedIn|ours")->Apply(Threads);
-BENCHMARK(GetUserId_Floor)->Name("forwarded call, GetUserId|floor")->Apply(Threads);
-BENCHMARK(GetUserId_Ours)->Name("forwarded call, GetUserId|ours")->Apply(Threads);
+BENCHMARK(IsLoggedIn_Floor)->Name("forwarded call|floor")->Apply(Threads);
+BENCHMARK(IsLoggedIn_Ours)->Name("forwarded call|ours")->Apply(Threads);
 BENCHMARK(TokenRequest_Floor)->Name("token request|floor");
 BENCHMARK(TokenRequest_Ours)->Name("token request|ours");
 

@@ -66,8 +66,6 @@ void ConnectFloor(FactoryProcedure procedure)
 
 bool FloorIsLoggedIn() { return Client()->IsLoggedIn(); }
 
-int FloorGetUserId(wchar_t* buffer, int capacity) { return Client()->GetUserId(buffer, capacity); }
-
 void FloorBanner(std::wstring const& file)
 {
     static std::wstring const library = L"libHxSSOServices.so";

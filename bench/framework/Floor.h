@@ -20,7 +20,6 @@ namespace Bench {
 void ConnectFloor(FactoryProcedure procedure);
 
 bool FloorIsLoggedIn();
-int FloorGetUserId(wchar_t* buffer, int capacity);
 
 /// One line of a log that nobody takes.
 struct Line {

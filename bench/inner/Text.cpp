@@ -1,14 +1,12 @@
-// Scopes, base64 and the two text conversions.
+// Scopes and the two text conversions.
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "../../include/OAuth2Token.h"
 #include "../framework/Main.h"
-#include "json/Base64.h"
 #include "support/TextConversion.h"
 
 using namespace Halvorix::SSOServices;
@@ -65,84 +63,7 @@ void Scope_Ours(benchmark::State& state)
         benchmark::DoNotOptimize(spec.SetScope(scope.c_str()));
 }
 
-std::string Bytes(std::int64_t count)
-{
-    std::string bytes;
-    for (std::int64_t i = 0; i < count; ++i)
-        bytes.push_back(static_cast<char>(i * 31 % 251));
-    return bytes;
-}
-
-constexpr char const* Alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-
 std::uint32_t Byte(char c) { return static_cast<unsigned char>(c); }
-
-// Whole groups of three alone: the least that encoding could be.
-std::string PlainEncode(std::string const& bytes)
-{
-    std::string text;
-    for (std::size_t i = 0; i + 2 < bytes.size(); i += 3) {
-        std::uint32_t const group =
-            Byte(bytes[i]) << 16 | Byte(bytes[i + 1]) << 8 | Byte(bytes[i + 2]);
-        text.push_back(Alphabet[group >> 18]);
-        text.push_back(Alphabet[group >> 12 & 63]);
-        text.push_back(Alphabet[group >> 6 & 63]);
-        text.push_back(Alphabet[group & 63]);
-    }
-    return text;
-}
-
-std::string PlainDecode(std::string const& text)
-{
-    static std::array<std::uint8_t, 256> const values = [] {
-        std::array<std::uint8_t, 256> table{};
-        for (std::uint8_t i = 0; i < 64; ++i)
-            table[Byte(Alphabet[i])] = i;
-        return table;
-    }();
-    std::string bytes;
-    for (std::size_t i = 0; i + 3 < text.size(); i += 4) {
-        std::uint32_t group = 0;
-        for (std::size_t k = 0; k < 4; ++k)
-            group = group << 6 | values[Byte(text[i + k])];
-        bytes.push_back(static_cast<char>(group >> 16));
-        bytes.push_back(static_cast<char>(group >> 8));
-        bytes.push_back(static_cast<char>(group));
-    }
-    return bytes;
-}
-
-void Encode_Floor(benchmark::State& state)
-{
-    std::string const bytes = Bytes(state.range(0));
-    for (auto _ : state)
-        benchmark::DoNotOptimize(PlainEncode(bytes));
-}
-
-void Encode_Ours(benchmark::State& state)
-{
-    std::string const bytes = Bytes(state.range(0));
-    for (auto _ : state)
-        benchmark::DoNotOptimize(Base64Encode(bytes));
-    if (Base64Encode(bytes) != PlainEncode(bytes))
-        state.SkipWithError("not the same text");
-}
-
-void Decode_Floor(benchmark::State& state)
-{
-    std::string const text = PlainEncode(Bytes(state.range(0)));
-    for (auto _ : state)
-        benchmark::DoNotOptimize(PlainDecode(text));
-}
-
-void Decode_Ours(benchmark::State& state)
-{
-    std::string const text = PlainEncode(Bytes(state.range(0)));
-    for (auto _ : state)
-        benchmark::DoNotOptimize(Base64Decode(text));
-    if (Base64Decode(text) != Bytes(state.range(0)))
-        state.SkipWithError("not the same bytes");
-}
 
 // Mostly ASCII, as names and paths are, with two and three bytes in between.
 std::string Narrow()
@@ -226,15 +147,9 @@ void Words(benchmark::internal::Benchmark* benchmark)
 {
     benchmark->Arg(10)->Arg(1000)->Arg(100000);
 }
-// Whole groups of three.
-void Sizes(benchmark::internal::Benchmark* benchmark) { benchmark->Arg(1023)->Arg(1048575); }
 
 BENCHMARK(Scope_Floor)->Name("scope|floor")->Apply(Words);
 BENCHMARK(Scope_Ours)->Name("scope|ours")->Apply(Words);
-BENCHMARK(Encode_Floor)->Name("base64, encoding|floor")->Apply(Sizes);
-BENCHMARK(Encode_Ours)->Name("base64, encoding|ours")->Apply(Sizes);
-BENCHMARK(Decode_Floor)->Name("base64, decoding|floor")->Apply(Sizes);
-BENCHMARK(Decode_Ours)->Name("base64, decoding|ours")->Apply(Sizes);
 BENCHMARK(Widen_Floor)->Name("UTF-8 to wide, 1 MB|floor");
 BENCHMARK(Widen_Ours)->Name("UTF-8 to wide, 1 MB|ours");
 BENCHMARK(Narrow_Floor)->Name("wide to UTF-8, 1 MB|floor");

@@ -45,8 +45,8 @@ bool SSOServicesPrivate::JsonToNetworkCookie(Json::Value const& json, NetworkCoo
         return false;
     cookie.record->name = json["Name"].asString();
     cookie.record->value = SecretText<char>(json["Value"].asString());
-    cookie.record->domain = Utf8ToWide(json["Domain"].asString());
-    cookie.record->path = Utf8ToWide(json["Path"].asString());
+    cookie.record->domain = WideText(json["Domain"]);
+    cookie.record->path = WideText(json["Path"]);
     cookie.record->secure = json["IsSecure"].asBool();
     cookie.record->httpOnly = json["IsHttpOnly"].asBool();
     cookie.record->expiryDate = json["ExpiryDate"].asInt64();
@@ -86,6 +86,7 @@ bool SSOServicesPrivate::JsonToNetworkCookieJar(Json::Value const& json, Network
     // Emptied before the document is looked at, on purpose.
     jar.DeleteAll();
     Json::Value const& cookies = json["Cookies"];
+    jar.record->cookies.reserve(cookies.size());
     for (Json::Value const& member : cookies) {
         // A member that is null gives a default cookie, so that the counts agree.
         auto cookie = std::make_unique<NetworkCookie>();

@@ -1,6 +1,7 @@
 #include "json/JsonDocument.h"
 
 #include <atomic>
+#include <cstddef>
 #include <cstring>
 #include <memory>
 #include <ostream>
@@ -14,6 +15,7 @@
 #include "platform/Platform.h"
 #include "support/ProcessState.h"
 #include "support/SecretText.h"
+#include "support/TextConversion.h"
 
 namespace Halvorix::SSOServices {
 
@@ -95,6 +97,15 @@ bool ParseJsonDocument(char const* text, Json::Value& value)
     // In place: parseFromStream would copy the text, with the secrets in it.
     std::unique_ptr<Json::CharReader> const reader(TheBuilders().readers.newCharReader());
     return reader->parse(text, text + std::strlen(text), &value, nullptr);
+}
+
+std::wstring WideText(Json::Value const& value)
+{
+    char const* begin = nullptr;
+    char const* end = nullptr;
+    if (value.getString(&begin, &end))
+        return Utf8ToWide({begin, static_cast<std::size_t>(end - begin)});
+    return Utf8ToWide(value.asString());
 }
 
 // As Json::writeString, whose stream would swallow std::bad_alloc and leave the

@@ -12,6 +12,9 @@ namespace Halvorix::SSOServices {
 /// what follows the first value are ignored; the last of equal keys wins.
 bool ParseJsonDocument(char const* text, Json::Value& value);
 
+/// What asString gives, wide; a text is not copied before.
+std::wstring WideText(Json::Value const& value);
+
 /// The value as a styled document.
 std::string WriteJsonDocument(Json::Value const& value);
 

@@ -90,7 +90,7 @@ bool SSOServicesPrivate::JsonToOAuth2TokenSpec(Json::Value const& json, OAuth2To
     // A missing type is 0 and not the default. The scope ends at its first zero
     // and is not brought into normal form.
     spec.record->type = static_cast<OAuth2TokenType>(json["type"].asInt());
-    std::wstring const scope = Utf8ToWide(json["scope"].asString());
+    std::wstring const scope = WideText(json["scope"]);
     spec.record->scope = scope.substr(0, scope.find(L'\0'));
     spec.record->legacy = json["legacy"].asBool();
     return true;

@@ -56,7 +56,7 @@ std::size_t Utf8Size(std::wstring const& text)
 
 } // namespace
 
-std::wstring Utf8ToWide(std::string const& text)
+std::wstring Utf8ToWide(std::string_view text)
 {
     std::wstring wide(text.size(), L'\0'); // never longer
     std::size_t length = 0;
