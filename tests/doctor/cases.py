@@ -1,7 +1,6 @@
 #!/usr/bin/env python3
 """cases.py run CASE FOLDER [EMULATOR...]     what the doctor finds, against expected.txt
-cases.py page                              the table in docs/troubleshooting.md, likewise
-cases.py --update FOLDER [EMULATOR...]     writes what is expected in all cases, and the table
+cases.py --update FOLDER [EMULATOR...]     writes what is expected in all cases
 
 base/ is a whole installation, and each folder below cases/ what is different in another
 one. Files in a folder of their own go there as they are, placeholders filled in;
@@ -38,14 +37,6 @@ sys.dont_write_bytecode = True
 import rig  # noqa: E402
 
 CASES = pathlib.Path(__file__).resolve().parent / "cases"
-PAGE = CASES.parents[2] / "docs" / "troubleshooting.md"
-
-DECORATED = (
-    "?GetSSOClientFactory@@YA?AV?$shared_ptr@VISSOClientFactory@SSOServices@Halvorix@@@std@@XZ"
-)
-
-BEGIN = "<!-- installations: written by tests/doctor/cases.py, do not edit -->\n"
-END = "<!-- end of the installations -->\n"
 
 
 def all_cases():
@@ -85,37 +76,6 @@ def update(case, is_windows, found):
         other.unlink(missing_ok=True)
 
 
-def table():
-    text = "\n| installation | what the doctor says |\n|---|---|\n"
-    for case in all_cases():
-        # The last line, or the first warning where nothing is wrong.
-        lines = expected_file(case, True).read_text(encoding="utf-8").strip().split("\n")
-        works = lines[-1] in (rig.CAN_WORK, rig.NOT_LOADED)
-        last = lines[0] if works else lines[-1]
-        # As on the system that the product is for.
-        for name, value in (
-            ("{root}", "…"),
-            ("{module}", ".dll"),
-            ("{library}", "HxSSOServices.dll"),
-            ("{library name}", "HxSSOServices.dll"),
-            ("{program}", "Program.exe"),
-            ("{decorated}", DECORATED),
-            ("{modulePath}", "modulePath"),
-            ("{modulePathWoW64}", "modulePathWoW64"),
-            ("{architecture}", "x86-64"),
-            ("{portion}", "section"),
-            ("|", "\\|"),
-        ):
-            last = last.replace(name, value)
-        text += f"| {case.name.replace('-', ' ')} | ``{last}`` |\n"
-    return text + "\n"
-
-
-def page():
-    before, rest = PAGE.read_text().split(BEGIN)
-    return before + BEGIN + table() + END + rest.split(END)[1]
-
-
 def main():
     if sys.argv[1] == "run":
         case = CASES / sys.argv[2]
@@ -127,8 +87,6 @@ def main():
             assert found == expected, expected
 
         diagnosed(case, build, compare)
-    elif sys.argv[1] == "page":
-        assert PAGE.read_text() == page(), "cases.py --update writes the page anew"
     elif sys.argv[1] == "--update":
         build = rig.Build(sys.argv[2], sys.argv[3:])
         for case in all_cases():
@@ -137,7 +95,6 @@ def main():
             except SystemExit:
                 continue  # not on this system
             update(case, build.is_windows, found + "\n")
-        PAGE.write_text(page(), encoding="utf-8")
     else:
         sys.exit(__doc__)
 
