@@ -1,9 +1,11 @@
 #!/usr/bin/env python3
 """Whether changes are made where there is code, and each kind of them."""
 
+import sys
 import unittest
 
-import mutants
+sys.dont_write_bytecode = True
+import mutants  # noqa: E402
 
 
 def changed(source):
