@@ -7,7 +7,7 @@
 #include "api/Plugin.h"
 #include "discovery/ModuleFiles.h"
 #include "discovery/PathText.h"
-#include "support/ProcessState.h"
+#include "support/SSOClientManagerMutex.h"
 
 namespace Halvorix::SSOServices {
 

@@ -1,18 +1,27 @@
 #include <WebServicesManager.h>
 
+#include <atomic>
 #include <string>
 
 #include <WebServicesConfiguration.h>
+#include "api/InitializeCount.h"
 #include "api/Plugin.h"
-#include "api/ReferenceCount.h"
 #include "api/SpecText.h"
 #include "discovery/PathText.h"
 #include "host/SupportFileSearchPaths.h"
-#include "support/ProcessState.h"
 
 namespace Halvorix::WebServices {
 
 using namespace SSOServices;
+
+namespace {
+
+// Under no lock: hosts initialise and uninitialise from one thread at a time, and may
+// ask from others meanwhile.
+InitializeCount initializations;
+std::atomic<WebServicesManager*> instance{nullptr};
+
+} // namespace
 
 WebServicesManager::WebServicesManager() : fallbackConfiguration(new WebServicesConfiguration) {}
 
@@ -22,10 +31,10 @@ bool WebServicesManager::Initialize() { return Initialize(false); }
 
 bool WebServicesManager::Initialize(bool flag)
 {
-    if (IsFirstInitialize(webServicesManagerCount, webServicesManager != nullptr)) {
+    if (initializations.Add() && instance == nullptr) {
         if (auto const module = Plugin<ISSOClientModule>())
             module->Initialize(flag, false);
-        webServicesManager = new WebServicesManager;
+        instance = new WebServicesManager;
     }
     return true;
 }
@@ -34,29 +43,29 @@ bool WebServicesManager::Initialize(bool flag, bool) { return Initialize(flag); 
 
 bool WebServicesManager::Initialize(OAuth2TokenSpec const& spec)
 {
-    if (IsFirstInitialize(webServicesManagerCount, webServicesManager != nullptr)) {
+    if (initializations.Add() && instance == nullptr) {
         std::string const text = SpecText(spec);
         if (auto const module = Plugin<ISSOClientModule>())
             module->Initialize(text.c_str());
-        webServicesManager = new WebServicesManager;
+        instance = new WebServicesManager;
     }
     return true;
 }
 
 bool WebServicesManager::Uninitialize()
 {
-    if (IsLastUninitialize(webServicesManagerCount)) {
-        delete webServicesManager.exchange(nullptr);
+    if (initializations.Remove()) {
+        delete instance.exchange(nullptr);
         if (auto const module = Plugin<ISSOClientModule>())
             module->Uninitialize();
-        webServicesManagerCount = 0;
+        initializations.Reset();
     }
     return true;
 }
 
-WebServicesManager* WebServicesManager::GetInstance() { return webServicesManager; }
+WebServicesManager* WebServicesManager::GetInstance() { return instance; }
 
-bool WebServicesManager::IsInitialized() { return webServicesManagerCount > 0; }
+bool WebServicesManager::IsInitialized() { return initializations.IsAny(); }
 
 int WebServicesManager::GetSupportFileSearchPaths(wchar_t* buffer, int capacity)
 {

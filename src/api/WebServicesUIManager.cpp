@@ -1,15 +1,25 @@
 #include <WebServicesUIManager.h>
 
+#include <atomic>
+
 #include <WebServicesManager.h>
+#include "api/InitializeCount.h"
 #include "api/Plugin.h"
-#include "api/ReferenceCount.h"
 #include "api/SpecText.h"
-#include "support/ProcessState.h"
 
 namespace Halvorix::WebServicesUI {
 
 using namespace SSOServices;
 using WebServices::WebServicesManager;
+
+namespace {
+
+// Under no lock: hosts initialise and uninitialise from one thread at a time, and may
+// ask from others meanwhile.
+InitializeCount initializations;
+std::atomic<WebServicesUIManager*> instance{nullptr};
+
+} // namespace
 
 struct WebServicesUIManager::Implementation {};
 
@@ -21,11 +31,11 @@ bool WebServicesUIManager::Initialize() { return Initialize(false); }
 
 bool WebServicesUIManager::Initialize(bool flag)
 {
-    if (IsFirstInitialize(webServicesUIManagerCount, webServicesUIManager != nullptr)) {
+    if (initializations.Add() && instance == nullptr) {
         if (auto const module = Plugin<ISSOClientModule>())
             module->InitializeUI(flag, false);
         WebServicesManager::Initialize(flag);
-        webServicesUIManager = new WebServicesUIManager;
+        instance = new WebServicesUIManager;
     }
     return true;
 }
@@ -34,33 +44,33 @@ bool WebServicesUIManager::Initialize(bool flag, bool) { return Initialize(flag)
 
 bool WebServicesUIManager::Initialize(WebServices::OAuth2TokenSpec const& spec)
 {
-    if (IsFirstInitialize(webServicesUIManagerCount, webServicesUIManager != nullptr)) {
+    if (initializations.Add() && instance == nullptr) {
         std::string const text = SpecText(spec);
         if (auto const module = Plugin<ISSOClientModule>())
             module->InitializeUI(text.c_str());
         WebServicesManager::Initialize(spec);
-        webServicesUIManager = new WebServicesUIManager;
+        instance = new WebServicesUIManager;
     }
     return true;
 }
 
 bool WebServicesUIManager::Uninitialize()
 {
-    if (IsLastUninitialize(webServicesUIManagerCount)) {
-        delete webServicesUIManager.exchange(nullptr);
+    if (initializations.Remove()) {
+        delete instance.exchange(nullptr);
         if (auto const module = Plugin<ISSOClientModule>())
             module->UninitializeUI();
         WebServicesManager::Uninitialize();
         // Also while the host still holds an Initialize of its own, on purpose.
         SSOClientManager::ReleaseInstance();
-        webServicesUIManagerCount = 0;
+        initializations.Reset();
     }
     return true;
 }
 
-WebServicesUIManager* WebServicesUIManager::GetInstance() { return webServicesUIManager; }
+WebServicesUIManager* WebServicesUIManager::GetInstance() { return instance; }
 
-bool WebServicesUIManager::IsInitialized() { return webServicesUIManagerCount > 0; }
+bool WebServicesUIManager::IsInitialized() { return initializations.IsAny(); }
 
 // The library has no message boxes and no locale: these are empty on purpose.
 void WebServicesUIManager::EnablePlatformIndependentMessageBoxStyle(bool) {}

@@ -35,7 +35,7 @@ bool SSOPathResolver::AnnounceSSOClientConfigFileOverride(std::wstring const& pa
 {
     if (!BeginClientConfigFileOverride(path))
         return false;
-    LogLine(Messages::ConfigOverrideSet, path);
+    LogLine(logFunction, Messages::ConfigOverrideSet, path);
     return true;
 }
 
@@ -50,7 +50,7 @@ bool SSOPathResolver::BeginClientConfigFileOverride(std::wstring const& path)
 {
     // A load that failed counts as loaded.
     if (clientConfigState != NotLoaded) {
-        LogLine(Messages::ConfigOverrideTooLate, path, clientConfigFile);
+        LogLine(logFunction, Messages::ConfigOverrideTooLate, path, clientConfigFile);
         return false;
     }
     // An earlier search result must not shadow the override.
@@ -71,22 +71,23 @@ bool SSOPathResolver::FindClientConfigFile()
         return true;
     if (!clientConfigFileOverride.empty()) {
         clientConfigFile = clientConfigFileOverride;
-        LogLine(PathExists(clientConfigFile) ? Messages::ConfigOverrideFound
+        LogLine(logFunction,
+                PathExists(clientConfigFile) ? Messages::ConfigOverrideFound
                                              : Messages::ConfigOverrideMissing,
                 clientConfigFile);
         return true;
     }
     std::vector<std::wstring> const paths = ClientConfigDirectories();
     std::wstring const shown = boost::algorithm::join(ResolvedSearchPaths(paths), L"\n");
-    LogLine(Messages::ConfigSearching, ClientConfigFileName, shown);
+    LogLine(logFunction, Messages::ConfigSearching, ClientConfigFileName, shown);
     if (FindFileInPaths(ClientConfigFileName, ResolvedSearchPaths(paths), clientConfigFile)) {
-        LogLine(Messages::ConfigFound, clientConfigFile);
+        LogLine(logFunction, Messages::ConfigFound, clientConfigFile);
         return true;
     }
     // The bare name: the search is over, and the file may still lie in the
     // current directory.
     clientConfigFile = ClientConfigFileName;
-    LogLine(Messages::ConfigMissing, ClientConfigFileName, shown);
+    LogLine(logFunction, Messages::ConfigMissing, ClientConfigFileName, shown);
     return false;
 }
 
@@ -109,10 +110,10 @@ void SSOPathResolver::ReadClientConfig()
     std::wstring const file = GetSSOClientConfigFile();
     if (!PathExists(file))
         return;
-    LogLine(Messages::ConfigLoading, file);
+    LogLine(logFunction, Messages::ConfigLoading, file);
     Json::Value root;
     if (!ReadJsonFile(file, std::ios::binary, root)) {
-        LogLine(Messages::ConfigInvalid, file);
+        LogLine(logFunction, Messages::ConfigInvalid, file);
         return;
     }
     Json::Value& ssoServer = root["ssoServer"];

@@ -50,14 +50,15 @@ bool SSOPathResolver::FindVersionCompatibilityFile()
         return PathExists(versionCompatibilityFile);
     if (!versionCompatibilityFileOverride.empty()) {
         versionCompatibilityFile = versionCompatibilityFileOverride;
-        LogLine(PathExists(versionCompatibilityFile) ? Messages::CompatibilityOverrideFound
+        LogLine(logFunction,
+                PathExists(versionCompatibilityFile) ? Messages::CompatibilityOverrideFound
                                                      : Messages::CompatibilityOverrideMissing,
                 versionCompatibilityFile);
         return true;
     }
     std::vector<std::wstring> const paths{ServerDirectory};
     std::wstring const shown = boost::algorithm::join(ResolvedSearchPaths(paths), L"\n");
-    LogLine(Messages::CompatibilitySearching, CompatibilityFileName, shown);
+    LogLine(logFunction, Messages::CompatibilitySearching, CompatibilityFileName, shown);
     std::wstring found;
     bool hit = FindFileInPaths(CompatibilityFileName, ResolvedSearchPaths(paths), found);
     if (!hit)
@@ -67,11 +68,11 @@ bool SSOPathResolver::FindVersionCompatibilityFile()
         // The bare name ends the search; it is read from the current directory
         // if it lies there. The line does not show the second place, on purpose.
         versionCompatibilityFile = CompatibilityFileName;
-        LogLine(Messages::CompatibilityMissing, CompatibilityFileName, shown);
+        LogLine(logFunction, Messages::CompatibilityMissing, CompatibilityFileName, shown);
         return false;
     }
     versionCompatibilityFile = found;
-    LogLine(Messages::CompatibilityFound, found);
+    LogLine(logFunction, Messages::CompatibilityFound, found);
     return true;
 }
 
@@ -82,7 +83,7 @@ bool SSOPathResolver::LoadVersionCompatibilityFile(std::wstring file, std::strin
         return false;
     Json::Value root;
     if (!ReadJsonFile(file, std::ios::in, root)) {
-        LogLine(Messages::CompatibilityInvalid, file);
+        LogLine(logFunction, Messages::CompatibilityInvalid, file);
         return false;
     }
     char const* const pathKey = ModulePathKey();
@@ -148,19 +149,19 @@ void SSOPathResolver::LogFlaw(ModuleFlaw flaw, std::wstring const& key, std::wst
     case ModuleFlaw::None:
         break;
     case ModuleFlaw::NoModule:
-        LogLine(Messages::ModuleBlank, key, file);
+        LogLine(logFunction, Messages::ModuleBlank, key, file);
         break;
     case ModuleFlaw::NoPath:
-        LogLine(Messages::ModulePathBlank, key, file);
+        LogLine(logFunction, Messages::ModulePathBlank, key, file);
         break;
     case ModuleFlaw::PathVanishes:
-        LogLine(Messages::ModuleVersionBlank, key, file);
+        LogLine(logFunction, Messages::ModuleVersionBlank, key, file);
         break;
     case ModuleFlaw::NoRange:
-        LogLine(Messages::RangeMissing, file);
+        LogLine(logFunction, Messages::RangeMissing, file);
         break;
     case ModuleFlaw::EmptyRange:
-        LogLine(Messages::RangeInvalid, file);
+        LogLine(logFunction, Messages::RangeInvalid, file);
         break;
     }
 }
@@ -170,13 +171,13 @@ bool SSOPathResolver::FindCompatibleModule(std::string key, Version const& versi
 {
     std::wstring const file = GetVersionCompatibilityFile();
     if (!PathExists(file)) {
-        LogLine(Messages::CompatibilityAbsent, file);
+        LogLine(logFunction, Messages::CompatibilityAbsent, file);
         return false;
     }
     std::vector<CompatibleModule> list;
     LoadVersionCompatibilityFile(file, key, list);
     if (list.empty()) {
-        LogLine(Messages::CompatibilityListEmpty, Utf8ToWide(key), file);
+        LogLine(logFunction, Messages::CompatibilityListEmpty, Utf8ToWide(key), file);
         return false;
     }
     return SelectCompatibleModule(version, list, selected);
@@ -185,15 +186,15 @@ bool SSOPathResolver::FindCompatibleModule(std::string key, Version const& versi
 void SSOPathResolver::ChooseModule(ModuleKind const& kind, std::wstring& chosen)
 {
     std::wstring const version = Widen(ssoServicesVersion);
-    LogLine(kind.searching, version, GetVersionCompatibilityFile());
+    LogLine(logFunction, kind.searching, version, GetVersionCompatibilityFile());
     CompatibleModule record;
     if (FindCompatibleModule(kind.key, ssoServicesVersion, record)) {
         chosen = NormalizePath(JoinPath(record.modulePath, record.module));
-        LogLine(kind.found, version, chosen);
+        LogLine(logFunction, kind.found, version, chosen);
         return;
     }
     std::wstring const file = GetVersionCompatibilityFile();
-    LogLine(PathExists(file) ? kind.missing : kind.missingNoFile, version, file);
+    LogLine(logFunction, PathExists(file) ? kind.missing : kind.missingNoFile, version, file);
 }
 
 void SSOPathResolver::FindSSOClientPlugin()
@@ -220,16 +221,16 @@ void SSOPathResolver::FindOpenSslModule()
 
 bool SSOPathResolver::UseOpenSslOverride()
 {
-    LogLine(Messages::OpenSslOverrideSearching, GetSSOClientConfigFile());
+    LogLine(logFunction, Messages::OpenSslOverrideSearching, GetSSOClientConfigFile());
     if (clientConfig.openSslModuleName.empty() || clientConfig.openSslModulePath.empty()) {
-        LogLine(Messages::OpenSslOverrideNone, GetSSOClientConfigFile());
+        LogLine(logFunction, Messages::OpenSslOverrideNone, GetSSOClientConfigFile());
         return false;
     }
     openSslModule =
         NormalizePath(JoinPath(clientConfig.openSslModulePath, clientConfig.openSslModuleName));
     ExpandPathVariables(openSslModule);
     // The version in the place of the file, on purpose.
-    LogLine(Messages::OpenSslOverrideFound, Widen(ssoServicesVersion), openSslModule);
+    LogLine(logFunction, Messages::OpenSslOverrideFound, Widen(ssoServicesVersion), openSslModule);
     return true;
 }
 

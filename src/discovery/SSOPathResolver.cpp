@@ -110,10 +110,4 @@ std::vector<std::wstring> SSOPathResolver::ResolvedSearchPaths(std::vector<std::
     return paths;
 }
 
-void SSOPathResolver::LogMessage(std::wstring message, Log::LogLevel level)
-{
-    if (logFunction)
-        logFunction(std::move(message), level);
-}
-
 } // namespace Halvorix::SSOServices

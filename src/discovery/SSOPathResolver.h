@@ -9,7 +9,6 @@
 #include "discovery/SSOClientConfig.h"
 #include "discovery/Version.h"
 #include "support/LogSink.h"
-#include "support/Messages.h"
 
 namespace Json {
 class Value;
@@ -74,12 +73,6 @@ protected:
     /// Whether neither has been told or has found what the other has not.
     bool KnowsTheSameAs(SSOPathResolver const& other) const;
 
-    template <class... Arguments>
-    void LogLine(Message const& message, Arguments const&... arguments)
-    {
-        LogMessage(Compose(message, arguments...), message.level);
-    }
-
 private:
     enum ClientConfigState : std::int32_t { NotLoaded = 0, Loaded = 1, LoadBegun = 2 };
 
@@ -91,7 +84,6 @@ private:
     void ResolveSearchPaths(std::vector<std::wstring>& paths);
     void ResolveServerAppSearchPaths(std::vector<std::wstring>& paths);
 
-    void LogMessage(std::wstring message, Log::LogLevel level);
     bool LoadClientConfig();
     void ReadClientConfig();
     bool FindClientConfigFile();

@@ -51,19 +51,19 @@ bool SSOPathResolver::FindSSOServerApp()
     if (clientConfigState == NotLoaded)
         LoadClientConfig();
     std::wstring const shown = boost::algorithm::join(ServerAppDirectories(), L"\n");
-    LogLine(Messages::ServerSearching, clientConfig.appName, shown);
+    LogLine(logFunction, Messages::ServerSearching, clientConfig.appName, shown);
     // Blank only after a load that ended in an exception.
     if (clientConfig.appName.empty())
         return false;
     std::wstring found;
     if (!FindFileInPaths(clientConfig.appName, ServerAppDirectories(), found)) {
-        LogLine(Messages::ServerMissing, clientConfig.appName, shown);
+        LogLine(logFunction, Messages::ServerMissing, clientConfig.appName, shown);
         return false;
     }
     // Empty for a hit in the current directory: then the next question searches
     // again, and the line is built without asking one.
     ssoServerAppPath = ParentPath(found);
-    LogLine(Messages::ServerFound, ServerAppExeFile());
+    LogLine(logFunction, Messages::ServerFound, ServerAppExeFile());
     return !ssoServerAppPath.empty();
 }
 
@@ -75,7 +75,7 @@ void SSOPathResolver::AddRegistrySearchPath()
     if (error != 0 && Platform::IsWow64Process())
         error = Platform::OpenLocationKey(LocationView::Native64, opened);
     if (error != 0) {
-        LogLine(Messages::RegistryUnavailable, FormatSystemError(error));
+        LogLine(logFunction, Messages::RegistryUnavailable, FormatSystemError(error));
         return;
     }
     std::unique_ptr<void, decltype(&Platform::CloseLocationKey)> const key(
@@ -85,7 +85,7 @@ void SSOPathResolver::AddRegistrySearchPath()
         return;
     // As it stands, unresolved and even if empty.
     clientConfig.searchPaths.push_back(location);
-    LogLine(Messages::RegistryRead, location);
+    LogLine(logFunction, Messages::RegistryRead, location);
 }
 
 } // namespace Halvorix::SSOServices

@@ -4,7 +4,7 @@
 #include <optional>
 #include <utility>
 
-#include "support/ProcessState.h"
+#include "support/ProcessEnd.h"
 
 namespace Halvorix::SSOServices {
 
@@ -65,13 +65,15 @@ void SharedPathResolver::SetSSOClientConfigFileOverride(std::wstring const& path
 // throws at another one; its first exception leaves.
 void SharedPathResolver::LogLines(std::vector<Line> const& lines)
 {
+    if (!log)
+        return;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         try {
-            LogMessage(lines[i].text, lines[i].level);
+            log(lines[i].text, lines[i].level);
         } catch (...) {
             for (++i; i < lines.size(); ++i) {
                 try {
-                    LogMessage(lines[i].text, lines[i].level);
+                    log(lines[i].text, lines[i].level);
                 } catch (...) {
                 }
             }
@@ -99,12 +101,6 @@ void SharedPathResolver::SetSupportFileSearchPaths(std::vector<std::wstring> con
         return;
     SSOPathResolver::SetSupportFileSearchPaths(paths);
     ++age;
-}
-
-void SharedPathResolver::LogMessage(std::wstring message, Log::LogLevel level)
-{
-    if (log)
-        log(std::move(message), level);
 }
 
 } // namespace Halvorix::SSOServices

@@ -51,14 +51,9 @@ public:
 protected:
     void SetSupportFileSearchPaths(std::vector<std::wstring> const& paths);
 
-    template <class... Arguments>
-    void LogLine(Message const& message, Arguments const&... arguments)
-    {
-        LogMessage(Compose(message, arguments...), message.level);
-    }
+    LogFunction const log;
 
 private:
-    void LogMessage(std::wstring message, Log::LogLevel level);
     struct Line {
         std::wstring text;
         Log::LogLevel level;
@@ -68,7 +63,6 @@ private:
     bool Learn(SSOPathResolver const& copy, std::uint64_t copiedAt);
     void LogLines(std::vector<Line> const& lines);
 
-    LogFunction const log;
     std::mutex mutex; // of the base and its age
     std::uint64_t age = 0;
 };

@@ -15,7 +15,8 @@
 #include "host/SupportFileSearchPaths.h"
 #include "support/LibraryIdentity.h"
 #include "support/LogSink.h"
-#include "support/ProcessState.h"
+#include "support/ProcessEnd.h"
+#include "support/SSOClientManagerMutex.h"
 #include "support/SystemError.h"
 #include "support/TextConversion.h"
 
@@ -30,8 +31,8 @@ using FactoryProcedure = std::shared_ptr<ISSOClientFactory> (*)();
 bool SSOClientManager::AnnounceAndLoad()
 {
     // Every call without a factory says so again, on purpose.
-    LogLine(Messages::Banner, Platform::LibraryFileName(), Utf8ToWide(LibraryVersion), BuildName(),
-            libraryFile);
+    LogLine(log, Messages::Banner, Platform::LibraryFileName(), Utf8ToWide(LibraryVersion),
+            BuildName(), libraryFile);
     SetSupportFileSearchPaths(SupportFileSearchPaths());
     return LoadPlugin() && clientFactory;
 }
@@ -46,7 +47,7 @@ bool SSOClientManager::LoadPlugin()
     loadState = LoadBegun;
     std::wstring const file = Ask(&SSOPathResolver::GetSSOClientPluginModule);
     if (file.empty() || !PathExists(WideToUtf8(file))) {
-        LogLine(Messages::PluginNotFound, file);
+        LogLine(log, Messages::PluginNotFound, file);
         FlushEarlyLog(); // the one failure that shows the whole log
         return false;
     }
@@ -64,13 +65,13 @@ bool SSOClientManager::LoadPluginModule(std::wstring const& file)
     WorkBeforeTheEnd const work;
     if (!work.MayBegin())
         return false;
-    LogLine(Messages::PluginLoading, file);
+    LogLine(log, Messages::PluginLoading, file);
     Platform::SetDependencyDirectory(ParentPath(file).c_str());
     moduleHandle = Platform::LoadModule(file);
     // The system's own order, not what the host may have set before.
     Platform::SetDependencyDirectory(nullptr);
     if (moduleHandle == nullptr) {
-        LogLine(Messages::PluginLoadFailed, file, FormatSystemError(Platform::LastError()));
+        LogLine(log, Messages::PluginLoadFailed, file, FormatSystemError(Platform::LastError()));
         return false;
     }
     return true;
@@ -78,15 +79,15 @@ bool SSOClientManager::LoadPluginModule(std::wstring const& file)
 
 bool SSOClientManager::GetFactory(std::wstring const& file)
 {
-    LogLine(Messages::PluginLoaded, file);
-    LogLine(Messages::FactoryProcGetting, file);
+    LogLine(log, Messages::PluginLoaded, file);
+    LogLine(log, Messages::FactoryProcGetting, file);
     auto const procedure = reinterpret_cast<FactoryProcedure>(
         Platform::FindProcedure(moduleHandle, Platform::FactoryProcedureName()));
     if (procedure == nullptr) {
-        LogLine(Messages::FactoryProcMissing, file, FormatSystemError(Platform::LastError()));
+        LogLine(log, Messages::FactoryProcMissing, file, FormatSystemError(Platform::LastError()));
         return false;
     }
-    LogLine(Messages::FactoryGetting, file);
+    LogLine(log, Messages::FactoryGetting, file);
     clientFactory = procedure();
     return clientFactory != nullptr; // an empty factory is not logged, on purpose
 }
@@ -112,7 +113,7 @@ void SSOClientManager::SetUpPlugin()
     if (module) {
         std::wstring const openSsl = Ask(&SSOPathResolver::GetOpenSslModule);
         if (openSsl.empty() || !PathExists(openSsl))
-            LogLine(Messages::OpenSslModuleNotFound, openSsl);
+            LogLine(log, Messages::OpenSslModuleNotFound, openSsl);
         module->SetOpenSslModule(openSsl.c_str());
     }
     loadState = LoadEnded;

@@ -1,5 +1,6 @@
 #include "host/SSOClientManager.h"
 
+#include <atomic>
 #include <chrono>
 #include <locale>
 #include <mutex>
@@ -11,11 +12,19 @@
 #include "host/ProcessLocale.h"
 #include "support/LibraryIdentity.h"
 #include "support/LogSink.h"
-#include "support/ProcessState.h"
+#include "support/ProcessEnd.h"
+#include "support/SSOClientManagerMutex.h"
+#include "support/Undestroyed.h"
 
 namespace Halvorix::SSOServices {
 
 namespace {
+
+// Created under SSOClientManagerMutex, and read without it once isPublished is set;
+// released without it. Never destroyed: threads of the host may still call.
+Undestroyed<std::shared_ptr<SSOClientManager>> undestroyedInstance;
+std::shared_ptr<SSOClientManager>& instance = undestroyedInstance.value;
+std::atomic<bool> isPublished{false};
 
 Version OwnVersion()
 {
@@ -37,12 +46,19 @@ std::unique_lock<std::recursive_mutex> LockAtProcessEnd()
 
 } // namespace
 
-SSOClientManager::SSOClientManager() : SSOClientManager(&SSOClientManager::LogWrite) {}
+SSOClientManager::SSOClientManager() : SSOClientManager(&WriteLogLine) {}
 
 SSOClientManager::SSOClientManager(LogFunction log)
     : SharedPathResolver(OwnVersion(), std::move(log)),
       libraryFile(ResolveModuleFile(Platform::LibraryFileName()))
 {
+}
+
+std::shared_ptr<SSOClientManager> SSOClientManager::GetInstance()
+{
+    if (!isPublished.load(std::memory_order_acquire))
+        CreateInstance();
+    return instance;
 }
 
 void SSOClientManager::CreateInstance()
@@ -59,29 +75,27 @@ void SSOClientManager::CreateInstance()
     }
     auto manager = std::make_shared<SSOClientManager>();
     std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
-    if (clientManager)
+    if (instance)
         return;
     releasePlugin = &SSOClientManager::ReleasePlugin;
     // Before anyone sees the manager: if this fails, the next use does both again.
     if (WorkBeforeTheEnd const work; work.MayBegin())
         SetProcessLocale(locale, ofTheCLibrary);
-    clientManager = std::move(manager);
-    clientManagerPublished.store(true, std::memory_order_release);
+    Publish(std::move(manager));
+}
+
+void SSOClientManager::Publish(std::shared_ptr<SSOClientManager> manager)
+{
+    instance = std::move(manager);
+    isPublished.store(true, std::memory_order_release);
 }
 
 bool SSOClientManager::ReleaseInstance()
 {
-    clientManagerPublished.store(false, std::memory_order_release);
-    std::shared_ptr<SSOClientManager> const released = std::move(clientManager);
+    isPublished.store(false, std::memory_order_release);
+    std::shared_ptr<SSOClientManager> const released = std::move(instance);
     return true;
 }
-
-void SSOClientManager::LogWrite(std::wstring message, Log::LogLevel level)
-{
-    WriteLogLine(std::move(message), level);
-}
-
-void SSOClientManager::FlushEarlyLog() { SSOServices::FlushEarlyLog(); }
 
 // At the end of the process. First the factory, while there is still a logger for
 // what the plugin may do meanwhile. Both are let go without the lock: the plugin may
@@ -90,15 +104,15 @@ void SSOClientManager::ReleasePlugin()
 {
     std::shared_ptr<ISSOClientFactory> factory;
     if (auto const lock = LockAtProcessEnd()) {
-        if (clientManager)
-            factory.swap(clientManager->clientFactory);
+        if (instance)
+            factory.swap(instance->clientFactory);
     } else {
         return;
     }
     factory.reset();
     std::shared_ptr<ILogger> lastLogger; // outlives the lock
     if (auto const lock = LockAtProcessEnd())
-        lastLogger.swap(logger);
+        lastLogger = InstallLogger(nullptr);
 }
 
 template <class Interface>
@@ -112,7 +126,7 @@ void SSOClientManager::GetInterface(std::shared_ptr<Interface> (ISSOClientFactor
     }
     std::shared_ptr<Interface> answer = ((*clientFactory).*getter)();
     if (!answer)
-        LogLine(refused);
+        LogLine(log, refused);
     result = std::move(answer);
 }
 

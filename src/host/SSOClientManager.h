@@ -6,7 +6,7 @@
 
 #include "discovery/SharedPathResolver.h"
 #include "platform/Platform.h"
-#include "support/ProcessState.h"
+#include "support/Messages.h"
 
 namespace Halvorix::SSOServices {
 
@@ -23,23 +23,18 @@ class SSOClientManager : public SharedPathResolver {
 public:
     /// Creates the manager on first use and then sets the process's locale.
     /// Takes no lock once the manager exists. Never empty.
-    static std::shared_ptr<SSOClientManager> GetInstance()
-    {
-        if (!clientManagerPublished.load(std::memory_order_acquire))
-            CreateInstance();
-        return clientManager;
-    }
+    static std::shared_ptr<SSOClientManager> GetInstance();
+
+    /// Makes it the process's manager, where there is none; the locale stays as it is. Not to
+    /// run beside any other call.
+    static void Publish(std::shared_ptr<SSOClientManager> manager);
 
     /// Drops the process's reference; the next use creates a new manager, which
     /// loads again. Takes no lock: not to run beside any other call. Always true.
     static bool ReleaseInstance();
 
-    /// The log sink, as the resolver and the load use it.
-    static void LogWrite(std::wstring message, Log::LogLevel level);
-    static void FlushEarlyLog();
-
     SSOClientManager();
-    /// With another way for its lines than the log sink alone.
+    /// With another way for its lines than to the log sink alone.
     explicit SSOClientManager(LogFunction log);
 
     // Each fills the pointer, which stays empty with no plugin. The factory is

@@ -3,7 +3,7 @@
 #include <mutex>
 #include <utility>
 
-#include "support/ProcessState.h"
+#include "support/ProcessEnd.h"
 #include "support/Undestroyed.h"
 
 namespace Halvorix::SSOServices {

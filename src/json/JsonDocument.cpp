@@ -13,7 +13,7 @@
 #include <json/writer.h>
 
 #include "platform/Platform.h"
-#include "support/ProcessState.h"
+#include "support/ProcessEnd.h"
 #include "support/SecretText.h"
 #include "support/TextConversion.h"
 

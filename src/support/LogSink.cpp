@@ -1,10 +1,12 @@
 #include "support/LogSink.h"
 
+#include <mutex>
 #include <utility>
 
 #include <plugin/ILogger.h>
 #include "platform/Platform.h"
-#include "support/ProcessState.h"
+#include "support/SSOClientManagerMutex.h"
+#include "support/Undestroyed.h"
 
 namespace Halvorix::SSOServices {
 
@@ -15,19 +17,28 @@ namespace {
 // is logged would never come to an end.
 constexpr int DeepestNesting = 32;
 
-// Under SSOClientManagerMutex: the logger's calls under way, one inside the other, and
-// whether they came that deep. Each might go as deep again for each of its lines, so
-// after that all lines wait until the first call has returned.
-int nesting = 0;
-bool wasTooDeep = false;
+// Under SSOClientManagerMutex.
+struct State {
+    EarlyLog earlyLog;
+    std::shared_ptr<ILogger> logger;
+    // The logger's calls under way, one inside the other, and whether they came that deep.
+    // Each might go as deep again for each of its lines, so after that all lines wait until
+    // the first call has returned.
+    int nesting = 0;
+    bool wasTooDeep = false;
+};
+
+// Never destroyed: threads of the host, and destructors that run late, may still log.
+Undestroyed<State> undestroyed;
+State& state = undestroyed.value;
 
 class NestedWrite {
 public:
-    NestedWrite() { ++nesting; }
+    NestedWrite() { ++state.nesting; }
     ~NestedWrite()
     {
-        if (--nesting == 0)
-            wasTooDeep = false;
+        if (--state.nesting == 0)
+            state.wasTooDeep = false;
     }
     NestedWrite(NestedWrite const&) = delete;
     NestedWrite& operator=(NestedWrite const&) = delete;
@@ -36,14 +47,14 @@ public:
 // A copy of the pointer: a call back may replace the logger.
 std::shared_ptr<ILogger> LoggerToCall()
 {
-    wasTooDeep = wasTooDeep || nesting == DeepestNesting;
-    return wasTooDeep ? nullptr : logger;
+    state.wasTooDeep = state.wasTooDeep || state.nesting == DeepestNesting;
+    return state.wasTooDeep ? nullptr : state.logger;
 }
 
 // With the logger of the moment for each: one that calls back may replace itself.
 void Flush(EarlyLogEntry const& entry)
 {
-    if (std::shared_ptr<ILogger> const target = logger) {
+    if (std::shared_ptr<ILogger> const target = state.logger) {
         NestedWrite const nested;
         target->WriteLine(entry.text.c_str(), entry.level);
     } else {
@@ -61,7 +72,7 @@ void WriteLogLine(std::wstring message, Log::LogLevel level)
         target->WriteLine(message.c_str(), level);
         return;
     }
-    earlyLogQueue.Add(message, level);
+    state.earlyLog.Add(message, level);
     if (level == Log::LogLevel::Error)
         Platform::ShowOnConsole(message);
 }
@@ -70,21 +81,26 @@ void FlushEarlyLog()
 {
     std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
     // Those that are there now: a logger that calls back may add others.
-    EarlyLog flushed;
-    std::swap(flushed, earlyLogQueue);
+    EarlyLog flushed = TakeEarlyLog();
     try {
         flushed.ForEach(Flush);
     } catch (...) {
-        std::swap(flushed, earlyLogQueue);
-        earlyLogQueue.Add(flushed);
+        std::swap(flushed, state.earlyLog);
+        state.earlyLog.Add(flushed);
         throw;
     }
 }
 
-void InstallLogger(std::shared_ptr<ILogger> newLogger)
+EarlyLog TakeEarlyLog()
 {
     std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
-    logger = std::move(newLogger);
+    return std::exchange(state.earlyLog, {});
+}
+
+std::shared_ptr<ILogger> InstallLogger(std::shared_ptr<ILogger> newLogger)
+{
+    std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
+    return std::exchange(state.logger, std::move(newLogger));
 }
 
 } // namespace Halvorix::SSOServices

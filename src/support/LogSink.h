@@ -5,12 +5,23 @@
 #include <string>
 
 #include <plugin/PluginTypes.h>
+#include "support/EarlyLog.h"
+#include "support/Messages.h"
 
 namespace Halvorix::SSOServices {
 
 class ILogger;
 
+/// Where a line goes; a function that is empty loses it.
 using LogFunction = std::function<void(std::wstring, Log::LogLevel)>;
+
+/// The one way of every line of the library: composed from its message, then handed on.
+template <class... Arguments>
+void LogLine(LogFunction const& log, Message const& message, Arguments const&... arguments)
+{
+    if (log)
+        log(Compose(message, arguments...), message.level);
+}
 
 /// To the plugin's logger; without one the line waits in the early log, and an
 /// error is also shown on the console at once.
@@ -19,7 +30,11 @@ void WriteLogLine(std::wstring message, Log::LogLevel level);
 /// Sends the early log to the logger, or to the console if there is none.
 void FlushEarlyLog();
 
-/// Replaces the logger; an empty pointer leaves the library without one.
-void InstallLogger(std::shared_ptr<ILogger> newLogger);
+/// Empties the early log.
+EarlyLog TakeEarlyLog();
+
+/// Replaces the logger and answers the one before; an empty pointer leaves the library
+/// without one.
+std::shared_ptr<ILogger> InstallLogger(std::shared_ptr<ILogger> newLogger);
 
 } // namespace Halvorix::SSOServices

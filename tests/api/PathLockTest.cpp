@@ -13,7 +13,7 @@
 #include "host/SSOClientManager.h"
 #include "plugin/ILogger.h"
 #include "support/LogSink.h"
-#include "support/ProcessState.h"
+#include "support/SSOClientManagerMutex.h"
 
 using namespace Halvorix;
 using namespace Halvorix::SSOServices;
@@ -109,7 +109,7 @@ protected:
     ~PathLock() override
     {
         InstallLogger(nullptr);
-        earlyLogQueue.Clear();
+        TakeEarlyLog();
         SSOClientManager::ReleaseInstance();
     }
 };

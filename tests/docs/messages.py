@@ -23,14 +23,10 @@ BEGIN = "<!-- messages: written by tests/docs/messages.py, do not edit -->"
 END = "<!-- end of messages -->"
 FIELDS = ("when", "meaning", "remedy")
 
-# The road of a line that is composed already: the resolver's callback to the sink.
-ROAD = {
+# Hands on lines that are composed already: the shared resolver those of its copies.
+HANDS_ON = {
     "discovery/SSOPathResolver.cpp",
-    "discovery/SSOPathResolver.h",
     "discovery/SharedPathResolver.cpp",
-    "discovery/SharedPathResolver.h",
-    "host/SSOClientManager.cpp",
-    "host/SSOClientManager.h",
     "support/LogSink.cpp",
     "support/LogSink.h",
 }
@@ -141,13 +137,15 @@ def call_arguments(source, start):
     return source[start + 1 : position]
 
 
-def first_argument(arguments):
+def second_argument(arguments):
     depth = 0
+    commas = []
     for position, character in enumerate(arguments):
         depth += {"(": 1, "{": 1, ")": -1, "}": -1}.get(character, 0)
         if character == "," and depth == 0:
-            return arguments[:position].strip()
-    return arguments.strip()
+            commas.append(position)
+    begin, end, *_ = [*commas, len(arguments), len(arguments)]
+    return arguments[begin + 1 : end].strip()
 
 
 def check_sources(root, names):
@@ -166,20 +164,19 @@ def check_sources(root, names):
     wrong += [f"src/support/Messages.h: nothing logs {name}" for name in sorted(names - used)]
 
     for name, text in sources.items():
-        for match in re.finditer(r"\b(LogLine|LogMessage|WriteLogLine|LogWrite)\s*\(", text):
+        for match in re.finditer(r"\b(LogLine|WriteLogLine|logFunction|log)\s*\(", text):
             where = f"src/{name}:{text.count(chr(10), 0, match.start()) + 1}"
             arguments = call_arguments(text, match.end() - 1)
             if '"' in arguments:
                 wrong.append(f"{where}: {match[1]} is handed a text that is no message")
             elif match[1] != "LogLine":
-                if name not in ROAD:
+                if name not in HANDS_ON:
                     wrong.append(f"{where}: {match[1]} where LogLine and a message belong")
-            elif not is_message(first_argument(arguments), handed_on):
+            elif not is_message(second_argument(arguments), handed_on):
                 wrong.append(f"{where}: LogLine is handed no message")
         for match in re.finditer(r"\bCompose\s*\(", text):
             where = f"src/{name}:{text.count(chr(10), 0, match.start()) + 1}"
-            if name not in ("support/Messages.h", "discovery/SSOPathResolver.h",
-                            "discovery/SharedPathResolver.h"):
+            if name not in ("support/Messages.h", "support/LogSink.h"):
                 wrong.append(f"{where}: composes a line by itself")
         if "wformat" in text and name != "support/Messages.h":
             wrong.append(f"src/{name}: formats a text by itself")

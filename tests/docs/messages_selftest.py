@@ -45,17 +45,17 @@ BROKEN = {
         LOAD, "Messages::PluginNotFound", "Messages::PluginLoading",
         "nothing logs PluginNotFound"),
     "a line with a text of its own": (
-        LOAD, "LogLine(Messages::PluginNotFound, file)", 'WriteLogLine(L"no plugin", level)',
+        LOAD, "LogLine(log, Messages::PluginNotFound, file)", 'WriteLogLine(L"no plugin", level)',
         "WriteLogLine is handed a text"),
     "an argument that is a text": (
-        LOAD, "LogLine(Messages::PluginNotFound, file)",
-        'LogLine(Messages::PluginNotFound, L"nothing")', "LogLine is handed a text"),
+        LOAD, "LogLine(log, Messages::PluginNotFound, file)",
+        'LogLine(log, Messages::PluginNotFound, L"nothing")', "LogLine is handed a text"),
     "a line that is composed elsewhere": (
-        LOAD, "LogLine(Messages::PluginNotFound, file)", "LogLine(Own(file), file)",
+        LOAD, "LogLine(log, Messages::PluginNotFound, file)", "LogLine(log, Own(file), file)",
         "LogLine is handed no message"),
-    "a line past the resolver": (
-        LOAD, "LogLine(Messages::PluginNotFound, file)", "LogMessage(file, level)",
-        "LogMessage where LogLine"),
+    "a line past the messages": (
+        LOAD, "LogLine(log, Messages::PluginNotFound, file)", "log(file, level)",
+        "log where LogLine"),
     "a format of its own": (
         LOAD, "FlushEarlyLog();", 'auto const own = boost::wformat(L"%1%") % file;',
         "formats a text by itself"),

@@ -9,7 +9,6 @@
 
 #include "../support/EarlyLines.h"
 #include "support/LogSink.h"
-#include "support/ProcessState.h"
 
 using namespace Halvorix;
 using namespace Halvorix::SSOServices;
@@ -48,15 +47,14 @@ TEST(SSOClientManager, IsOneUntilItIsReleased)
 
 TEST(EarlyLog, HoldsEveryLineAndShowsErrorsAtOnce)
 {
-    earlyLogQueue.Clear();
+    TakeEarlyLog();
     Console const console;
     for (int const level : {1, 3, 4, 8, 16})
-        SSOClientManager::LogWrite(L"line", static_cast<Log::LogLevel>(level));
+        WriteLogLine(L"line", static_cast<Log::LogLevel>(level));
     EXPECT_EQ(console.Text(), L"");
-    EXPECT_EQ(EarlyLines().size(), 5u);
-    SSOClientManager::LogWrite(L"error", Log::LogLevel::Error);
+    WriteLogLine(L"error", Log::LogLevel::Error);
     EXPECT_EQ(console.Text(), L"error\n");
-    std::vector<EarlyLogEntry> const lines = EarlyLines();
+    std::vector<EarlyLogEntry> const lines = TakeEarlyLines();
     ASSERT_EQ(lines.size(), 6u);
     EXPECT_EQ(lines[5].text, L"error");
     EXPECT_EQ(lines[5].level, Log::LogLevel::Error);
@@ -65,22 +63,22 @@ TEST(EarlyLog, HoldsEveryLineAndShowsErrorsAtOnce)
 
 TEST(EarlyLog, IsShownWholeAndEmptiedByAFlush)
 {
-    earlyLogQueue.Clear();
+    TakeEarlyLog();
     Console const console;
     FlushEarlyLog();
     EXPECT_EQ(console.Text(), L"");
-    SSOClientManager::LogWrite(L"first", Log::LogLevel::Info);
-    SSOClientManager::LogWrite(L"second", Log::LogLevel::Error);
-    SSOClientManager::LogWrite(L"third", Log::LogLevel::Warning);
+    WriteLogLine(L"first", Log::LogLevel::Info);
+    WriteLogLine(L"second", Log::LogLevel::Error);
+    WriteLogLine(L"third", Log::LogLevel::Warning);
     FlushEarlyLog();
     EXPECT_EQ(console.Text(), L"second\nfirst\nsecond\nthird\n");
-    EXPECT_TRUE(earlyLogQueue.IsEmpty());
+    EXPECT_TRUE(TakeEarlyLog().IsEmpty());
 }
 
 TEST(Resolver, LosesItsLinesWithoutACallback)
 {
     SSOPathResolver resolver({"10"}, LogFunction());
-    earlyLogQueue.Clear();
+    TakeEarlyLog();
     Console const console;
     EXPECT_EQ(resolver.GetSSOServerProcessName(), "");
     EXPECT_EQ(resolver.GetSSOServerName(), "");
@@ -88,7 +86,7 @@ TEST(Resolver, LosesItsLinesWithoutACallback)
     EXPECT_EQ(resolver.GetSSOServerName(), "Halvorix.SSO.DefaultServer-v2");
     EXPECT_EQ(resolver.GetSSOServerProcessName(), "Halvorix.SSO.DefaultServer-v2");
     EXPECT_EQ(console.Text(), L"");
-    EXPECT_TRUE(earlyLogQueue.IsEmpty());
+    EXPECT_TRUE(TakeEarlyLog().IsEmpty());
 }
 
 TEST(Resolver, TellsOfAnOverrideBeforeItIsStored)

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "OverFakeSystem.h"
-#include "support/ProcessState.h"
+#include "support/ProcessEnd.h"
 
 using namespace Halvorix::SSOServices;
 using Rig::fakeSystem;

@@ -41,8 +41,9 @@ TEST_F(Seam, TheLoadReadsItsErrorAfterTheDependencyDirectoryIsRestored)
     EXPECT_THAT(fakeSystem.calls,
                 ElementsAre(L"dependencies " + folder.generic_wstring(), L"load " + plugin,
                             L"dependencies restored", L"last error"));
-    ASSERT_FALSE(EarlyLines().empty());
-    EXPECT_EQ(EarlyLines().back().text,
+    std::vector<EarlyLogEntry> const lines = TakeEarlyLines();
+    ASSERT_FALSE(lines.empty());
+    EXPECT_EQ(lines.back().text,
               L"Failed to load client plugin module " + plugin + L". Error: error 193");
     SSOClientManager::ReleaseInstance();
 }

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "support/ProcessState.h"
+#include "support/LogSink.h"
 
 namespace Halvorix::SSOServices {
 
@@ -14,6 +14,6 @@ inline std::vector<EarlyLogEntry> LinesOf(EarlyLog const& log)
     return lines;
 }
 
-inline std::vector<EarlyLogEntry> EarlyLines() { return LinesOf(earlyLogQueue); }
+inline std::vector<EarlyLogEntry> TakeEarlyLines() { return LinesOf(TakeEarlyLog()); }
 
 } // namespace Halvorix::SSOServices

@@ -14,7 +14,7 @@
 #include "host/SSOClientManager.h"
 #include "plugin/ILogger.h"
 #include "support/LogSink.h"
-#include "support/ProcessState.h"
+#include "support/SSOClientManagerMutex.h"
 
 using namespace Halvorix;
 using namespace Halvorix::SSOServices;
@@ -78,14 +78,14 @@ class LogFlush : public testing::Test {
 protected:
     LogFlush()
     {
-        earlyLogQueue.Clear();
+        TakeEarlyLog();
         for (wchar_t const* const line : {L"first", L"second", L"third"})
             WriteLogLine(line, Log::LogLevel::Info);
     }
     ~LogFlush() override
     {
         InstallLogger(nullptr);
-        earlyLogQueue.Clear();
+        TakeEarlyLog();
     }
 };
 

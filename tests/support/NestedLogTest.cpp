@@ -47,7 +47,7 @@ protected:
     ~NestedLog() override
     {
         InstallLogger(nullptr);
-        earlyLogQueue.Clear();
+        TakeEarlyLog();
     }
 
     NestingLogger& Install(int deepest, int linesEach = 1)
@@ -77,7 +77,7 @@ TEST_F(NestedLog, ArrivesWholeDownTo32Lines)
         NestingLogger const& logger = Install(depth);
         WriteLogLine(L"1", Log::LogLevel::Info);
         EXPECT_EQ(logger.lines, NumbersTo(depth));
-        EXPECT_TRUE(earlyLogQueue.IsEmpty()) << depth;
+        EXPECT_TRUE(TakeEarlyLog().IsEmpty()) << depth;
     }
 }
 
@@ -86,8 +86,9 @@ TEST_F(NestedLog, WaitsBelowThat)
     NestingLogger const& logger = Install(33);
     WriteLogLine(L"1", Log::LogLevel::Info);
     EXPECT_EQ(logger.lines, NumbersTo(Deepest));
-    ASSERT_THAT(EarlyLines(), SizeIs(1));
-    EXPECT_EQ(EarlyLines()[0].text, L"33");
+    std::vector<EarlyLogEntry> const waiting = TakeEarlyLines();
+    ASSERT_THAT(waiting, SizeIs(1));
+    EXPECT_EQ(waiting[0].text, L"33");
 }
 
 TEST_F(NestedLog, OfEndlessQuestionsEnds)
@@ -98,7 +99,7 @@ TEST_F(NestedLog, OfEndlessQuestionsEnds)
         WriteLogLine(L"1", Log::LogLevel::Info);
         EXPECT_EQ(logger.lines, NumbersTo(Deepest));
     }
-    EXPECT_THAT(EarlyLines(), SizeIs(3));
+    EXPECT_THAT(TakeEarlyLines(), SizeIs(3));
 }
 
 // Each line of each question might else go as deep again: 2 to the 32nd lines.
@@ -107,7 +108,7 @@ TEST_F(NestedLog, OfEndlessQuestionsWithSeveralLinesEnds)
     NestingLogger& logger = Install(Endless, 2);
     WriteLogLine(L"1", Log::LogLevel::Info);
     EXPECT_EQ(logger.lines, NumbersTo(Deepest));
-    EXPECT_THAT(EarlyLines(), SizeIs(2 + Deepest - 1));
+    EXPECT_THAT(TakeEarlyLines(), SizeIs(2 + Deepest - 1));
     // The next line of the library is written as ever.
     logger.lines.clear();
     WriteLogLine(L"1", Log::LogLevel::Info);
@@ -121,5 +122,5 @@ TEST_F(NestedLog, ArrivesWholeFromQuestionsWithSeveralLines)
     WriteLogLine(L"1", Log::LogLevel::Info);
     EXPECT_THAT(logger.lines, SizeIs(1 + 2 + 4 + 8));
     EXPECT_EQ(logger.deepestReached, 4);
-    EXPECT_TRUE(earlyLogQueue.IsEmpty());
+    EXPECT_TRUE(TakeEarlyLog().IsEmpty());
 }

@@ -15,6 +15,7 @@
 #include "discovery/PathText.h"
 #include "host/SSOClientManager.h"
 #include "host/SupportFileSearchPaths.h"
+#include "support/LogSink.h"
 
 namespace Halvorix::PluginLoader {
 
@@ -61,7 +62,7 @@ void LoadByLibrary(Json::Value const& request, Channel& channel)
         if (told > MostLog)
             throw LogLimit();
         channel.Write(record);
-        SSOClientManager::LogWrite(text, level);
+        SSOServices::WriteLogLine(text, level);
     };
     SSOClientManager manager(tee);
     channel.Step("load", "while the library loads it");

@@ -9,7 +9,6 @@
 #include "host/SSOClientManager.h"
 #include "platform/Platform.h"
 #include "support/LogSink.h"
-#include "support/ProcessState.h"
 #include "support/TextConversion.h"
 
 namespace Faults {
@@ -164,8 +163,8 @@ void LentPlugin::GiveText(char const* text, bool doesSucceed)
 void LentPlugin::RenewManager() const
 {
     Reset();
-    clientManager = std::make_shared<SSOClientManager>();
-    clientManagerPublished = true;
+    // Without the locale, which takes longer than all the rest.
+    SSOClientManager::Publish(std::make_shared<SSOClientManager>());
     SSOClientPrivate::SetSSOClientConfigFileOverride(ConfigFile());
 }
 
@@ -173,7 +172,7 @@ void LentPlugin::Reset()
 {
     SSOClientManager::ReleaseInstance();
     InstallLogger(nullptr);
-    earlyLogQueue = EarlyLog();
+    TakeEarlyLog();
     factoryCalls = 0;
     lines = 0;
 }

@@ -17,7 +17,7 @@
 #include "WebServicesUIManager.h"
 #include "host/SSOClientManager.h"
 #include "host/SupportFileSearchPaths.h"
-#include "support/ProcessState.h"
+#include "support/LogSink.h"
 
 using namespace Halvorix::SSOServices;
 using namespace Halvorix::WebServices;
@@ -102,7 +102,7 @@ TEST_F(PluginLoadAllocation, FailingLeavesAManagerThatAnswers)
     operation.expectGood = [&] {
         EXPECT_TRUE(answer);
         EXPECT_EQ(LentPlugin::FactoryCalls(), 1);
-        EXPECT_TRUE(earlyLogQueue.IsEmpty());
+        EXPECT_TRUE(TakeEarlyLog().IsEmpty());
         goodLines = std::max(goodLines, LentPlugin::Lines());
         EXPECT_EQ(LentPlugin::Lines(), goodLines);
     };

@@ -1,31 +1,12 @@
-#include "support/ProcessState.h"
+#include "support/ProcessEnd.h"
 
 #include <chrono>
 #include <thread>
 
 #include "platform/Platform.h"
-#include "support/Undestroyed.h"
 
 namespace Halvorix::SSOServices {
 
-namespace {
-
-Undestroyed<std::recursive_mutex> mutexObject;
-Undestroyed<EarlyLog> earlyLogQueueObject;
-Undestroyed<std::shared_ptr<ILogger>> loggerObject;
-Undestroyed<std::shared_ptr<SSOClientManager>> clientManagerObject;
-
-} // namespace
-
-std::recursive_mutex& SSOClientManagerMutex = mutexObject.value;
-EarlyLog& earlyLogQueue = earlyLogQueueObject.value;
-std::shared_ptr<ILogger>& logger = loggerObject.value;
-std::shared_ptr<SSOClientManager>& clientManager = clientManagerObject.value;
-std::atomic<bool> clientManagerPublished{false};
-std::atomic<int> webServicesManagerCount{0};
-std::atomic<WebServices::WebServicesManager*> webServicesManager{nullptr};
-std::atomic<int> webServicesUIManagerCount{0};
-std::atomic<WebServicesUI::WebServicesUIManager*> webServicesUIManager{nullptr};
 std::atomic<void (*)()> releasePlugin{nullptr};
 std::atomic<bool> processIsEnding{false};
 

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <atomic>
+
+namespace Halvorix::SSOServices {
+
+/// The Initialize calls of a manager that are not undone yet.
+class InitializeCount {
+public:
+    /// Counts an Initialize; true for the first.
+    bool Add() { return ++count <= 1; }
+
+    /// Takes an Uninitialize off, unless nothing is left to undo; true for the last.
+    bool Remove() { return count >= 1 && --count <= 0; }
+
+    void Reset() { count = 0; }
+    bool IsAny() const { return count > 0; }
+
+private:
+    std::atomic<int> count{0};
+};
+
+} // namespace Halvorix::SSOServices
