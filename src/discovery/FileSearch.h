@@ -3,10 +3,13 @@
 #include <string>
 #include <vector>
 
+#include <boost/filesystem/path.hpp>
+
 namespace Halvorix::SSOServices {
 
 /// Whether something of that name is there, a directory too. Failures other
 /// than a missing file throw boost::filesystem::filesystem_error.
+bool PathExists(boost::filesystem::path const& path);
 bool PathExists(std::wstring const& path);
 bool PathExists(std::string const& path);
 

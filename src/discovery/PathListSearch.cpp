@@ -8,9 +8,9 @@ bool FindFileInPaths(std::wstring const& fileName, std::vector<std::wstring> con
 {
     foundFile.clear();
     for (std::wstring const& directory : paths) {
-        std::wstring const file = JoinPath(directory, fileName);
+        boost::filesystem::path const file = AsPath(directory) / AsPath(fileName);
         if (PathExists(file)) {
-            foundFile = file;
+            foundFile = GenericText(file);
             return true;
         }
     }

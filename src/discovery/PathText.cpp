@@ -1,7 +1,6 @@
 #include "discovery/PathText.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <set>
 
 #include <boost/algorithm/string/split.hpp>
@@ -11,35 +10,17 @@
 
 namespace Halvorix::SSOServices {
 
-namespace {
-
-std::wstring GenericText(boost::filesystem::path const& path)
-{
-    return Platform::AreFileNamesWide() ? path.generic_wstring()
-                                        : Utf8ToWide(path.generic_string());
-}
-
-// Leaves what is a root, such as C:/ or the sole leading slash.
-void RemoveTrailingSlashes(std::wstring& text)
-{
-    // No root ends in two slashes, so all but the last go unseen.
-    while (text.size() > 1 && text.back() == L'/' && text[text.size() - 2] == L'/')
-        text.pop_back();
-    if (!text.empty() && text.back() == L'/' && !Platform::IsRootPath(text))
-        text.pop_back();
-}
-
-} // namespace
-
 std::wstring NormalizePath(std::wstring const& path)
 {
     std::wstring text = path;
     std::replace(text.begin(), text.end(), L'\\', L'/');
-    std::size_t const leading = std::min(text.find_first_not_of(L'/'), text.size());
-    text.erase(0, leading > 0 && Platform::LeadingSlashIsRoot() ? leading - 1 : leading);
-    RemoveTrailingSlashes(text);
-    auto const doubled = [](wchar_t a, wchar_t b) { return a == L'/' && b == L'/'; };
-    text.erase(std::unique(text.begin(), text.end(), doubled), text.end());
+    auto const areSlashes = [](wchar_t a, wchar_t b) { return a == L'/' && b == L'/'; };
+    text.erase(std::unique(text.begin(), text.end(), areSlashes), text.end());
+    // Now each end has one slash at most.
+    if (!text.empty() && text.front() == L'/' && !Platform::LeadingSlashIsRoot())
+        text.erase(0, 1);
+    if (!text.empty() && text.back() == L'/' && !Platform::IsRootPath(text))
+        text.pop_back();
     return text;
 }
 
@@ -74,6 +55,12 @@ boost::filesystem::path AsPath(std::wstring const& text)
     if (Platform::AreFileNamesWide())
         return text;
     return WideToUtf8(text);
+}
+
+std::wstring GenericText(boost::filesystem::path const& path)
+{
+    return Platform::AreFileNamesWide() ? path.generic_wstring()
+                                        : Utf8ToWide(path.generic_string());
 }
 
 std::wstring JoinPath(std::wstring const& directory, std::wstring const& name)

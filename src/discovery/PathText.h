@@ -28,6 +28,7 @@ boost::filesystem::path AsPath(std::wstring const& text);
 
 // The following answer in forward slashes, not in normal form.
 
+std::wstring GenericText(boost::filesystem::path const& path);
 std::wstring JoinPath(std::wstring const& directory, std::wstring const& name);
 std::wstring ParentPath(std::wstring const& path);
 std::wstring FileName(std::wstring const& path);

@@ -1,6 +1,5 @@
 #include "discovery/PathVariables.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <utility>
 
@@ -15,10 +14,7 @@ namespace {
 // What the dot of a regular expression does not match, and the percent sign.
 // The scan below has the meaning of a search for "%.*?%", in one pass and with
 // no recursion, since std::regex exhausts the stack on long texts.
-bool IsLineEndOrPercent(wchar_t unit)
-{
-    return unit == L'%' || unit == L'\n' || unit == L'\r' || unit == L'\x2028' || unit == L'\x2029';
-}
+constexpr wchar_t const* LineEndsAndPercent = L"%\n\r\x2028\x2029";
 
 } // namespace
 
@@ -29,11 +25,9 @@ int ExpandVariables(std::wstring& text, VariableLookup const& lookup)
     int count = 0;
     std::size_t open = text.find(L'%');
     while (open != std::wstring::npos) {
-        auto const name = text.begin() + static_cast<std::ptrdiff_t>(open) + 1;
-        auto const end = std::find_if(name, text.end(), IsLineEndOrPercent);
-        if (end == text.end())
+        std::size_t const close = text.find_first_of(LineEndsAndPercent, open + 1);
+        if (close == std::wstring::npos)
             break;
-        auto const close = static_cast<std::size_t>(end - text.begin());
         if (text[close] != L'%') {
             open = text.find(L'%', close + 1);
             continue;
