@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include <boost/algorithm/string/join.hpp>
 #include <json/value.h>
 
 #include "discovery/FileSearch.h"
@@ -71,15 +70,13 @@ bool SSOPathResolver::FindClientConfigFile()
         return true;
     if (!clientConfigFileOverride.empty()) {
         clientConfigFile = clientConfigFileOverride;
-        LogLine(logFunction,
-                PathExists(clientConfigFile) ? Messages::ConfigOverrideFound
-                                             : Messages::ConfigOverrideMissing,
-                clientConfigFile);
+        AnnounceOverride(Messages::ConfigOverrideFound, Messages::ConfigOverrideMissing,
+                         clientConfigFile);
         return true;
     }
     std::vector<std::wstring> const paths = ClientConfigDirectories();
-    std::wstring const shown = boost::algorithm::join(ResolvedSearchPaths(paths), L"\n");
-    LogLine(logFunction, Messages::ConfigSearching, ClientConfigFileName, shown);
+    std::wstring const shown =
+        Announce(Messages::ConfigSearching, ClientConfigFileName, ResolvedSearchPaths(paths));
     if (FindFileInPaths(ClientConfigFileName, ResolvedSearchPaths(paths), clientConfigFile)) {
         LogLine(logFunction, Messages::ConfigFound, clientConfigFile);
         return true;

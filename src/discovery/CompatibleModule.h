@@ -23,12 +23,6 @@ struct CompatibleModule {
 /// What keeps an object of the file from being a record.
 enum class ModuleFlaw { None, NoModule, NoPath, PathVanishes, NoRange, EmptyRange };
 
-/// One object as it was read, as far as its flaw let it be.
-struct ModuleRecord {
-    CompatibleModule module;
-    ModuleFlaw flaw = ModuleFlaw::None;
-};
-
 /// Highest version first; equal versions keep their order.
 void SortByVersion(std::vector<CompatibleModule>& list);
 

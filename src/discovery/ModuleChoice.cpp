@@ -3,7 +3,6 @@
 
 #include <utility>
 
-#include <boost/algorithm/string/join.hpp>
 #include <json/value.h>
 
 #include "discovery/FileSearch.h"
@@ -50,15 +49,13 @@ bool SSOPathResolver::FindVersionCompatibilityFile()
         return PathExists(versionCompatibilityFile);
     if (!versionCompatibilityFileOverride.empty()) {
         versionCompatibilityFile = versionCompatibilityFileOverride;
-        LogLine(logFunction,
-                PathExists(versionCompatibilityFile) ? Messages::CompatibilityOverrideFound
-                                                     : Messages::CompatibilityOverrideMissing,
-                versionCompatibilityFile);
+        AnnounceOverride(Messages::CompatibilityOverrideFound,
+                         Messages::CompatibilityOverrideMissing, versionCompatibilityFile);
         return true;
     }
     std::vector<std::wstring> const paths{ServerDirectory};
-    std::wstring const shown = boost::algorithm::join(ResolvedSearchPaths(paths), L"\n");
-    LogLine(logFunction, Messages::CompatibilitySearching, CompatibilityFileName, shown);
+    std::wstring const shown = Announce(Messages::CompatibilitySearching, CompatibilityFileName,
+                                        ResolvedSearchPaths(paths));
     std::wstring found;
     bool hit = FindFileInPaths(CompatibilityFileName, ResolvedSearchPaths(paths), found);
     if (!hit)
@@ -82,6 +79,7 @@ bool SSOPathResolver::LoadVersionCompatibilityFile(std::wstring file, std::strin
     if (!PathExists(file))
         return false;
     Json::Value root;
+    // As text, unlike the client configuration file, on purpose.
     if (!ReadJsonFile(file, std::ios::in, root)) {
         LogLine(logFunction, Messages::CompatibilityInvalid, file);
         return false;
@@ -93,11 +91,11 @@ bool SSOPathResolver::LoadVersionCompatibilityFile(std::wstring file, std::strin
         // Read as a constant first: a group that is an object fails here.
         if (std::as_const(group)[i].isNull())
             continue;
-        Json::Value& element = group[i];
-        ModuleRecord record = ReadModuleRecord(element, pathKey);
-        LogFlaw(record.flaw, wideKey, file);
-        if (record.flaw == ModuleFlaw::None)
-            list.push_back(std::move(record.module));
+        CompatibleModule module;
+        ModuleFlaw const flaw = ReadModule(group[i], pathKey, module);
+        LogFlaw(flaw, wideKey, file);
+        if (flaw == ModuleFlaw::None)
+            list.push_back(std::move(module));
     }
     SortByVersion(list);
     return !list.empty();
@@ -108,39 +106,29 @@ char const* SSOPathResolver::ModulePathKey()
     return Platform::IsWow64Process() ? "modulePathWoW64" : "modulePath";
 }
 
-ModuleRecord SSOPathResolver::ReadModuleRecord(Json::Value& element, char const* pathKey)
+ModuleFlaw SSOPathResolver::ReadModule(Json::Value& json, char const* pathKey,
+                                       CompatibleModule& module)
 {
-    ModuleRecord record;
-    record.module.module = Utf8ToWide(element["module"].asString());
-    if (record.module.module.empty()) {
-        record.flaw = ModuleFlaw::NoModule;
-        return record;
-    }
-    std::wstring& path = record.module.modulePath;
-    path = Utf8ToWide(element[pathKey].asString());
-    if (path.empty()) {
-        record.flaw = ModuleFlaw::NoPath;
-        return record;
-    }
-    ExpandPathVariables(path);
-    ParseVersion(record.module.version, element["version"].asString());
+    module.module = Utf8ToWide(json["module"].asString());
+    if (module.module.empty())
+        return ModuleFlaw::NoModule;
+    module.modulePath = Utf8ToWide(json[pathKey].asString());
+    if (module.modulePath.empty())
+        return ModuleFlaw::NoPath;
+    ExpandPathVariables(module.modulePath);
+    ParseVersion(module.version, json["version"].asString());
     // Looks at the path and not at the version, on purpose: a blank version
     // passes, a path of nothing but slashes does not.
-    if (path.empty()) {
-        record.flaw = ModuleFlaw::PathVanishes;
-        return record;
-    }
-    Json::Value const& versions = element["compatibleSsoServicesVersion"];
-    if (versions.isNull()) {
-        record.flaw = ModuleFlaw::NoRange;
-        return record;
-    }
+    if (module.modulePath.empty())
+        return ModuleFlaw::PathVanishes;
+    Json::Value const& versions = json["compatibleSsoServicesVersion"];
+    if (versions.isNull())
+        return ModuleFlaw::NoRange;
     VersionRange range = VersionRange::FromJson(versions);
     if (range.IsEmpty())
-        record.flaw = ModuleFlaw::EmptyRange;
-    else
-        record.module.compatibleVersions.push_back(std::move(range));
-    return record;
+        return ModuleFlaw::EmptyRange;
+    module.compatibleVersions.push_back(std::move(range));
+    return ModuleFlaw::None;
 }
 
 void SSOPathResolver::LogFlaw(ModuleFlaw flaw, std::wstring const& key, std::wstring const& file)

@@ -4,6 +4,9 @@
 #include <tuple>
 #include <utility>
 
+#include <boost/algorithm/string/join.hpp>
+
+#include "discovery/FileSearch.h"
 #include "discovery/ModuleFiles.h"
 #include "discovery/PathText.h"
 #include "platform/Platform.h"
@@ -108,6 +111,20 @@ std::vector<std::wstring> SSOPathResolver::ResolvedSearchPaths(std::vector<std::
 {
     ResolveSearchPaths(paths);
     return paths;
+}
+
+std::wstring SSOPathResolver::Announce(Message const& searching, std::wstring const& file,
+                                       std::vector<std::wstring> const& directories)
+{
+    std::wstring shown = boost::algorithm::join(directories, L"\n");
+    LogLine(logFunction, searching, file, shown);
+    return shown;
+}
+
+void SSOPathResolver::AnnounceOverride(Message const& found, Message const& missing,
+                                       std::wstring const& file)
+{
+    LogLine(logFunction, PathExists(file) ? found : missing, file);
 }
 
 } // namespace Halvorix::SSOServices

@@ -66,9 +66,9 @@ protected:
     std::wstring GetVersionCompatibilityFile();
     /// The key of a module's directory for this kind of process.
     static char const* ModulePathKey();
-    /// Reads one object of the version compatibility file and logs nothing. Wrong
-    /// types let the JSON library's exception pass.
-    ModuleRecord ReadModuleRecord(Json::Value& element, char const* pathKey);
+    /// Reads one object of the version compatibility file, as far as its flaw lets it, and
+    /// logs nothing. Wrong types let the JSON library's exception pass.
+    ModuleFlaw ReadModule(Json::Value& json, char const* pathKey, CompatibleModule& module);
 
     /// Whether neither has been told or has found what the other has not.
     bool KnowsTheSameAs(SSOPathResolver const& other) const;
@@ -83,6 +83,11 @@ private:
     VariableLookup PathVariables();
     void ResolveSearchPaths(std::vector<std::wstring>& paths);
     void ResolveServerAppSearchPaths(std::vector<std::wstring>& paths);
+
+    /// Logs where a file is looked for, and answers the directories as the line shows them.
+    std::wstring Announce(Message const& searching, std::wstring const& file,
+                          std::vector<std::wstring> const& directories);
+    void AnnounceOverride(Message const& found, Message const& missing, std::wstring const& file);
 
     bool LoadClientConfig();
     void ReadClientConfig();

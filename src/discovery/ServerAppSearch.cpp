@@ -3,8 +3,6 @@
 #include <memory>
 #include <utility>
 
-#include <boost/algorithm/string/join.hpp>
-
 #include "discovery/FileSearch.h"
 #include "discovery/PathText.h"
 #include "discovery/SSOPathResolver.h"
@@ -50,8 +48,8 @@ bool SSOPathResolver::FindSSOServerApp()
         return true;
     if (clientConfigState == NotLoaded)
         LoadClientConfig();
-    std::wstring const shown = boost::algorithm::join(ServerAppDirectories(), L"\n");
-    LogLine(logFunction, Messages::ServerSearching, clientConfig.appName, shown);
+    std::wstring const shown =
+        Announce(Messages::ServerSearching, clientConfig.appName, ServerAppDirectories());
     // Blank only after a load that ended in an exception.
     if (clientConfig.appName.empty())
         return false;

@@ -9,9 +9,10 @@ namespace Halvorix::SSOServices {
 
 namespace {
 
-int CompareToDepthOf(Version const& bound, Version const& a, Version const& b)
+// As far as the bound goes, so that a short one acts as a prefix.
+int CompareToBound(Version const& version, Version const& bound)
 {
-    return CompareVersions(a, b, static_cast<int>(bound.size()));
+    return CompareVersions(version, bound, static_cast<int>(bound.size()));
 }
 
 } // namespace
@@ -61,14 +62,13 @@ bool VersionRange::Contains(Version const& version) const
         return true;
     if (IsEmpty())
         return false;
-    bool const bounded = !minVersion.empty() || !maxVersion.empty();
-    bool const reachesMin =
-        minVersion.empty() || CompareToDepthOf(minVersion, version, minVersion) >= 0;
-    if (bounded && reachesMin &&
-        (maxVersion.empty() || CompareToDepthOf(maxVersion, version, maxVersion) <= 0))
+    bool const isBounded = !minVersion.empty() || !maxVersion.empty();
+    bool const reachesMin = minVersion.empty() || CompareToBound(version, minVersion) >= 0;
+    bool const staysWithinMax = maxVersion.empty() || CompareToBound(version, maxVersion) <= 0;
+    if (isBounded && reachesMin && staysWithinMax)
         return true;
     return std::any_of(versions.begin(), versions.end(), [&version](Version const& listed) {
-        return CompareToDepthOf(listed, listed, version) == 0;
+        return CompareToBound(version, listed) == 0;
     });
 }
 

@@ -147,16 +147,17 @@ Read ReadElement(Resolver& resolver, Json::Value element, LookForModule look)
         return read;
     }
     try {
-        SSOServices::ModuleRecord record = resolver.ReadModuleRecord(element, pathKey);
-        told.expandedPath = Shown(record.module.modulePath);
-        told.unknown = VariablesIn(record.module.modulePath);
-        if (record.flaw != ModuleFlaw::None) {
-            TellFlaw(record.flaw, element, told);
+        CompatibleModule module;
+        ModuleFlaw const flaw = resolver.ReadModule(element, pathKey, module);
+        told.expandedPath = Shown(module.modulePath);
+        told.unknown = VariablesIn(module.modulePath);
+        if (flaw != ModuleFlaw::None) {
+            TellFlaw(flaw, element, told);
             return read;
         }
-        told.range = Spelled(record.module.compatibleVersions.front());
-        TellFile(record.module, look, told);
-        read.record = std::move(record.module);
+        told.range = Spelled(module.compatibleVersions.front());
+        TellFile(module, look, told);
+        read.record = std::move(module);
     } catch (std::exception const& exception) {
         read.isWrongType = dynamic_cast<Json::Exception const*>(&exception) != nullptr;
         told.fit = Fit::StopsReading;

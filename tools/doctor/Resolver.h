@@ -14,7 +14,7 @@ public:
     using SSOPathResolver::GetVersionCompatibilityFile;
     using SSOPathResolver::IsClientConfigLoaded;
     using SSOPathResolver::ModulePathKey;
-    using SSOPathResolver::ReadModuleRecord;
+    using SSOPathResolver::ReadModule;
     using SSOPathResolver::ResolvedSearchPaths;
     using SSOPathResolver::SetSupportFileSearchPaths;
 };
