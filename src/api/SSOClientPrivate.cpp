@@ -7,6 +7,7 @@
 #include "api/Plugin.h"
 #include "discovery/ModuleFiles.h"
 #include "discovery/PathText.h"
+#include "support/LogSink.h"
 #include "support/SSOClientManagerMutex.h"
 
 namespace Halvorix::SSOServices {
@@ -309,10 +310,7 @@ void SSOClientPrivate::SetSSOClientConfigFileOverride(std::wstring path)
 
 std::wstring SSOClientPrivate::GetLogFile()
 {
-    std::wstring path = GetKnownFolderPath(Platform::KnownFolder::LocalAppData);
-    for (wchar_t const* const name : {L"Halvorix/Web Services", L"Log", L"WebServices.log"})
-        path = JoinPath(path, name);
-    return path;
+    return JoinPath(GetKnownFolderPath(Platform::KnownFolder::LocalAppData), LogFile);
 }
 
 } // namespace Halvorix::SSOServices

@@ -1,8 +1,6 @@
 // SSOClientManager: the road from the first request for an interface to a
 // working plugin.
 
-#include <mutex>
-
 #include <plugin/ILogger.h>
 #include <plugin/ISSOClientFactory.h>
 #include <plugin/ISSOClientModule.h>
@@ -16,7 +14,6 @@
 #include "support/LibraryIdentity.h"
 #include "support/LogSink.h"
 #include "support/ProcessEnd.h"
-#include "support/SSOClientManagerMutex.h"
 #include "support/SystemError.h"
 #include "support/TextConversion.h"
 
@@ -39,7 +36,6 @@ bool SSOClientManager::AnnounceAndLoad()
 
 bool SSOClientManager::LoadPlugin()
 {
-    std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
     if (moduleHandle != nullptr)
         return true;
     if (loadState == LoadBegun || processIsEnding)

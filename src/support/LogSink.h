@@ -12,6 +12,10 @@ namespace Halvorix::SSOServices {
 
 class ILogger;
 
+/// The log, below the user's local application data. The plugin's logger writes it; nothing
+/// in the library does.
+inline constexpr wchar_t const* LogFile = L"Halvorix/Web Services/Log/WebServices.log";
+
 /// Where a line goes; a function that is empty loses it.
 using LogFunction = std::function<void(std::wstring, Log::LogLevel)>;
 
