@@ -6,7 +6,8 @@
 
 #include <boost/algorithm/string/join.hpp>
 
-#include "support/TextPieces.h"
+#include "platform/AsciiCase.h"
+#include "support/SplitAndTrim.h"
 
 namespace Halvorix::SSOServices {
 
@@ -26,13 +27,9 @@ long long NumericDifference(std::string const& x, std::string const& y)
     }
 }
 
-unsigned char Folded(char c)
-{
-    return static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
-}
+unsigned char Folded(char c) { return static_cast<unsigned char>(Platform::LowerAscii(c)); }
 
-// By bytes. The comparisons of the systems' runtimes follow the locale, and
-// disagree on what is not ASCII.
+// By bytes: the systems' runtimes disagree on what is not ASCII.
 int CompareIgnoringCase(char const* x, char const* y)
 {
     while (*x != '\0' && Folded(*x) == Folded(*y)) {
@@ -56,7 +53,7 @@ int CompareComponents(std::string const& x, std::string const& y)
 
 bool ParseVersion(Version& out, std::string text)
 {
-    out = TrimmedPieces(text, '.');
+    out = SplitAndTrim(text, '.');
     return true;
 }
 

@@ -44,7 +44,7 @@ bool SSOServicesPrivate::JsonToNetworkCookie(Json::Value const& json, NetworkCoo
     if (json.isNull())
         return false;
     cookie.record->name = json["Name"].asString();
-    cookie.record->value = SecretText<char>(json["Value"].asString());
+    cookie.record->value = json["Value"].asString();
     cookie.record->domain = WideText(json["Domain"]);
     cookie.record->path = WideText(json["Path"]);
     cookie.record->secure = json["IsSecure"].asBool();

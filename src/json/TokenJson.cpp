@@ -1,6 +1,7 @@
 // SSOServicesPrivate: OAuth2 specs and tokens.
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 
@@ -23,10 +24,34 @@ namespace {
 using Operation = bool (IRsaCryptor::*)(unsigned char const*, unsigned long long, unsigned char*,
                                         unsigned long long, unsigned long long*);
 
-// False if the cryptor fails, or claims more than it had room for.
-bool Transform(IRsaCryptor& cryptor, Operation operation, std::string const& input,
-               std::uint64_t capacity, SecretText<char>& output)
+// Two pairs of operations: a token of the default type goes through RSA, every other one
+// through the buffer, whose room grows with the text.
+struct Cipher {
+    Operation rsa;
+    Operation buffer;
+    std::size_t bufferGrowth;
+};
+
+constexpr Cipher Encryption{&IRsaCryptor::RsaEncrypt, &IRsaCryptor::EncryptBuffer, 2};
+constexpr Cipher Decryption{&IRsaCryptor::RsaDecrypt, &IRsaCryptor::DecryptBuffer, 1};
+
+std::uint64_t RsaCapacity(IRsaCryptor& cryptor)
 {
+    return static_cast<std::uint64_t>(
+        std::max<std::int64_t>(0, std::int64_t{cryptor.GetMaxBlockSize()} + 1));
+}
+
+// The buffer pair gets its capacities in 32 bits.
+std::uint32_t BufferCapacity(std::size_t size) { return static_cast<std::uint32_t>(size); }
+
+// False if the cryptor fails, or claims more than it had room for.
+bool Transform(IRsaCryptor& cryptor, Cipher const& cipher, OAuth2TokenType type,
+               std::string const& input, SecretText<char>& output)
+{
+    bool const isRsa = type == OAuth2TokenTypeDefault;
+    Operation const operation = isRsa ? cipher.rsa : cipher.buffer;
+    std::uint64_t const capacity =
+        isRsa ? RsaCapacity(cryptor) : BufferCapacity(cipher.bufferGrowth * input.size());
     output->assign(capacity, '\0');
     unsigned long long length = 0;
     if (!(cryptor.*operation)(reinterpret_cast<unsigned char const*>(input.data()), input.size(),
@@ -36,33 +61,6 @@ bool Transform(IRsaCryptor& cryptor, Operation operation, std::string const& inp
         return false;
     output->resize(length);
     return true;
-}
-
-std::uint64_t RsaCapacity(IRsaCryptor& cryptor)
-{
-    return static_cast<std::uint64_t>(
-        std::max<std::int64_t>(0, std::int64_t{cryptor.GetMaxBlockSize()} + 1));
-}
-
-// The buffer pair gets its capacities in 32 bits.
-std::uint32_t Low32Bits(std::size_t size) { return static_cast<std::uint32_t>(size); }
-
-bool Encrypt(IRsaCryptor& cryptor, OAuth2TokenType type, std::string const& clear,
-             SecretText<char>& encrypted)
-{
-    if (type == OAuth2TokenTypeDefault)
-        return Transform(cryptor, &IRsaCryptor::RsaEncrypt, clear, RsaCapacity(cryptor), encrypted);
-    return Transform(cryptor, &IRsaCryptor::EncryptBuffer, clear, Low32Bits(2 * clear.size()),
-                     encrypted);
-}
-
-bool Decrypt(IRsaCryptor& cryptor, OAuth2TokenType type, std::string const& encrypted,
-             SecretText<char>& clear)
-{
-    if (type == OAuth2TokenTypeDefault)
-        return Transform(cryptor, &IRsaCryptor::RsaDecrypt, encrypted, RsaCapacity(cryptor), clear);
-    return Transform(cryptor, &IRsaCryptor::DecryptBuffer, encrypted, Low32Bits(encrypted.size()),
-                     clear);
 }
 
 } // namespace
@@ -118,7 +116,7 @@ bool SSOServicesPrivate::OAuth2TokenToJson(OAuth2Token const& token, Json::Value
     SecretText<char> const clear(WideToUtf8(*token.record->token));
     if (cryptor) {
         SecretText<char> encrypted;
-        if (!Encrypt(*cryptor, token.record->spec.GetType(), *clear, encrypted))
+        if (!Transform(*cryptor, Encryption, token.record->spec.GetType(), *clear, encrypted))
             return false;
         json["EncryptedOAuth2AccessToken"] = *SecretText<char>(Base64Encode(*encrypted));
     } else {
@@ -162,13 +160,14 @@ bool SSOServicesPrivate::JsonToOAuth2Token(Json::Value const& json, OAuth2Token&
     // Decoded before the clear text is looked at: malformed base64 always fails.
     SecretText<char> const encrypted(Base64Decode(json["EncryptedOAuth2AccessToken"].asString()));
     if (!clear->empty()) {
-        token.record->token = SecretText<wchar_t>(Utf8ToWide(*clear));
+        token.record->token = Utf8ToWide(*clear);
         return true;
     }
     SecretText<char> decrypted;
-    if (!cryptor || !Decrypt(*cryptor, token.record->spec.GetType(), *encrypted, decrypted))
+    if (!cryptor ||
+        !Transform(*cryptor, Decryption, token.record->spec.GetType(), *encrypted, decrypted))
         return false;
-    token.record->token = SecretText<wchar_t>(Utf8ToWide(*decrypted));
+    token.record->token = Utf8ToWide(*decrypted);
     return true;
 }
 
@@ -182,6 +181,6 @@ bool SSOServicesPrivate::JsonToOAuth2Token(char const* text, OAuth2Token& token,
 void SSOServicesPrivate::Initialize(OAuth2Token& token, std::wstring const& text,
                                     OAuth2TokenSpec const& spec)
 {
-    token.record->token = SecretText<wchar_t>(text);
+    token.record->token = text;
     token.record->spec = spec;
 }

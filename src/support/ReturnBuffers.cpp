@@ -10,12 +10,7 @@
 
 namespace Halvorix::SSOServices {
 
-namespace {
-
-// Lengths beyond the range of int keep their low 32 bits.
 int AsCount(std::size_t length) { return static_cast<int>(static_cast<std::uint32_t>(length)); }
-
-} // namespace
 
 int CopyWideToBuffer(wchar_t* buffer, int capacity, wchar_t const* source)
 {

@@ -1,11 +1,15 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace Halvorix::SSOServices {
 
 // The rules by which getters fill a caller's buffer. Capacities and answers are
 // counts of units; answers never include the terminator.
+
+/// Lengths beyond the range of int keep their low 32 bits.
+int AsCount(std::size_t length);
 
 /// Copies a terminated text, cutting it to fit; always terminates. Answers the
 /// units stored; 0 for a capacity below 1.

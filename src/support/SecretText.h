@@ -40,11 +40,12 @@ public:
         Wipe(other);
     }
     SecretText(SecretText const&) = default;
-    SecretText& operator=(SecretText const& other)
+    SecretText& operator=(SecretText const& other) { return *this = other.text; }
+    SecretText& operator=(Text other)
     {
-        SecretText copy(other);
         Wipe(text); // a swap would leave parts of a short text in the string itself
-        text.swap(copy.text);
+        text.swap(other);
+        Wipe(other);
         return *this;
     }
     ~SecretText() { Wipe(text); }

@@ -13,8 +13,8 @@ namespace Halvorix::SSOServices {
 /// What stands between the separators, without the white space at its edges; nothing
 /// for a piece that is empty then. What is white space is the global locale's.
 template <class Char>
-std::vector<std::basic_string<Char>> TrimmedPieces(std::basic_string<Char> const& text,
-                                                   Char separator)
+std::vector<std::basic_string<Char>> SplitAndTrim(std::basic_string<Char> const& text,
+                                                  Char separator)
 {
     std::locale const locale;
     // Once: boost::algorithm::trim looks it up for each character.

@@ -47,10 +47,7 @@ int NetworkCookie::GetValue(char* buffer, int size) const
     return SSOServices::CopyBytesToBuffer(*record->value, buffer, size);
 }
 
-void NetworkCookie::SetValue(char const* value)
-{
-    record->value = SSOServices::SecretText<char>(value);
-}
+void NetworkCookie::SetValue(char const* value) { record->value = value; }
 
 int NetworkCookie::GetDomain(wchar_t* buffer, int size) const
 {

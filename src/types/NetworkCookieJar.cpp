@@ -1,6 +1,7 @@
 #include <cstddef>
 #include <memory>
 
+#include "support/ReturnBuffers.h"
 #include "types/NetworkCookieRecord.h"
 
 namespace Halvorix::WebServices {
@@ -17,7 +18,10 @@ bool NetworkCookieJar::AddCookie(NetworkCookie const& cookie)
     return true;
 }
 
-int NetworkCookieJar::GetCookieCount() const { return static_cast<int>(record->cookies.size()); }
+int NetworkCookieJar::GetCookieCount() const
+{
+    return SSOServices::AsCount(record->cookies.size());
+}
 
 NetworkCookie NetworkCookieJar::GetCookie(int index) const
 {

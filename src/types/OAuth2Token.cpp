@@ -29,10 +29,7 @@ bool OAuth2Token::operator!=(OAuth2Token const& other) const { return !(*this ==
 
 bool OAuth2Token::IsValid() const { return !record->token->empty(); }
 
-int OAuth2Token::GetTokenSize() const
-{
-    return SSOServices::GetTruncated(*record->token, nullptr, 0);
-}
+int OAuth2Token::GetTokenSize() const { return SSOServices::AsCount(record->token->size()); }
 
 wchar_t const* OAuth2Token::GetToken() const { return record->token->c_str(); }
 

@@ -6,7 +6,7 @@
 
 #include "platform/Platform.h"
 #include "support/ReturnBuffers.h"
-#include "support/TextPieces.h"
+#include "support/SplitAndTrim.h"
 #include "types/OAuth2Records.h"
 
 namespace Halvorix::WebServices {
@@ -19,7 +19,7 @@ namespace {
 // Other white space than the blank does not separate, but goes from the edges.
 std::wstring NormalizeScope(std::wstring const& scope)
 {
-    std::vector<std::wstring> words = SSOServices::TrimmedPieces(scope, L' ');
+    std::vector<std::wstring> words = SSOServices::SplitAndTrim(scope, L' ');
     std::sort(words.begin(), words.end(), [](std::wstring const& a, std::wstring const& b) {
         return Platform::CompareIgnoringCase(a.c_str(), b.c_str()) < 0;
     });

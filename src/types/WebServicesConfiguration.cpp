@@ -60,7 +60,7 @@ int WebServicesConfiguration::GetConsumerSecret(wchar_t* buffer, int size) const
 
 void WebServicesConfiguration::SetConsumerSecret(wchar_t const* text)
 {
-    record->consumerSecret = SSOServices::SecretText<wchar_t>(text);
+    record->consumerSecret = text;
 }
 
 int WebServicesConfiguration::GetSerialNumber(wchar_t* buffer, int size) const
@@ -143,7 +143,7 @@ int WebServicesConfiguration::GetOAuth2ConsumerSecret(wchar_t* buffer, int size)
 
 void WebServicesConfiguration::SetOAuth2ConsumerSecret(wchar_t const* text)
 {
-    record->oauth2ConsumerSecret = SSOServices::SecretText<wchar_t>(text);
+    record->oauth2ConsumerSecret = text;
 }
 
 int WebServicesConfiguration::GetOAuth2AccessTokenScope(wchar_t* buffer, int size) const

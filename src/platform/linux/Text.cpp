@@ -6,6 +6,7 @@
 
 #include <boost/locale/utf.hpp>
 
+#include "platform/AsciiCase.h"
 #include "platform/Platform.h"
 #include "platform/linux/NarrowText.h"
 
@@ -17,8 +18,7 @@ namespace {
 // locale that the host has set: in Turkish, %PROGRAMFILES% would be unknown.
 std::uint32_t Folded(wchar_t unit)
 {
-    return std::char_traits<wchar_t>::to_int_type(
-        unit >= L'A' && unit <= L'Z' ? static_cast<wchar_t>(unit - L'A' + L'a') : unit);
+    return std::char_traits<wchar_t>::to_int_type(LowerAscii(unit));
 }
 
 constexpr wchar_t Replacement = 0xFFFD;
