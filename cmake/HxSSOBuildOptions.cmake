@@ -15,9 +15,14 @@ endif()
 
 add_library(hxsso_build_options INTERFACE)
 if(MSVC)
-    target_compile_options(hxsso_build_options INTERFACE /W4 /WX /permissive- /utf-8)
+    target_compile_options(hxsso_build_options INTERFACE /W4 /permissive- /utf-8)
+    # Of functions such as getenv, in whose place it has some of its own.
+    target_compile_definitions(hxsso_build_options INTERFACE _CRT_SECURE_NO_WARNINGS)
 else()
-    target_compile_options(hxsso_build_options INTERFACE -Wall -Wextra -Wpedantic -Werror)
+    target_compile_options(hxsso_build_options INTERFACE -Wall -Wextra -Wpedantic)
+endif()
+if(HXSSO_WARNINGS_AS_ERRORS)
+    target_compile_options(hxsso_build_options INTERFACE $<IF:$<CXX_COMPILER_ID:MSVC>,/WX,-Werror>)
 endif()
 
 # With CMAKE_UNITY_BUILD, for builds that nobody but a test run uses: the sources

@@ -10,12 +10,16 @@ function(hxsso_add_plugin target)
     add_library(${target} MODULE ${ARGN})
     set_target_properties(${target} PROPERTIES PREFIX "")
     target_link_libraries(${target} PRIVATE HxSSOServices::Plugin)
-    if(MSVC)
-        target_link_options(${target} PRIVATE "/EXPORT:${factory_export}")
-    elseif(WIN32)
-        # GCC decorates the name its own way: the export carries the other one.
+    if(WIN32)
+        # By a file: generators do not agree on how a dollar sign gets into an option.
         set(definition ${CMAKE_CURRENT_BINARY_DIR}/${target}.def)
-        file(WRITE ${definition} "EXPORTS\n    \"${factory_export}\"=_Z19GetSSOClientFactoryv\n")
+        if(MSVC)
+            set(export "${factory_export}")
+        else()
+            # GCC decorates the name its own way: the export carries the other one.
+            set(export "\"${factory_export}\"=_Z19GetSSOClientFactoryv")
+        endif()
+        file(WRITE ${definition} "EXPORTS\n    ${export}\n")
         target_sources(${target} PRIVATE ${definition})
     else()
         # The declaration in the header says nothing about visibility.

@@ -25,7 +25,8 @@ struct ConfigText {
     }
 };
 
-constexpr ConfigText configTexts[] = {
+// Not constexpr: to Visual Studio the address of an imported function is no constant.
+ConfigText const configTexts[] = {
     {"consumerKey", &Config::GetConsumerKey, &Config::SetConsumerKey},
     {"consumerSecret", &Config::GetConsumerSecret, &Config::SetConsumerSecret},
     {"serialNumber", &Config::GetSerialNumber, &Config::SetSerialNumber},

@@ -34,6 +34,14 @@ std::vector<LogLine> Last(std::size_t count, std::vector<LogLine> const& lines)
     return {lines.end() - static_cast<std::ptrdiff_t>(std::min(count, lines.size())), lines.end()};
 }
 
+class RegistryLocation : public testing::Test {
+    void SetUp() override
+    {
+        if (!MayChangeLocation())
+            GTEST_SKIP() << "would change the registry of the user's own Windows";
+    }
+};
+
 } // namespace
 
 TEST(ServerApp, LiesBesideTheLibraryBeforeTheExecutable)
@@ -258,7 +266,7 @@ TEST(ServerApp, LosesWhatDoesNotFitIntoAUnit)
 // The place that the server application's installation left is one for all
 // processes of the system: these tests run by themselves.
 
-TEST(RegistryLocation, IsTheLastOfTheSearchPaths)
+TEST_F(RegistryLocation, IsTheLastOfTheSearchPaths)
 {
     Installation installation;
     installation.ServerApp().ClientConfig(Paths("{root}/a;%Unknown%"));
@@ -274,7 +282,7 @@ TEST(RegistryLocation, IsTheLastOfTheSearchPaths)
                             FindsServer("{root}/server/HxSSO.exe")));
 }
 
-TEST(RegistryLocation, IsAskedForByEveryReadableConfiguration)
+TEST_F(RegistryLocation, IsAskedForByEveryReadableConfiguration)
 {
     for (char const* const content : {"{}", "null", R"({"openssl": null})"}) {
         SCOPED_TRACE(content);
@@ -298,7 +306,7 @@ TEST(RegistryLocation, IsAskedForByEveryReadableConfiguration)
     EXPECT_THAT(asked.lines, Contains(HasLocation("{root}/server")));
 }
 
-TEST(RegistryLocation, IsNotAskedForWithoutAConfiguration)
+TEST_F(RegistryLocation, IsNotAskedForWithoutAConfiguration)
 {
     Installation installation;
     installation.ServerApp();
@@ -316,7 +324,7 @@ TEST(RegistryLocation, IsNotAskedForWithoutAConfiguration)
                 ElementsAre(SearchesConfig(), FindsConfig(), LoadsConfig(), SearchesServer("")));
 }
 
-TEST(RegistryLocation, MayHoldVariables)
+TEST_F(RegistryLocation, MayHoldVariables)
 {
     struct {
         std::string value;
@@ -340,7 +348,7 @@ TEST(RegistryLocation, MayHoldVariables)
     }
 }
 
-TEST(RegistryLocation, MeansTheCurrentDirectoryWhenItIsEmpty)
+TEST_F(RegistryLocation, MeansTheCurrentDirectoryWhenItIsEmpty)
 {
     Installation installation;
     installation.ServerApp("work").ClientConfig("{}");
@@ -353,7 +361,7 @@ TEST(RegistryLocation, MeansTheCurrentDirectoryWhenItIsEmpty)
                             FindsServer("HxSSO.exe")));
 }
 
-TEST(RegistryLocation, IsOneOfTheListWhenItIsThereAlready)
+TEST_F(RegistryLocation, IsOneOfTheListWhenItIsThereAlready)
 {
     Installation installation;
     installation.ClientConfig(Paths("{root}/server"));
@@ -362,7 +370,7 @@ TEST(RegistryLocation, IsOneOfTheListWhenItIsThereAlready)
     EXPECT_THAT(asked.lines, Contains(SearchesServer("HxSSO.exe", WithServer)));
 }
 
-TEST(RegistryLocation, IsReadInTheFirstConfigurationFolderThatHasIt)
+TEST_F(RegistryLocation, IsReadInTheFirstConfigurationFolderThatHasIt)
 {
     if (IsWindows())
         GTEST_SKIP() << "the value lies in the registry on Windows";
@@ -404,7 +412,7 @@ constexpr unsigned SeveralTextsType = 7;
 
 } // namespace
 
-TEST(RegistryLocation, IsReadWhateverItsType)
+TEST_F(RegistryLocation, IsReadWhateverItsType)
 {
     if (!IsWindows())
         GTEST_SKIP() << "values have types in the registry only";
@@ -437,7 +445,7 @@ TEST(RegistryLocation, IsReadWhateverItsType)
     }
 }
 
-TEST(RegistryLocation, MayBeLong)
+TEST_F(RegistryLocation, MayBeLong)
 {
     if (!IsWindows())
         GTEST_SKIP() << "only the registry is asked with a limit";
@@ -478,7 +486,7 @@ TEST(RegistryLocation, MayBeLong)
     }
 }
 
-TEST(RegistryLocation, MayBeMissingInItsKey)
+TEST_F(RegistryLocation, MayBeMissingInItsKey)
 {
     if (!IsWindows())
         GTEST_SKIP() << "only the registry has keys without the value";
@@ -492,7 +500,7 @@ TEST(RegistryLocation, MayBeMissingInItsKey)
                             MissesServer()));
 }
 
-TEST(RegistryLocation, LiesInTheViewOf64BitForAProcessWhoseOwnHasNoKey)
+TEST_F(RegistryLocation, LiesInTheViewOf64BitForAProcessWhoseOwnHasNoKey)
 {
     if (!IsWoW64())
         GTEST_SKIP() << "only a 32-bit process on a 64-bit Windows has a second view";

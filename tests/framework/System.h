@@ -53,6 +53,10 @@ void UnsetVariable(std::string const& name);
 
 int ProcessNumber();
 
+/// Whether the place of the server application's directory is the rig's to change: in
+/// the registry of a Windows that somebody uses it is not, in that of a Wine prefix it is.
+bool MayChangeLocation();
+
 /// Leaves the server application's directory where its installation leaves it,
 /// below `root` where the system allows that; `bytes` are the value as stored
 /// on Windows, UTF-16 text elsewhere UTF-8.

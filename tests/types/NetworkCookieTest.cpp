@@ -26,12 +26,13 @@ struct WideField {
     int (NetworkCookie::*get)(wchar_t*, int) const;
 };
 
-constexpr NarrowField NarrowFields[] = {
+// Not constexpr: to Visual Studio the address of an imported function is no constant.
+NarrowField const NarrowFields[] = {
     {"Name", &NetworkCookie::SetName, &NetworkCookie::GetName},
     {"Value", &NetworkCookie::SetValue, &NetworkCookie::GetValue},
 };
 
-constexpr WideField WideFields[] = {
+WideField const WideFields[] = {
     {"Domain", &NetworkCookie::SetDomain, &NetworkCookie::GetDomain},
     {"Path", &NetworkCookie::SetPath, &NetworkCookie::GetPath},
 };

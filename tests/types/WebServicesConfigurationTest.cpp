@@ -25,8 +25,9 @@ struct Field {
 
 using W = WebServicesConfiguration;
 
-// All fields but the inert one.
-constexpr Field Fields[] = {
+// All fields but the inert one. Not constexpr: to Visual Studio the address of an imported
+// function is no constant.
+Field const Fields[] = {
     {"ConsumerKey", &W::SetConsumerKey, &W::GetConsumerKey, L"consumer key"},
     {"ConsumerSecret", &W::SetConsumerSecret, &W::GetConsumerSecret, L"consumer secret"},
     {"SerialNumber", &W::SetSerialNumber, &W::GetSerialNumber, L"000-11111111"},

@@ -107,6 +107,8 @@ void UnsetVariable(std::string const& name) { ::unsetenv(name.c_str()); }
 
 int ProcessNumber() { return ::getpid(); }
 
+bool MayChangeLocation() { return true; }
+
 void SetLocation(std::filesystem::path const& root, std::wstring const& location)
 {
     std::filesystem::path const folder = root / "xdg/Halvorix/HxSSO";

@@ -100,6 +100,11 @@ std::vector<DWORD> ThreadsOf(DWORD processNumber)
     return threads;
 }
 
+bool IsWine()
+{
+    return ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+}
+
 // Wine's ntdll guards the waiters for an address by spin locks. The end of a process kills
 // its threads, and one of them may hold such a lock: the last one then spins for ever, over
 // as little as a release of memory. Windows has no such lock.
@@ -107,7 +112,7 @@ bool IsInWinesSpinLock(DWORD processNumber)
 {
     HMODULE const ntdll = ::GetModuleHandleW(L"ntdll.dll");
     std::vector<DWORD> const threads = ThreadsOf(processNumber);
-    if (::GetProcAddress(ntdll, "wine_get_version") == nullptr || threads.size() != 1)
+    if (!IsWine() || threads.size() != 1)
         return false;
     std::uintptr_t const place = PlaceOf(threads[0]);
     auto const isIn = [&](char const* function) {
@@ -221,6 +226,8 @@ void UnsetVariable(std::string const& name)
 }
 
 int ProcessNumber() { return static_cast<int>(::GetCurrentProcessId()); }
+
+bool MayChangeLocation() { return IsWine(); }
 
 void SetLocation(std::filesystem::path const&, std::wstring const& location)
 {
