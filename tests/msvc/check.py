@@ -1,0 +1,94 @@
+#!/usr/bin/env python3
+"""Whether the sources compile against Microsoft's standard library.
+
+check.py FOLDER BUILD
+
+FOLDER holds that library and the program `check`, which compiles sources as Visual Studio
+would meet them, with Clang in its Microsoft mode, and links nothing. The sources are those
+that BUILD compiles for Windows, with the definitions and folders that it gives each.
+Prints what is wrong with each source that fails, and "N passed, N failed, 0 skipped".
+"""
+
+import collections
+import concurrent.futures
+import json
+import os
+import pathlib
+import queue
+import re
+import shlex
+import subprocess
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+
+
+def is_ours(folder):
+    """FOLDER's program brings Boost and jsoncpp; headers_folder brings GoogleTest."""
+    return ROOT in folder.parents and ROOT / ".deps" not in folder.parents
+
+
+def sources(build):
+    """The C++ sources of the project in this build, each once, with their options."""
+    known = set()
+    for entry in json.loads((build / "compile_commands.json").read_text()):
+        file = pathlib.Path(entry["file"])
+        if file in known or file.suffix not in (".cpp", ".cxx") or ROOT not in file.parents:
+            continue
+        known.add(file)
+        words = shlex.split(entry["command"])
+        options = [word for word in words if re.match("-[DU]", word)]
+        folders = [word[2:] for word in words if word.startswith("-I")]
+        options += [f"-I{folder}" for folder in folders if is_ours(pathlib.Path(folder))]
+        yield file, options
+
+
+def headers_folder(place):
+    """Where `check` prepares headers, for one compilation at a time; GoogleTest's with them."""
+    place.mkdir(parents=True, exist_ok=True)
+    for name in ("gtest", "gmock"):
+        if not (place / name).exists():
+            (place / name).symlink_to(f"/usr/include/{name}")
+    # Wine's header makes macros of two functions, of which streams have members.
+    (place / "first").mkdir(exist_ok=True)
+    (place / "first/io.h").write_text("#include_next <io.h>\n#undef open\n#undef sopen\n")
+    return place
+
+
+def main():
+    if len(sys.argv) != 3:
+        sys.exit(__doc__)
+    program = pathlib.Path(sys.argv[1]).resolve() / "check"
+    build = pathlib.Path(sys.argv[2]).resolve()
+    jobs = list(sources(build))
+    if not jobs:
+        sys.exit(f"{build} compiles nothing")
+
+    at_once = len(os.sched_getaffinity(0))
+    free = queue.Queue()
+    for number in range(at_once):
+        free.put(headers_folder(build / "msvc" / str(number)))
+
+    def compiles(job):
+        file, options = job
+        headers = free.get()
+        try:
+            extra = " ".join([f"-I{headers}/first", *options])
+            environment = {**os.environ, "MSVC_HEADERS": str(headers), "EXTRA": extra}
+            run = subprocess.run([program, ROOT, file.relative_to(ROOT)], env=environment,
+                                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+            return run.returncode == 0, run.stdout
+        finally:
+            free.put(headers)
+
+    counts = collections.Counter()
+    with concurrent.futures.ThreadPoolExecutor(at_once) as pool:
+        for passed, output in pool.map(compiles, jobs):
+            counts[passed] += 1
+            if not passed:
+                print(output, end="", flush=True)
+    print(f"{counts[True]} passed, {counts[False]} failed, 0 skipped")
+
+
+if __name__ == "__main__":
+    main()
