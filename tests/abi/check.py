@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
 """Holds the headers and the built libraries against what is agreed.
 
-  layout   the interfaces of include/plugin/ as Clang lays them out for Microsoft's
-           compiler, MinGW and Linux, against tests/abi/contract.txt
+  layout   the interfaces of include/plugin/, and what derives from their defaults, as
+           Clang lays them out for Microsoft's compiler, MinGW and Linux, against
+           tests/abi/contract.txt
   names    the decorated names of all exported members and of the factory
            procedure, against tests/abi/lists/names-*.txt
   exports  what leaves the libraries as they were built, against tests/abi/lists/exports-*.txt
@@ -51,6 +52,8 @@ def check_layout(options, report):
         report.add(f"layout, {target}: {contract.count()} positions of "
                    f"{len(contract.interfaces)} interfaces",
                    layout.differ(options.include, contract, target))
+        report.add(f"layout, {target}: a plugin's class over the defaults of each interface",
+                   layout.defaults_differ(options.include, contract, target))
 
 
 def check_names(options, report):

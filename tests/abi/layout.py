@@ -83,10 +83,32 @@ def slots(dump, name):
     return found
 
 
-def tables(include, contract, target):
-    """Clang's dump for all interfaces of the contract."""
-    text = '#include "plugin/Plugin.h"\n'
-    for number, name in enumerate(contract.interfaces):
+def defaults_of(name):
+    """The class of plugin/Defaults.h for an interface: ISSOClient has SSOClientDefaults."""
+    namespace, _, interface = name.rpartition("::")
+    return f"{namespace}::{interface[1:]}Defaults"
+
+
+def defaults_slots(dump, name):
+    """The positions of the defaults of an interface: each operation is theirs, in its place,
+    and each Reserved position still the interface's."""
+    defaults = defaults_of(name)
+    table = re.search(rf"^V(?:F|f)?[Tt]able for (?:'{name}' in )?'{defaults}' \(\d+ entries\)\.\n"
+                      r"(.*?)\n\n", dump, re.M | re.S)
+    if not table:
+        return []
+    # As if it were the interface's own table: an operation without a default is told by
+    # what an operation must be, and a Reserved position with one likewise.
+    entries = table[1].replace(" [pure]", "")
+    entries = re.sub(rf"{defaults}::(\w+\(.*)$", rf"{name}::\1 [pure]", entries, flags=re.M)
+    return slots(f"Vtable for '{name}' (0 entries).\n{entries}\n\n", name)
+
+
+def tables(include, names, target):
+    """Clang's dump for all these classes."""
+    ours = any(name.endswith("Defaults") for name in names)
+    text = f'#include "plugin/{"Defaults" if ours else "Plugin"}.h"\n'
+    for number, name in enumerate(names):
         # Only a constructor that is needed needs the table of its base.
         text += (f"struct Need{number} : Halvorix::{name} {{ Need{number}(); }};\n"
                  f"Need{number}::Need{number}() {{}}\n")
@@ -128,13 +150,25 @@ def types_differ(include, contract, target):
 
 def differ(include, contract, target):
     """Compares the headers with the contract for a target; what differs, as texts."""
+    return compare(include, contract, target, list(contract.interfaces), slots) + types_differ(
+        include, contract, target)
+
+
+def defaults_differ(include, contract, target):
+    """The same for classes that derive from the defaults of each interface."""
+    return compare(include, contract, target, list(map(defaults_of, contract.interfaces)),
+                   defaults_slots)
+
+
+def compare(include, contract, target, classes, slots_in):
+    """The contract beside the tables of its interfaces, or of what derives from them."""
     try:
-        dump = tables(include, contract, target)
+        dump = tables(include, classes, target)
     except CompilerError as error:
         return [str(error)]
     found = []
     for name, positions in contract.interfaces.items():
-        laid_out = slots(dump, f"Halvorix::{name}")
+        laid_out = slots_in(dump, f"Halvorix::{name}")
         # A reserved position may be the destructor's, which is never called either.
         if positions[0] == "Reserved" and laid_out[:1] == ["destructor"]:
             laid_out[0] = "Reserved"
@@ -149,4 +183,4 @@ def differ(include, contract, target):
         found += wrong[:2]
         if len(wrong) > 2:
             found.append(f"{name}: {len(wrong) - 2} positions behind these differ, too")
-    return found + types_differ(include, contract, target)
+    return found

@@ -94,6 +94,21 @@ LAYOUTS = [
      [r"ISSOLogManager position 2: .*'nothing'.*'More\(\) -> void"]),
 ]
 
+# What is broken in plugin/Defaults.h, how, and what is said.
+DEFAULTS = [
+    ("an operation without a default",
+     lambda text: changed(text, "    bool RestoreLogin() override { return false; }\n", ""),
+     [r"ISSOClient position 43: .*'RestoreLogin\(\) -> bool', .*RestoreLogin.*, not pure"]),
+    ("a default in a reserved position",
+     lambda text: changed(text, "    bool HasProxyInfo() override",
+                          "    void Reserved1() override {}\n    bool HasProxyInfo() override"),
+     [r"ISSOClient position \d+: the contract has 'Reserved', .*Reserved1"]),
+    ("an operation of its own",
+     lambda text: changed(text, "    bool HasProxyInfo() override",
+                          "    virtual void Own() {}\n    bool HasProxyInfo() override"),
+     [r"ISSOClient position \d+: the contract has 'nothing', .*'Own\(\)"]),
+]
+
 NAMES = [
     ("a struct for a class", "plugin/ISSOClientFactory.h",
      lambda text: changed(text, "class ISSOClientFactory {\npublic:", "struct ISSOClientFactory {"),
@@ -168,6 +183,18 @@ def layouts(tally):
     add_each(tally, look, LAYOUTS)
 
 
+def defaults(tally):
+    def look(row):
+        what, change, patterns = row
+        with tempfile.TemporaryDirectory() as folder:
+            copy = Copy(folder, "plugin/Defaults.h", change)
+            found = {target: layout.defaults_differ(copy.include, CONTRACT, target)
+                     for target in TARGETS}
+        return what, all(all_said(texts, patterns) for texts in found.values()), found["linux"]
+
+    add_each(tally, look, DEFAULTS)
+
+
 def decorated(tally):
     def look(row):
         what, header, change, targets, patterns = row
@@ -230,7 +257,7 @@ def hygiene(tally):
 
 def main():
     tally = Tally()
-    for part in (layouts, decorated, exported, hygiene):
+    for part in (layouts, defaults, decorated, exported, hygiene):
         try:
             part(tally)
         except Exception:  # pylint: disable=broad-except

@@ -13,6 +13,7 @@
 #include "framework/Installation.h"
 #include "framework/Secrets.h"
 #include "framework/Variable.h"
+#include "plugin/Defaults.h"
 
 using Halvorix::SSOServices::SSOClientPrivate;
 using Halvorix::SSOServices::SSOServicesManager;
@@ -246,6 +247,48 @@ TEST(MemberWalk, GivesTheFixedAnswersWithoutInterfaces)
         EXPECT_EQ(outcome[member.name], member.calls.empty() ? member.asked : member.alone)
             << member.name;
     EXPECT_THAT(CallsByMember(outcome), IsEmpty());
+}
+
+// A plugin that writes no operation of its own cannot be told from none, but by the two
+// texts that the library stores itself: an empty one ends the caller's buffer.
+TEST(MemberWalk, GivesTheFixedAnswersByTheDefaultsOfPlugins)
+{
+    Installation installation;
+    WithDocuments(installation)
+        .Compatibility(Rig::CompatibilityFor("DefaultsPlugin"))
+        .Plugin("DefaultsPlugin");
+    Outcome const outcome = installation.Run("WalksAllMembers");
+    EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
+    EXPECT_EQ(outcome["program"], "returned");
+    std::string const emptyTexts = R"(0, 0, 0, '\0', 0, '\0', 0, 0, untouched)";
+    std::map<std::string, std::string> const others{
+        {"SSOClientPrivate::GetSSOClientPluginModule()",
+         "'{root}/server/plugin/" + Rig::ModuleName("DefaultsPlugin") + "'"},
+        {"SSOServerManager::GetSSOServerAppFile(wchar_t*, int)", emptyTexts},
+        {"SSOServerManager::GetSSOServerAppExeFile(wchar_t*, int)", emptyTexts}};
+    for (Member const& member : AllMembers()) {
+        auto const other = others.find(member.name);
+        std::string const& answer = member.calls.empty() ? member.asked : member.alone;
+        EXPECT_EQ(outcome[member.name], other != others.end() ? other->second : answer)
+            << member.name;
+    }
+    EXPECT_EQ(outcome.Called("GetSSOClientFactory()"), 5);
+    EXPECT_TRUE(outcome.log.empty());
+}
+
+TEST(Defaults, EncryptNothing)
+{
+    Halvorix::WebServices::RsaCryptorDefaults cryptor;
+    unsigned char const input[] = "text";
+    unsigned char output[16] = "before";
+    unsigned long long length = 81;
+    EXPECT_EQ(cryptor.GetMaxBlockSize(), 0);
+    EXPECT_FALSE(cryptor.RsaEncrypt(input, 4, output, 16, &length));
+    EXPECT_FALSE(cryptor.RsaDecrypt(input, 4, output, 16, &length));
+    EXPECT_FALSE(cryptor.EncryptBuffer(input, 4, output, 16, &length));
+    EXPECT_FALSE(cryptor.DecryptBuffer(input, 4, output, 16, &length));
+    EXPECT_EQ(length, 81u);
+    EXPECT_STREQ(reinterpret_cast<char const*>(output), "before");
 }
 
 class ThrownByThePlugin : public testing::TestWithParam<std::pair<char const*, char const*>> {};

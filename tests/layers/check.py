@@ -34,7 +34,7 @@ PERMITTED = {
     "src/support":    (["src/platform", "include/plugin"],        ["boost"]),
     "src/platform":   ([],                                        ["boost"]),
     "include":        (["include/plugin"],                        []),
-    "include/plugin": ([],                                        []),
+    "include/plugin": (["include"],                               []),
 }
 
 SYSTEMS = ("src/platform/linux", "src/platform/windows")

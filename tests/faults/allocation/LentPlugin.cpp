@@ -5,9 +5,9 @@
 
 #include "SSOClientPrivate.h"
 #include "WebServicesConfiguration.h"
-#include "framework/QuietInterfaces.h"
 #include "host/SSOClientManager.h"
 #include "platform/Platform.h"
+#include "plugin/Defaults.h"
 #include "support/LogSink.h"
 #include "support/TextConversion.h"
 
@@ -41,9 +41,9 @@ char* NewGivenText()
     return std::strcpy(copy, givenText);
 }
 
-class Client : public Rig::Quiet::Client {
+class Client : public SSOClientDefaults {
 public:
-    using Rig::Quiet::Client::GetOAuth2AccessToken;
+    using SSOClientDefaults::GetOAuth2AccessToken;
 
     WebServicesConfiguration const& GetConfiguration() override { return configuration; }
 
@@ -58,13 +58,13 @@ public:
         return succeeds;
     }
     bool CompleteLogin(char const*) override { return true; }
-    using Rig::Quiet::Client::CompleteLogin;
+    using SSOClientDefaults::CompleteLogin;
 
 private:
     WebServicesConfiguration configuration;
 };
 
-class ServerManager : public Rig::Quiet::ServerManager {
+class ServerManager : public SSOServerManagerDefaults {
 public:
     std::wstring GetSSOServerAppFile() override { return L"a file name that needs memory"; }
 };
@@ -94,7 +94,7 @@ public:
     }
     std::shared_ptr<ISSOClientModule> GetSSOClientModule() override
     {
-        return TheOne<ISSOClientModule, Rig::Quiet::Module>();
+        return TheOne<ISSOClientModule, SSOClientModuleDefaults>();
     }
     std::shared_ptr<ISSOClient> GetSSOClient() override { return TheOne<ISSOClient, Client>(); }
     std::shared_ptr<ISSOClientUI> GetSSOClientUI() override { return nullptr; }
