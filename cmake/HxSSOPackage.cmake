@@ -10,6 +10,7 @@ install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHIN
 set_target_properties(HxSSOPluginHeaders PROPERTIES EXPORT_NAME Plugin)
 install(TARGETS HxSSOServices HxSSOPluginHeaders EXPORT HxSSOServicesTargets)
 install(DIRECTORY examples DESTINATION ${data_dir})
+install(DIRECTORY docs/schemas DESTINATION ${data_dir})
 install(FILES LICENSE DESTINATION ${license_dir} RENAME HxSSOServices.txt)
 
 # --- For those who build against it -----------------------------------------------

@@ -100,7 +100,7 @@ public:
     int GetUserLastName(wchar_t* buffer, int capacity) const;
     bool GetUserInfo(wchar_t*& info); ///< Sets `info` to null first.
     bool IsLoggedIn() const;
-    unsigned int GetLoginExpiryDate() const;
+    unsigned int GetLoginExpiryDate() const; ///< A plain number whose unit is the plugin's.
     bool IsLoginExpired() const;
     bool IsLoginValid() const;
     bool IsSSOEnabledForAllUsers() const;
@@ -133,7 +133,7 @@ public:
     bool IsTokenAvailable() const;
     int GetAccessToken(wchar_t* buffer, int capacity, bool flag);
     int GetAccessToken(wchar_t* buffer, int capacity);
-    unsigned int GetTokenExpiryDate() const;
+    unsigned int GetTokenExpiryDate() const; ///< A plain number whose unit is the plugin's.
     bool IsTokenExpired() const;
     bool RefreshToken(bool flag);
     int GetLoginCookie(unsigned char*& cookie); ///< Sets `cookie` to null first.
@@ -156,7 +156,7 @@ public:
     bool RefreshOAuth2Token(bool flag);
     bool IsOAuth2TokenExpired(OAuth2TokenSpec const& spec) const;
     bool IsOAuth2TokenExpired() const;
-    unsigned int GetOAuth2TokenExpiryDate(OAuth2TokenSpec const& spec) const;
+    unsigned int GetOAuth2TokenExpiryDate(OAuth2TokenSpec const& spec) const; ///< Likewise.
     unsigned int GetOAuth2TokenExpiryDate() const;
     bool IsOAuth2TokenAvailable(OAuth2TokenSpec const& spec) const;
     bool IsOAuth2TokenAvailable() const;

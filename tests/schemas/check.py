@@ -9,7 +9,8 @@ Of each file kind the folders are
                mistake that would pass unnoticed
   schema-only  the schema takes it, and the reader of this process does not
 
-SamplesTest.cpp holds the reader to the same folders. Checked besides: the
+SamplesTest.cpp holds the reader to the same folders. Of the documents of the plugin boundary
+the folder `written` has what the library writes. Checked besides: the
 examples and defaults in the schemas, and the files that the pages show.
 """
 
@@ -29,6 +30,10 @@ ROOT = HERE.parents[1]
 KINDS = {"SSOClient": "ssoServer", "SSOVersionCompatibility": "ssoClientPlugin"}
 FOLDERS = {"accepted": True, "refused": False, "reader-only": False, "schema-only": True}
 PAGES = ("README.md", "docs/configuration-files.md")
+# The documents of the plugin boundary. DocumentsTest.cpp reads and writes them.
+DOCUMENTS = ("OAuth2TokenSpec", "OAuth2Token", "NetworkCookie", "NetworkCookieJar")
+DOCUMENTS_PAGE = "docs/boundary-documents.md"
+DOCUMENT_FOLDERS = {"written": True, "accepted": True, "refused": False, "reader-only": False}
 
 
 def without_comments(text):
@@ -47,8 +52,8 @@ def problem(validator, text):
     return found and f"{'/'.join(map(str, found.absolute_path))}: {found.message}"
 
 
-def check_samples(kind, validator):
-    for folder, taken in FOLDERS.items():
+def check_samples(kind, validator, folders=None):
+    for folder, taken in (folders or FOLDERS).items():
         samples = sorted((HERE / kind / folder).glob("*.json"))
         if not samples and folder != "schema-only":
             yield f"{kind}/{folder}: there are no samples", False
@@ -79,7 +84,7 @@ def check_own_values(kind, schema):
         for value in values:
             yield f"{kind}: {part.get('title')}: {value!r}", validator.is_valid(value)
         # What an editor shows.
-        if "type" in part and "title" not in part and part.get("type") != "string":
+        if isinstance(part.get("type"), str) and "title" not in part and part["type"] != "string":
             yield f"{kind}: a {part['type']} without a title", False
 
 
@@ -97,6 +102,31 @@ def check_pages(validators):
         yield f"{page}: {shown} files shown", shown > 0
 
 
+def with_references(part, schemas):
+    """A schema with those that it refers to in the place of the references."""
+    if isinstance(part, dict):
+        if "$ref" in part:
+            return with_references(schemas[part["$ref"].partition(".")[0]], schemas)
+        return {key: with_references(value, schemas) for key, value in part.items()}
+    if isinstance(part, list):
+        return [with_references(value, schemas) for value in part]
+    return part
+
+
+def check_documents():
+    """The documents' schemas, of which two refer to others, and the page that shows them."""
+    schemas = {kind: json.loads((ROOT / f"docs/schemas/{kind}.schema.json").read_text("utf-8"))
+               for kind in DOCUMENTS}
+    page = (ROOT / DOCUMENTS_PAGE).read_text(encoding="utf-8")
+    for kind, schema in schemas.items():
+        whole = with_references(schema, schemas)
+        validator = jsonschema.Draft7Validator(whole)
+        yield from check_own_values(kind, whole)
+        yield from check_samples(f"documents/{kind}", validator, DOCUMENT_FOLDERS)
+        example = (HERE / f"documents/{kind}/written/example.json").read_text(encoding="utf-8")
+        yield f"{DOCUMENTS_PAGE}: shows {kind}/written/example.json", f"```json\n{example}```" in page
+
+
 def main():
     results = []
     validators = {}
@@ -106,6 +136,7 @@ def main():
         validators[kind] = jsonschema.Draft7Validator(schema)
         results += [*check_own_values(kind, schema), *check_samples(kind, validators[kind])]
     results += check_pages(validators)
+    results += check_documents()
     for what, good in results:
         if not good:
             print(f"failed: {what}")
