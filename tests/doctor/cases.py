@@ -59,9 +59,11 @@ def diagnosed(case, build, tell):
             assert ended.errors == "", "something on the standard error"
             works = ended.last in (rig.CAN_WORK, rig.NOT_LOADED)
             assert ended.status == (0 if works else 1), ended.status
-            verdict = installation.diagnose("--json", *arguments).document["verdict"]
-            assert verdict["line"] == ended.last
-            assert verdict["pluginWasLoaded"] or ended.last != rig.CAN_WORK
+            # The other report's verdict is the same code: compared where a start costs little.
+            if not build.starts_slowly:
+                verdict = installation.diagnose("--json", *arguments).document["verdict"]
+                assert verdict["line"] == ended.last
+                assert verdict["pluginWasLoaded"] or ended.last != rig.CAN_WORK
             return tell(installation, "\n".join(ended.problems))
 
 

@@ -2,7 +2,6 @@
 SCRIPT TEST FOLDER [EMULATOR...] and runs one of its functions on the doctor in FOLDER."""
 
 import json
-import os
 import pathlib
 import sys
 import tempfile
@@ -23,7 +22,6 @@ class Test:
         self.build = build
         self.directory = pathlib.Path(directory)
         self.count = 0
-        self.starts_slowly = build.is_windows or "HXSSO_INSTRUMENTED" in os.environ
 
     def installation(self, case=None):
         """One of a case; what it is started with is remembered."""

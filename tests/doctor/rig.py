@@ -46,6 +46,7 @@ class Build:
         self.folder = pathlib.Path(os.path.abspath(folder))
         self.emulator = [os.path.abspath(word) if os.path.exists(word) else word for word in emulator]
         self.is_windows = (self.folder / "hxsso-doctor.exe").exists()
+        self.starts_slowly = self.is_windows or "HXSSO_INSTRUMENTED" in os.environ
         exe = ".exe" if self.is_windows else ""
         # On a 64-bit Windows a 32-bit process reads the other key.
         is_wow64 = self.is_windows and machine(self.folder / "hxsso-doctor.exe") == 0x14C
