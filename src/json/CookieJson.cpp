@@ -10,7 +10,7 @@
 #include "json/SecretDocument.h"
 #include "support/SecretText.h"
 #include "support/TextConversion.h"
-#include "types/NetworkCookieRecord.h"
+#include "types/NetworkCookieRecords.h"
 
 using namespace Halvorix::SSOServices;
 using namespace Halvorix::WebServices;

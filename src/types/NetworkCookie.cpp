@@ -1,5 +1,5 @@
 #include "support/ReturnBuffers.h"
-#include "types/NetworkCookieRecord.h"
+#include "types/NetworkCookieRecords.h"
 
 namespace Halvorix::WebServices {
 

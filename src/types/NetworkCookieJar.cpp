@@ -2,7 +2,7 @@
 #include <memory>
 
 #include "support/ReturnBuffers.h"
-#include "types/NetworkCookieRecord.h"
+#include "types/NetworkCookieRecords.h"
 
 namespace Halvorix::WebServices {
 

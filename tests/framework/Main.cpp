@@ -1,11 +1,9 @@
-#include <iostream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "HostProgram.h"
-#include "api/MemberWalk.h"
 
 // The same executable is the test and, started by it in a process and a
 // directory tree of its own, the host that is tested.
@@ -13,11 +11,6 @@ int main(int argc, char** argv)
 {
     if (argc > 2 && argv[1] == std::string("--host-program"))
         return Rig::RunHostProgram(argv[2], std::vector<std::string>(argv + 3, argv + argc));
-    if (argc == 2 && argv[1] == std::string("--list-members")) {
-        for (MemberWalk::Member const& member : MemberWalk::AllMembers())
-            std::cout << member.name << '\n';
-        return 0;
-    }
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -18,8 +18,6 @@ constexpr std::string_view LineEnds("\n\0", 2);
 
 } // namespace
 
-bool IsWow64Process() { return false; }
-
 // A file below the system's configuration directories stands for the registry
 // value; the first directory that has it counts.
 ErrorCode OpenLocationKey(LocationView, LocationKey& key)

@@ -176,8 +176,6 @@ void KeepLibraryLoaded()
         ::dlerror(); // not for the host to find
 }
 
-bool ThreadsEndBeforeModules() { return false; }
-
 std::wstring LoadedModuleFile(std::wstring const& moduleName)
 {
     std::string const name = ToSystem(moduleName);

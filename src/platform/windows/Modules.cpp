@@ -61,8 +61,6 @@ void KeepLibraryLoaded()
                          reinterpret_cast<wchar_t const*>(&KeepLibraryLoaded), &module);
 }
 
-bool ThreadsEndBeforeModules() { return true; }
-
 std::wstring LoadedModuleFile(std::wstring const& moduleName)
 {
     HMODULE const module = ::GetModuleHandleW(moduleName.c_str());

@@ -3,12 +3,6 @@
 
 namespace Halvorix::Platform {
 
-bool IsWow64Process()
-{
-    BOOL answer = FALSE;
-    return ::IsWow64Process(::GetCurrentProcess(), &answer) != FALSE && answer != FALSE;
-}
-
 ErrorCode OpenLocationKey(LocationView view, LocationKey& key)
 {
     REGSAM const access = view == LocationView::Native64 ? KEY_READ | KEY_WOW64_64KEY : KEY_READ;

@@ -1,0 +1,47 @@
+#include "platform/linux/NarrowText.h"
+
+#include <iterator>
+
+#include <boost/locale/utf.hpp>
+
+namespace Halvorix::Platform {
+
+namespace {
+
+constexpr wchar_t Replacement = 0xFFFD;
+
+// What is beyond all characters becomes the one for that.
+boost::locale::utf::code_point CodePoint(wchar_t unit)
+{
+    boost::locale::utf::code_point const value = std::char_traits<wchar_t>::to_int_type(unit);
+    return value > 0x10FFFF ? Replacement : value;
+}
+
+} // namespace
+
+// A byte that is none of a character's becomes what no name has: were it left out, the
+// text would name another file.
+std::wstring FromSystem(std::string const& text)
+{
+    using Utf8 = boost::locale::utf::utf_traits<char>;
+    std::wstring wide;
+    for (char const* at = text.data(); at != text.data() + text.size();) {
+        char const* next = at;
+        boost::locale::utf::code_point const value = Utf8::decode(next, text.data() + text.size());
+        bool const isCharacter =
+            value != boost::locale::utf::illegal && value != boost::locale::utf::incomplete;
+        wide += isCharacter ? static_cast<wchar_t>(value) : Replacement;
+        at = isCharacter ? next : at + 1;
+    }
+    return wide;
+}
+
+std::string ToSystem(std::wstring const& text)
+{
+    std::string narrow;
+    for (wchar_t const unit : text)
+        boost::locale::utf::utf_traits<char>::encode(CodePoint(unit), std::back_inserter(narrow));
+    return narrow;
+}
+
+} // namespace Halvorix::Platform
