@@ -5,9 +5,9 @@
 #include <OAuth2Token.h>
 #include <WebServicesManager.h>
 
-#include "../framework/Floor.h"
-#include "../framework/Main.h"
-#include "Connected.h"
+#include "calls/Connected.h"
+#include "framework/Floor.h"
+#include "framework/Main.h"
 
 using namespace Bench;
 using namespace Halvorix::WebServices;

@@ -1,12 +1,12 @@
-#include "Connected.h"
+#include "calls/Connected.h"
 
 #include <cstdio>
 #include <cstdlib>
 
 #include <WebServicesManager.h>
 
-#include "../framework/Floor.h"
-#include "../framework/System.h"
+#include "framework/Floor.h"
+#include "framework/System.h"
 
 using Halvorix::WebServices::WebServicesManager;
 

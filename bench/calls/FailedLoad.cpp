@@ -6,8 +6,8 @@
 #include <SSOClientPrivate.h>
 #include <WebServicesManager.h>
 
-#include "../framework/Floor.h"
-#include "../framework/Main.h"
+#include "framework/Floor.h"
+#include "framework/Main.h"
 
 using namespace Bench;
 using Halvorix::SSOServices::SSOClientPrivate;

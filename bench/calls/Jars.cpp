@@ -5,8 +5,8 @@
 #include <NetworkCookie.h>
 #include <SSOServicesPrivate.h>
 
-#include "../framework/Floor.h"
-#include "../framework/Main.h"
+#include "framework/Floor.h"
+#include "framework/Main.h"
 
 using namespace Bench;
 using namespace Halvorix::WebServices;

@@ -8,8 +8,8 @@
 #include <SSOClientPrivate.h>
 #include <WebServicesManager.h>
 
-#include "../calls/Connected.h"
-#include "../framework/Floor.h"
+#include "calls/Connected.h"
+#include "framework/Floor.h"
 
 using namespace Bench;
 using namespace Halvorix::WebServices;

@@ -1,4 +1,4 @@
-#include "Floor.h"
+#include "framework/Floor.h"
 
 #include <cstring>
 #include <fstream>

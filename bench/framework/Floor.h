@@ -6,7 +6,7 @@
 
 #include <plugin/PluginTypes.h>
 
-#include "System.h"
+#include "framework/System.h"
 
 namespace Halvorix::SSOServices {
 class ISSOClientFactory;

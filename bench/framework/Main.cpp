@@ -1,4 +1,4 @@
-#include "Main.h"
+#include "framework/Main.h"
 
 #include <thread>
 

@@ -12,8 +12,8 @@
 #include <json/reader.h>
 #include <json/value.h>
 
-#include "../framework/Main.h"
-#include "ResolverInTree.h"
+#include "framework/Main.h"
+#include "inner/ResolverInTree.h"
 
 using Bench::ResolverInTree;
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "../framework/Main.h"
-#include "ResolverInTree.h"
+#include "framework/Main.h"
+#include "inner/ResolverInTree.h"
 
 using Bench::ResolverInTree;
 

@@ -1,3 +1,3 @@
-#include "../framework/Main.h"
+#include "framework/Main.h"
 
 int main(int argc, char** argv) { return Bench::RunBenchmarks(argc, argv); }

@@ -1,9 +1,9 @@
-#include "ResolverInTree.h"
+#include "inner/ResolverInTree.h"
 
 #include <fstream>
 #include <stdexcept>
 
-#include "../framework/System.h"
+#include "framework/System.h"
 #include "support/LibraryIdentity.h"
 
 using namespace Halvorix::SSOServices;

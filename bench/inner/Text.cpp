@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "../../include/OAuth2Token.h"
-#include "../framework/Main.h"
+#include <OAuth2Token.h>
+#include "framework/Main.h"
 #include "support/TextConversion.h"
 
 using namespace Halvorix::SSOServices;

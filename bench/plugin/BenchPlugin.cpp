@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "framework/QuietInterfaces.h"
+#include <plugin/Defaults.h>
 
 namespace {
 
@@ -48,9 +48,9 @@ bool GiveDocument(char const* document, char*& to)
     return true;
 }
 
-class Client : public Rig::Quiet::Client {
+class Client : public SSOClientDefaults {
 public:
-    using Rig::Quiet::Client::GetOAuth2AccessToken;
+    using SSOClientDefaults::GetOAuth2AccessToken;
 
     // The one answer that is the library's own class, which a plugin without the
     // library cannot make.
@@ -88,7 +88,7 @@ public:
 
 private:
     std::shared_ptr<ISSOLogManager> const logManager = std::make_shared<LogManager>();
-    std::shared_ptr<ISSOClientModule> const module = std::make_shared<Rig::Quiet::Module>();
+    std::shared_ptr<ISSOClientModule> const module = std::make_shared<SSOClientModuleDefaults>();
     std::shared_ptr<ISSOClient> const client = std::make_shared<Client>();
 };
 

@@ -12,8 +12,8 @@
 #include <OAuth2Token.h>
 #include <WebServicesManager.h>
 
-#include "../framework/Floor.h"
-#include "../framework/System.h"
+#include "framework/Floor.h"
+#include "framework/System.h"
 
 using namespace Bench;
 using namespace Halvorix::WebServices;

@@ -3,8 +3,8 @@
 #include <chrono>
 #include <string>
 
-#include "../framework/Main.h"
-#include "../framework/System.h"
+#include "framework/Main.h"
+#include "framework/System.h"
 
 namespace {
 

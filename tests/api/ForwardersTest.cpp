@@ -6,11 +6,11 @@
 
 #include <gmock/gmock.h>
 
-#include "NetworkCookie.h"
-#include "SSOClientPrivate.h"
-#include "SSOServerManager.h"
-#include "WebServicesManager.h"
-#include "WebServicesUIManager.h"
+#include <NetworkCookie.h>
+#include <SSOClientPrivate.h>
+#include <SSOServerManager.h>
+#include <WebServicesManager.h>
+#include <WebServicesUIManager.h>
 #include "api/MemberWalk.h"
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"

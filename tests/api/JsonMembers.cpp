@@ -1,9 +1,9 @@
-#include "MemberWalk.h"
+#include "api/MemberWalk.h"
 
 #include <memory>
 
-#include "SSOServicesPrivate.h"
-#include "plugin/IRsaCryptor.h"
+#include <SSOServicesPrivate.h>
+#include <plugin/IRsaCryptor.h>
 
 using namespace Halvorix::WebServices;
 

@@ -7,11 +7,11 @@
 
 #include <gmock/gmock.h>
 
-#include "NetworkCookie.h"
-#include "OAuth2Token.h"
-#include "SSOClientPrivate.h"
-#include "WebServicesManager.h"
-#include "WebServicesUIManager.h"
+#include <NetworkCookie.h>
+#include <OAuth2Token.h>
+#include <SSOClientPrivate.h>
+#include <WebServicesManager.h>
+#include <WebServicesUIManager.h>
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
 

@@ -1,4 +1,4 @@
-#include "MemberWalk.h"
+#include "api/MemberWalk.h"
 
 #include <cstring>
 #include <iterator>
@@ -6,7 +6,7 @@
 
 #include <json/writer.h>
 
-#include "SSOServicesPrivate.h"
+#include <SSOServicesPrivate.h>
 #include "support/TextConversion.h"
 
 using namespace Halvorix::WebServices;

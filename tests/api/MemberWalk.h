@@ -8,10 +8,10 @@
 
 #include <json/value.h>
 
-#include "NetworkCookie.h"
-#include "OAuth2Token.h"
-#include "WebServicesConfiguration.h"
-#include "plugin/PluginTypes.h"
+#include <NetworkCookie.h>
+#include <OAuth2Token.h>
+#include <WebServicesConfiguration.h>
+#include <plugin/PluginTypes.h>
 
 // One entry for each exported member of each exported class. The tests call them
 // all in this order, with no plugin and with the recording one.

@@ -1,4 +1,4 @@
-#include "MemberWalk.h"
+#include "api/MemberWalk.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -7,13 +7,13 @@
 
 #include <gmock/gmock.h>
 
-#include "SSOClientPrivate.h"
-#include "SSOServerManager.h"
+#include <SSOClientPrivate.h>
+#include <SSOServerManager.h>
+#include <plugin/Defaults.h>
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
 #include "framework/Secrets.h"
 #include "framework/Variable.h"
-#include "plugin/Defaults.h"
 
 using Halvorix::SSOServices::SSOClientPrivate;
 using Halvorix::SSOServices::SSOServicesManager;

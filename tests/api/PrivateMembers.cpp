@@ -1,8 +1,8 @@
-#include "MemberWalk.h"
+#include "api/MemberWalk.h"
 
 #include <map>
 
-#include "SSOClientPrivate.h"
+#include <SSOClientPrivate.h>
 #include "framework/Secrets.h"
 #include "framework/System.h"
 

@@ -9,17 +9,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest-spi.h>
 
-#include "NetworkCookie.h"
-#include "OAuth2Token.h"
-#include "SSOClientPrivate.h"
-#include "SSOServicesPrivate.h"
-#include "WebServicesConfiguration.h"
-#include "WebServicesManager.h"
-#include "WebServicesUIManager.h"
+#include <NetworkCookie.h>
+#include <OAuth2Token.h>
+#include <SSOClientPrivate.h>
+#include <SSOServicesPrivate.h>
+#include <WebServicesConfiguration.h>
+#include <WebServicesManager.h>
+#include <WebServicesUIManager.h>
+#include <plugin/IRsaCryptor.h>
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
 #include "framework/Secrets.h"
-#include "plugin/IRsaCryptor.h"
 
 using namespace Halvorix::WebServices;
 using Halvorix::SSOServices::SSOClientPrivate;

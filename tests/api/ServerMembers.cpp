@@ -1,9 +1,9 @@
-#include "MemberWalk.h"
+#include "api/MemberWalk.h"
 
 #include <memory>
 
-#include "SSOServerManager.h"
-#include "plugin/IRsaCryptor.h"
+#include <SSOServerManager.h>
+#include <plugin/IRsaCryptor.h>
 
 using namespace Halvorix::SSOServices;
 using Halvorix::WebServices::IRsaCryptor;

@@ -9,13 +9,13 @@
 #include <type_traits>
 #include <vector>
 
-#include "NetworkCookie.h"
-#include "OAuth2Token.h"
-#include "SSOClientPrivate.h"
-#include "SSOServerManager.h"
-#include "WebServicesConfiguration.h"
-#include "WebServicesManager.h"
-#include "WebServicesUIManager.h"
+#include <NetworkCookie.h>
+#include <OAuth2Token.h>
+#include <SSOClientPrivate.h>
+#include <SSOServerManager.h>
+#include <WebServicesConfiguration.h>
+#include <WebServicesManager.h>
+#include <WebServicesUIManager.h>
 
 using namespace Halvorix;
 using namespace Halvorix::SSOServices;

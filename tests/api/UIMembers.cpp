@@ -1,8 +1,8 @@
-#include "MemberWalk.h"
+#include "api/MemberWalk.h"
 
-#include "OAuth2Token.h"
-#include "WebServicesManager.h"
-#include "WebServicesUIManager.h"
+#include <OAuth2Token.h>
+#include <WebServicesManager.h>
+#include <WebServicesUIManager.h>
 #include "framework/Secrets.h"
 
 using namespace Halvorix::WebServicesUI;

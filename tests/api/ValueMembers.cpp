@@ -1,9 +1,9 @@
-#include "MemberWalk.h"
+#include "api/MemberWalk.h"
 
 #include <memory>
 #include <optional>
 
-#include "SSOServicesPrivate.h"
+#include <SSOServicesPrivate.h>
 #include "framework/Secrets.h"
 
 using namespace Halvorix::WebServices;

@@ -1,6 +1,6 @@
-#include "MemberWalk.h"
+#include "api/MemberWalk.h"
 
-#include "WebServicesManager.h"
+#include <WebServicesManager.h>
 #include "framework/Secrets.h"
 
 using namespace Halvorix::WebServices;

@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 
-#include "OAuth2Token.h"
-#include "SSOServicesPrivate.h"
-#include "WebServicesManager.h"
+#include <OAuth2Token.h>
+#include <SSOServicesPrivate.h>
+#include <WebServicesManager.h>
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
 #include "host/Expected.h"

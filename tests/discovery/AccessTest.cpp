@@ -2,8 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include "Lines.h"
-#include "Questions.h"
+#include "discovery/Lines.h"
+#include "discovery/Questions.h"
 #include "host/Expected.h"
 
 using namespace Rig;

@@ -1,4 +1,4 @@
-#include "Questions.h"
+#include "discovery/Questions.h"
 
 #include <algorithm>
 #include <fstream>
@@ -9,10 +9,10 @@
 #include <json/reader.h>
 #include <json/writer.h>
 
-#include "Lines.h"
-#include "SSOClientPrivate.h"
-#include "WebServicesManager.h"
-#include "WebServicesUIManager.h"
+#include <SSOClientPrivate.h>
+#include <WebServicesManager.h>
+#include <WebServicesUIManager.h>
+#include "discovery/Lines.h"
 #include "framework/HostProgram.h"
 #include "support/TextConversion.h"
 

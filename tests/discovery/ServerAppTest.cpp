@@ -3,8 +3,8 @@
 
 #include <gmock/gmock.h>
 
-#include "Lines.h"
-#include "Questions.h"
+#include "discovery/Lines.h"
+#include "discovery/Questions.h"
 #include "host/Expected.h"
 #include "support/TextConversion.h"
 

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "../support/LocaleWithBlank.h"
+#include "support/LocaleWithBlank.h"
 
 using namespace Halvorix::SSOServices;
 using namespace std::string_literals;

@@ -1,4 +1,4 @@
-#include "Circumstances.h"
+#include "faults/Circumstances.h"
 
 #include <fstream>
 #include <set>

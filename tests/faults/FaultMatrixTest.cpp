@@ -9,12 +9,12 @@
 
 #include <gtest/gtest.h>
 
-#include "FaultTable.h"
-#include "LoadModel.h"
-#include "SSOClientPrivate.h"
-#include "SSOServerManager.h"
-#include "WebServicesManager.h"
-#include "WebServicesUIManager.h"
+#include <SSOClientPrivate.h>
+#include <SSOServerManager.h>
+#include <WebServicesManager.h>
+#include <WebServicesUIManager.h>
+#include "faults/FaultTable.h"
+#include "faults/LoadModel.h"
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
 #include "framework/Repetitions.h"

@@ -1,4 +1,4 @@
-#include "FaultTable.h"
+#include "faults/FaultTable.h"
 
 #include <utility>
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "Circumstances.h"
+#include "faults/Circumstances.h"
 
 namespace Faults {
 

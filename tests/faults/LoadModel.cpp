@@ -1,4 +1,4 @@
-#include "LoadModel.h"
+#include "faults/LoadModel.h"
 
 namespace Faults {
 

@@ -3,7 +3,7 @@
 #include <set>
 #include <string>
 
-#include "Circumstances.h"
+#include "faults/Circumstances.h"
 
 namespace Faults {
 

@@ -4,11 +4,11 @@
 
 #include <gtest/gtest.h>
 
-#include "NetworkCookie.h"
-#include "OAuth2Token.h"
-#include "SSOClientPrivate.h"
-#include "SSOServerManager.h"
-#include "WebServicesManager.h"
+#include <NetworkCookie.h>
+#include <OAuth2Token.h>
+#include <SSOClientPrivate.h>
+#include <SSOServerManager.h>
+#include <WebServicesManager.h>
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
 

@@ -1,4 +1,4 @@
-#include "HostProgram.h"
+#include "framework/HostProgram.h"
 
 #include <filesystem>
 #include <iostream>
@@ -6,7 +6,7 @@
 
 #include <json/writer.h>
 
-#include "Variable.h"
+#include "framework/Variable.h"
 #include "support/TextConversion.h"
 
 namespace Rig {

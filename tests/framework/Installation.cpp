@@ -1,4 +1,4 @@
-#include "Installation.h"
+#include "framework/Installation.h"
 
 #include <algorithm>
 #include <fstream>
@@ -10,8 +10,8 @@
 #include <json/reader.h>
 #include <json/writer.h>
 
-#include "Secrets.h"
-#include "Variable.h"
+#include "framework/Secrets.h"
+#include "framework/Variable.h"
 
 namespace Rig {
 

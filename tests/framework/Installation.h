@@ -9,7 +9,7 @@
 #include <json/value.h>
 #include <json/writer.h> // tests print values
 
-#include "System.h"
+#include "framework/System.h"
 
 namespace Rig {
 

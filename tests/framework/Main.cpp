@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "HostProgram.h"
+#include "framework/HostProgram.h"
 
 // The same executable is the test and, started by it in a process and a
 // directory tree of its own, the host that is tested.

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "System.h"
-#include "ThisBuild.h"
-#include "Variable.h"
+#include "framework/System.h"
+#include "framework/ThisBuild.h"
+#include "framework/Variable.h"
 
 namespace Rig {
 

@@ -1,4 +1,4 @@
-#include "Secrets.h"
+#include "framework/Secrets.h"
 
 #include <algorithm>
 #include <cstddef>

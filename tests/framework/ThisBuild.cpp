@@ -1,4 +1,4 @@
-#include "ThisBuild.h"
+#include "framework/ThisBuild.h"
 
 namespace Rig {
 

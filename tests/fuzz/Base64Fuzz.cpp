@@ -8,8 +8,8 @@
 
 #include <boost/archive/iterators/dataflow_exception.hpp>
 
-#include "Property.h"
-#include "TextReference.h"
+#include "fuzz/Property.h"
+#include "fuzz/TextReference.h"
 #include "json/Base64.h"
 
 using namespace Halvorix::SSOServices;

@@ -16,11 +16,11 @@
 #include <json/reader.h>
 #include <json/value.h>
 
-#include "../../tools/common/ModuleImage.h"
-#include "../../tools/doctor/Diagnosis.h"
-#include "Property.h"
-#include "ScratchFolder.h"
-#include "TextReference.h"
+#include "common/ModuleImage.h"
+#include "doctor/Diagnosis.h"
+#include "fuzz/Property.h"
+#include "fuzz/ScratchFolder.h"
+#include "fuzz/TextReference.h"
 
 using namespace Fuzz;
 

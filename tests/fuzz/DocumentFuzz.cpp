@@ -16,13 +16,13 @@
 #include <json/reader.h>
 #include <json/value.h>
 
-#include "../../include/NetworkCookie.h"
-#include "../../include/OAuth2Token.h"
-#include "../../include/SSOServicesPrivate.h"
-#include "../../include/plugin/IRsaCryptor.h"
-#include "JsonMaker.h"
-#include "Property.h"
-#include "TextReference.h"
+#include <NetworkCookie.h>
+#include <OAuth2Token.h>
+#include <SSOServicesPrivate.h>
+#include <plugin/IRsaCryptor.h>
+#include "fuzz/JsonMaker.h"
+#include "fuzz/Property.h"
+#include "fuzz/TextReference.h"
 
 using namespace Halvorix::WebServices;
 using namespace Fuzz;

@@ -7,8 +7,8 @@
 #include <set>
 #include <string>
 
-#include "../../tools/common/ModuleImage.h"
-#include "Property.h"
+#include "common/ModuleImage.h"
+#include "fuzz/Property.h"
 
 using namespace Halvorix::Tools;
 using namespace Fuzz;

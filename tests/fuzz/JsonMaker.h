@@ -8,7 +8,7 @@
 #include <json/value.h>
 #include <json/writer.h>
 
-#include "Property.h"
+#include "fuzz/Property.h"
 
 namespace Fuzz {
 

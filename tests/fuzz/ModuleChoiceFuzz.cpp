@@ -15,13 +15,13 @@
 #include <json/reader.h>
 #include <json/value.h>
 
-#include "JsonMaker.h"
-#include "Property.h"
-#include "ScratchFolder.h"
-#include "TextReference.h"
-#include "VersionReference.h"
 #include "discovery/PathText.h"
 #include "discovery/SSOPathResolver.h"
+#include "fuzz/JsonMaker.h"
+#include "fuzz/Property.h"
+#include "fuzz/ScratchFolder.h"
+#include "fuzz/TextReference.h"
+#include "fuzz/VersionReference.h"
 #include "host/SSOClientManager.h"
 #include "platform/Platform.h"
 

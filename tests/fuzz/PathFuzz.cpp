@@ -13,11 +13,11 @@
 #include <boost/algorithm/string/join.hpp>
 #include <boost/filesystem/path.hpp>
 
-#include "Property.h"
-#include "TextReference.h"
 #include "discovery/PathText.h"
 #include "discovery/PathVariables.h"
 #include "discovery/SSOPathResolver.h"
+#include "fuzz/Property.h"
+#include "fuzz/TextReference.h"
 #include "platform/Platform.h"
 
 using namespace Halvorix::SSOServices;

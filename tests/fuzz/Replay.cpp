@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "Property.h"
+#include "fuzz/Property.h"
 
 int main(int argc, char** argv)
 {

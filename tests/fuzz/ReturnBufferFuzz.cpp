@@ -11,11 +11,11 @@
 #include <memory>
 #include <string>
 
-#include "../../include/NetworkCookie.h"
-#include "../../include/OAuth2Token.h"
-#include "../../include/SSOServicesPrivate.h"
-#include "../support/GuardedBuffer.h"
-#include "Property.h"
+#include <NetworkCookie.h>
+#include <OAuth2Token.h>
+#include <SSOServicesPrivate.h>
+#include "fuzz/Property.h"
+#include "support/GuardedBuffer.h"
 #include "support/ReturnBuffers.h"
 
 using namespace Halvorix::SSOServices;

@@ -1,4 +1,4 @@
-#include "TextReference.h"
+#include "fuzz/TextReference.h"
 
 #include <algorithm>
 #include <cstddef>

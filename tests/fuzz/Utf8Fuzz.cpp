@@ -7,8 +7,8 @@
 #include <cstring>
 #include <string>
 
-#include "Property.h"
-#include "TextReference.h"
+#include "fuzz/Property.h"
+#include "fuzz/TextReference.h"
 #include "support/TextConversion.h"
 
 using namespace Halvorix::SSOServices;

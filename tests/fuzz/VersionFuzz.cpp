@@ -10,9 +10,9 @@
 
 #include <json/value.h>
 
-#include "Property.h"
-#include "VersionReference.h"
 #include "discovery/VersionRange.h"
+#include "fuzz/Property.h"
+#include "fuzz/VersionReference.h"
 
 using namespace Halvorix::SSOServices;
 using namespace Fuzz;

@@ -1,4 +1,4 @@
-#include "VersionReference.h"
+#include "fuzz/VersionReference.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "Expected.h"
+#include "host/Expected.h"
 
 #include <sstream>
 

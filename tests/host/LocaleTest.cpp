@@ -6,14 +6,14 @@
 
 #include <gmock/gmock.h>
 
-#include "Expected.h"
-#include "OAuth2Token.h"
-#include "SSOClientPrivate.h"
-#include "SSOServicesPrivate.h"
-#include "WebServicesManager.h"
+#include <OAuth2Token.h>
+#include <SSOClientPrivate.h>
+#include <SSOServicesPrivate.h>
+#include <WebServicesManager.h>
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
 #include "framework/ThisBuild.h"
+#include "host/Expected.h"
 
 using Halvorix::SSOServices::SSOClientPrivate;
 using Halvorix::WebServices::OAuth2TokenSpec;

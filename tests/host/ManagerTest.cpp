@@ -5,12 +5,12 @@
 
 #include <gmock/gmock.h>
 
-#include "Expected.h"
-#include "SSOClientPrivate.h"
-#include "WebServicesManager.h"
-#include "WebServicesUIManager.h"
+#include <SSOClientPrivate.h>
+#include <WebServicesManager.h>
+#include <WebServicesUIManager.h>
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
+#include "host/Expected.h"
 
 using Halvorix::SSOServices::SSOClientPrivate;
 using Halvorix::WebServices::WebServicesManager;

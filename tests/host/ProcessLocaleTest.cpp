@@ -6,7 +6,7 @@
 #include <boost/locale/info.hpp>
 #include <gtest/gtest.h>
 
-#include "../framework/Variable.h"
+#include "framework/Variable.h"
 
 namespace {
 

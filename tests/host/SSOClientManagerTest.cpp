@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "../support/EarlyLines.h"
+#include "support/EarlyLines.h"
 #include "support/LogSink.h"
 
 using namespace Halvorix;

@@ -6,9 +6,9 @@
 #include <gtest/gtest.h>
 #include <json/json.h>
 
-#include "../support/GetterTexts.h"
-#include "NetworkCookie.h"
-#include "SSOServicesPrivate.h"
+#include <NetworkCookie.h>
+#include <SSOServicesPrivate.h>
+#include "support/GetterTexts.h"
 
 using Halvorix::WebServices::NetworkCookie;
 using Halvorix::WebServices::NetworkCookieJar;

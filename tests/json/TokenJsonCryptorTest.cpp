@@ -11,10 +11,10 @@
 #include <gtest/gtest.h>
 #include <json/json.h>
 
-#include "../support/GetterTexts.h"
-#include "OAuth2Token.h"
-#include "SSOServicesPrivate.h"
-#include "plugin/IRsaCryptor.h"
+#include <OAuth2Token.h>
+#include <SSOServicesPrivate.h>
+#include <plugin/IRsaCryptor.h>
+#include "support/GetterTexts.h"
 
 using namespace Halvorix::WebServices;
 using namespace std::string_literals;

@@ -9,9 +9,9 @@
 #include <gtest/gtest.h>
 #include <json/json.h>
 
-#include "../support/GetterTexts.h"
-#include "OAuth2Token.h"
-#include "SSOServicesPrivate.h"
+#include <OAuth2Token.h>
+#include <SSOServicesPrivate.h>
+#include "support/GetterTexts.h"
 
 using namespace Halvorix::WebServices;
 using namespace std::string_literals;

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Holds the includes of src/ and include/ against the layers.
+"""Holds the includes of src/ and include/ against the layers, and all others to their roots.
 
 A file may include what the table below gives its folder, and nothing else:
 
@@ -8,6 +8,9 @@ A file may include what the table below gives its folder, and nothing else:
   - of other libraries only those named;
   - headers of the system (<windows.h>, <dlfcn.h>) in src/platform/ alone, and each
     system's folder there knows the seam and itself.
+
+Elsewhere an include is written from the root that it belongs to: tools/, tests/, bench/
+or src/, and a public header as <...>. Each example is a root of its own, to be copied.
 
 Questions about the system or the compiler (#if _WIN32 and the like) stand in
 src/platform/, in the export header and in include/plugin/, nowhere else. The
@@ -38,6 +41,15 @@ PERMITTED = {
 }
 
 SYSTEMS = ("src/platform/linux", "src/platform/windows")
+
+# Whose headers a file may include as "...", by the folder at the top that it is in.
+ROOTS = {
+    "tools": ("tools", "src"),
+    "tests": ("tests", "tools", "src"),
+    "bench": ("bench", "src"),
+}
+# Built by itself, from what is installed.
+APART = "tests/package/"
 
 MAY_ASK_FOR_THE_SYSTEM = ("src/platform/", "include/HxSSOServicesExport.h", "include/plugin/")
 SYSTEM_QUESTION = re.compile(
@@ -81,27 +93,53 @@ def check_include(root, name, included, brackets):
     return f"{folder} may not include {folder_of(target)} ({target})"
 
 
+def check_root(root, name, included, brackets):
+    """What is wrong with one include outside src/ and include/; nothing if it is right."""
+    if ".." in pathlib.PurePosixPath(included).parts:
+        return f"{included} is not written from its root"
+    if brackets:
+        return None  # the compiler finds it, or does not
+    top, example = name.split("/")[:2]
+    bases = ROOTS.get(top, (f"{top}/{example}",))
+    if any((root / base / included).is_file() for base in bases):
+        return None
+    if (root / "include" / included).is_file():
+        return f"{included} is public: <{included}>"
+    return f'there is no "{included}" in {" or ".join(bases)}'
+
+
+def includes_of(path):
+    """Line, what stands in it, and whether in brackets; of other lines the line alone."""
+    for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
+        match = re.match(r'\s*#\s*include\s*(?:"([^"]+)"|<([^>]+)>)', line)
+        yield number, line, match and (match[1] or match[2]), match and not match[1]
+
+
 def check_files(root):
     """Differences, and the number of includes looked at."""
     wrong = []
     count = 0
-    paths = [p for top in ("src", "include") for p in sorted((root / top).rglob("*"))]
+    layered = ("src", "include")
+    paths = [p for top in (*layered, *ROOTS, "examples") for p in sorted((root / top).rglob("*"))]
     for path in paths:
         name = path.relative_to(root).as_posix()
-        if path.suffix not in (".h", ".cpp"):
+        if path.suffix not in (".h", ".cpp") or name.startswith(APART):
             continue
-        if folder_of(name) not in PERMITTED:
+        is_layered = name.partition("/")[0] in layered
+        if is_layered and folder_of(name) not in PERMITTED:
             wrong.append(f"{name}: the layers do not know its folder")
             continue
-        for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
-            match = re.match(r'\s*#\s*include\s*(?:"([^"]+)"|<([^>]+)>)', line)
-            if match:
+        check = check_include if is_layered else check_root
+        for number, line, included, brackets in includes_of(path):
+            difference = None
+            if included:
                 count += 1
-                difference = check_include(root, name, match[1] or match[2], not match[1])
-                if difference:
-                    wrong.append(f"{name}:{number}: {difference}")
-            elif SYSTEM_QUESTION.match(line) and not name.startswith(MAY_ASK_FOR_THE_SYSTEM):
-                wrong.append(f"{name}:{number}: asks for the system: {line.strip()}")
+                difference = check(root, name, included, brackets)
+            elif (is_layered and SYSTEM_QUESTION.match(line)
+                  and not name.startswith(MAY_ASK_FOR_THE_SYSTEM)):
+                difference = f"asks for the system: {line.strip()}"
+            if difference:
+                wrong.append(f"{name}:{number}: {difference}")
     return wrong, count
 
 

@@ -4,8 +4,8 @@
 
 #include <gmock/gmock.h>
 
-#include "SSOClientPrivate.h"
-#include "WebServicesManager.h"
+#include <SSOClientPrivate.h>
+#include <WebServicesManager.h>
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
 #include "host/Expected.h"

@@ -9,12 +9,12 @@
 
 #include <gmock/gmock.h>
 
-#include "NetworkCookie.h"
-#include "SSOClientPrivate.h"
-#include "SSOServerManager.h"
-#include "SSOServicesPrivate.h"
-#include "WebServicesManager.h"
-#include "WebServicesUIManager.h"
+#include <NetworkCookie.h>
+#include <SSOClientPrivate.h>
+#include <SSOServerManager.h>
+#include <SSOServicesPrivate.h>
+#include <WebServicesManager.h>
+#include <WebServicesUIManager.h>
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
 #include "framework/Repetitions.h"

@@ -6,9 +6,9 @@
 
 #include <gmock/gmock.h>
 
-#include "SSOClientPrivate.h"
-#include "SSOServerManager.h"
-#include "WebServicesUIManager.h"
+#include <SSOClientPrivate.h>
+#include <SSOServerManager.h>
+#include <WebServicesUIManager.h>
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
 #include "framework/Repetitions.h"

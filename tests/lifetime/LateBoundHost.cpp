@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
+#include <plugin/IRsaCryptor.h>
 #include "framework/HostProgram.h"
 #include "framework/LateBinding.h"
 #include "framework/Variable.h"
-#include "plugin/IRsaCryptor.h"
 
 using Halvorix::WebServices::IRsaCryptor;
 

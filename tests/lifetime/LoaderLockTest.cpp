@@ -7,9 +7,9 @@
 
 #include <gmock/gmock.h>
 
-#include "NetworkCookie.h"
-#include "SSOClientPrivate.h"
-#include "SSOServicesPrivate.h"
+#include <NetworkCookie.h>
+#include <SSOClientPrivate.h>
+#include <SSOServicesPrivate.h>
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
 #include "framework/LateBinding.h"

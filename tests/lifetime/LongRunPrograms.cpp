@@ -4,15 +4,15 @@
 #include <chrono>
 #include <map>
 
-#include "LongRun.h"
-#include "NetworkCookie.h"
-#include "OAuth2Token.h"
-#include "SSOClientPrivate.h"
-#include "SSOServicesPrivate.h"
-#include "WebServicesManager.h"
-#include "WebServicesUIManager.h"
+#include <NetworkCookie.h>
+#include <OAuth2Token.h>
+#include <SSOClientPrivate.h>
+#include <SSOServicesPrivate.h>
+#include <WebServicesManager.h>
+#include <WebServicesUIManager.h>
 #include "framework/HostProgram.h"
 #include "framework/Usage.h"
+#include "lifetime/LongRun.h"
 
 using namespace Halvorix::WebServices;
 using Halvorix::SSOServices::SSOClientPrivate;

@@ -6,11 +6,11 @@
 
 #include <gmock/gmock.h>
 
-#include "LongRun.h"
 #include "framework/Installation.h"
 #include "framework/Repetitions.h"
 #include "framework/ThisBuild.h"
 #include "host/Expected.h"
+#include "lifetime/LongRun.h"
 
 using Rig::Installation;
 using Rig::Outcome;

@@ -8,11 +8,11 @@
 
 #include <gmock/gmock.h>
 
-#include "NetworkCookie.h"
-#include "OAuth2Token.h"
-#include "SSOClientPrivate.h"
-#include "SSOServerManager.h"
-#include "WebServicesManager.h"
+#include <NetworkCookie.h>
+#include <OAuth2Token.h>
+#include <SSOClientPrivate.h>
+#include <SSOServerManager.h>
+#include <WebServicesManager.h>
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
 #include "host/Expected.h"

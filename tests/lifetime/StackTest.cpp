@@ -4,9 +4,9 @@
 
 #include <gmock/gmock.h>
 
-#include "OAuth2Token.h"
-#include "SSOClientPrivate.h"
-#include "SSOServicesPrivate.h"
+#include <OAuth2Token.h>
+#include <SSOClientPrivate.h>
+#include <SSOServicesPrivate.h>
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
 #include "framework/System.h"

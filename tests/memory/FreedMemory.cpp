@@ -1,4 +1,4 @@
-#include "FreedMemory.h"
+#include "memory/FreedMemory.h"
 
 #include <algorithm>
 #include <array>

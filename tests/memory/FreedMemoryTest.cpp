@@ -1,4 +1,4 @@
-#include "FreedMemory.h"
+#include "memory/FreedMemory.h"
 
 #include <memory>
 #include <string>

@@ -6,13 +6,13 @@
 #include <gtest/gtest.h>
 #include <json/value.h>
 
-#include "FreedMemory.h"
-#include "NetworkCookie.h"
-#include "OAuth2Token.h"
-#include "SSOServicesPrivate.h"
-#include "WebServicesConfiguration.h"
+#include <NetworkCookie.h>
+#include <OAuth2Token.h>
+#include <SSOServicesPrivate.h>
+#include <WebServicesConfiguration.h>
+#include <plugin/IRsaCryptor.h>
 #include "framework/Secrets.h"
-#include "plugin/IRsaCryptor.h"
+#include "memory/FreedMemory.h"
 #include "support/TextConversion.h"
 
 using namespace Halvorix::WebServices;

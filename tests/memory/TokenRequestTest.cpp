@@ -5,12 +5,12 @@
 
 #include <gtest/gtest.h>
 
-#include "FreedMemory.h"
-#include "NetworkCookie.h"
-#include "OAuth2Token.h"
-#include "SSOClientPrivate.h"
-#include "WebServicesManager.h"
+#include <NetworkCookie.h>
+#include <OAuth2Token.h>
+#include <SSOClientPrivate.h>
+#include <WebServicesManager.h>
 #include "framework/Secrets.h"
+#include "memory/FreedMemory.h"
 
 using namespace Halvorix::WebServices;
 using Halvorix::SSOServices::SSOClientPrivate;

@@ -1,4 +1,4 @@
-#include "FakeSystem.h"
+#include "platform/FakeSystem.h"
 
 Rig::FakeSystem Rig::fakeSystem;
 

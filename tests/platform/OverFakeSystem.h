@@ -7,8 +7,8 @@
 
 #include <gmock/gmock.h>
 
-#include "FakeSystem.h"
 #include "discovery/SSOPathResolver.h"
+#include "platform/FakeSystem.h"
 
 namespace Rig {
 

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "OverFakeSystem.h"
+#include "platform/OverFakeSystem.h"
 #include "support/ProcessEnd.h"
 
 using namespace Halvorix::SSOServices;

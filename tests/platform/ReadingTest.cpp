@@ -8,7 +8,7 @@
 #include <gmock/gmock.h>
 #include <json/writer.h>
 
-#include "OverFakeSystem.h"
+#include "platform/OverFakeSystem.h"
 
 using Halvorix::SSOServices::SSOClientConfig;
 using Halvorix::SSOServices::SSOPathResolver;

@@ -6,10 +6,10 @@
 #include <boost/system/system_error.hpp>
 #include <gmock/gmock.h>
 
-#include "../support/EarlyLines.h"
-#include "OverFakeSystem.h"
-#include "SSOClientPrivate.h"
+#include <SSOClientPrivate.h>
 #include "host/SSOClientManager.h"
+#include "platform/OverFakeSystem.h"
+#include "support/EarlyLines.h"
 #include "support/SystemError.h"
 
 using namespace Halvorix;

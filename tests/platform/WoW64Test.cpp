@@ -5,7 +5,7 @@
 
 #include <gmock/gmock.h>
 
-#include "OverFakeSystem.h"
+#include "platform/OverFakeSystem.h"
 
 using namespace Halvorix;
 using Platform::LocationView;

@@ -6,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-#include "EarlyLines.h"
+#include "support/EarlyLines.h"
 
 using namespace Halvorix;
 using namespace Halvorix::SSOServices;

@@ -10,9 +10,9 @@
 
 #include <gmock/gmock.h>
 
-#include "SSOClientPrivate.h"
+#include <SSOClientPrivate.h>
+#include <plugin/ILogger.h>
 #include "host/SSOClientManager.h"
-#include "plugin/ILogger.h"
 #include "support/LogSink.h"
 #include "support/SSOClientManagerMutex.h"
 

@@ -7,8 +7,8 @@
 
 #include <gmock/gmock.h>
 
-#include "EarlyLines.h"
-#include "plugin/ILogger.h"
+#include <plugin/ILogger.h>
+#include "support/EarlyLines.h"
 #include "support/LogSink.h"
 
 using namespace Halvorix;

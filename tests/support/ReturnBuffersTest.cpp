@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "GuardedBuffer.h"
+#include "support/GuardedBuffer.h"
 
 using namespace Halvorix::SSOServices;
 using namespace std::string_literals;

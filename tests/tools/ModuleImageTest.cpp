@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "../../tools/common/ModuleImage.h"
-#include "../framework/ThisBuild.h"
+#include "common/ModuleImage.h"
+#include "framework/ThisBuild.h"
 #include "platform/Platform.h"
 
 namespace {

@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "../support/GetterTexts.h"
-#include "NetworkCookie.h"
+#include <NetworkCookie.h>
+#include "support/GetterTexts.h"
 
 using Halvorix::WebServices::NetworkCookie;
 using Halvorix::WebServices::NetworkCookieJar;

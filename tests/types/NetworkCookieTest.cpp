@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include "../support/GetterTexts.h"
-#include "../support/GuardedBuffer.h"
-#include "NetworkCookie.h"
+#include <NetworkCookie.h>
+#include "support/GetterTexts.h"
+#include "support/GuardedBuffer.h"
 
 using Halvorix::WebServices::NetworkCookie;
 using namespace std::string_literals;

@@ -4,11 +4,11 @@
 
 #include <gtest/gtest.h>
 
-#include "../support/GetterTexts.h"
-#include "../support/GuardedBuffer.h"
-#include "../support/LocaleWithBlank.h"
-#include "OAuth2Token.h"
-#include "SSOServicesPrivate.h"
+#include <OAuth2Token.h>
+#include <SSOServicesPrivate.h>
+#include "support/GetterTexts.h"
+#include "support/GuardedBuffer.h"
+#include "support/LocaleWithBlank.h"
 
 using namespace Halvorix::WebServices;
 using HxSSOTest::GetterText;

@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include "../support/GetterTexts.h"
-#include "../support/GuardedBuffer.h"
-#include "OAuth2Token.h"
-#include "SSOServicesPrivate.h"
+#include <OAuth2Token.h>
+#include <SSOServicesPrivate.h>
+#include "support/GetterTexts.h"
+#include "support/GuardedBuffer.h"
 
 using namespace Halvorix::WebServices;
 using namespace std::string_literals;

@@ -1,4 +1,4 @@
-#include "WebServicesConfiguration.h"
+#include <WebServicesConfiguration.h>
 
 #include <cstdint>
 #include <memory>
@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "../support/GetterTexts.h"
-#include "../support/GuardedBuffer.h"
+#include "support/GetterTexts.h"
+#include "support/GuardedBuffer.h"
 
 using Halvorix::WebServices::Server;
 using Halvorix::WebServices::WebServicesConfiguration;

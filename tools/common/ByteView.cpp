@@ -1,4 +1,4 @@
-#include "ByteView.h"
+#include "common/ByteView.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,11 +1,11 @@
-#include "Dependencies.h"
+#include "common/Dependencies.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "LoaderSearch.h"
-#include "System.h"
-#include "Utf8.h"
+#include "common/LoaderSearch.h"
+#include "common/System.h"
+#include "common/Utf8.h"
 #include "platform/Platform.h"
 
 namespace Halvorix::Tools {

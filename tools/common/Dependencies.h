@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "Host.h"
-#include "ModuleGraph.h"
+#include "common/Host.h"
+#include "common/ModuleGraph.h"
 
 namespace Halvorix::Tools {
 

@@ -1,12 +1,12 @@
-#include "FileChecks.h"
+#include "common/FileChecks.h"
 
 #include <algorithm>
 #include <set>
 
-#include "Dependencies.h"
-#include "Files.h"
-#include "ModuleImage.h"
-#include "Utf8.h"
+#include "common/Dependencies.h"
+#include "common/Files.h"
+#include "common/ModuleImage.h"
+#include "common/Utf8.h"
 #include "platform/Platform.h"
 
 namespace Halvorix::Tools {

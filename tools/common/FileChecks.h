@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <vector>
 
-#include "Host.h"
-#include "Report.h"
+#include "common/Host.h"
+#include "common/Report.h"
 
 namespace Halvorix::Tools {
 

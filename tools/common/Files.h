@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "ByteView.h"
+#include "common/ByteView.h"
 
 namespace Halvorix::Tools {
 

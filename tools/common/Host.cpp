@@ -1,12 +1,12 @@
-#include "Host.h"
+#include "common/Host.h"
 
 #include <algorithm>
 #include <vector>
 
-#include "LoaderSearch.h"
-#include "ModuleGraph.h"
-#include "System.h"
-#include "Utf8.h"
+#include "common/LoaderSearch.h"
+#include "common/ModuleGraph.h"
+#include "common/System.h"
+#include "common/Utf8.h"
 #include "platform/Platform.h"
 
 namespace Halvorix::Tools {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "ModuleGraph.h"
+#include "common/ModuleGraph.h"
 
 // How the system's loader searches, by reading alone. Each system has a folder of its
 // own beside this header.

@@ -1,12 +1,12 @@
-#include "ModuleGraph.h"
+#include "common/ModuleGraph.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "Files.h"
-#include "LoaderSearch.h"
-#include "System.h"
-#include "Utf8.h"
+#include "common/Files.h"
+#include "common/LoaderSearch.h"
+#include "common/System.h"
+#include "common/Utf8.h"
 #include "platform/Platform.h"
 
 namespace Halvorix::Tools {

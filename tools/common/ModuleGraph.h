@@ -9,7 +9,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "ModuleImage.h"
+#include "common/ModuleImage.h"
 
 namespace Halvorix::Tools {
 

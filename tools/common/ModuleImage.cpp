@@ -1,8 +1,8 @@
-#include "ModuleImage.h"
+#include "common/ModuleImage.h"
 
 #include <algorithm>
 
-#include "Files.h"
+#include "common/Files.h"
 
 namespace Halvorix::Tools {
 

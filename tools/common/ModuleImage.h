@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "ByteView.h"
+#include "common/ByteView.h"
 
 namespace Halvorix::Tools {
 

@@ -1,4 +1,4 @@
-#include "PluginRun.h"
+#include "common/PluginRun.h"
 
 #include <exception>
 #include <sstream>
@@ -6,9 +6,9 @@
 #include <json/reader.h>
 #include <json/writer.h>
 
-#include "ChildProcess.h"
-#include "System.h"
-#include "Utf8.h"
+#include "common/ChildProcess.h"
+#include "common/System.h"
+#include "common/Utf8.h"
 #include "platform/Platform.h"
 
 namespace Halvorix::Tools {

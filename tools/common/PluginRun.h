@@ -7,8 +7,8 @@
 
 #include <json/value.h>
 
-#include "FileChecks.h"
-#include "Report.h"
+#include "common/FileChecks.h"
+#include "common/Report.h"
 
 namespace Halvorix::Tools {
 

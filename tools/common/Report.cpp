@@ -1,8 +1,8 @@
-#include "Report.h"
+#include "common/Report.h"
 
 #include <utility>
 
-#include "Utf8.h"
+#include "common/Utf8.h"
 
 namespace Halvorix::Tools {
 

@@ -1,12 +1,12 @@
 #include <algorithm>
 #include <optional>
 
-#include "Examination.h"
-#include "JsonInspection.h"
-#include "Location.h"
-#include "Searches.h"
-#include "Text.h"
 #include "discovery/PathText.h"
+#include "doctor/Examination.h"
+#include "doctor/JsonInspection.h"
+#include "doctor/Location.h"
+#include "doctor/Searches.h"
+#include "doctor/Text.h"
 #include "platform/Platform.h"
 
 namespace Halvorix::Doctor {

@@ -1,6 +1,6 @@
-#include "../common/System.h"
-#include "FileFlaw.h"
-#include "Judgement.h"
+#include "common/System.h"
+#include "doctor/FileFlaw.h"
+#include "doctor/Judgement.h"
 
 namespace Halvorix::Doctor {
 

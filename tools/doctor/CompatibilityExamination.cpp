@@ -3,11 +3,11 @@
 #include <optional>
 #include <utility>
 
-#include "Examination.h"
-#include "JsonInspection.h"
-#include "Searches.h"
-#include "Text.h"
 #include "discovery/PathText.h"
+#include "doctor/Examination.h"
+#include "doctor/JsonInspection.h"
+#include "doctor/Searches.h"
+#include "doctor/Text.h"
 #include "support/LibraryIdentity.h"
 
 namespace Halvorix::Doctor {

@@ -2,8 +2,8 @@
 #include <iterator>
 #include <set>
 
-#include "Judgement.h"
-#include "Text.h"
+#include "doctor/Judgement.h"
+#include "doctor/Text.h"
 
 namespace Halvorix::Doctor {
 

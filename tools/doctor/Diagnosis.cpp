@@ -1,15 +1,15 @@
-#include "Diagnosis.h"
+#include "doctor/Diagnosis.h"
 
 #include <iostream>
 
-#include "../common/Report.h"
-#include "../common/Terminal.h"
-#include "Examination.h"
-#include "JsonReport.h"
-#include "Options.h"
-#include "TargetProgram.h"
-#include "TextReport.h"
-#include "Verdict.h"
+#include "common/Report.h"
+#include "common/Terminal.h"
+#include "doctor/Examination.h"
+#include "doctor/JsonReport.h"
+#include "doctor/Options.h"
+#include "doctor/TargetProgram.h"
+#include "doctor/TextReport.h"
+#include "doctor/Verdict.h"
 #include "support/LibraryIdentity.h"
 
 namespace Halvorix::Doctor {

@@ -1,14 +1,14 @@
-#include "Examination.h"
+#include "doctor/Examination.h"
 
 #include <algorithm>
 #include <exception>
 #include <filesystem>
 #include <utility>
 
-#include "../common/System.h"
-#include "Searches.h"
-#include "Text.h"
+#include "common/System.h"
 #include "discovery/PathText.h"
+#include "doctor/Searches.h"
+#include "doctor/Text.h"
 #include "host/SSOClientManager.h"
 #include "support/LibraryIdentity.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Findings.h"
-#include "Options.h"
-#include "Resolver.h"
+#include "doctor/Findings.h"
+#include "doctor/Options.h"
+#include "doctor/Resolver.h"
 
 namespace Halvorix::Doctor {
 

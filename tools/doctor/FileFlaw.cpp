@@ -1,4 +1,4 @@
-#include "FileFlaw.h"
+#include "doctor/FileFlaw.h"
 
 #include <algorithm>
 #include <iterator>
@@ -6,9 +6,9 @@
 #include <system_error>
 #include <utility>
 
-#include "../common/Files.h"
-#include "../common/Utf8.h"
-#include "Text.h"
+#include "common/Files.h"
+#include "common/Utf8.h"
+#include "doctor/Text.h"
 
 namespace Halvorix::Doctor {
 

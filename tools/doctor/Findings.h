@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "../common/Report.h"
+#include "common/Report.h"
 
 // What the examination found: facts alone, all texts UTF-8. The verdict and the
 // reports are made of these and of nothing else.

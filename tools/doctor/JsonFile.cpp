@@ -5,7 +5,7 @@
 
 #include <json/reader.h>
 
-#include "SettingsFile.h"
+#include "doctor/SettingsFile.h"
 
 namespace Halvorix::SSOServices {
 

@@ -1,4 +1,4 @@
-#include "JsonInspection.h"
+#include "doctor/JsonInspection.h"
 
 #include <algorithm>
 #include <exception>
@@ -6,11 +6,11 @@
 
 #include <json/reader.h>
 
-#include "../common/System.h"
-#include "RepeatedKeys.h"
-#include "SettingsFile.h"
-#include "Text.h"
-#include "TextOddities.h"
+#include "common/System.h"
+#include "doctor/RepeatedKeys.h"
+#include "doctor/SettingsFile.h"
+#include "doctor/Text.h"
+#include "doctor/TextOddities.h"
 #include "support/TextConversion.h"
 
 namespace Halvorix::Doctor {

@@ -8,7 +8,7 @@
 
 #include <json/value.h>
 
-#include "Findings.h"
+#include "doctor/Findings.h"
 
 namespace Halvorix::Doctor {
 

@@ -1,12 +1,12 @@
-#include "JsonReport.h"
+#include "doctor/JsonReport.h"
 
 #include <iostream>
 
 #include <json/value.h>
 #include <json/writer.h>
 
-#include "../common/Utf8.h"
-#include "Words.h"
+#include "common/Utf8.h"
+#include "doctor/Words.h"
 
 namespace Halvorix::Doctor {
 

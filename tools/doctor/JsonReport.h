@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Findings.h"
-#include "Verdict.h"
+#include "doctor/Findings.h"
+#include "doctor/Verdict.h"
 
 namespace Halvorix::Doctor {
 

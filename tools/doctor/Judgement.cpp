@@ -1,12 +1,12 @@
-#include "Judgement.h"
+#include "doctor/Judgement.h"
 
 #include <algorithm>
 #include <iterator>
 #include <set>
 
-#include "FileFlaw.h"
-#include "Text.h"
-#include "Words.h"
+#include "doctor/FileFlaw.h"
+#include "doctor/Text.h"
+#include "doctor/Words.h"
 
 namespace Halvorix::Doctor {
 

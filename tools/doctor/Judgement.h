@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "Findings.h"
-#include "Verdict.h"
+#include "doctor/Findings.h"
+#include "doctor/Verdict.h"
 
 // The parts of the verdict, each in the file of its subject, and what they share.
 namespace Halvorix::Doctor {

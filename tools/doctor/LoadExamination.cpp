@@ -1,8 +1,8 @@
-#include "../common/PluginRun.h"
-#include "../common/Utf8.h"
-#include "Examination.h"
-#include "TargetProgram.h"
-#include "Text.h"
+#include "common/PluginRun.h"
+#include "common/Utf8.h"
+#include "doctor/Examination.h"
+#include "doctor/TargetProgram.h"
+#include "doctor/Text.h"
 
 namespace Halvorix::Doctor {
 

@@ -1,7 +1,7 @@
 #include <algorithm>
 
-#include "Judgement.h"
-#include "Text.h"
+#include "doctor/Judgement.h"
+#include "doctor/Text.h"
 #include "support/Messages.h"
 
 namespace Halvorix::Doctor {

@@ -1,10 +1,10 @@
-#include "Location.h"
+#include "doctor/Location.h"
 
 #include <utility>
 
-#include "../common/System.h"
-#include "Text.h"
-#include "TextOddities.h"
+#include "common/System.h"
+#include "doctor/Text.h"
+#include "doctor/TextOddities.h"
 
 namespace Halvorix::Doctor {
 

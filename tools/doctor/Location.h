@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "Findings.h"
+#include "doctor/Findings.h"
 #include "platform/Platform.h"
 
 namespace Halvorix::Doctor {

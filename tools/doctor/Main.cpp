@@ -3,9 +3,9 @@
 #include <exception>
 #include <iostream>
 
-#include "../common/Report.h"
-#include "../common/System.h"
-#include "Diagnosis.h"
+#include "common/Report.h"
+#include "common/System.h"
+#include "doctor/Diagnosis.h"
 
 int main(int count, char** arguments)
 {

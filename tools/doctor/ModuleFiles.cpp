@@ -3,10 +3,10 @@
 
 #include "discovery/ModuleFiles.h"
 
-#include "../common/System.h"
-#include "Searches.h"
-#include "TargetProgram.h"
+#include "common/System.h"
 #include "discovery/PathText.h"
+#include "doctor/Searches.h"
+#include "doctor/TargetProgram.h"
 
 namespace Halvorix::SSOServices {
 

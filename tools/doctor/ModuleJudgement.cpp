@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <iterator>
 
-#include "FileFlaw.h"
-#include "Judgement.h"
-#include "Text.h"
+#include "doctor/FileFlaw.h"
+#include "doctor/Judgement.h"
+#include "doctor/Text.h"
 
 namespace Halvorix::Doctor {
 

@@ -1,9 +1,9 @@
-#include "Options.h"
+#include "doctor/Options.h"
 
 #include <set>
 
-#include "../common/System.h"
-#include "../common/Utf8.h"
+#include "common/System.h"
+#include "common/Utf8.h"
 
 namespace Halvorix::Doctor {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "../common/PluginRun.h"
+#include "common/PluginRun.h"
 
 namespace Halvorix::Doctor {
 

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "Searches.h"
 #include "discovery/FileSearch.h"
 #include "discovery/PathText.h"
+#include "doctor/Searches.h"
 
 namespace Halvorix {
 

@@ -2,14 +2,14 @@
 #include <filesystem>
 #include <utility>
 
-#include "../common/FileChecks.h"
-#include "../common/PluginRun.h"
-#include "../common/System.h"
-#include "Examination.h"
-#include "FileFlaw.h"
-#include "PluginFile.h"
-#include "TargetProgram.h"
-#include "Text.h"
+#include "common/FileChecks.h"
+#include "common/PluginRun.h"
+#include "common/System.h"
+#include "doctor/Examination.h"
+#include "doctor/FileFlaw.h"
+#include "doctor/PluginFile.h"
+#include "doctor/TargetProgram.h"
+#include "doctor/Text.h"
 
 namespace Halvorix::Doctor {
 

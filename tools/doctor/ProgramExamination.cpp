@@ -4,18 +4,18 @@
 
 #include <boost/locale/util.hpp>
 
-#include "../common/Files.h"
-#include "../common/ModuleGraph.h"
-#include "../common/ModuleImage.h"
-#include "../common/System.h"
-#include "../common/Utf8.h"
-#include "Examination.h"
-#include "FileFlaw.h"
-#include "ProgramStart.h"
-#include "TargetProgram.h"
-#include "Text.h"
+#include "common/Files.h"
+#include "common/ModuleGraph.h"
+#include "common/ModuleImage.h"
+#include "common/System.h"
+#include "common/Utf8.h"
 #include "discovery/ModuleFiles.h"
 #include "discovery/PathText.h"
+#include "doctor/Examination.h"
+#include "doctor/FileFlaw.h"
+#include "doctor/ProgramStart.h"
+#include "doctor/TargetProgram.h"
+#include "doctor/Text.h"
 #include "support/LibraryIdentity.h"
 
 namespace Halvorix::Doctor {

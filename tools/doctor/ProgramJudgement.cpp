@@ -1,4 +1,4 @@
-#include "Judgement.h"
+#include "doctor/Judgement.h"
 
 namespace Halvorix::Doctor {
 

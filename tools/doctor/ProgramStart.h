@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string>
 
-#include "../common/ModuleImage.h"
+#include "common/ModuleImage.h"
 
 namespace Halvorix::Doctor {
 

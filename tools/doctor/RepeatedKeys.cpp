@@ -1,4 +1,4 @@
-#include "RepeatedKeys.h"
+#include "doctor/RepeatedKeys.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "Searches.h"
+#include "doctor/Searches.h"
 
 #include <exception>
 #include <filesystem>
@@ -6,12 +6,12 @@
 
 #include <boost/filesystem/exception.hpp>
 
-#include "../common/System.h"
-#include "../common/Utf8.h"
-#include "FileFlaw.h"
-#include "Text.h"
+#include "common/System.h"
+#include "common/Utf8.h"
 #include "discovery/FileSearch.h"
 #include "discovery/PathText.h"
+#include "doctor/FileFlaw.h"
+#include "doctor/Text.h"
 #include "platform/Platform.h"
 #include "support/TextConversion.h"
 

@@ -1,10 +1,10 @@
 #include <algorithm>
 
-#include "../common/System.h"
-#include "Judgement.h"
-#include "Searches.h"
-#include "Text.h"
-#include "Words.h"
+#include "common/System.h"
+#include "doctor/Judgement.h"
+#include "doctor/Searches.h"
+#include "doctor/Text.h"
+#include "doctor/Words.h"
 
 namespace Halvorix::Doctor {
 

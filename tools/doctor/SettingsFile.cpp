@@ -1,9 +1,9 @@
-#include "SettingsFile.h"
+#include "doctor/SettingsFile.h"
 
 #include <algorithm>
 
-#include "../common/Files.h"
-#include "../common/System.h"
+#include "common/Files.h"
+#include "common/System.h"
 #include "platform/Platform.h"
 
 namespace Halvorix::Doctor {

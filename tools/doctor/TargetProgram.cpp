@@ -1,8 +1,8 @@
-#include "TargetProgram.h"
+#include "doctor/TargetProgram.h"
 
 #include <utility>
 
-#include "../common/System.h"
+#include "common/System.h"
 #include "platform/Platform.h"
 
 namespace Halvorix::Doctor {

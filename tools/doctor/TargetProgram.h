@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string>
 
-#include "../common/Host.h"
+#include "common/Host.h"
 
 namespace Halvorix::Doctor {
 

@@ -1,4 +1,4 @@
-#include "Text.h"
+#include "doctor/Text.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -6,7 +6,7 @@
 
 #include <boost/locale/encoding_utf.hpp>
 
-#include "../common/Utf8.h"
+#include "common/Utf8.h"
 #include "discovery/PathVariables.h"
 
 namespace Halvorix::Doctor {

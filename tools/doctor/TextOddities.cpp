@@ -1,11 +1,11 @@
-#include "TextOddities.h"
+#include "doctor/TextOddities.h"
 
 #include <algorithm>
 
-#include "../common/System.h"
-#include "FileFlaw.h"
-#include "Text.h"
+#include "common/System.h"
 #include "discovery/PathText.h"
+#include "doctor/FileFlaw.h"
+#include "doctor/Text.h"
 #include "platform/Platform.h"
 #include "support/TextConversion.h"
 

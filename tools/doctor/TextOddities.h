@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "Findings.h"
-#include "JsonInspection.h"
+#include "doctor/Findings.h"
+#include "doctor/JsonInspection.h"
 
 namespace Halvorix::Doctor {
 

@@ -1,13 +1,13 @@
-#include "TextReport.h"
+#include "doctor/TextReport.h"
 
 #include <algorithm>
 #include <iostream>
 #include <sstream>
 
-#include "../common/System.h"
-#include "Text.h"
-#include "Words.h"
-#include "Wrap.h"
+#include "common/System.h"
+#include "doctor/Text.h"
+#include "doctor/Words.h"
+#include "doctor/Wrap.h"
 
 namespace Halvorix::Doctor {
 

@@ -3,9 +3,9 @@
 #include <functional>
 #include <string>
 
-#include "../common/Terminal.h"
-#include "Findings.h"
-#include "Verdict.h"
+#include "common/Terminal.h"
+#include "doctor/Findings.h"
+#include "doctor/Verdict.h"
 
 namespace Halvorix::Doctor {
 

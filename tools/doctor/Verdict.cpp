@@ -1,9 +1,9 @@
-#include "Verdict.h"
+#include "doctor/Verdict.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "Judgement.h"
+#include "doctor/Judgement.h"
 
 namespace Halvorix::Doctor {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "Findings.h"
+#include "doctor/Findings.h"
 
 namespace Halvorix::Doctor {
 

@@ -1,4 +1,4 @@
-#include "Words.h"
+#include "doctor/Words.h"
 
 #include <cstddef>
 

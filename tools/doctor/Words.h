@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "Findings.h"
+#include "doctor/Findings.h"
 
 namespace Halvorix::Doctor {
 

@@ -1,4 +1,4 @@
-#include "Wrap.h"
+#include "doctor/Wrap.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
-#include "Channel.h"
+#include "loader/Channel.h"
 
 #include <json/writer.h>
 
-#include "../common/ChildProcess.h"
+#include "common/ChildProcess.h"
 
 namespace Halvorix::PluginLoader {
 

@@ -1,20 +1,20 @@
-#include "LoadChecks.h"
+#include "loader/LoadChecks.h"
 
 #include <exception>
 #include <memory>
 
-#include "../../include/plugin/ILogger.h"
-#include "../../include/plugin/ISSOClient.h"
-#include "../../include/plugin/ISSOClientFactory.h"
-#include "../../include/plugin/ISSOClientModule.h"
-#include "../../include/plugin/ISSOClientPrivate.h"
-#include "../../include/plugin/ISSOClientUI.h"
-#include "../../include/plugin/ISSOLogManager.h"
-#include "../../include/plugin/ISSOServerManager.h"
-#include "../common/ChildProcess.h"
-#include "../common/PluginRun.h"
-#include "../common/System.h"
-#include "../common/Utf8.h"
+#include <plugin/ILogger.h>
+#include <plugin/ISSOClient.h>
+#include <plugin/ISSOClientFactory.h>
+#include <plugin/ISSOClientModule.h>
+#include <plugin/ISSOClientPrivate.h>
+#include <plugin/ISSOClientUI.h>
+#include <plugin/ISSOLogManager.h>
+#include <plugin/ISSOServerManager.h>
+#include "common/ChildProcess.h"
+#include "common/PluginRun.h"
+#include "common/System.h"
+#include "common/Utf8.h"
 #include "platform/Platform.h"
 #include "support/SystemError.h"
 #include "support/TextConversion.h"

@@ -12,11 +12,11 @@
 
 #include <json/reader.h>
 
-#include "../common/ChildProcess.h"
-#include "../common/System.h"
-#include "Channel.h"
-#include "LoadChecks.h"
-#include "RealLoad.h"
+#include "common/ChildProcess.h"
+#include "common/System.h"
+#include "loader/Channel.h"
+#include "loader/LoadChecks.h"
+#include "loader/RealLoad.h"
 
 int main(int count, char** arguments)
 {

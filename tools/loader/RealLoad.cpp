@@ -1,20 +1,20 @@
-#include "RealLoad.h"
+#include "loader/RealLoad.h"
 
 #include <exception>
 #include <filesystem>
 #include <memory>
 
-#include "../../include/plugin/ISSOClientModule.h"
-#include "../common/ChildProcess.h"
-#include "../common/PluginRun.h"
-#include "../common/System.h"
-#include "../doctor/Searches.h"
-#include "../doctor/TargetProgram.h"
-#include "../doctor/Text.h"
-#include "LoadChecks.h"
+#include <plugin/ISSOClientModule.h>
+#include "common/ChildProcess.h"
+#include "common/PluginRun.h"
+#include "common/System.h"
 #include "discovery/PathText.h"
+#include "doctor/Searches.h"
+#include "doctor/TargetProgram.h"
+#include "doctor/Text.h"
 #include "host/SSOClientManager.h"
 #include "host/SupportFileSearchPaths.h"
+#include "loader/LoadChecks.h"
 #include "support/LogSink.h"
 
 namespace Halvorix::PluginLoader {

@@ -2,7 +2,7 @@
 
 #include <json/value.h>
 
-#include "Channel.h"
+#include "loader/Channel.h"
 
 namespace Halvorix::PluginLoader {
 

@@ -4,12 +4,12 @@
 #include <exception>
 #include <iostream>
 
-#include "../common/FileChecks.h"
-#include "../common/PluginRun.h"
-#include "../common/Report.h"
-#include "../common/System.h"
-#include "../common/Utf8.h"
-#include "WrittenReport.h"
+#include "common/FileChecks.h"
+#include "common/PluginRun.h"
+#include "common/Report.h"
+#include "common/System.h"
+#include "common/Utf8.h"
+#include "plugin-check/WrittenReport.h"
 #include "support/LibraryIdentity.h"
 
 namespace Halvorix::PluginCheck {

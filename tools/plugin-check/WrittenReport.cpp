@@ -1,11 +1,11 @@
-#include "WrittenReport.h"
+#include "plugin-check/WrittenReport.h"
 
 #include <iomanip>
 #include <iostream>
 
 #include <json/writer.h>
 
-#include "../common/Utf8.h"
+#include "common/Utf8.h"
 
 namespace Halvorix::PluginCheck {
 

@@ -4,7 +4,7 @@
 
 #include <json/value.h>
 
-#include "../common/Report.h"
+#include "common/Report.h"
 
 namespace Halvorix::PluginCheck {
 

@@ -1,4 +1,4 @@
-#include "../System.h"
+#include "framework/System.h"
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
 // OpenSSL 3.
 
-#include "../Keys.h"
+#include "Keys.h"
 
 #include <algorithm>
 #include <array>

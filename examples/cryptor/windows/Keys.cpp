@@ -2,7 +2,7 @@
 // because BCrypt has no OAEP in Wine 8; on Windows alone, BCryptEncrypt with
 // BCRYPT_PAD_OAEP and BCRYPT_SHA256_ALGORITHM takes its place.
 
-#include "../Keys.h"
+#include "Keys.h"
 
 #include <algorithm>
 #include <mutex>

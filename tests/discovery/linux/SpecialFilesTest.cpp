@@ -8,7 +8,7 @@
 
 #include <gmock/gmock.h>
 
-#include "../Questions.h"
+#include "discovery/Questions.h"
 
 using namespace Rig;
 using testing::ElementsAre;

@@ -1,4 +1,4 @@
-#include "Allocator.h"
+#include "faults/allocation/Allocator.h"
 
 #include <atomic>
 #include <cstddef>

@@ -1,7 +1,7 @@
 // A plugin whose factory is the one that the test lends it, so that all that the
 // interfaces do happens in the test's executable.
 
-#include "plugin/ISSOClientFactory.h"
+#include <plugin/ISSOClientFactory.h>
 
 using Lender = std::shared_ptr<Halvorix::SSOServices::ISSOClientFactory> (*)();
 

@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include "LentPlugin.h"
-#include "Sweep.h"
 #include "discovery/SSOPathResolver.h"
+#include "faults/allocation/LentPlugin.h"
+#include "faults/allocation/Sweep.h"
 
 using namespace Halvorix::SSOServices;
 

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "Allocator.h"
+#include "faults/allocation/Allocator.h"
 #include "support/EarlyLog.h"
 
 using namespace Halvorix;

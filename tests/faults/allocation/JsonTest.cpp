@@ -6,13 +6,13 @@
 #include <gtest/gtest.h>
 #include <json/value.h>
 
-#include "NetworkCookie.h"
-#include "OAuth2Token.h"
-#include "SSOServicesPrivate.h"
-#include "Sweep.h"
+#include <NetworkCookie.h>
+#include <OAuth2Token.h>
+#include <SSOServicesPrivate.h>
+#include <plugin/IRsaCryptor.h>
+#include "faults/allocation/Sweep.h"
 #include "json/Base64.h"
 #include "json/JsonDocument.h"
-#include "plugin/IRsaCryptor.h"
 
 using namespace Halvorix::SSOServices;
 using namespace Halvorix::WebServices;

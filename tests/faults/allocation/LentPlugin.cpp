@@ -1,13 +1,13 @@
-#include "LentPlugin.h"
+#include "faults/allocation/LentPlugin.h"
 
 #include <cstring>
 #include <vector>
 
-#include "SSOClientPrivate.h"
-#include "WebServicesConfiguration.h"
+#include <SSOClientPrivate.h>
+#include <WebServicesConfiguration.h>
+#include <plugin/Defaults.h>
 #include "host/SSOClientManager.h"
 #include "platform/Platform.h"
-#include "plugin/Defaults.h"
 #include "support/LogSink.h"
 #include "support/TextConversion.h"
 

@@ -6,15 +6,15 @@
 #include <boost/locale/info.hpp>
 #include <gtest/gtest.h>
 
-#include "Allocator.h"
-#include "LentPlugin.h"
-#include "NetworkCookie.h"
-#include "OAuth2Token.h"
-#include "SSOClientPrivate.h"
-#include "SSOServerManager.h"
-#include "Sweep.h"
-#include "WebServicesManager.h"
-#include "WebServicesUIManager.h"
+#include <NetworkCookie.h>
+#include <OAuth2Token.h>
+#include <SSOClientPrivate.h>
+#include <SSOServerManager.h>
+#include <WebServicesManager.h>
+#include <WebServicesUIManager.h>
+#include "faults/allocation/Allocator.h"
+#include "faults/allocation/LentPlugin.h"
+#include "faults/allocation/Sweep.h"
 #include "host/SSOClientManager.h"
 #include "host/SupportFileSearchPaths.h"
 #include "support/LogSink.h"

@@ -2,12 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include "Allocator.h"
-#include "LentPlugin.h"
-#include "NetworkCookie.h"
-#include "OAuth2Token.h"
-#include "SSOClientPrivate.h"
-#include "WebServicesManager.h"
+#include <NetworkCookie.h>
+#include <OAuth2Token.h>
+#include <SSOClientPrivate.h>
+#include <WebServicesManager.h>
+#include "faults/allocation/Allocator.h"
+#include "faults/allocation/LentPlugin.h"
 #include "framework/System.h"
 
 using namespace Halvorix::WebServices;

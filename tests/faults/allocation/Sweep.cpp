@@ -1,4 +1,4 @@
-#include "Sweep.h"
+#include "faults/allocation/Sweep.h"
 
 #include <exception>
 #include <future>
@@ -9,8 +9,8 @@
 
 #include <gtest/gtest.h>
 
-#include "Allocator.h"
-#include "SSOClientPrivate.h"
+#include <SSOClientPrivate.h>
+#include "faults/allocation/Allocator.h"
 #include "framework/System.h"
 
 namespace Faults {

@@ -4,13 +4,13 @@
 
 #include <gtest/gtest.h>
 
-#include "NetworkCookie.h"
-#include "OAuth2Token.h"
-#include "SSOServicesPrivate.h"
-#include "Sweep.h"
-#include "WebServicesConfiguration.h"
+#include <NetworkCookie.h>
+#include <OAuth2Token.h>
+#include <SSOServicesPrivate.h>
+#include <WebServicesConfiguration.h>
 #include "discovery/CompatibleModule.h"
 #include "discovery/PathText.h"
+#include "faults/allocation/Sweep.h"
 #include "support/SystemError.h"
 #include "support/TextConversion.h"
 

@@ -1,4 +1,4 @@
-#include "../LateBinding.h"
+#include "framework/LateBinding.h"
 
 #include <dlfcn.h>
 

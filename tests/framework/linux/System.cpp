@@ -1,4 +1,4 @@
-#include "../System.h"
+#include "framework/System.h"
 
 #include <fcntl.h>
 #include <pthread.h>

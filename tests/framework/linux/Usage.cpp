@@ -1,4 +1,4 @@
-#include "../Usage.h"
+#include "framework/Usage.h"
 
 #include <unistd.h>
 

@@ -1,4 +1,4 @@
-#include "Call.h"
+#include "framework/plugins/Call.h"
 
 #include <algorithm>
 #include <cstring>
@@ -16,9 +16,9 @@
 #include <json/reader.h>
 #include <json/writer.h>
 
-#include "../Variable.h"
-#include "SSOClientPrivate.h"
-#include "WebServicesManager.h"
+#include <SSOClientPrivate.h>
+#include <WebServicesManager.h>
+#include "framework/Variable.h"
 
 namespace Rig {
 

@@ -5,7 +5,7 @@
 
 #include <plugin/Defaults.h>
 
-#include "../Variable.h"
+#include "framework/Variable.h"
 
 namespace {
 

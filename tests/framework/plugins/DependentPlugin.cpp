@@ -1,6 +1,6 @@
 // A plugin that needs another module, and declines when it has it.
 
-#include "plugin/ISSOClientFactory.h"
+#include <plugin/ISSOClientFactory.h>
 
 void UseDependency();
 

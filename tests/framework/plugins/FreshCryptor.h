@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Call.h"
-#include "plugin/IRsaCryptor.h"
+#include <plugin/IRsaCryptor.h>
+#include "framework/plugins/Call.h"
 
 namespace Rig {
 

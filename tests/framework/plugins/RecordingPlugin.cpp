@@ -3,10 +3,10 @@
 
 #include <string>
 
-#include "Call.h"
-#include "FreshCryptor.h"
-#include "WebServicesConfiguration.h"
-#include "plugin/Plugin.h"
+#include <WebServicesConfiguration.h>
+#include <plugin/Plugin.h>
+#include "framework/plugins/Call.h"
+#include "framework/plugins/FreshCryptor.h"
 
 using namespace Halvorix;
 using namespace Halvorix::SSOServices;

@@ -7,10 +7,10 @@
 #include <fstream>
 #include <thread>
 
-#include "../Variable.h"
-#include "NetworkCookie.h"
-#include "SSOClientPrivate.h"
-#include "SSOServicesPrivate.h"
+#include <NetworkCookie.h>
+#include <SSOClientPrivate.h>
+#include <SSOServicesPrivate.h>
+#include "framework/Variable.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "../Variable.h"
+#include "framework/Variable.h"
 
 #include <cstdlib>
 

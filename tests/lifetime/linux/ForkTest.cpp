@@ -13,7 +13,7 @@
 
 #include <gmock/gmock.h>
 
-#include "SSOClientPrivate.h"
+#include <SSOClientPrivate.h>
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
 #include "framework/ThisBuild.h"

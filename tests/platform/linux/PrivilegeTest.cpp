@@ -12,7 +12,7 @@
 
 #include <gmock/gmock.h>
 
-#include "../../framework/ThisBuild.h"
+#include "framework/ThisBuild.h"
 
 namespace {
 

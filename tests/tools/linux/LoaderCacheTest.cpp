@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "../../../tools/common/Files.h"
-#include "../../../tools/common/linux/LoaderCache.h"
+#include "common/Files.h"
+#include "common/linux/LoaderCache.h"
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include <unistd.h>
 #endif
 
-#include "plugin/ISSOClientFactory.h"
+#include <plugin/ISSOClientFactory.h>
 
 namespace {
 

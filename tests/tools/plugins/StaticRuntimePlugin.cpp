@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "plugin/ISSOClientFactory.h"
+#include <plugin/ISSOClientFactory.h>
 
 std::shared_ptr<Halvorix::SSOServices::ISSOClientFactory> GetSSOClientFactory()
 {

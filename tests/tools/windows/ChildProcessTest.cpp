@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include "../../../tools/common/ChildProcess.h"
-#include "../../../tools/common/PluginRun.h"
-#include "../../../tools/common/Utf8.h"
+#include "common/ChildProcess.h"
+#include "common/PluginRun.h"
+#include "common/Utf8.h"
 #include "platform/Platform.h"
 #include "platform/windows/Windows.h"
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "../ModuleImage.h"
+#include "common/ModuleImage.h"
 
 namespace Halvorix::Tools {
 

@@ -1,4 +1,4 @@
-#include "../Files.h"
+#include "common/Files.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <system_error>
 
-#include "../Utf8.h"
+#include "common/Utf8.h"
 #include "platform/linux/Files.h"
 
 namespace Halvorix::Tools {

@@ -3,8 +3,8 @@
 #include <unordered_map>
 #include <utility>
 
-#include "../LoaderSearch.h"
-#include "../Utf8.h"
+#include "common/LoaderSearch.h"
+#include "common/Utf8.h"
 
 namespace Halvorix::Tools {
 

@@ -1,8 +1,8 @@
-#include "LoaderCache.h"
+#include "common/linux/LoaderCache.h"
 
 #include <string_view>
 
-#include "../Files.h"
+#include "common/Files.h"
 
 namespace Halvorix::Tools {
 

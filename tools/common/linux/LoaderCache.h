@@ -4,7 +4,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "../ByteView.h"
+#include "common/ByteView.h"
 
 namespace Halvorix::Tools {
 

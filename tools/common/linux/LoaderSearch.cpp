@@ -1,4 +1,4 @@
-#include "../LoaderSearch.h"
+#include "common/LoaderSearch.h"
 
 #include <gnu/libc-version.h>
 #include <sys/auxv.h>
@@ -14,10 +14,10 @@
 #include <unordered_set>
 #include <utility>
 
-#include "../Files.h"
-#include "../System.h"
-#include "../Utf8.h"
-#include "LoaderCache.h"
+#include "common/Files.h"
+#include "common/System.h"
+#include "common/Utf8.h"
+#include "common/linux/LoaderCache.h"
 
 namespace Halvorix::Tools {
 

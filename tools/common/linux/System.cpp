@@ -1,9 +1,9 @@
-#include "../System.h"
+#include "common/System.h"
 
 #include <dlfcn.h>
 #include <unistd.h>
 
-#include "../Utf8.h"
+#include "common/Utf8.h"
 #include "support/TextConversion.h"
 
 namespace Halvorix::Tools {

@@ -1,4 +1,4 @@
-#include "../ChildProcess.h"
+#include "common/ChildProcess.h"
 
 #include <fcntl.h>
 #include <io.h>
@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "../Utf8.h"
+#include "common/Utf8.h"
 #include "platform/Platform.h"
 #include "platform/windows/Windows.h"
 

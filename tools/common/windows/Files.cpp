@@ -1,9 +1,9 @@
-#include "../Files.h"
+#include "common/Files.h"
 
 #include <algorithm>
 #include <string>
 
-#include "../Utf8.h"
+#include "common/Utf8.h"
 #include "platform/Platform.h"
 #include "platform/windows/Windows.h"
 

@@ -1,8 +1,8 @@
 #include <map>
 #include <utility>
 
-#include "../LoaderSearch.h"
-#include "../Utf8.h"
+#include "common/LoaderSearch.h"
+#include "common/Utf8.h"
 #include "platform/Platform.h"
 
 namespace Halvorix::Tools {

@@ -1,12 +1,12 @@
-#include "../LoaderSearch.h"
+#include "common/LoaderSearch.h"
 
 #include <cwchar>
 #include <set>
 #include <string>
 
-#include "../System.h"
-#include "../Utf8.h"
-#include "SearchOrder.h"
+#include "common/System.h"
+#include "common/Utf8.h"
+#include "common/windows/SearchOrder.h"
 #include "platform/windows/Windows.h"
 
 namespace Halvorix::Tools {

@@ -2,7 +2,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "../ModuleImage.h"
+#include "common/ModuleImage.h"
 #include "platform/windows/Windows.h"
 
 namespace Halvorix::Tools {

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "../ModuleGraph.h"
+#include "common/ModuleGraph.h"
 
 namespace Halvorix::Tools {
 

@@ -1,4 +1,4 @@
-#include "../System.h"
+#include "common/System.h"
 
 #include "platform/windows/Windows.h"
 

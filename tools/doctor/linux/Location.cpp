@@ -1,4 +1,4 @@
-#include "../Location.h"
+#include "doctor/Location.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -6,10 +6,10 @@
 #include <string>
 #include <utility>
 
-#include "../../common/Files.h"
-#include "../../common/Utf8.h"
-#include "../JsonInspection.h"
-#include "../SettingsFile.h"
+#include "common/Files.h"
+#include "common/Utf8.h"
+#include "doctor/JsonInspection.h"
+#include "doctor/SettingsFile.h"
 
 namespace Halvorix::Doctor {
 

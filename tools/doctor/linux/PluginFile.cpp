@@ -1,6 +1,6 @@
-#include "../PluginFile.h"
+#include "doctor/PluginFile.h"
 
-#include "../../common/System.h"
+#include "common/System.h"
 
 namespace Halvorix::Doctor {
 

@@ -1,11 +1,11 @@
-#include "../ProgramStart.h"
+#include "doctor/ProgramStart.h"
 
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
-#include "../../common/ModuleGraph.h"
-#include "../../common/Utf8.h"
+#include "common/ModuleGraph.h"
+#include "common/Utf8.h"
 
 namespace Halvorix::Doctor {
 

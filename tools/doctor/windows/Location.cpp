@@ -1,4 +1,4 @@
-#include "../Location.h"
+#include "doctor/Location.h"
 
 #include "platform/windows/Windows.h"
 

@@ -1,7 +1,7 @@
-#include "../PluginFile.h"
+#include "doctor/PluginFile.h"
 
-#include "../../common/System.h"
-#include "../../common/windows/SearchOrder.h"
+#include "common/System.h"
+#include "common/windows/SearchOrder.h"
 
 namespace Halvorix::Doctor {
 

@@ -1,4 +1,4 @@
-#include "../ProgramStart.h"
+#include "doctor/ProgramStart.h"
 
 namespace Halvorix::Doctor {
 
