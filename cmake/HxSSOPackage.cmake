@@ -16,11 +16,16 @@ install(FILES LICENSE DESTINATION ${license_dir} RENAME HxSSOServices.txt)
 # --- For those who build against it -----------------------------------------------
 
 include(CMakePackageConfigHelpers)
+# The processor is looked at with the rest, by HxSSOServicesConfig.cmake.
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/HxSSOServicesConfigVersion.cmake
-    COMPATIBILITY SameMajorVersion)
+    COMPATIBILITY SameMajorVersion ARCH_INDEPENDENT)
+math(EXPR hxsso_bits "8 * ${CMAKE_SIZEOF_VOID_P}")
+string(TOLOWER "${CMAKE_SYSTEM_PROCESSOR}" hxsso_processor)
+string(REPLACE amd64 x86_64 hxsso_processor "${hxsso_processor}")
+configure_file(cmake/HxSSOServicesConfig.cmake.in HxSSOServicesConfig.cmake @ONLY)
 install(EXPORT HxSSOServicesTargets NAMESPACE HxSSOServices:: DESTINATION ${package_dir})
 install(FILES
-    cmake/HxSSOServicesConfig.cmake
+    ${CMAKE_CURRENT_BINARY_DIR}/HxSSOServicesConfig.cmake
     cmake/HxSSOPlugin.cmake
     ${CMAKE_CURRENT_BINARY_DIR}/HxSSOServicesConfigVersion.cmake
     DESTINATION ${package_dir})

@@ -36,5 +36,7 @@ function(hxsso_add_tool_text target namespace file)
     string(TOUPPER ${tool} title)
     file(CONFIGURE OUTPUT ${folder}/${tool}.1 @ONLY
         CONTENT ".TH ${title} 1 \"\" \"HxSSOServices ${PROJECT_VERSION}\"\n.SH NAME@page@")
-    install(FILES ${folder}/${tool}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    if(HXSSO_INSTALL)
+        install(FILES ${folder}/${tool}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    endif()
 endfunction()
