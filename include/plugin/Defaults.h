@@ -73,6 +73,7 @@ public:
     void WriteLine(wchar_t const*, Log::LogLevel) override {}
 };
 
+/// Has no cryptor, no paths and no name.
 class SSOClientModuleDefaults : public ISSOClientModule {
 public:
     void Initialize(char const*) override {}
@@ -90,6 +91,7 @@ public:
     void SetProductName(wchar_t const*) override {}
 };
 
+/// Nobody is signed in, and nobody can be.
 class SSOClientDefaults : public ISSOClient {
 public:
     /// An empty one. Its code is in the library, which hxsso_add_plugin links.
@@ -201,6 +203,7 @@ public:
     bool CompleteLogout() override { return false; }
 };
 
+/// Shows nothing.
 class SSOClientUIDefaults : public ISSOClientUI {
 public:
     using ISSOClientUI::Login; // keeps the reserved overload visible
@@ -218,6 +221,7 @@ public:
     void RemoveObserver(WebServicesUI::IWebServicesUIObserver*) override {}
 };
 
+/// Knows nothing.
 class SSOClientPrivateDefaults : public ISSOClientPrivate {
 public:
     std::wstring GetLoginInfo(BufferTransformCallback) override { return {}; }
@@ -274,6 +278,7 @@ public:
     std::string GetSessionState() override { return {}; }
 };
 
+/// There is no server process, and none can be started.
 class SSOServerManagerDefaults : public ISSOServerManager {
 public:
     void SetSSOServerAppFiles(wchar_t const*, wchar_t const*) override {}

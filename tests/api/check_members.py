@@ -65,7 +65,7 @@ def exports_of(arguments):
     if arguments.nm:
         # Address, kind and name; those of no address are not its own.
         lines = output_of([arguments.nm, "-DC", "--defined-only", arguments.library]).splitlines()
-        return [line.split(" ", 2)[2] for line in lines]
+        return [line.split(" ", 2)[2].partition("@")[0] for line in lines]
     table = output_of([arguments.objdump, "-p", arguments.library])
     table = table[table.index("[Ordinal/Name Pointer] Table") :]
     names = re.findall(r"^\s*\[ *\d+\](?: \+base\[ *\d+\])?(?: +[0-9a-f]{4,})? (\S+)$", table, re.M)
