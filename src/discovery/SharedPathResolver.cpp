@@ -46,7 +46,8 @@ void SharedPathResolver::Ask(Question const& question)
         }
         ++attempts;
     } while (!Learn(*copy, copiedAt) && attempts < MostAttempts);
-    LogLines(lines);
+    if (log)
+        LogLines(lines);
     if (failure)
         std::rethrow_exception(failure);
 }
@@ -65,8 +66,6 @@ void SharedPathResolver::SetSSOClientConfigFileOverride(std::wstring const& path
 // throws at another one; its first exception leaves.
 void SharedPathResolver::LogLines(std::vector<Line> const& lines)
 {
-    if (!log)
-        return;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         try {
             log(lines[i].text, lines[i].level);

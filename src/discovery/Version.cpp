@@ -15,7 +15,7 @@ namespace {
 
 int Sign(long long value) { return value > 0 ? 1 : value < 0 ? -1 : 0; }
 
-// 0 where one of the texts is no number or is too large.
+// 0 if one of the texts is not a number, or too large.
 long long NumericDifference(std::string const& x, std::string const& y)
 {
     try {

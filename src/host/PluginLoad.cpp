@@ -1,5 +1,4 @@
-// SSOClientManager: the road from the first request for an interface to a
-// working plugin.
+// SSOClientManager: the load, from the first request for an interface to a working plugin.
 
 #include <plugin/ILogger.h>
 #include <plugin/ISSOClientFactory.h>

@@ -35,8 +35,8 @@ Undestroyed<std::optional<std::locale>> keptLocaleOfTheCLibrary;
 
 } // namespace
 
-// The environment may hold what is no locale, or one with a character set that
-// does not exist.
+// The environment may name anything: not a locale at all, or one with a character set
+// that does not exist.
 std::locale SystemLocale()
 {
     boost::locale::generator const generate;

@@ -22,8 +22,8 @@ namespace {
 
 // Created under SSOClientManagerMutex, and read without it once isPublished is set;
 // released without it. Never destroyed: threads of the host may still call.
-Undestroyed<std::shared_ptr<SSOClientManager>> undestroyedInstance;
-std::shared_ptr<SSOClientManager>& instance = undestroyedInstance.value;
+Undestroyed<std::shared_ptr<SSOClientManager>> undestroyedManager;
+std::shared_ptr<SSOClientManager>& theManager = undestroyedManager.value;
 std::atomic<bool> isPublished{false};
 
 Version OwnVersion()
@@ -33,8 +33,8 @@ Version OwnVersion()
     return version;
 }
 
-// Another thread may hold the lock for a moment, or for ever: it waits in the
-// plugin, or the system has ended it before it told the library.
+// Another thread may hold the lock for a moment, or forever: it waits in the plugin, or
+// the system ended it while it held the lock.
 std::unique_lock<std::recursive_mutex> LockAtProcessEnd()
 {
     std::unique_lock<std::recursive_mutex> lock(SSOClientManagerMutex, std::defer_lock);
@@ -58,7 +58,7 @@ std::shared_ptr<SSOClientManager> SSOClientManager::GetInstance()
 {
     if (!isPublished.load(std::memory_order_acquire))
         CreateInstance();
-    return instance;
+    return theManager;
 }
 
 void SSOClientManager::CreateInstance()
@@ -75,7 +75,7 @@ void SSOClientManager::CreateInstance()
     }
     auto manager = std::make_shared<SSOClientManager>();
     std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
-    if (instance)
+    if (theManager)
         return;
     releasePlugin = &SSOClientManager::ReleasePlugin;
     // Before anyone sees the manager: if this fails, the next use does both again.
@@ -86,14 +86,14 @@ void SSOClientManager::CreateInstance()
 
 void SSOClientManager::Publish(std::shared_ptr<SSOClientManager> manager)
 {
-    instance = std::move(manager);
+    theManager = std::move(manager);
     isPublished.store(true, std::memory_order_release);
 }
 
 bool SSOClientManager::ReleaseInstance()
 {
     isPublished.store(false, std::memory_order_release);
-    std::shared_ptr<SSOClientManager> const released = std::move(instance);
+    std::shared_ptr<SSOClientManager> const released = std::move(theManager);
     return true;
 }
 
@@ -104,8 +104,8 @@ void SSOClientManager::ReleasePlugin()
 {
     std::shared_ptr<ISSOClientFactory> factory;
     if (auto const lock = LockAtProcessEnd()) {
-        if (instance)
-            factory.swap(instance->clientFactory);
+        if (theManager)
+            factory.swap(theManager->clientFactory);
     } else {
         return;
     }

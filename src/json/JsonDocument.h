@@ -8,7 +8,7 @@ class Value;
 
 namespace Halvorix::SSOServices {
 
-/// False for null, for the empty text and for what is no JSON. Comments and
+/// False for null, for the empty text and for text that is not valid JSON. Comments and
 /// what follows the first value are ignored; the last of equal keys wins.
 bool ParseJsonDocument(char const* text, Json::Value& value);
 

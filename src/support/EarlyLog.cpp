@@ -18,12 +18,12 @@ constexpr std::size_t MostItems = 65536;
 
 bool EarlyLog::Item::operator==(Item const& other) const
 {
-    return what == other.what && times == other.times;
+    return number == other.number && times == other.times;
 }
 
 bool EarlyLog::Item::operator<(Item const& other) const
 {
-    return what != other.what ? what < other.what : times < other.times;
+    return number != other.number ? number < other.number : times < other.times;
 }
 
 void EarlyLog::Add(std::wstring const& text, Log::LogLevel level)
@@ -32,7 +32,7 @@ void EarlyLog::Add(std::wstring const& text, Log::LogLevel level)
     try {
         Fold();
         if (log.size() + itemsInRows > MostItems + lines.size())
-            KeepCountsAlone();
+            KeepOnlyCounts();
     } catch (std::bad_alloc const&) {
         // The log is only longer than it need be.
     }
@@ -55,63 +55,63 @@ void EarlyLog::ForEach(Row const& row,
                        std::function<void(EarlyLogEntry const&)> const& action) const
 {
     for (Item const& item : row) {
-        Thing const& thing = things[item.what];
+        LineOrRow const& entry = entries[item.number];
         for (std::uint64_t i = 0; i < item.times; ++i) {
-            if (thing.row.empty())
-                action(thing.line);
+            if (entry.row.empty())
+                action(entry.line);
             else
-                ForEach(thing.row, action);
+                ForEach(entry.row, action);
         }
     }
 }
 
-// The thing before its number, so that no number is without a thing when memory ends.
+// The entry before its number, so that no number is without an entry when memory ends.
 std::size_t EarlyLog::NumberOf(std::wstring const& text, Log::LogLevel level)
 {
     std::pair<Log::LogLevel, std::wstring> line{level, text};
     if (auto const known = lines.find(line); known != lines.end())
         return known->second;
-    things.push_back({{text, level}, {}});
-    return lines.emplace(std::move(line), things.size() - 1).first->second;
+    entries.push_back({{text, level}, {}});
+    return lines.emplace(std::move(line), entries.size() - 1).first->second;
 }
 
 std::size_t EarlyLog::NumberOf(Row const& row)
 {
     if (auto const known = rows.find(row); known != rows.end())
         return known->second;
-    things.emplace_back().row = row;
+    entries.emplace_back().row = row;
     itemsInRows += row.size();
-    return rows.emplace(row, things.size() - 1).first->second;
+    return rows.emplace(row, entries.size() - 1).first->second;
 }
 
 // By text, in the order of each one's first message. A row has a higher number than what
 // is in it.
-void EarlyLog::KeepCountsAlone()
+void EarlyLog::KeepOnlyCounts()
 {
-    std::vector<std::uint64_t> times(things.size());
+    std::vector<std::uint64_t> times(entries.size());
     for (Item const& item : log)
-        times[item.what] += item.times;
-    for (std::size_t what = things.size(); what-- > 0;)
-        for (Item const& item : things[what].row)
-            times[item.what] += times[what] * item.times;
-    std::vector<std::size_t> numbers(things.size());
-    std::vector<Thing> kept;
+        times[item.number] += item.times;
+    for (std::size_t number = entries.size(); number-- > 0;)
+        for (Item const& item : entries[number].row)
+            times[item.number] += times[number] * item.times;
+    std::vector<std::size_t> numbers(entries.size());
+    std::vector<LineOrRow> kept;
     Row counted;
     kept.reserve(lines.size());
     counted.reserve(lines.size());
     // From here on nothing throws.
-    for (std::size_t what = 0; what < things.size(); ++what) {
-        if (!things[what].row.empty())
+    for (std::size_t number = 0; number < entries.size(); ++number) {
+        if (!entries[number].row.empty())
             continue;
-        numbers[what] = counted.size();
-        counted.push_back({counted.size(), times[what]});
-        kept.push_back(std::move(things[what]));
+        numbers[number] = counted.size();
+        counted.push_back({counted.size(), times[number]});
+        kept.push_back(std::move(entries[number]));
     }
     for (auto& [line, number] : lines)
         number = numbers[number];
     rows.clear();
     itemsInRows = 0;
-    things.swap(kept);
+    entries.swap(kept);
     log.swap(counted);
 }
 
@@ -126,7 +126,7 @@ bool EarlyLog::FoldIntoTheOneBefore()
 {
     if (log.size() < 2)
         return false;
-    if (Item& before = log[log.size() - 2]; before.what == log.back().what) {
+    if (Item& before = log[log.size() - 2]; before.number == log.back().number) {
         before.times += log.back().times;
         log.pop_back();
         return true;
@@ -134,7 +134,7 @@ bool EarlyLog::FoldIntoTheOneBefore()
     std::size_t const most = std::min(LongestRow, log.size() - 1);
     for (std::size_t length = 2; length <= most; ++length) {
         Item& before = log[log.size() - 1 - length];
-        Row const& row = things[before.what].row;
+        Row const& row = entries[before.number].row;
         if (row.size() == length && row.back() == log.back() &&
             std::equal(row.begin(), row.end(), log.end() - static_cast<std::ptrdiff_t>(length))) {
             ++before.times;

@@ -35,9 +35,9 @@ public:
     void ForEach(std::function<void(EarlyLogEntry const&)> const& action) const;
 
 private:
-    /// A line or a row of others, so many times.
+    /// The number of an entry, and how many times it is repeated.
     struct Item {
-        std::size_t what;
+        std::size_t number;
         std::uint64_t times;
         bool operator==(Item const& other) const;
         bool operator<(Item const& other) const;
@@ -49,15 +49,15 @@ private:
     void Fold();
     bool FoldIntoTheOneBefore();
     bool FoldWithThoseBefore();
-    void KeepCountsAlone();
+    void KeepOnlyCounts();
     void ForEach(Row const& row, std::function<void(EarlyLogEntry const&)> const& action) const;
 
-    // By number: each is a line or a row.
-    struct Thing {
+    // Numbered from 0.
+    struct LineOrRow {
         EarlyLogEntry line;
         Row row; // empty for a line
     };
-    std::vector<Thing> things;
+    std::vector<LineOrRow> entries;
     std::map<std::pair<Log::LogLevel, std::wstring>, std::size_t> lines;
     std::map<Row, std::size_t> rows;
     std::size_t itemsInRows = 0;

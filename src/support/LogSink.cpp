@@ -18,7 +18,7 @@ namespace {
 constexpr int DeepestNesting = 32;
 
 // Under SSOClientManagerMutex.
-struct State {
+struct Sink {
     EarlyLog earlyLog;
     std::shared_ptr<ILogger> logger;
     // The logger's calls under way, one inside the other, and whether they came that deep.
@@ -29,16 +29,16 @@ struct State {
 };
 
 // Never destroyed: threads of the host, and destructors that run late, may still log.
-Undestroyed<State> undestroyed;
-State& state = undestroyed.value;
+Undestroyed<Sink> undestroyedSink;
+Sink& sink = undestroyedSink.value;
 
 class NestedWrite {
 public:
-    NestedWrite() { ++state.nesting; }
+    NestedWrite() { ++sink.nesting; }
     ~NestedWrite()
     {
-        if (--state.nesting == 0)
-            state.wasTooDeep = false;
+        if (--sink.nesting == 0)
+            sink.wasTooDeep = false;
     }
     NestedWrite(NestedWrite const&) = delete;
     NestedWrite& operator=(NestedWrite const&) = delete;
@@ -47,14 +47,14 @@ public:
 // A copy of the pointer: a call back may replace the logger.
 std::shared_ptr<ILogger> LoggerToCall()
 {
-    state.wasTooDeep = state.wasTooDeep || state.nesting == DeepestNesting;
-    return state.wasTooDeep ? nullptr : state.logger;
+    sink.wasTooDeep = sink.wasTooDeep || sink.nesting == DeepestNesting;
+    return sink.wasTooDeep ? nullptr : sink.logger;
 }
 
 // With the logger of the moment for each: one that calls back may replace itself.
 void Flush(EarlyLogEntry const& entry)
 {
-    if (std::shared_ptr<ILogger> const target = state.logger) {
+    if (std::shared_ptr<ILogger> const target = sink.logger) {
         NestedWrite const nested;
         target->WriteLine(entry.text.c_str(), entry.level);
     } else {
@@ -72,7 +72,7 @@ void WriteLogLine(std::wstring message, Log::LogLevel level)
         target->WriteLine(message.c_str(), level);
         return;
     }
-    state.earlyLog.Add(message, level);
+    sink.earlyLog.Add(message, level);
     if (level == Log::LogLevel::Error)
         Platform::ShowOnConsole(message);
 }
@@ -85,8 +85,8 @@ void FlushEarlyLog()
     try {
         flushed.ForEach(Flush);
     } catch (...) {
-        std::swap(flushed, state.earlyLog);
-        state.earlyLog.Add(flushed);
+        std::swap(flushed, sink.earlyLog);
+        sink.earlyLog.Add(flushed);
         throw;
     }
 }
@@ -94,13 +94,13 @@ void FlushEarlyLog()
 EarlyLog TakeEarlyLog()
 {
     std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
-    return std::exchange(state.earlyLog, {});
+    return std::exchange(sink.earlyLog, {});
 }
 
 std::shared_ptr<ILogger> InstallLogger(std::shared_ptr<ILogger> newLogger)
 {
     std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
-    return std::exchange(state.logger, std::move(newLogger));
+    return std::exchange(sink.logger, std::move(newLogger));
 }
 
 } // namespace Halvorix::SSOServices

@@ -22,7 +22,7 @@ bool IsWorkUnderWay(Clock::time_point limit)
     return workUnderWay > ownWorkUnderWay && Clock::now() < limit;
 }
 
-// Long enough for a busy machine, yet not for ever: what is under way may itself wait for
+// Long enough for a busy machine, yet not forever: what is under way may itself wait for
 // the thread that ends the process. That thread may end it from inside its own work, as
 // the constructors of a plugin do that calls exit.
 void WaitForWork()

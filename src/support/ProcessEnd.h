@@ -8,13 +8,13 @@ namespace Halvorix::SSOServices {
 /// Set by the manager: how to let the plugin go at the end of the process.
 extern std::atomic<void (*)()> releasePlugin;
 
-/// From then on nothing is loaded any more: the modules that it takes may have
-/// ended, too, and Linux's loader would begin them anew.
+/// From then on nothing is loaded: the modules that a load needs may have ended, too, and
+/// Linux's loader would start them again.
 extern std::atomic<bool> processIsEnding;
 
-/// Work with the loader, or with what other libraries' own ends take away, such as
-/// Boost's makers of locales: the end waits for it, though not for ever. Only to be begun
-/// if it may.
+/// Work with the loader, or with what the ends of other libraries destroy, such as Boost's
+/// locale generators. The end of the process waits for it, though not forever. Ask MayBegin
+/// before the work.
 class WorkBeforeTheEnd {
 public:
     WorkBeforeTheEnd();
@@ -28,8 +28,9 @@ private:
     bool mayBegin;
 };
 
-/// Locks what is held for moments only. At the end of the process a thread that the system
-/// has ended may hold it for ever: then nobody else is left, and it is not asked for.
+/// Locks a mutex that is only ever held for a moment. At the end of the process a thread that
+/// the system has ended may still hold it; no other thread is left then, and the lock that
+/// comes back may be empty.
 std::unique_lock<std::mutex> LockBriefly(std::mutex& mutex);
 
 } // namespace Halvorix::SSOServices

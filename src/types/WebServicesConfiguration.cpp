@@ -80,7 +80,7 @@ void WebServicesConfiguration::SetProductLineCode(wchar_t const* text)
     record->productLineCode = text;
 }
 
-// Inert on purpose: the field stays empty for ever.
+// Inert on purpose: the field always stays empty.
 int WebServicesConfiguration::GetCIPUserId(wchar_t* buffer, int size) const
 {
     return SSOServices::GetTruncated(std::wstring(), buffer, size);

@@ -5,14 +5,13 @@
 
 namespace Halvorix::Platform {
 
-/// A descriptor to read from, or -1 and errno. A pipe may have taken a file's place, and
-/// some files of the system wait for what is to come though they are called regular: no
-/// call waits for these. But a file server may have a lease on a file, which it gives up
-/// for one who waits a little.
+/// A descriptor to read from, or -1 and errno. Never waits for a pipe that has taken a file's
+/// place, nor for a system file that is called regular and yet waits for data. Where a file
+/// server holds a lease on the file, it waits until the server has given it up.
 int OpenWithoutWaiting(char const* file);
 
 /// Reads a regular file to its end, or at least up to the first of the characters that
-/// are enough. 0, or why not: EINVAL for what is no regular file, which is not waited for.
+/// are enough. 0, or why not: EINVAL for anything but a regular file, without waiting for it.
 int ReadRegularFile(std::string const& file, std::string& content, std::string_view enough = {});
 
 } // namespace Halvorix::Platform
