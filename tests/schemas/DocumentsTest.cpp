@@ -6,9 +6,9 @@
 
 #include <gmock/gmock.h>
 
-#include "NetworkCookie.h"
-#include "OAuth2Token.h"
-#include "SSOServicesPrivate.h"
+#include <NetworkCookie.h>
+#include <OAuth2Token.h>
+#include <SSOServicesPrivate.h>
 
 // The documents of the plugin boundary, which check.py holds against their schemas, by the
 // functions that a plugin has for them too.
