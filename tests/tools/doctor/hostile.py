@@ -547,7 +547,7 @@ def ServerApplicationOnAnotherMachine(test):
     if not test.build.is_windows:
         skip("only a name of Windows leads to another machine")
     prefix = os.environ.get("HXSSO_WINEPREFIX",
-                            str(pathlib.Path(__file__).resolve().parents[2] / ".deps/wine"))
+                            str(pathlib.Path(__file__).resolve().parents[3] / ".deps/wine"))
     place = test.whole()
     if not os.path.isdir(prefix + "/dosdevices"):
         skip("this is not Wine with a prefix of its own")

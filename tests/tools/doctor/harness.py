@@ -10,7 +10,7 @@ sys.dont_write_bytecode = True
 import rig  # noqa: E402
 from rig import skip  # noqa: E402,F401
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "tools"))
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1]))
 import elf  # noqa: E402
 
 CASES = pathlib.Path(__file__).resolve().parent / "cases"

@@ -11,7 +11,7 @@ import subprocess
 import sys
 
 SKIPPED = 77
-WINE_I386 = pathlib.Path(__file__).resolve().parents[2] / ".deps/wine-i386/i386-windows"
+WINE_I386 = pathlib.Path(__file__).resolve().parents[3] / ".deps/wine-i386/i386-windows"
 CAN_WORK = "sign-in can work"
 NOT_LOADED = "nothing wrong found; the plugin was not loaded (--load loads it)"
 BASE = pathlib.Path(__file__).resolve().parent / "base"

@@ -12,7 +12,7 @@ import rig
 import harness
 from harness import CASES, COMPATIBILITY, skip
 
-SCHEMA = pathlib.Path(__file__).resolve().parents[2] / "docs/schemas/doctor.schema.json"
+SCHEMA = pathlib.Path(__file__).resolve().parents[3] / "docs/schemas/doctor.schema.json"
 
 
 def schema():
