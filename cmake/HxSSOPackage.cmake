@@ -13,6 +13,19 @@ install(DIRECTORY examples DESTINATION ${data_dir})
 install(DIRECTORY docs/schemas DESTINATION ${data_dir})
 install(FILES LICENSE DESTINATION ${license_dir} RENAME HxSSOServices.txt)
 
+# --- Documents as HTML, if the target `documents` was built -----------------------
+
+find_program(HXSSO_DOXYGEN doxygen NO_CMAKE_FIND_ROOT_PATH)
+mark_as_advanced(HXSSO_DOXYGEN)
+if(HXSSO_DOXYGEN)
+    file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/Doxyfile
+        "@INCLUDE = docs/Doxyfile\nOUTPUT_DIRECTORY = ${CMAKE_CURRENT_BINARY_DIR}/html\n")
+    add_custom_target(documents
+        COMMAND ${HXSSO_DOXYGEN} ${CMAKE_CURRENT_BINARY_DIR}/Doxyfile
+        WORKING_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR})
+    install(DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/html DESTINATION ${data_dir} OPTIONAL)
+endif()
+
 # --- For those who build against it -----------------------------------------------
 
 include(CMakePackageConfigHelpers)
@@ -80,18 +93,16 @@ if(WIN32)
     math(EXPR bits "${CMAKE_SIZEOF_VOID_P} * 8")
     string(REPLACE 32 86 bits ${bits})
     set(CPACK_PACKAGE_FILE_NAME HxSSOServices-${PROJECT_VERSION}-windows-x${bits})
-else()
-    set(CPACK_GENERATOR DEB)
-    set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-    set(CPACK_DEBIAN_PACKAGE_NAME hxssoservices)
-    set(CPACK_DEBIAN_PACKAGE_SECTION libdevel)
-    # With it comes the call that makes the system know the new library.
-    set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-    find_program(HXSSO_DPKG_SHLIBDEPS dpkg-shlibdeps)
-    mark_as_advanced(HXSSO_DPKG_SHLIBDEPS)
-    if(HXSSO_DPKG_SHLIBDEPS)
-        set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+    if(MINGW)
+        configure_file(cmake/HxSSOPackageFiles.cmake.in HxSSOPackageFiles.cmake @ONLY)
+        set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_BINARY_DIR}/HxSSOPackageFiles.cmake)
     endif()
-    install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/hxssoservices RENAME copyright)
+    install(FILES README.md LICENSE DESTINATION .)
+else()
+    set(CPACK_GENERATOR TGZ) # debian/ makes Debian's packages
 endif()
+string(REGEX REPLACE "([][+.*()^$?|\\\\])" "\\\\\\1" root "${CMAKE_CURRENT_SOURCE_DIR}")
+set(CPACK_SOURCE_IGNORE_FILES "^${root}/(build|[.]deps|[.]git|[.]cache)(/|$)" "[.]swp$" "~$")
+set(CPACK_SOURCE_GENERATOR TGZ)
+set(CPACK_SOURCE_PACKAGE_FILE_NAME HxSSOServices-${PROJECT_VERSION}-source)
 include(CPack)
