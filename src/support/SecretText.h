@@ -40,7 +40,11 @@ public:
         Wipe(other);
     }
     SecretText(SecretText const&) = default;
-    SecretText& operator=(SecretText const& other) { return *this = other.text; }
+    SecretText& operator=(SecretText const& other)
+    {
+        *this = other.text;
+        return *this;
+    }
     SecretText& operator=(Text other)
     {
         Wipe(text); // a swap would leave parts of a short text in the string itself
