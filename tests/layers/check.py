@@ -37,8 +37,11 @@ PERMITTED = {
     "src/support":    (["src/platform", "include/plugin"],        ["boost"]),
     "src/platform":   ([],                                        ["boost"]),
     "include":        (["include/plugin"],                        []),
-    "include/plugin": (["include"],                               []),
+    "include/plugin": ([],                                        []),
 }
+
+# The defaults of plugins answer a configuration; the interfaces do without.
+ALSO_PERMITTED = {"include/plugin/Defaults.h": ["include"]}
 
 SYSTEMS = ("src/platform/linux", "src/platform/windows")
 
@@ -88,7 +91,7 @@ def check_include(root, name, included, brackets):
     for system in SYSTEMS:
         if target.startswith(system + "/") and not name.startswith(system + "/"):
             return f"{target} is for {system} alone"
-    if folder_of(target) in [folder, *own]:
+    if folder_of(target) in [folder, *own, *ALSO_PERMITTED.get(name, [])]:
         return None
     return f"{folder} may not include {folder_of(target)} ({target})"
 
