@@ -34,7 +34,7 @@ bool SSOPathResolver::AnnounceSSOClientConfigFileOverride(std::wstring const& pa
 {
     if (!BeginClientConfigFileOverride(path))
         return false;
-    LogLine(logFunction, Messages::ConfigOverrideSet, path);
+    LogMessage(logFunction, Messages::ConfigOverrideSet, path);
     return true;
 }
 
@@ -49,7 +49,7 @@ bool SSOPathResolver::BeginClientConfigFileOverride(std::wstring const& path)
 {
     // A load that failed counts as loaded.
     if (clientConfigState != NotLoaded) {
-        LogLine(logFunction, Messages::ConfigOverrideTooLate, path, clientConfigFile);
+        LogMessage(logFunction, Messages::ConfigOverrideTooLate, path, clientConfigFile);
         return false;
     }
     // An earlier search result must not shadow the override.
@@ -78,13 +78,13 @@ bool SSOPathResolver::FindClientConfigFile()
     std::wstring const shown =
         Announce(Messages::ConfigSearching, ClientConfigFileName, ResolvedSearchPaths(paths));
     if (FindFileInPaths(ClientConfigFileName, ResolvedSearchPaths(paths), clientConfigFile)) {
-        LogLine(logFunction, Messages::ConfigFound, clientConfigFile);
+        LogMessage(logFunction, Messages::ConfigFound, clientConfigFile);
         return true;
     }
     // The bare name: the search is over, and the file may still lie in the
     // current directory.
     clientConfigFile = ClientConfigFileName;
-    LogLine(logFunction, Messages::ConfigMissing, ClientConfigFileName, shown);
+    LogMessage(logFunction, Messages::ConfigMissing, ClientConfigFileName, shown);
     return false;
 }
 
@@ -107,10 +107,10 @@ void SSOPathResolver::ReadClientConfig()
     std::wstring const file = GetSSOClientConfigFile();
     if (!PathExists(file))
         return;
-    LogLine(logFunction, Messages::ConfigLoading, file);
+    LogMessage(logFunction, Messages::ConfigLoading, file);
     Json::Value root;
     if (!ReadJsonFile(file, std::ios::binary, root)) {
-        LogLine(logFunction, Messages::ConfigInvalid, file);
+        LogMessage(logFunction, Messages::ConfigInvalid, file);
         return;
     }
     Json::Value& ssoServer = root["ssoServer"];

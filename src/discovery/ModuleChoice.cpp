@@ -65,11 +65,11 @@ bool SSOPathResolver::FindVersionCompatibilityFile()
         // The bare name ends the search; it is read from the current directory
         // if it lies there. The line does not show the second place, on purpose.
         versionCompatibilityFile = CompatibilityFileName;
-        LogLine(logFunction, Messages::CompatibilityMissing, CompatibilityFileName, shown);
+        LogMessage(logFunction, Messages::CompatibilityMissing, CompatibilityFileName, shown);
         return false;
     }
     versionCompatibilityFile = found;
-    LogLine(logFunction, Messages::CompatibilityFound, found);
+    LogMessage(logFunction, Messages::CompatibilityFound, found);
     return true;
 }
 
@@ -81,7 +81,7 @@ bool SSOPathResolver::LoadVersionCompatibilityFile(std::wstring file, std::strin
     Json::Value root;
     // As text, unlike the client configuration file, on purpose.
     if (!ReadJsonFile(file, std::ios::in, root)) {
-        LogLine(logFunction, Messages::CompatibilityInvalid, file);
+        LogMessage(logFunction, Messages::CompatibilityInvalid, file);
         return false;
     }
     char const* const pathKey = ModulePathKey();
@@ -137,19 +137,19 @@ void SSOPathResolver::LogFlaw(ModuleFlaw flaw, std::wstring const& key, std::wst
     case ModuleFlaw::None:
         break;
     case ModuleFlaw::NoModule:
-        LogLine(logFunction, Messages::ModuleBlank, key, file);
+        LogMessage(logFunction, Messages::ModuleBlank, key, file);
         break;
     case ModuleFlaw::NoPath:
-        LogLine(logFunction, Messages::ModulePathBlank, key, file);
+        LogMessage(logFunction, Messages::ModulePathBlank, key, file);
         break;
     case ModuleFlaw::PathVanishes:
-        LogLine(logFunction, Messages::ModuleVersionBlank, key, file);
+        LogMessage(logFunction, Messages::ModuleVersionBlank, key, file);
         break;
     case ModuleFlaw::NoRange:
-        LogLine(logFunction, Messages::RangeMissing, file);
+        LogMessage(logFunction, Messages::RangeMissing, file);
         break;
     case ModuleFlaw::EmptyRange:
-        LogLine(logFunction, Messages::RangeInvalid, file);
+        LogMessage(logFunction, Messages::RangeInvalid, file);
         break;
     }
 }
@@ -159,13 +159,13 @@ bool SSOPathResolver::FindCompatibleModule(std::string key, Version const& versi
 {
     std::wstring const file = GetVersionCompatibilityFile();
     if (!PathExists(file)) {
-        LogLine(logFunction, Messages::CompatibilityAbsent, file);
+        LogMessage(logFunction, Messages::CompatibilityAbsent, file);
         return false;
     }
     std::vector<CompatibleModule> list;
     LoadVersionCompatibilityFile(file, key, list);
     if (list.empty()) {
-        LogLine(logFunction, Messages::CompatibilityListEmpty, Utf8ToWide(key), file);
+        LogMessage(logFunction, Messages::CompatibilityListEmpty, Utf8ToWide(key), file);
         return false;
     }
     return SelectCompatibleModule(version, list, selected);
@@ -174,15 +174,15 @@ bool SSOPathResolver::FindCompatibleModule(std::string key, Version const& versi
 void SSOPathResolver::ChooseModule(ModuleKind const& kind, std::wstring& chosen)
 {
     std::wstring const version = Widen(ssoServicesVersion);
-    LogLine(logFunction, kind.searching, version, GetVersionCompatibilityFile());
+    LogMessage(logFunction, kind.searching, version, GetVersionCompatibilityFile());
     CompatibleModule record;
     if (FindCompatibleModule(kind.key, ssoServicesVersion, record)) {
         chosen = NormalizePath(JoinPath(record.modulePath, record.module));
-        LogLine(logFunction, kind.found, version, chosen);
+        LogMessage(logFunction, kind.found, version, chosen);
         return;
     }
     std::wstring const file = GetVersionCompatibilityFile();
-    LogLine(logFunction, PathExists(file) ? kind.missing : kind.missingNoFile, version, file);
+    LogMessage(logFunction, PathExists(file) ? kind.missing : kind.missingNoFile, version, file);
 }
 
 void SSOPathResolver::FindSSOClientPlugin()
@@ -209,16 +209,17 @@ void SSOPathResolver::FindOpenSslModule()
 
 bool SSOPathResolver::UseOpenSslOverride()
 {
-    LogLine(logFunction, Messages::OpenSslOverrideSearching, GetSSOClientConfigFile());
+    LogMessage(logFunction, Messages::OpenSslOverrideSearching, GetSSOClientConfigFile());
     if (clientConfig.openSslModuleName.empty() || clientConfig.openSslModulePath.empty()) {
-        LogLine(logFunction, Messages::OpenSslOverrideNone, GetSSOClientConfigFile());
+        LogMessage(logFunction, Messages::OpenSslOverrideNone, GetSSOClientConfigFile());
         return false;
     }
     openSslModule =
         NormalizePath(JoinPath(clientConfig.openSslModulePath, clientConfig.openSslModuleName));
     ExpandPathVariables(openSslModule);
     // The version in the place of the file, on purpose.
-    LogLine(logFunction, Messages::OpenSslOverrideFound, Widen(ssoServicesVersion), openSslModule);
+    LogMessage(logFunction, Messages::OpenSslOverrideFound, Widen(ssoServicesVersion),
+               openSslModule);
     return true;
 }
 

@@ -117,14 +117,14 @@ std::wstring SSOPathResolver::Announce(Message const& searching, std::wstring co
                                        std::vector<std::wstring> const& directories)
 {
     std::wstring shown = boost::algorithm::join(directories, L"\n");
-    LogLine(logFunction, searching, file, shown);
+    LogMessage(logFunction, searching, file, shown);
     return shown;
 }
 
 void SSOPathResolver::AnnounceOverride(Message const& found, Message const& missing,
                                        std::wstring const& file)
 {
-    LogLine(logFunction, PathExists(file) ? found : missing, file);
+    LogMessage(logFunction, PathExists(file) ? found : missing, file);
 }
 
 } // namespace Halvorix::SSOServices

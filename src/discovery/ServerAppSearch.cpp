@@ -55,13 +55,13 @@ bool SSOPathResolver::FindSSOServerApp()
         return false;
     std::wstring found;
     if (!FindFileInPaths(clientConfig.appName, ServerAppDirectories(), found)) {
-        LogLine(logFunction, Messages::ServerMissing, clientConfig.appName, shown);
+        LogMessage(logFunction, Messages::ServerMissing, clientConfig.appName, shown);
         return false;
     }
     // Empty for a hit in the current directory: then the next question searches
     // again, and the line is built without asking one.
     ssoServerAppPath = ParentPath(found);
-    LogLine(logFunction, Messages::ServerFound, ServerAppExeFile());
+    LogMessage(logFunction, Messages::ServerFound, ServerAppExeFile());
     return !ssoServerAppPath.empty();
 }
 
@@ -73,7 +73,7 @@ void SSOPathResolver::AddRegistrySearchPath()
     if (error != 0 && Platform::IsWow64Process())
         error = Platform::OpenLocationKey(LocationView::Native64, opened);
     if (error != 0) {
-        LogLine(logFunction, Messages::RegistryUnavailable, FormatSystemError(error));
+        LogMessage(logFunction, Messages::RegistryUnavailable, FormatSystemError(error));
         return;
     }
     std::unique_ptr<void, decltype(&Platform::CloseLocationKey)> const key(
@@ -83,7 +83,7 @@ void SSOPathResolver::AddRegistrySearchPath()
         return;
     // As it stands, unresolved and even if empty.
     clientConfig.searchPaths.push_back(location);
-    LogLine(logFunction, Messages::RegistryRead, location);
+    LogMessage(logFunction, Messages::RegistryRead, location);
 }
 
 } // namespace Halvorix::SSOServices

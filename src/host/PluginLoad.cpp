@@ -27,8 +27,8 @@ using FactoryProcedure = std::shared_ptr<ISSOClientFactory> (*)();
 bool SSOClientManager::AnnounceAndLoad()
 {
     // Every call without a factory says so again, on purpose.
-    LogLine(log, Messages::Banner, Platform::LibraryFileName(), Utf8ToWide(LibraryVersion),
-            BuildName(), libraryFile);
+    LogMessage(log, Messages::Banner, Platform::LibraryFileName(), Utf8ToWide(LibraryVersion),
+               BuildName(), libraryFile);
     SetSupportFileSearchPaths(SupportFileSearchPaths());
     return LoadPlugin() && clientFactory;
 }
@@ -42,7 +42,7 @@ bool SSOClientManager::LoadPlugin()
     loadState = LoadBegun;
     std::wstring const file = Ask(&SSOPathResolver::GetSSOClientPluginModule);
     if (file.empty() || !PathExists(WideToUtf8(file))) {
-        LogLine(log, Messages::PluginNotFound, file);
+        LogMessage(log, Messages::PluginNotFound, file);
         FlushEarlyLog(); // the one failure that shows the whole log
         return false;
     }
@@ -60,13 +60,13 @@ bool SSOClientManager::LoadPluginModule(std::wstring const& file)
     WorkBeforeTheEnd const work;
     if (!work.MayBegin())
         return false;
-    LogLine(log, Messages::PluginLoading, file);
+    LogMessage(log, Messages::PluginLoading, file);
     Platform::SetDependencyDirectory(ParentPath(file).c_str());
     moduleHandle = Platform::LoadModule(file);
     // The system's own order, not what the host may have set before.
     Platform::SetDependencyDirectory(nullptr);
     if (moduleHandle == nullptr) {
-        LogLine(log, Messages::PluginLoadFailed, file, FormatSystemError(Platform::LastError()));
+        LogMessage(log, Messages::PluginLoadFailed, file, FormatSystemError(Platform::LastError()));
         return false;
     }
     return true;
@@ -74,15 +74,16 @@ bool SSOClientManager::LoadPluginModule(std::wstring const& file)
 
 bool SSOClientManager::GetFactory(std::wstring const& file)
 {
-    LogLine(log, Messages::PluginLoaded, file);
-    LogLine(log, Messages::FactoryProcGetting, file);
+    LogMessage(log, Messages::PluginLoaded, file);
+    LogMessage(log, Messages::FactoryProcGetting, file);
     auto const procedure = reinterpret_cast<FactoryProcedure>(
         Platform::FindProcedure(moduleHandle, Platform::FactoryProcedureName()));
     if (procedure == nullptr) {
-        LogLine(log, Messages::FactoryProcMissing, file, FormatSystemError(Platform::LastError()));
+        LogMessage(log, Messages::FactoryProcMissing, file,
+                   FormatSystemError(Platform::LastError()));
         return false;
     }
-    LogLine(log, Messages::FactoryGetting, file);
+    LogMessage(log, Messages::FactoryGetting, file);
     clientFactory = procedure();
     return clientFactory != nullptr; // an empty factory is not logged, on purpose
 }
@@ -108,7 +109,7 @@ void SSOClientManager::SetUpPlugin()
     if (module) {
         std::wstring const openSsl = Ask(&SSOPathResolver::GetOpenSslModule);
         if (openSsl.empty() || !PathExists(openSsl))
-            LogLine(log, Messages::OpenSslModuleNotFound, openSsl);
+            LogMessage(log, Messages::OpenSslModuleNotFound, openSsl);
         module->SetOpenSslModule(openSsl.c_str());
     }
     loadState = LoadEnded;

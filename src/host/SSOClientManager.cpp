@@ -46,7 +46,7 @@ std::unique_lock<std::recursive_mutex> LockAtProcessEnd()
 
 } // namespace
 
-SSOClientManager::SSOClientManager() : SSOClientManager(&WriteLogLine) {}
+SSOClientManager::SSOClientManager() : SSOClientManager(&LogWrite) {}
 
 SSOClientManager::SSOClientManager(LogFunction log)
     : SharedPathResolver(OwnVersion(), std::move(log)),
@@ -126,7 +126,7 @@ void SSOClientManager::GetInterface(std::shared_ptr<Interface> (ISSOClientFactor
     }
     std::shared_ptr<Interface> answer = ((*clientFactory).*getter)();
     if (!answer)
-        LogLine(log, refused);
+        LogMessage(log, refused);
     result = std::move(answer);
 }
 

@@ -64,7 +64,7 @@ void Flush(EarlyLogEntry const& entry)
 
 } // namespace
 
-void WriteLogLine(std::wstring message, Log::LogLevel level)
+void LogWrite(std::wstring message, Log::LogLevel level)
 {
     std::lock_guard<std::recursive_mutex> const lock(SSOClientManagerMutex);
     if (std::shared_ptr<ILogger> const target = LoggerToCall()) {

@@ -21,7 +21,7 @@ using LogFunction = std::function<void(std::wstring, Log::LogLevel)>;
 
 /// The one way of every line of the library: composed from its message, then handed on.
 template <class... Arguments>
-void LogLine(LogFunction const& log, Message const& message, Arguments const&... arguments)
+void LogMessage(LogFunction const& log, Message const& message, Arguments const&... arguments)
 {
     if (log)
         log(Compose(message, arguments...), message.level);
@@ -29,7 +29,7 @@ void LogLine(LogFunction const& log, Message const& message, Arguments const&...
 
 /// To the plugin's logger; without one the line waits in the early log, and an
 /// error is also shown on the console at once.
-void WriteLogLine(std::wstring message, Log::LogLevel level);
+void LogWrite(std::wstring message, Log::LogLevel level);
 
 /// Sends the early log to the logger, or to the console if there is none.
 void FlushEarlyLog();

@@ -49,7 +49,7 @@ TEST(Access, DeniedToTheCompatibilityFileIsAFileThatIsNoJson)
     if (!CanDeny(asked))
         GTEST_SKIP() << cannotDeny;
     EXPECT_THAT(asked.answers, ElementsAre(Denied, "{root}/server", ""));
-    for (LogLine const& line :
+    for (LogMessage const& line :
          {RefusesFile(), HasNoModules("ssoClientPlugin"), MissesModule("client plugin")})
         EXPECT_EQ(asked.outcome.OnConsole(line.text), 1) << line;
 }

@@ -22,7 +22,7 @@ std::string const RequiresText = "Json::LogicError: Type is not convertible to s
 
 std::string Server(std::string const& members) { return R"({"ssoServer": {)" + members + "}}"; }
 
-std::vector<LogLine> First(std::size_t count, std::vector<LogLine> lines)
+std::vector<LogMessage> First(std::size_t count, std::vector<LogMessage> lines)
 {
     lines.resize(std::min(count, lines.size()));
     return lines;
@@ -80,7 +80,7 @@ TEST(ClientConfig, MayBeMissing)
     EXPECT_EQ(asked.outcome.Called("ISSOServerManager::SetSSOServerName("
                                    "\"Halvorix.SSO.DefaultServer-v2\")"),
               1);
-    for (LogLine const& line : asked.outcome.log)
+    for (LogMessage const& line : asked.outcome.log)
         EXPECT_THAT(line.text, Not(testing::HasSubstr("openssl override")));
 }
 
@@ -247,7 +247,7 @@ TEST(ClientConfig, RefusesAnOverrideOnceItIsRead)
 {
     struct {
         char const* content;
-        LogLine read;
+        LogMessage read;
     } const cases[] = {{"{}", HasNoLocation()}, {"{", RefusesConfig()}};
     for (auto const& [content, read] : cases) {
         SCOPED_TRACE(content);

@@ -16,107 +16,107 @@ inline std::string const BareFile = "SSOVersionCompatibility.config";
 inline std::string const ExecutableFirst = "{root}/app\n{root}/lib";
 inline std::string const LibraryFirst = "{root}/lib\n{root}/app";
 
-inline LogLine SearchesConfig(Text paths = ExecutableFirst)
+inline LogMessage SearchesConfig(Text paths = ExecutableFirst)
 {
     return {Info,
             "Searching for client config file SSOClient.config in the following paths:\n" + paths};
 }
-inline LogLine FindsConfig(Text file = AppConfig)
+inline LogMessage FindsConfig(Text file = AppConfig)
 {
     return {Info, "Found client config file at " + file};
 }
-inline LogLine MissesConfig(Text paths = ExecutableFirst)
+inline LogMessage MissesConfig(Text paths = ExecutableFirst)
 {
     return {Warning,
             "Failed to find client config file SSOClient.config in the following paths:\n" + paths};
 }
-inline LogLine LoadsConfig(Text file = AppConfig)
+inline LogMessage LoadsConfig(Text file = AppConfig)
 {
     return {Info, "Loading client config file " + file};
 }
-inline LogLine RefusesConfig(Text file = AppConfig)
+inline LogMessage RefusesConfig(Text file = AppConfig)
 {
     return {Error, "Failed to load client config file " + file + ". Invalid file format."};
 }
-inline LogLine SetsOverride(Text file)
+inline LogMessage SetsOverride(Text file)
 {
     return {Info, "Client config file override set to " + file};
 }
-inline LogLine FindsOverride(Text file)
+inline LogMessage FindsOverride(Text file)
 {
     return {Info, "Found client config file override at " + file};
 }
-inline LogLine MissesOverride(Text file)
+inline LogMessage MissesOverride(Text file)
 {
     return {Error, "Failed to find client config file override " + file};
 }
-inline LogLine RefusesOverride(Text file, Text loaded)
+inline LogMessage RefusesOverride(Text file, Text loaded)
 {
     return {Error, "Failed to set client config file override " + file +
                        " since client config file " + loaded + " is already loaded"};
 }
 
-inline LogLine HasNoLocation()
+inline LogMessage HasNoLocation()
 {
     return {Info,
             "Unable to get HxSSO path from registry, failed with error: " + SystemErrorText(2)};
 }
-inline LogLine HasLocation(Text text)
+inline LogMessage HasLocation(Text text)
 {
     return {Info, "Getting HxSSO path from registry: " + text};
 }
 
-inline LogLine SearchesServer(Text name = "HxSSO.exe", Text paths = LibraryFirst)
+inline LogMessage SearchesServer(Text name = "HxSSO.exe", Text paths = LibraryFirst)
 {
     return {Info, "Searching for SSO server app " + name + " in the following paths:\n" + paths};
 }
-inline LogLine FindsServer(Text file) { return {Info, "Found SSO server app at " + file}; }
-inline LogLine MissesServer(Text name = "HxSSO.exe", Text paths = LibraryFirst)
+inline LogMessage FindsServer(Text file) { return {Info, "Found SSO server app at " + file}; }
+inline LogMessage MissesServer(Text name = "HxSSO.exe", Text paths = LibraryFirst)
 {
     return {Error, "Failed to find SSO server app " + name + " in the following paths:\n" + paths};
 }
 
-inline LogLine SearchesCompatibility(Text paths = "{root}/server")
+inline LogMessage SearchesCompatibility(Text paths = "{root}/server")
 {
     return {Info, "Searching for version compatibility file SSOVersionCompatibility.config in the "
                   "following paths:\n" +
                       paths};
 }
-inline LogLine FindsCompatibility(Text file = ServerFile)
+inline LogMessage FindsCompatibility(Text file = ServerFile)
 {
     return {Info, "Found version compatibility file at " + file};
 }
-inline LogLine MissesCompatibility(Text paths = "{root}/server")
+inline LogMessage MissesCompatibility(Text paths = "{root}/server")
 {
     return {Error, "Failed to find version compatibility file SSOVersionCompatibility.config in "
                    "the following paths:\n" +
                        paths};
 }
-inline LogLine HasNoCompatibility(Text file = BareFile)
+inline LogMessage HasNoCompatibility(Text file = BareFile)
 {
     return {Error, "Version compatibility file " + file + " not found"};
 }
-inline LogLine HasNoModules(Text key, Text file = ServerFile)
+inline LogMessage HasNoModules(Text key, Text file = ServerFile)
 {
     return {Error, "Version compatibility list is empty under key " + key +
                        " in version compatibility file " + file};
 }
-inline LogLine RefusesFile(Text file = ServerFile)
+inline LogMessage RefusesFile(Text file = ServerFile)
 {
     return {Error, "Failed to load file " + file + ". Possibly json format is not valid."};
 }
 /// keyInQuotes: 'module', 'modulePath' or 'modulePathWoW64', 'version'
-inline LogLine MissesKey(Text keyInQuotes, Text group, Text file = ServerFile)
+inline LogMessage MissesKey(Text keyInQuotes, Text group, Text file = ServerFile)
 {
     return {Error, "Blank or missing key " + keyInQuotes + " in " + group +
                        " in version compatibility file " + file + ". Object ignored."};
 }
-inline LogLine MissesRange(Text file = ServerFile)
+inline LogMessage MissesRange(Text file = ServerFile)
 {
     return {Error, "Missing object 'compatibleSsoServicesVersion' in version compatibility file " +
                        file + ". Object ignored."};
 }
-inline LogLine RefusesRange(Text file = ServerFile)
+inline LogMessage RefusesRange(Text file = ServerFile)
 {
     return {Error, "Invalid version range in 'compatibleSsoServicesVersion' object in version "
                    "compatibility file " +
@@ -124,50 +124,50 @@ inline LogLine RefusesRange(Text file = ServerFile)
 }
 
 /// module: client plugin, openssl
-inline LogLine SearchesModule(Text module, Text file = ServerFile)
+inline LogMessage SearchesModule(Text module, Text file = ServerFile)
 {
     return {Info, "Searching for compatible " + module +
                       " version for HxSSOServices version 10.22.00.1800 in version compatibility "
                       "file " +
                       file};
 }
-inline LogLine FindsPlugin(Text module)
+inline LogMessage FindsPlugin(Text module)
 {
     return {Info, "Found compatible client plugin for HxSSOServices version 10.22.00.1800 in "
                   "version compatibility file: " +
                       module};
 }
-inline LogLine FindsOpenSsl(Text module)
+inline LogMessage FindsOpenSsl(Text module)
 {
     return {Info, "Found compatible openssl version for HxSSOServices version 10.22.00.1800 in "
                   "version compatibility file: " +
                       module};
 }
-inline LogLine MissesModule(Text module, Text file = ServerFile)
+inline LogMessage MissesModule(Text module, Text file = ServerFile)
 {
     return {Error, "Failed to find compatible " + module +
                        " version for HxSSOServices version 10.22.00.1800 in version compatibility "
                        "file " +
                        file};
 }
-inline LogLine MissesModuleWithoutFile(Text module, Text file = BareFile)
+inline LogMessage MissesModuleWithoutFile(Text module, Text file = BareFile)
 {
     return {Error, "Failed to find compatible " + module +
                        " version for HxSSOServices version 10.22.00.1800 since version "
                        "compatibility file " +
                        file + " is not found"};
 }
-inline LogLine SearchesOpenSslOverride(Text file = AppConfig)
+inline LogMessage SearchesOpenSslOverride(Text file = AppConfig)
 {
     return {Info, "Searching for openssl override in client config file " + file};
 }
-inline LogLine FindsOpenSslOverride(Text module)
+inline LogMessage FindsOpenSslOverride(Text module)
 {
     // The version stands in the place of the file, on purpose.
     return {Info,
             "Found openssl override in client config file 10.22.00.1800 and using it: " + module};
 }
-inline LogLine MissesOpenSslOverride(Text file = AppConfig)
+inline LogMessage MissesOpenSslOverride(Text file = AppConfig)
 {
     return {Info, "No openssl override specified in client config file " + file};
 }

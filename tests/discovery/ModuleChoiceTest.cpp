@@ -66,7 +66,7 @@ public:
 };
 
 /// The lines of the way to the compatibility file beside the server application.
-std::vector<LogLine> RoadToFile()
+std::vector<LogMessage> RoadToFile()
 {
     return {SearchesConfig(),
             FindsConfig(),
@@ -78,15 +78,16 @@ std::vector<LogLine> RoadToFile()
             FindsCompatibility()};
 }
 
-std::vector<LogLine> operator+(std::vector<LogLine> left, std::vector<LogLine> const& right)
+std::vector<LogMessage> operator+(std::vector<LogMessage> left,
+                                  std::vector<LogMessage> const& right)
 {
     left.insert(left.end(), right.begin(), right.end());
     return left;
 }
 
-std::vector<LogLine> Repeated(int count, std::vector<LogLine> const& lines)
+std::vector<LogMessage> Repeated(int count, std::vector<LogMessage> const& lines)
 {
-    std::vector<LogLine> all;
+    std::vector<LogMessage> all;
     for (int i = 0; i < count; ++i)
         all = all + lines;
     return all;
@@ -103,8 +104,8 @@ TEST(ModuleChoice, NamesThePluginWithoutLoadingIt)
                                            "Copy=rescue>server/plugin", "Load"});
     EXPECT_THAT(asked.answers, ElementsAre(plugin, plugin));
     EXPECT_THAT(asked.lines,
-                ElementsAreArray(RoadToFile() + std::vector<LogLine>{SearchesModule(Plugin),
-                                                                     FindsPlugin(plugin)}));
+                ElementsAreArray(RoadToFile() + std::vector<LogMessage>{SearchesModule(Plugin),
+                                                                        FindsPlugin(plugin)}));
 }
 
 TEST(ModuleChoice, NamesTheOpenSslModule)
@@ -115,10 +116,11 @@ TEST(ModuleChoice, NamesTheOpenSslModule)
     Asked const asked = Ask(installation, {"GetOpenSslModule", "GetOpenSslModule", "Load"});
     EXPECT_THAT(asked.answers, ElementsAre(module, module));
     // The override is asked for before anything else is searched.
-    std::vector<LogLine> lines = RoadToFile();
+    std::vector<LogMessage> lines = RoadToFile();
     lines.insert(lines.begin() + 4, {SearchesOpenSslOverride(), MissesOpenSslOverride()});
-    EXPECT_THAT(asked.lines, ElementsAreArray(lines + std::vector<LogLine>{SearchesModule(OpenSsl),
-                                                                           FindsOpenSsl(module)}));
+    EXPECT_THAT(asked.lines,
+                ElementsAreArray(lines + std::vector<LogMessage>{SearchesModule(OpenSsl),
+                                                                 FindsOpenSsl(module)}));
 }
 
 TEST(ModuleChoice, PrefersTheHighestVersionThatFits)
@@ -245,7 +247,7 @@ TEST(ModuleChoice, SaysWhyItIgnoresAnEntry)
         std::string const path = R"({"module": "m", "modulePath": "%ExePath%", )";
         struct {
             std::string entry;
-            std::vector<LogLine> lines;
+            std::vector<LogMessage> lines;
         } const cases[] = {
             {"null", {}},
             {"{}", {MissesKey("'module'", key)}},
@@ -270,7 +272,7 @@ TEST(ModuleChoice, SaysWhyItIgnoresAnEntry)
              {RefusesRange()}},
         };
         std::string entries = "[";
-        std::vector<LogLine> refusals;
+        std::vector<LogMessage> refusals;
         for (auto const& expected : cases) {
             entries += expected.entry + ",\n";
             refusals = refusals + expected.lines;
@@ -280,13 +282,13 @@ TEST(ModuleChoice, SaysWhyItIgnoresAnEntry)
             choice, {key == OpenSsl ? "GetOpenSslModule" : "GetSSOClientPluginModule", PlaceChosen,
                      key == OpenSsl ? "Rescue=server/SSOVersionCompatibility.config" : "Load"});
         EXPECT_THAT(asked.answers, ElementsAre(ExePath + Chosen));
-        std::vector<LogLine> const end =
-            refusals + std::vector<LogLine>{key == OpenSsl ? FindsOpenSsl(ExePath + Chosen)
-                                                           : FindsPlugin(ExePath + Chosen)};
+        std::vector<LogMessage> const end =
+            refusals + std::vector<LogMessage>{key == OpenSsl ? FindsOpenSsl(ExePath + Chosen)
+                                                              : FindsPlugin(ExePath + Chosen)};
         ASSERT_GE(asked.lines.size(), end.size());
         EXPECT_THAT(
-            std::vector<LogLine>(asked.lines.end() - static_cast<std::ptrdiff_t>(end.size()),
-                                 asked.lines.end()),
+            std::vector<LogMessage>(asked.lines.end() - static_cast<std::ptrdiff_t>(end.size()),
+                                    asked.lines.end()),
             ElementsAreArray(end));
         EXPECT_EQ(asked.lines[asked.lines.size() - end.size() - 1],
                   SearchesModule(key == OpenSsl ? OpenSsl : Plugin));
@@ -322,11 +324,11 @@ TEST(ModuleChoice, BlamesTheVersionForAPathOfNothingButSlashes)
         questions.emplace_back("Load");
         Asked const asked = Ask(choice, questions);
         EXPECT_THAT(asked.answers, ElementsAre(ExePath + Chosen));
-        EXPECT_THAT(
-            asked.lines,
-            ElementsAreArray(RoadToFile() + std::vector<LogLine>{SearchesModule(Plugin),
-                                                                 MissesKey("'version'", PluginKey),
-                                                                 FindsPlugin(ExePath + Chosen)}));
+        EXPECT_THAT(asked.lines,
+                    ElementsAreArray(RoadToFile() +
+                                     std::vector<LogMessage>{SearchesModule(Plugin),
+                                                             MissesKey("'version'", PluginKey),
+                                                             FindsPlugin(ExePath + Chosen)}));
     }
 }
 
@@ -348,8 +350,8 @@ TEST(ModuleChoice, RepeatsItselfUntilItSucceeds)
                     RoadToFile() + Repeated(2, {SearchesModule(Plugin), MissesModule(Plugin)}) +
                     Repeated(2, {SearchesOpenSslOverride(), MissesOpenSslOverride(),
                                  SearchesModule(OpenSsl), MissesModule(OpenSsl)}) +
-                    std::vector<LogLine>{SearchesOpenSslOverride(), MissesOpenSslOverride(),
-                                         SearchesModule(OpenSsl), FindsOpenSsl("x/m")}));
+                    std::vector<LogMessage>{SearchesOpenSslOverride(), MissesOpenSslOverride(),
+                                            SearchesModule(OpenSsl), FindsOpenSsl("x/m")}));
 }
 
 TEST(ModuleChoice, MissesAGroupThatIsNotThere)
@@ -365,13 +367,13 @@ TEST(ModuleChoice, MissesAGroupThatIsNotThere)
         Asked const asked =
             Ask(choice, {"GetSSOClientPluginModule", "GetOpenSslModule", PlaceChosen, "Load"});
         EXPECT_THAT(asked.answers, ElementsAre(plugin, ""));
-        EXPECT_THAT(
-            asked.lines,
-            ElementsAreArray(RoadToFile() +
-                             std::vector<LogLine>{SearchesModule(Plugin), FindsPlugin(plugin),
-                                                  SearchesOpenSslOverride(),
-                                                  MissesOpenSslOverride(), SearchesModule(OpenSsl),
-                                                  HasNoModules(OpenSsl), MissesModule(OpenSsl)}));
+        EXPECT_THAT(asked.lines,
+                    ElementsAreArray(
+                        RoadToFile() +
+                        std::vector<LogMessage>{SearchesModule(Plugin), FindsPlugin(plugin),
+                                                SearchesOpenSslOverride(), MissesOpenSslOverride(),
+                                                SearchesModule(OpenSsl), HasNoModules(OpenSsl),
+                                                MissesModule(OpenSsl)}));
     }
     for (char const* const content :
          {"{}", "null", R"({"openssl": []})", R"({"SSOClientPlugin": []})"}) {
@@ -380,16 +382,16 @@ TEST(ModuleChoice, MissesAGroupThatIsNotThere)
         Asked const asked = Ask(
             choice, {"GetSSOClientPluginModule", "Rescue=server/SSOVersionCompatibility.config"});
         EXPECT_THAT(asked.lines,
-                    ElementsAreArray(RoadToFile() + std::vector<LogLine>{SearchesModule(Plugin),
-                                                                         HasNoModules(PluginKey),
-                                                                         MissesModule(Plugin)}));
+                    ElementsAreArray(RoadToFile() + std::vector<LogMessage>{SearchesModule(Plugin),
+                                                                            HasNoModules(PluginKey),
+                                                                            MissesModule(Plugin)}));
     }
 }
 
 TEST(ModuleChoice, RefusesAFileThatIsNoJson)
 {
-    std::vector<LogLine> const refusal{SearchesModule(Plugin), RefusesFile(),
-                                       HasNoModules(PluginKey), MissesModule(Plugin)};
+    std::vector<LogMessage> const refusal{SearchesModule(Plugin), RefusesFile(),
+                                          HasNoModules(PluginKey), MissesModule(Plugin)};
     for (std::string const& content : std::initializer_list<std::string>{
              "", "\r\n", "{", "not JSON", "\xEF\xBB\xBF{}", "{'openssl': []}"}) {
         SCOPED_TRACE(content);
@@ -502,19 +504,19 @@ TEST(ModuleChoice, LooksInTheConfiguredFolderAfterTheServerApplications)
         R"({"ssoServer": {"VersionCompatibilityConfigfilePath": "%ExePath%\\..//other/"}})");
     std::string const plugin = "{root}/lib/plugin/" + ModuleName("RecordingPlugin");
     std::string const file = "{root}/app/../other/" + BareFile;
-    std::vector<LogLine> const road{SearchesConfig(),
-                                    FindsConfig(),
-                                    LoadsConfig(),
-                                    HasNoLocation(),
-                                    SearchesServer(),
-                                    FindsServer("{root}/lib/HxSSO.exe"),
-                                    SearchesCompatibility("{root}/lib")};
+    std::vector<LogMessage> const road{SearchesConfig(),
+                                       FindsConfig(),
+                                       LoadsConfig(),
+                                       HasNoLocation(),
+                                       SearchesServer(),
+                                       FindsServer("{root}/lib/HxSSO.exe"),
+                                       SearchesCompatibility("{root}/lib")};
     Asked const asked = Ask(installation, {"GetSSOClientPluginModule", "Load"});
     EXPECT_THAT(asked.answers, ElementsAre(plugin));
     EXPECT_THAT(asked.lines,
-                ElementsAreArray(road + std::vector<LogLine>{FindsCompatibility(file),
-                                                             SearchesModule(Plugin, file),
-                                                             FindsPlugin(plugin)}));
+                ElementsAreArray(road + std::vector<LogMessage>{FindsCompatibility(file),
+                                                                SearchesModule(Plugin, file),
+                                                                FindsPlugin(plugin)}));
     // Nobody looks at it if there is one beside the server application.
     installation.Compatibility(Group(PluginKey, "[" + Entry("a", "1") + "]"), "lib");
     EXPECT_THAT(Ask(installation, {"GetSSOClientPluginModule"}).answers,
@@ -555,12 +557,12 @@ TEST(ModuleChoice, SearchesWithoutAServerApplication)
     // attempt and for the second, which alone can hit.
     EXPECT_THAT(asked.lines,
                 ElementsAreArray(
-                    std::vector<LogLine>{SearchesConfig(), FindsConfig(), LoadsConfig(),
-                                         HasNoLocation(), SearchesServer(), MissesServer(),
-                                         SearchesCompatibility("%SSOServerAppPath%")} +
+                    std::vector<LogMessage>{SearchesConfig(), FindsConfig(), LoadsConfig(),
+                                            HasNoLocation(), SearchesServer(), MissesServer(),
+                                            SearchesCompatibility("%SSOServerAppPath%")} +
                     Repeated(2, {SearchesServer(), MissesServer()}) +
-                    std::vector<LogLine>{FindsCompatibility(file), SearchesModule(Plugin, file),
-                                         FindsPlugin(ExePath + Chosen)}));
+                    std::vector<LogMessage>{FindsCompatibility(file), SearchesModule(Plugin, file),
+                                            FindsPlugin(ExePath + Chosen)}));
 }
 
 TEST(ModuleChoice, SearchesForTheFileOnce)
@@ -569,18 +571,18 @@ TEST(ModuleChoice, SearchesForTheFileOnce)
     Asked const asked = Ask(installation, {"GetSSOClientPluginModule", "GetSSOClientPluginModule",
                                            "GetOpenSslModule", "Rescue"});
     EXPECT_THAT(asked.answers, ElementsAre("", "", ""));
-    std::vector<LogLine> const server{SearchesServer(), MissesServer()};
-    std::vector<LogLine> const plugin{SearchesModule(Plugin, BareFile), HasNoCompatibility(),
-                                      MissesModuleWithoutFile(Plugin)};
+    std::vector<LogMessage> const server{SearchesServer(), MissesServer()};
+    std::vector<LogMessage> const plugin{SearchesModule(Plugin, BareFile), HasNoCompatibility(),
+                                         MissesModuleWithoutFile(Plugin)};
     EXPECT_THAT(asked.lines,
-                ElementsAreArray(std::vector<LogLine>{SearchesConfig(), MissesConfig()} + server +
-                                 std::vector<LogLine>{SearchesCompatibility("%SSOServerAppPath%")} +
-                                 Repeated(2, server) +
-                                 std::vector<LogLine>{MissesCompatibility("%SSOServerAppPath%")} +
-                                 Repeated(2, plugin) +
-                                 std::vector<LogLine>{SearchesModule(OpenSsl, BareFile),
-                                                      HasNoCompatibility(),
-                                                      MissesModuleWithoutFile(OpenSsl)}));
+                ElementsAreArray(
+                    std::vector<LogMessage>{SearchesConfig(), MissesConfig()} + server +
+                    std::vector<LogMessage>{SearchesCompatibility("%SSOServerAppPath%")} +
+                    Repeated(2, server) +
+                    std::vector<LogMessage>{MissesCompatibility("%SSOServerAppPath%")} +
+                    Repeated(2, plugin) +
+                    std::vector<LogMessage>{SearchesModule(OpenSsl, BareFile), HasNoCompatibility(),
+                                            MissesModuleWithoutFile(OpenSsl)}));
 }
 
 TEST(ModuleChoice, ReadsTheFileFromTheCurrentDirectory)
@@ -590,13 +592,14 @@ TEST(ModuleChoice, ReadsTheFileFromTheCurrentDirectory)
     Installation second;
     second.ServerApp("lib").Compatibility(content, "work");
     std::vector<std::string> const questions{"GetSSOClientPluginModule", PlaceChosen, "Load"};
-    std::vector<LogLine> const hit{SearchesModule(Plugin, BareFile), FindsPlugin(ExePath + Chosen)};
+    std::vector<LogMessage> const hit{SearchesModule(Plugin, BareFile),
+                                      FindsPlugin(ExePath + Chosen)};
     EXPECT_THAT(
         Ask(second, questions).lines,
-        ElementsAreArray(std::vector<LogLine>{SearchesConfig(), MissesConfig(), SearchesServer(),
-                                              FindsServer("{root}/lib/HxSSO.exe"),
-                                              SearchesCompatibility("{root}/lib"),
-                                              FindsCompatibility(BareFile)} +
+        ElementsAreArray(std::vector<LogMessage>{SearchesConfig(), MissesConfig(), SearchesServer(),
+                                                 FindsServer("{root}/lib/HxSSO.exe"),
+                                                 SearchesCompatibility("{root}/lib"),
+                                                 FindsCompatibility(BareFile)} +
                          hit));
     // With one, a search that missed leaves the bare name.
     Installation missed;
@@ -605,7 +608,7 @@ TEST(ModuleChoice, ReadsTheFileFromTheCurrentDirectory)
         .ClientConfig(R"({"ssoServer": {"VersionCompatibilityConfigfilePath": "{root}/other"}})");
     EXPECT_THAT(Ask(missed, questions).lines,
                 ElementsAreArray(
-                    std::vector<LogLine>{
+                    std::vector<LogMessage>{
                         SearchesConfig(), FindsConfig(), LoadsConfig(), HasNoLocation(),
                         SearchesServer(), FindsServer("{root}/lib/HxSSO.exe"),
                         SearchesCompatibility("{root}/lib"), MissesCompatibility("{root}/lib")} +
@@ -622,13 +625,13 @@ TEST(ModuleChoice, NoticesThatTheFileIsGone)
     EXPECT_THAT(asked.lines,
                 ElementsAreArray(
                     RoadToFile() +
-                    std::vector<LogLine>{SearchesModule(Plugin), HasNoModules(PluginKey),
-                                         MissesModule(Plugin), SearchesModule(Plugin),
-                                         HasNoCompatibility(ServerFile),
-                                         MissesModuleWithoutFile(Plugin, ServerFile),
-                                         SearchesOpenSslOverride(), MissesOpenSslOverride(),
-                                         SearchesModule(OpenSsl), HasNoCompatibility(ServerFile),
-                                         MissesModuleWithoutFile(OpenSsl, ServerFile)}));
+                    std::vector<LogMessage>{SearchesModule(Plugin), HasNoModules(PluginKey),
+                                            MissesModule(Plugin), SearchesModule(Plugin),
+                                            HasNoCompatibility(ServerFile),
+                                            MissesModuleWithoutFile(Plugin, ServerFile),
+                                            SearchesOpenSslOverride(), MissesOpenSslOverride(),
+                                            SearchesModule(OpenSsl), HasNoCompatibility(ServerFile),
+                                            MissesModuleWithoutFile(OpenSsl, ServerFile)}));
 }
 
 TEST(ModuleChoice, PrefersTheOpenSslOfTheClientConfiguration)

@@ -169,10 +169,10 @@ Asked Ask(Installation& installation, std::vector<std::string> const& questions)
     }
     for (int i = 0; asked.outcome.values.count("answer" + std::to_string(i)) != 0; ++i)
         asked.answers.push_back(asked.outcome["answer" + std::to_string(i)].asString());
-    auto const isBanner = [](LogLine const& line) {
+    auto const isBanner = [](LogMessage const& line) {
         return line.text.find(" module loaded (Version: ") != std::string::npos;
     };
-    std::vector<LogLine> const& log = asked.outcome.log;
+    std::vector<LogMessage> const& log = asked.outcome.log;
     asked.lines.assign(log.begin(), std::find_if(log.begin(), log.end(), isBanner));
     return asked;
 }

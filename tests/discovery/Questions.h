@@ -13,7 +13,7 @@ struct Asked {
     /// like with the text of an exception.
     std::vector<std::string> answers;
     /// What was logged up to the load of the plugin.
-    std::vector<LogLine> lines;
+    std::vector<LogMessage> lines;
     Outcome outcome;
 };
 

@@ -24,12 +24,12 @@ std::string Paths(std::string const& searchPaths, std::string const& more = "")
 }
 
 /// The lines of a server application that is found or missed at once.
-std::vector<LogLine> Road(LogLine const& searches, LogLine const& end)
+std::vector<LogMessage> Road(LogMessage const& searches, LogMessage const& end)
 {
     return {SearchesConfig(), FindsConfig(), LoadsConfig(), HasNoLocation(), searches, end};
 }
 
-std::vector<LogLine> Last(std::size_t count, std::vector<LogLine> const& lines)
+std::vector<LogMessage> Last(std::size_t count, std::vector<LogMessage> const& lines)
 {
     return {lines.end() - static_cast<std::ptrdiff_t>(std::min(count, lines.size())), lines.end()};
 }
@@ -173,8 +173,8 @@ TEST(ServerApp, IsSearchedAgainUntilItIsFound)
              "GetSSOServerAppPath", "Remove=server/HxSSO.exe", "GetSSOServerAppPath", "Rescue"});
     EXPECT_THAT(asked.answers,
                 ElementsAre("", "", "%SSOServerAppExeFile%", "{root}/server", "{root}/server"));
-    LogLine const searches = SearchesServer("HxSSO.exe", WithServer);
-    LogLine const misses = MissesServer("HxSSO.exe", WithServer);
+    LogMessage const searches = SearchesServer("HxSSO.exe", WithServer);
+    LogMessage const misses = MissesServer("HxSSO.exe", WithServer);
     EXPECT_THAT(asked.lines,
                 ElementsAre(SearchesConfig(), FindsConfig(), LoadsConfig(), HasNoLocation(),
                             searches, misses, searches, misses, searches, misses, searches,
@@ -192,8 +192,9 @@ TEST(ServerApp, HasNoPathInTheCurrentDirectory)
     EXPECT_THAT(asked.answers,
                 ElementsAre("", "", "%SSOServerAppPath%/x", "%SSOServerAppExeFile%"));
     // Found each time, and each time nothing is known afterwards.
-    LogLine const searches = SearchesServer("HxSSO.exe", LibraryFirst + "\n{root}/a\n\n{root}/b");
-    LogLine const finds = FindsServer("HxSSO.exe");
+    LogMessage const searches =
+        SearchesServer("HxSSO.exe", LibraryFirst + "\n{root}/a\n\n{root}/b");
+    LogMessage const finds = FindsServer("HxSSO.exe");
     EXPECT_THAT(asked.lines,
                 ElementsAre(SearchesConfig(), FindsConfig(), LoadsConfig(), HasNoLocation(),
                             searches, finds, searches, finds, searches, finds, searches, finds));

@@ -164,16 +164,16 @@ def check_sources(root, names):
     wrong += [f"src/support/Messages.h: nothing logs {name}" for name in sorted(names - used)]
 
     for name, text in sources.items():
-        for match in re.finditer(r"\b(LogLine|WriteLogLine|logFunction|log)\s*\(", text):
+        for match in re.finditer(r"\b(LogMessage|LogWrite|logFunction|log)\s*\(", text):
             where = f"src/{name}:{text.count(chr(10), 0, match.start()) + 1}"
             arguments = call_arguments(text, match.end() - 1)
             if '"' in arguments:
                 wrong.append(f"{where}: {match[1]} is handed a text that is no message")
-            elif match[1] != "LogLine":
+            elif match[1] != "LogMessage":
                 if name not in HANDS_ON:
-                    wrong.append(f"{where}: {match[1]} where LogLine and a message belong")
+                    wrong.append(f"{where}: {match[1]} where LogMessage and a message belong")
             elif not is_message(second_argument(arguments), handed_on):
-                wrong.append(f"{where}: LogLine is handed no message")
+                wrong.append(f"{where}: LogMessage is handed no message")
         for match in re.finditer(r"\bCompose\s*\(", text):
             where = f"src/{name}:{text.count(chr(10), 0, match.start()) + 1}"
             if name not in ("support/Messages.h", "support/LogSink.h"):
@@ -186,7 +186,7 @@ def check_sources(root, names):
 def is_message(argument, handed_on):
     """A message, a choice between messages, or a parameter that is one."""
     if re.fullmatch(r"Message const& \w+", argument):
-        return True  # the declaration of LogLine itself
+        return True  # the declaration of LogMessage itself
     parts = re.split(r"\?|(?<!:):(?!:)", argument)
     choices = parts[1:] if len(parts) > 1 else parts
     return all(

@@ -45,17 +45,17 @@ BROKEN = {
         LOAD, "Messages::PluginNotFound", "Messages::PluginLoading",
         "nothing logs PluginNotFound"),
     "a line with a text of its own": (
-        LOAD, "LogLine(log, Messages::PluginNotFound, file)", 'WriteLogLine(L"no plugin", level)',
-        "WriteLogLine is handed a text"),
+        LOAD, "LogMessage(log, Messages::PluginNotFound, file)", 'LogWrite(L"no plugin", level)',
+        "LogWrite is handed a text"),
     "an argument that is a text": (
-        LOAD, "LogLine(log, Messages::PluginNotFound, file)",
-        'LogLine(log, Messages::PluginNotFound, L"nothing")', "LogLine is handed a text"),
+        LOAD, "LogMessage(log, Messages::PluginNotFound, file)",
+        'LogMessage(log, Messages::PluginNotFound, L"nothing")', "LogMessage is handed a text"),
     "a line that is composed elsewhere": (
-        LOAD, "LogLine(log, Messages::PluginNotFound, file)", "LogLine(log, Own(file), file)",
-        "LogLine is handed no message"),
+        LOAD, "LogMessage(log, Messages::PluginNotFound, file)", "LogMessage(log, Own(file), file)",
+        "LogMessage is handed no message"),
     "a line past the messages": (
-        LOAD, "LogLine(log, Messages::PluginNotFound, file)", "log(file, level)",
-        "log where LogLine"),
+        LOAD, "LogMessage(log, Messages::PluginNotFound, file)", "log(file, level)",
+        "log where LogMessage"),
     "a format of its own": (
         LOAD, "FlushEarlyLog();", 'auto const own = boost::wformat(L"%1%") % file;',
         "formats a text by itself"),

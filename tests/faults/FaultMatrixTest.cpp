@@ -131,7 +131,7 @@ private:
     void ExpectToldLines() const
     {
         std::ostringstream shown;
-        for (Rig::LogLine const& line : outcome.log)
+        for (Rig::LogMessage const& line : outcome.log)
             shown << line.text << '\n';
         for (std::string const& line : outcome.console)
             shown << line << '\n';

@@ -148,7 +148,7 @@ void ExpectNoSanitizerReportIn(std::string const& errors)
 // The report and the record are the test's own: only there may a secret show.
 void ExpectNoSecretIn(Outcome const& outcome)
 {
-    for (LogLine const& line : outcome.log)
+    for (LogMessage const& line : outcome.log)
         ExpectNoSecretIn(line.text, "log");
     for (std::string const& line : outcome.console)
         ExpectNoSecretIn(line, "console");
@@ -157,12 +157,12 @@ void ExpectNoSecretIn(Outcome const& outcome)
 
 } // namespace
 
-bool operator==(LogLine const& left, LogLine const& right)
+bool operator==(LogMessage const& left, LogMessage const& right)
 {
     return left.level == right.level && left.text == right.text;
 }
 
-std::ostream& operator<<(std::ostream& out, LogLine const& line)
+std::ostream& operator<<(std::ostream& out, LogMessage const& line)
 {
     return out << '[' << line.level << "] " << line.text;
 }
@@ -176,12 +176,12 @@ Json::Value Outcome::operator[](std::string const& name) const
 int Outcome::Logged(std::string const& text) const
 {
     return static_cast<int>(std::count_if(
-        log.begin(), log.end(), [&text](LogLine const& line) { return line.text == text; }));
+        log.begin(), log.end(), [&text](LogMessage const& line) { return line.text == text; }));
 }
 
 int Outcome::LoggedAt(int level, std::string const& text) const
 {
-    return static_cast<int>(std::count(log.begin(), log.end(), LogLine{level, text}));
+    return static_cast<int>(std::count(log.begin(), log.end(), LogMessage{level, text}));
 }
 
 int Outcome::OnConsole(std::string const& text) const

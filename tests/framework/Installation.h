@@ -13,12 +13,12 @@
 
 namespace Rig {
 
-struct LogLine {
+struct LogMessage {
     int level;
     std::string text;
 };
-bool operator==(LogLine const& left, LogLine const& right);
-std::ostream& operator<<(std::ostream& out, LogLine const& line);
+bool operator==(LogMessage const& left, LogMessage const& right);
+std::ostream& operator<<(std::ostream& out, LogMessage const& line);
 
 constexpr int Error = 2;
 constexpr int Warning = 4;
@@ -29,7 +29,7 @@ constexpr int Info = 8;
 class Outcome {
 public:
     Ending ending;
-    std::vector<LogLine> log;         // what the plugin's logger was given
+    std::vector<LogMessage> log;      // what the plugin's logger was given
     std::vector<std::string> calls;   // what else of the plugin was called
     std::vector<std::string> console; // lines of the standard output
     std::string errors;               // the standard error

@@ -4,7 +4,7 @@
 
 namespace Rig {
 
-std::vector<LogLine> LinesOfGoodLoad()
+std::vector<LogMessage> LinesOfGoodLoad()
 {
     std::string const compatibility = "{root}/server/SSOVersionCompatibility.config";
     std::string const plugin = "{root}/server/plugin/" + ModuleName("RecordingPlugin");
@@ -40,10 +40,10 @@ std::vector<LogLine> LinesOfGoodLoad()
     };
 }
 
-std::vector<std::string> AsConsoleLines(std::vector<LogLine> const& lines)
+std::vector<std::string> AsConsoleLines(std::vector<LogMessage> const& lines)
 {
     std::vector<std::string> console;
-    for (LogLine const& line : lines) {
+    for (LogMessage const& line : lines) {
         std::istringstream stream(line.text + "\n");
         for (std::string part; std::getline(stream, part);) {
             if (!part.empty() && part.back() == '\r')

@@ -16,9 +16,9 @@ inline std::string Banner(std::string const& libraryFolder = "lib")
 }
 
 /// The lines of a good load in a complete Installation, in order.
-std::vector<LogLine> LinesOfGoodLoad();
+std::vector<LogMessage> LinesOfGoodLoad();
 
 /// What the console shows of it: each line feed of a message begins a new line.
-std::vector<std::string> AsConsoleLines(std::vector<LogLine> const& lines);
+std::vector<std::string> AsConsoleLines(std::vector<LogMessage> const& lines);
 
 } // namespace Rig

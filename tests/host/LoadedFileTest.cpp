@@ -14,7 +14,7 @@ using Rig::Asked;
 using Rig::Error;
 using Rig::Info;
 using Rig::Installation;
-using Rig::LogLine;
+using Rig::LogMessage;
 using Rig::ModuleName;
 using testing::Contains;
 using testing::ElementsAre;
@@ -27,10 +27,10 @@ std::string CompatibilityFor(std::string const& plugin, std::string const& modul
            modulePath + R"(", "compatibleSsoServicesVersion": {"minVersion": "10"}}]})";
 }
 
-std::vector<LogLine> Failures(std::vector<LogLine> const& log)
+std::vector<LogMessage> Failures(std::vector<LogMessage> const& log)
 {
-    std::vector<LogLine> failures;
-    std::copy_if(log.begin(), log.end(), std::back_inserter(failures), [](LogLine const& line) {
+    std::vector<LogMessage> failures;
+    std::copy_if(log.begin(), log.end(), std::back_inserter(failures), [](LogMessage const& line) {
         return line.level == Error && line.text.find("client plugin module") != std::string::npos;
     });
     return failures;
@@ -48,11 +48,11 @@ TEST(PluginLoad, NamesTheMappedFileBehindAPathWithDots)
     Asked const asked = Ask(installation, {"Load"});
     std::string const configured = "{root}/server/x/../plugin/" + ModuleName("RecordingPlugin");
     std::string const mapped = "{root}/server/plugin/" + ModuleName("RecordingPlugin");
-    for (LogLine const& line :
-         {LogLine{Info, "Dynamically loading client plugin module " + configured},
-          LogLine{Info, "Successfully loaded client plugin module " + mapped},
-          LogLine{Info, "Getting factory proc from client plugin module " + mapped},
-          LogLine{Info, "Getting factory from client plugin module " + mapped}})
+    for (LogMessage const& line :
+         {LogMessage{Info, "Dynamically loading client plugin module " + configured},
+          LogMessage{Info, "Successfully loaded client plugin module " + mapped},
+          LogMessage{Info, "Getting factory proc from client plugin module " + mapped},
+          LogMessage{Info, "Getting factory from client plugin module " + mapped}})
         EXPECT_EQ(asked.outcome.LoggedAt(line.level, line.text), 1) << line;
 }
 
@@ -125,14 +125,14 @@ TEST(PluginLoad, SaysOfEachFailureWhatItWas)
     std::string const plain = folder + ModuleName("PlainNamePlugin");
     std::string const text = folder + ModuleName("Text");
     bool const windows = Rig::IsWindows();
-    LogLine const noModule{Error, "Failed to load client plugin module " + text +
-                                      ". Error: " + (windows ? "" : text + ": file too short")};
-    LogLine const noDependency{
+    LogMessage const noModule{Error, "Failed to load client plugin module " + text +
+                                         ". Error: " + (windows ? "" : text + ": file too short")};
+    LogMessage const noDependency{
         Error, "Failed to load client plugin module " + dependent + ". Error: " +
                    (windows ? Rig::SystemErrorText(126)
                             : "PluginDependency.so: cannot open shared object file: No such "
                               "file or directory")};
-    LogLine const noProcedure{
+    LogMessage const noProcedure{
         Error, "Failed to get factory proc from client plugin module " + plain + ". Error: " +
                    (windows ? Rig::SystemErrorText(127)
                             : plain + ": undefined symbol: _Z19GetSSOClientFactoryv")};

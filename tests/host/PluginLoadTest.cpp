@@ -15,7 +15,7 @@ using Halvorix::WebServicesUI::WebServicesUIManager;
 using Rig::Error;
 using Rig::Info;
 using Rig::Installation;
-using Rig::LogLine;
+using Rig::LogMessage;
 using Rig::ModuleName;
 using Rig::Outcome;
 using testing::ElementsAreArray;
@@ -75,10 +75,10 @@ std::string FactoryProcText(std::string const& plugin, std::string const& error)
     return "Failed to get factory proc from client plugin module " + plugin + ". Error: " + error;
 }
 
-std::vector<LogLine> UpToFirst(std::vector<LogLine> lines, std::string const& start)
+std::vector<LogMessage> UpToFirst(std::vector<LogMessage> lines, std::string const& start)
 {
     lines.erase(std::find_if(lines.begin(), lines.end(),
-                             [&](LogLine const& line) {
+                             [&](LogMessage const& line) {
                                  return line.text.compare(0, start.size(), start) == 0;
                              }),
                 lines.end());
@@ -130,7 +130,7 @@ TEST(PluginLoad, ShowsTheWholeLogWhenThePluginIsNotFound)
     EXPECT_EQ(outcome["first"], false);
     EXPECT_EQ(outcome["second"], false);
     // The error at once, then every line in order, the error last of all.
-    std::vector<LogLine> lines = UpToFirst(Rig::LinesOfGoodLoad(), "Dynamically");
+    std::vector<LogMessage> lines = UpToFirst(Rig::LinesOfGoodLoad(), "Dynamically");
     lines.push_back({Error, "Client plugin module not found: " + PluginFile});
     lines.insert(lines.begin(), lines.back());
     EXPECT_THAT(outcome.console, ElementsAreArray(Rig::AsConsoleLines(lines)));
@@ -222,7 +222,7 @@ TEST(PluginLoad, KeepsTheLinesOfAFailedLoadForTheNextManager)
     // Uninitialize, each with its banner; then the load that works.
     EXPECT_EQ(outcome.LoggedAt(Info, Rig::Banner()), 6);
     EXPECT_EQ(outcome.LoggedAt(Info, "Dynamically loading client plugin module " + PluginFile), 1);
-    EXPECT_EQ(outcome.log.front(), (LogLine{Info, Rig::Banner()}));
+    EXPECT_EQ(outcome.log.front(), (LogMessage{Info, Rig::Banner()}));
 }
 
 TEST(PluginLoad, RefusesThePlainNameOfTheProcedure)
@@ -265,9 +265,9 @@ TEST(PluginLoad, EndsAnEmptyFactoryWithTheGettingFactoryLine)
     std::string const plugin = "{root}/server/plugin/" + ModuleName("DependentPlugin");
     auto const getting =
         std::find(outcome.log.begin(), outcome.log.end(),
-                  LogLine{Info, "Getting factory from client plugin module " + plugin});
+                  LogMessage{Info, "Getting factory from client plugin module " + plugin});
     ASSERT_NE(getting, outcome.log.end());
-    EXPECT_EQ(*(getting + 1), (LogLine{Info, Rig::Banner()}));
+    EXPECT_EQ(*(getting + 1), (LogMessage{Info, Rig::Banner()}));
 }
 
 TEST(PluginLoad, GoesOnWithoutALogManager)
@@ -341,7 +341,7 @@ TEST(PluginLoad, GivesThePluginAnOpenSslPathThatPointsToNothing)
     Outcome const outcome = installation.Run("AsksTwiceWhetherLoggedIn");
     EXPECT_EQ(outcome["first"], true);
     std::string const file = "{root}/server/openssl/" + ModuleName("openssl");
-    EXPECT_EQ(outcome.log.back(), (LogLine{Error, "Openssl module not found: " + file}));
+    EXPECT_EQ(outcome.log.back(), (LogMessage{Error, "Openssl module not found: " + file}));
     EXPECT_EQ(outcome.Called("ISSOClientModule::SetOpenSslModule(\"" + file + "\")"), 1);
 }
 
@@ -471,7 +471,7 @@ TEST_P(PluginThatCallsBack, GetsItsAnswers)
     EXPECT_GE(outcome.Called(R"(CalledBack("{root}/app", true, ")" + state + R"("))"), 1);
     EXPECT_EQ(outcome.Called("GetSSOClientFactory()"), 1);
     // Every other line of the load is there, whatever the call back added.
-    for (LogLine const& line : Rig::LinesOfGoodLoad())
+    for (LogMessage const& line : Rig::LinesOfGoodLoad())
         EXPECT_GE(outcome.LoggedAt(line.level, line.text), 1) << line;
 }
 

@@ -50,9 +50,9 @@ TEST(EarlyLog, HoldsEveryLineAndShowsErrorsAtOnce)
     TakeEarlyLog();
     Console const console;
     for (int const level : {1, 3, 4, 8, 16})
-        WriteLogLine(L"line", static_cast<Log::LogLevel>(level));
+        LogWrite(L"line", static_cast<Log::LogLevel>(level));
     EXPECT_EQ(console.Text(), L"");
-    WriteLogLine(L"error", Log::LogLevel::Error);
+    LogWrite(L"error", Log::LogLevel::Error);
     EXPECT_EQ(console.Text(), L"error\n");
     std::vector<EarlyLogEntry> const lines = TakeEarlyLines();
     ASSERT_EQ(lines.size(), 6u);
@@ -67,9 +67,9 @@ TEST(EarlyLog, IsShownWholeAndEmptiedByAFlush)
     Console const console;
     FlushEarlyLog();
     EXPECT_EQ(console.Text(), L"");
-    WriteLogLine(L"first", Log::LogLevel::Info);
-    WriteLogLine(L"second", Log::LogLevel::Error);
-    WriteLogLine(L"third", Log::LogLevel::Warning);
+    LogWrite(L"first", Log::LogLevel::Info);
+    LogWrite(L"second", Log::LogLevel::Error);
+    LogWrite(L"third", Log::LogLevel::Warning);
     FlushEarlyLog();
     EXPECT_EQ(console.Text(), L"second\nfirst\nsecond\nthird\n");
     EXPECT_TRUE(TakeEarlyLog().IsEmpty());

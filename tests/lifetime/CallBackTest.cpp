@@ -13,7 +13,7 @@
 using Halvorix::SSOServices::SSOClientPrivate;
 using Halvorix::WebServices::WebServicesManager;
 using Rig::Installation;
-using Rig::LogLine;
+using Rig::LogMessage;
 using Rig::Outcome;
 
 namespace {
@@ -47,7 +47,7 @@ void ExpectOneWholeLoad(Outcome const& outcome)
     EXPECT_EQ(outcome["loggedIn"], true);
     EXPECT_EQ(outcome.Called("GetSSOClientFactory()"), 1);
     EXPECT_EQ(outcome.Called(R"(ISSOLogManager::GetLogger("HxSSOServices"))"), 1);
-    for (LogLine const& line : Rig::LinesOfGoodLoad())
+    for (LogMessage const& line : Rig::LinesOfGoodLoad())
         EXPECT_GE(outcome.LoggedAt(line.level, line.text), 1) << line;
 }
 

@@ -50,7 +50,7 @@ bool Threw(Asked const& asked)
 
 bool HasLine(Asked const& asked, int level, std::string const& beginning)
 {
-    return std::any_of(asked.lines.begin(), asked.lines.end(), [&](LogLine const& line) {
+    return std::any_of(asked.lines.begin(), asked.lines.end(), [&](LogMessage const& line) {
         return line.level == level && BeginsWith(line.text, beginning);
     });
 }

@@ -80,7 +80,7 @@ protected:
     {
         TakeEarlyLog();
         for (wchar_t const* const line : {L"first", L"second", L"third"})
-            WriteLogLine(line, Log::LogLevel::Info);
+            LogWrite(line, Log::LogLevel::Info);
     }
     ~LogFlush() override
     {
@@ -100,7 +100,7 @@ TEST_F(LogFlush, KeepsEveryLineWhenTheLoggerThrowsInBetween)
     EXPECT_THAT(throwing->lines, ElementsAre(L"first", L"second"));
     EXPECT_TRUE(LockIsFree());
     // It is called for the next line all the same.
-    WriteLogLine(L"next", Log::LogLevel::Info);
+    LogWrite(L"next", Log::LogLevel::Info);
     EXPECT_THAT(throwing->lines, ElementsAre(L"first", L"second", L"next"));
 
     auto const good = std::make_shared<ThrowingLogger>(L"");

@@ -29,7 +29,7 @@ public:
         ++depth;
         deepestReached = std::max(deepestReached, depth);
         for (int i = 0; i < linesEach && depth < deepest; ++i)
-            WriteLogLine(std::to_wstring(depth + 1), Log::LogLevel::Info);
+            LogWrite(std::to_wstring(depth + 1), Log::LogLevel::Info);
         --depth;
     }
 
@@ -75,7 +75,7 @@ TEST_F(NestedLog, ArrivesWholeDownTo32Lines)
 {
     for (int const depth : {1, 4, 31, 32}) {
         NestingLogger const& logger = Install(depth);
-        WriteLogLine(L"1", Log::LogLevel::Info);
+        LogWrite(L"1", Log::LogLevel::Info);
         EXPECT_EQ(logger.lines, NumbersTo(depth));
         EXPECT_TRUE(TakeEarlyLog().IsEmpty()) << depth;
     }
@@ -84,7 +84,7 @@ TEST_F(NestedLog, ArrivesWholeDownTo32Lines)
 TEST_F(NestedLog, WaitsBelowThat)
 {
     NestingLogger const& logger = Install(33);
-    WriteLogLine(L"1", Log::LogLevel::Info);
+    LogWrite(L"1", Log::LogLevel::Info);
     EXPECT_EQ(logger.lines, NumbersTo(Deepest));
     std::vector<EarlyLogEntry> const waiting = TakeEarlyLines();
     ASSERT_THAT(waiting, SizeIs(1));
@@ -96,7 +96,7 @@ TEST_F(NestedLog, OfEndlessQuestionsEnds)
     NestingLogger& logger = Install(Endless);
     for (int i = 0; i < 3; ++i) {
         logger.lines.clear();
-        WriteLogLine(L"1", Log::LogLevel::Info);
+        LogWrite(L"1", Log::LogLevel::Info);
         EXPECT_EQ(logger.lines, NumbersTo(Deepest));
     }
     EXPECT_THAT(TakeEarlyLines(), SizeIs(3));
@@ -106,12 +106,12 @@ TEST_F(NestedLog, OfEndlessQuestionsEnds)
 TEST_F(NestedLog, OfEndlessQuestionsWithSeveralLinesEnds)
 {
     NestingLogger& logger = Install(Endless, 2);
-    WriteLogLine(L"1", Log::LogLevel::Info);
+    LogWrite(L"1", Log::LogLevel::Info);
     EXPECT_EQ(logger.lines, NumbersTo(Deepest));
     EXPECT_THAT(TakeEarlyLines(), SizeIs(2 + Deepest - 1));
     // The next line of the library is written as ever.
     logger.lines.clear();
-    WriteLogLine(L"1", Log::LogLevel::Info);
+    LogWrite(L"1", Log::LogLevel::Info);
     EXPECT_EQ(logger.lines, NumbersTo(Deepest));
 }
 
@@ -119,7 +119,7 @@ TEST_F(NestedLog, OfEndlessQuestionsWithSeveralLinesEnds)
 TEST_F(NestedLog, ArrivesWholeFromQuestionsWithSeveralLines)
 {
     NestingLogger const& logger = Install(4, 2);
-    WriteLogLine(L"1", Log::LogLevel::Info);
+    LogWrite(L"1", Log::LogLevel::Info);
     EXPECT_THAT(logger.lines, SizeIs(1 + 2 + 4 + 8));
     EXPECT_EQ(logger.deepestReached, 4);
     EXPECT_TRUE(TakeEarlyLog().IsEmpty());

@@ -223,7 +223,7 @@ struct Interruption {
     bool isLimit = false;       ///< of the doctor, which the library does not have
 };
 
-struct LogLine {
+struct LogMessage {
     int level;
     std::string text;
 };
@@ -232,7 +232,7 @@ struct RealLoad {
     bool worked = false;
     bool isInterrupted = false; ///< an exception ended it
     std::string death;          ///< how the plugin ended the process; empty: it did not
-    std::vector<LogLine> lines;
+    std::vector<LogMessage> lines;
 };
 
 struct Findings {

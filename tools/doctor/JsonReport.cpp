@@ -43,7 +43,7 @@ Json::Value ToJson(KeyValue const& item);
 Json::Value ToJson(Module const& item);
 Json::Value ToJson(Tools::Check const& item);
 Json::Value ToJson(Interruption const& item);
-Json::Value ToJson(LogLine const& item);
+Json::Value ToJson(LogMessage const& item);
 Json::Value ToJson(Problem const& item);
 
 template <class Item>
@@ -248,7 +248,7 @@ Json::Value ToJson(Interruption const& interruption)
     return value;
 }
 
-Json::Value ToJson(LogLine const& line)
+Json::Value ToJson(LogMessage const& line)
 {
     Json::Value value;
     value["level"] = line.level;

@@ -59,7 +59,7 @@ std::string ReasonOf(RealLoad const& load)
     if (!load.lines.empty() && load.lines.back().text.rfind(getting, 0) == 0)
         return "it gives no factory";
     auto const last = std::find_if(load.lines.rbegin(), load.lines.rend(),
-                                   [](LogLine const& line) { return line.level == 2; });
+                                   [](LogMessage const& line) { return line.level == 2; });
     return last == load.lines.rend() ? "the log does not say why" : last->text;
 }
 

@@ -329,7 +329,7 @@ void TextReport::WriteOpenSsl(OpenSsl const& openSsl) const
 // A line that names directories has one for each.
 void TextReport::WriteLog(RealLoad const& load) const
 {
-    for (LogLine const& line : load.lines) {
+    for (LogMessage const& line : load.lines) {
         std::istringstream lines(line.text);
         std::string before = "  [" + std::string(WordsOfLevel(line.level)) + "] ";
         for (std::string text; std::getline(lines, text); before = "      ")

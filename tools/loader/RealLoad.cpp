@@ -62,7 +62,7 @@ void LoadByLibrary(Json::Value const& request, Channel& channel)
         if (told > MostLog)
             throw LogLimit();
         channel.Write(record);
-        SSOServices::WriteLogLine(text, level);
+        SSOServices::LogWrite(text, level);
     };
     SSOClientManager manager(tee);
     channel.Step("load", "while the library loads it");
