@@ -56,7 +56,7 @@ private:
 /// of them writes. Memory exhaustion leaves by exception; nothing else throws.
 class HXSSO_API OAuth2Token {
 public:
-    /// An empty text, which is no valid token, and a default spec.
+    /// An empty text, which is not a valid token, and a default spec.
     OAuth2Token();
     OAuth2Token(OAuth2Token const& other);            ///< An independent copy.
     OAuth2Token& operator=(OAuth2Token const& other); ///< An independent copy.

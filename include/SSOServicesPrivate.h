@@ -22,7 +22,7 @@ class OAuth2TokenSpec;
 /// Documents are UTF-8. The text writers replace the target by a styled
 /// document; the text readers take a terminated text, tolerate comments and
 /// ignore what follows the first value. A null pointer, an empty text, a text
-/// that is no JSON and the document `null` read as false.
+/// that is not valid JSON and the document `null` read as false.
 ///
 /// Nothing is kept and no lock is taken: any thread, as far as the arguments
 /// allow it. A document of wrong types lets an exception of jsoncpp reach the

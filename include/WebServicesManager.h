@@ -146,7 +146,7 @@ public:
     bool EnableOAuth2(bool enable);
     bool DisableOAuth2();
     /// Stores the plugin's token in `token`. False, too, if the plugin refuses or gives nothing,
-    /// and if what it gives is no token document; a document with a spec and no text changes the
+    /// and if what it gives is not a token document; a document with a spec and no text changes the
     /// spec of `token` alone.
     bool GetOAuth2AccessToken(OAuth2TokenSpec const& spec, OAuth2Token& token,
                               BufferTransformCallback callback, bool flag);

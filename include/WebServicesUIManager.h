@@ -24,7 +24,7 @@ public:
     /// Counted like WebServicesManager, on its own. Initialize and Uninitialize belong
     /// to one thread at a time; the last Uninitialize must not overlap any other call
     /// into the library, since it also ends the library's plugin manager: the next call
-    /// loads the plugin anew.
+    /// loads the plugin again.
     /// @{
 
     /// The same as Initialize(false).

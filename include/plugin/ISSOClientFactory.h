@@ -13,7 +13,7 @@ class ISSOServerManager;
 
 /// Root of a plugin: hands out its interfaces, each of which may be empty.
 ///
-/// The library keeps the factory and asks it anew on every public call, from
+/// The library keeps the factory and asks it again on every public call, from
 /// any thread, with the library's lock held: answer at once, with the same
 /// object each time or with objects that share their state.
 ///

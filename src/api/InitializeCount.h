@@ -4,13 +4,13 @@
 
 namespace Halvorix::SSOServices {
 
-/// The Initialize calls of a manager that are not undone yet.
+/// How many Initialize calls of a manager no Uninitialize has undone yet.
 class InitializeCount {
 public:
     /// Counts an Initialize; true for the first.
     bool Add() { return ++count <= 1; }
 
-    /// Takes an Uninitialize off, unless nothing is left to undo; true for the last.
+    /// Undoes one, if there is one; true for the last.
     bool Remove() { return count >= 1 && --count <= 0; }
 
     void Reset() { count = 0; }

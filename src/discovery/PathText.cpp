@@ -48,8 +48,8 @@ std::vector<std::wstring> SplitSupportPathList(std::wstring const& text)
     return paths;
 }
 
-// Without Boost's own conversion: that follows the locale, which is none that knows
-// every name and which the process's end takes away from its threads.
+// Without Boost's own conversion. That one follows the path locale, which may not know all
+// characters, and which the end of the process destroys while other threads still use it.
 boost::filesystem::path AsPath(std::wstring const& text)
 {
     if (Platform::AreFileNamesWide())

@@ -61,7 +61,7 @@ private:
 
     /// False if another thread has changed what is known since that age.
     bool Learn(SSOPathResolver const& copy, std::uint64_t copiedAt);
-    /// Not without a log.
+    /// Only if there is a log to send them to.
     void LogLines(std::vector<Line> const& lines);
 
     std::mutex mutex; // of the base and its age

@@ -27,18 +27,6 @@ long long NumericDifference(std::string const& x, std::string const& y)
     }
 }
 
-unsigned char Folded(char c) { return static_cast<unsigned char>(Platform::LowerAscii(c)); }
-
-// By bytes: the systems' runtimes disagree on what is not ASCII.
-int CompareIgnoringCase(char const* x, char const* y)
-{
-    while (*x != '\0' && Folded(*x) == Folded(*y)) {
-        ++x;
-        ++y;
-    }
-    return Sign(Folded(*x) - Folded(*y));
-}
-
 int CompareComponents(std::string const& x, std::string const& y)
 {
     // As most pairs are: both their numbers and their letters are the same.
@@ -46,7 +34,8 @@ int CompareComponents(std::string const& x, std::string const& y)
         return 0;
     if (long long const difference = NumericDifference(x, y))
         return Sign(difference);
-    return CompareIgnoringCase(x.c_str(), y.c_str());
+    // By bytes: the systems' runtimes disagree on what is not ASCII.
+    return Platform::CompareIgnoringAsciiCase(x.c_str(), y.c_str());
 }
 
 } // namespace

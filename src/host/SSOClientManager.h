@@ -25,8 +25,8 @@ public:
     /// Takes no lock once the manager exists. Never empty.
     static std::shared_ptr<SSOClientManager> GetInstance();
 
-    /// Makes it the process's manager, where there is none; the locale stays as it is. Not to
-    /// run beside any other call.
+    /// Makes it the process's manager, in place of any other, without the process's locale.
+    /// Under the lock, or while nobody else calls.
     static void Publish(std::shared_ptr<SSOClientManager> manager);
 
     /// Drops the process's reference; the next use creates a new manager, which
@@ -34,7 +34,7 @@ public:
     static bool ReleaseInstance();
 
     SSOClientManager();
-    /// With another way for its lines than to the log sink alone.
+    /// Its lines go where this function sends them.
     explicit SSOClientManager(LogFunction log);
 
     // Each fills the pointer, which stays empty with no plugin. The factory is

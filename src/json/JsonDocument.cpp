@@ -60,7 +60,7 @@ private:
 // Each builder is a document itself: to make one takes as long as to read a token.
 // Constants, so that all threads may use them; never destroyed, since threads of the
 // host read and write documents until the process is gone. The library stays for them:
-// otherwise each time that a host loads it anew would leave two behind.
+// otherwise each time that a host loads it again would leave two behind.
 struct Builders {
     Builders() { readers["collectComments"] = false; }
     Json::CharReaderBuilder readers;

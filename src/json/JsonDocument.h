@@ -12,7 +12,7 @@ namespace Halvorix::SSOServices {
 /// what follows the first value are ignored; the last of equal keys wins.
 bool ParseJsonDocument(char const* text, Json::Value& value);
 
-/// What asString gives, wide; a text is not copied before.
+/// The wide form of what asString gives, without its copy of a text.
 std::wstring WideText(Json::Value const& value);
 
 /// The value as a styled document.

@@ -24,12 +24,12 @@ namespace {
 using Operation = bool (IRsaCryptor::*)(unsigned char const*, unsigned long long, unsigned char*,
                                         unsigned long long, unsigned long long*);
 
-// Two pairs of operations: a token of the default type goes through RSA, every other one
-// through the buffer, whose room grows with the text.
+// One direction: a token of the default type goes through RSA, every other one through the
+// buffer operation, whose capacity is so many times the input.
 struct Cipher {
     Operation rsa;
     Operation buffer;
-    std::size_t bufferGrowth;
+    std::size_t capacityPerByte;
 };
 
 constexpr Cipher Encryption{&IRsaCryptor::RsaEncrypt, &IRsaCryptor::EncryptBuffer, 2};
@@ -51,7 +51,7 @@ bool Transform(IRsaCryptor& cryptor, Cipher const& cipher, OAuth2TokenType type,
     bool const isRsa = type == OAuth2TokenTypeDefault;
     Operation const operation = isRsa ? cipher.rsa : cipher.buffer;
     std::uint64_t const capacity =
-        isRsa ? RsaCapacity(cryptor) : BufferCapacity(cipher.bufferGrowth * input.size());
+        isRsa ? RsaCapacity(cryptor) : BufferCapacity(cipher.capacityPerByte * input.size());
     output->assign(capacity, '\0');
     unsigned long long length = 0;
     if (!(cryptor.*operation)(reinterpret_cast<unsigned char const*>(input.data()), input.size(),

@@ -43,8 +43,6 @@ void EarlyLog::Add(EarlyLog const& later)
     later.ForEach([this](EarlyLogEntry const& line) { Add(line.text, line.level); });
 }
 
-void EarlyLog::Clear() { *this = EarlyLog(); }
-
 void EarlyLog::ForEach(std::function<void(EarlyLogEntry const&)> const& action) const
 {
     ForEach(log, action);

@@ -29,7 +29,6 @@ public:
     void Add(EarlyLog const& later);
 
     bool IsEmpty() const { return log.empty(); }
-    void Clear();
 
     /// Each message as often as it came.
     void ForEach(std::function<void(EarlyLogEntry const&)> const& action) const;

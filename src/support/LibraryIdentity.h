@@ -7,9 +7,6 @@ namespace Halvorix::SSOServices {
 /// Version of this library. The zeros count: versions keep their spelling.
 inline constexpr char const* LibraryVersion = "10.22.00.1800";
 
-/// What a plugin's logger may read; nothing in the library does.
-inline constexpr char const* LogConfigFileName = "WebServices.logconfig";
-
 /// What this build is, such as "x64-Release".
 inline std::wstring BuildName()
 {

@@ -12,14 +12,17 @@ namespace Halvorix::SSOServices {
 
 class ILogger;
 
-/// The log, below the user's local application data. The plugin's logger writes it; nothing
-/// in the library does.
+/// Where the service's log belongs, below the user's local application data. Nothing in the
+/// library opens it, and a plugin's logger may write elsewhere.
 inline constexpr wchar_t const* LogFile = L"Halvorix/Web Services/Log/WebServices.log";
+
+/// What a plugin's logger may read; nothing in the library does.
+inline constexpr char const* LogConfigFileName = "WebServices.logconfig";
 
 /// Where a line goes; a function that is empty loses it.
 using LogFunction = std::function<void(std::wstring, Log::LogLevel)>;
 
-/// The one way of every line of the library: composed from its message, then handed on.
+/// How every line of the library is logged: composed from its message, then handed on.
 template <class... Arguments>
 void LogMessage(LogFunction const& log, Message const& message, Arguments const&... arguments)
 {
@@ -34,7 +37,7 @@ void LogWrite(std::wstring message, Log::LogLevel level);
 /// Sends the early log to the logger, or to the console if there is none.
 void FlushEarlyLog();
 
-/// Empties the early log.
+/// Empties the early log, and answers what was in it.
 EarlyLog TakeEarlyLog();
 
 /// Replaces the logger and answers the one before; an empty pointer leaves the library

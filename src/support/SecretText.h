@@ -45,9 +45,18 @@ public:
         *this = other.text;
         return *this;
     }
-    SecretText& operator=(Text other)
+    SecretText& operator=(Text const& other)
     {
-        Wipe(text); // a swap would leave parts of a short text in the string itself
+        *this = Text(other);
+        return *this;
+    }
+    /// Leaves nothing in `other` either.
+    SecretText& operator=(Text&& other) noexcept
+    {
+        // Short texts lie in the strings themselves, where a swap with a longer one would
+        // leave them: so the old text goes first, with the memory that it has.
+        Wipe(text);
+        Text().swap(text);
         text.swap(other);
         Wipe(other);
         return *this;

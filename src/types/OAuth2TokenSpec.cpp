@@ -15,8 +15,8 @@ static_assert(sizeof(OAuth2TokenSpec) == sizeof(void*));
 
 namespace {
 
-// Words in ascending order without regard to case, one blank between them.
-// Other white space than the blank does not separate, but goes from the edges.
+// Words in ascending order without regard to case, one blank between them. Only blanks
+// separate words; other white space is trimmed from their edges.
 std::wstring NormalizeScope(std::wstring const& scope)
 {
     std::vector<std::wstring> words = SSOServices::SplitAndTrim(scope, L' ');

@@ -1,7 +1,9 @@
 #include "support/SecretText.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -47,6 +49,23 @@ TEST(SecretText, TakesATextAndLeavesNothingThere)
         EXPECT_EQ(*secret, original);
         EXPECT_TRUE(source.empty()); // NOLINT: just that is the question
         EXPECT_TRUE(IsBlank(source.data(), source.capacity()));
+    }
+}
+
+TEST(SecretText, AnAssignmentLeavesNothingInTheTextThatItTakes)
+{
+    for (std::size_t const before : {std::size_t{3}, std::size_t{100}}) {
+        for (std::string const& original : {std::string("a short one"), std::string(100, 'x')}) {
+            SecretText<char> secret(std::string(before, 'b'));
+            std::string source = original;
+            secret = std::move(source);
+            EXPECT_EQ(*secret, original);
+            // In the string itself, too, wherever its text lies now.
+            std::string_view const itself(reinterpret_cast<char const*>(&source), sizeof source);
+            EXPECT_EQ(itself.find(original.substr(original.size() - 3)), std::string_view::npos)
+                << before << ", " << original;
+            EXPECT_TRUE(IsBlank(source.data(), source.capacity())); // NOLINT: just that is asked
+        }
     }
 }
 

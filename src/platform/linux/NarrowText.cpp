@@ -10,7 +10,7 @@ namespace {
 
 constexpr wchar_t Replacement = 0xFFFD;
 
-// What is beyond all characters becomes the one for that.
+// A value that is not a character becomes the replacement character.
 boost::locale::utf::code_point CodePoint(wchar_t unit)
 {
     boost::locale::utf::code_point const value = std::char_traits<wchar_t>::to_int_type(unit);
@@ -19,8 +19,8 @@ boost::locale::utf::code_point CodePoint(wchar_t unit)
 
 } // namespace
 
-// A byte that is none of a character's becomes what no name has: were it left out, the
-// text would name another file.
+// A byte that belongs to no character is replaced and not left out: without it the text
+// would name another file.
 std::wstring FromSystem(std::string const& text)
 {
     using Utf8 = boost::locale::utf::utf_traits<char>;

@@ -4,8 +4,8 @@
 
 namespace Halvorix::Platform {
 
-/// The system's narrow texts are UTF-8; a byte that is none of a character's becomes
-/// U+FFFD, so that no name and no error text can make a conversion fail.
+/// The system's narrow texts are UTF-8. A byte that belongs to no character becomes U+FFFD,
+/// so that no file name or error text can make the conversion fail.
 std::wstring FromSystem(std::string const& text);
 
 /// Each unit by itself, half a surrogate pair too: a name that the system does not

@@ -1,23 +1,10 @@
 #include <algorithm>
-#include <cstdint>
 #include <cwchar>
-#include <string>
 
 #include "platform/AsciiCase.h"
 #include "platform/Platform.h"
 
 namespace Halvorix::Platform {
-
-namespace {
-
-// As the other system does it in its default locale. wcscasecmp follows the
-// locale that the host has set: in Turkish, %PROGRAMFILES% would be unknown.
-std::uint32_t Folded(wchar_t unit)
-{
-    return std::char_traits<wchar_t>::to_int_type(LowerAscii(unit));
-}
-
-} // namespace
 
 int CopyBounded(wchar_t* destination, std::size_t capacity, wchar_t const* source)
 {
@@ -28,15 +15,11 @@ int CopyBounded(wchar_t* destination, std::size_t capacity, wchar_t const* sourc
     return count == length ? 0 : CopyWasTruncated;
 }
 
+// As the other system does it in its default locale. wcscasecmp follows the locale that the
+// host has set: in Turkish, %PROGRAMFILES% would be unknown.
 int CompareIgnoringCase(wchar_t const* left, wchar_t const* right)
 {
-    while (*left != L'\0' && Folded(*left) == Folded(*right)) {
-        ++left;
-        ++right;
-    }
-    std::uint32_t const l = Folded(*left);
-    std::uint32_t const r = Folded(*right);
-    return l < r ? -1 : l > r ? 1 : 0;
+    return CompareIgnoringAsciiCase(left, right);
 }
 
 } // namespace Halvorix::Platform
