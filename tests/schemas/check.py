@@ -10,8 +10,9 @@ Of each file kind the folders are
   schema-only  the schema takes it, and the reader of this process does not
 
 SamplesTest.cpp holds the reader to the same folders. Of the documents of the plugin boundary
-the folder `written` has what the library writes. Checked besides: the
-examples and defaults in the schemas, and the files that the pages show.
+the folder `written` has what the library writes, and `reader-only-read` what it has read of
+each document in `reader-only`. Checked besides: the examples and defaults in the schemas,
+and the files that the pages show.
 """
 
 import json
@@ -33,7 +34,8 @@ PAGES = ("README.md", "docs/configuration-files.md")
 # The documents of the plugin boundary. DocumentsTest.cpp reads and writes them.
 DOCUMENTS = ("OAuth2TokenSpec", "OAuth2Token", "NetworkCookie", "NetworkCookieJar")
 DOCUMENTS_PAGE = "docs/boundary-documents.md"
-DOCUMENT_FOLDERS = {"written": True, "accepted": True, "refused": False, "reader-only": False}
+DOCUMENT_FOLDERS = {"written": True, "accepted": True, "refused": False, "reader-only": False,
+                    "reader-only-read": True}
 
 
 def without_comments(text):
