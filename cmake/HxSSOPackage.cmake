@@ -29,12 +29,10 @@ endif()
 # --- For those who build against it -----------------------------------------------
 
 include(CMakePackageConfigHelpers)
-# The processor is looked at with the rest, by HxSSOServicesConfig.cmake.
+# A tree of other bits does not fit by its version, so that find_package goes on to the one
+# beside it. The rest is looked at by HxSSOServicesConfig.cmake.
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/HxSSOServicesConfigVersion.cmake
-    COMPATIBILITY SameMajorVersion ARCH_INDEPENDENT)
-math(EXPR hxsso_bits "8 * ${CMAKE_SIZEOF_VOID_P}")
-string(TOLOWER "${CMAKE_SYSTEM_PROCESSOR}" hxsso_processor)
-string(REPLACE amd64 x86_64 hxsso_processor "${hxsso_processor}")
+    COMPATIBILITY SameMajorVersion)
 configure_file(cmake/HxSSOServicesConfig.cmake.in HxSSOServicesConfig.cmake @ONLY)
 install(EXPORT HxSSOServicesTargets NAMESPACE HxSSOServices:: DESTINATION ${package_dir})
 install(FILES
@@ -93,11 +91,17 @@ if(WIN32)
     math(EXPR bits "${CMAKE_SIZEOF_VOID_P} * 8")
     string(REPLACE 32 86 bits ${bits})
     set(CPACK_PACKAGE_FILE_NAME HxSSOServices-${PROJECT_VERSION}-windows-x${bits})
+    # For the ZIP alone: a prefix is not this project's own.
+    set(texts LICENSE README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md docs)
+    list(TRANSFORM texts PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+    list(JOIN texts "\" \"" texts)
+    file(CONFIGURE OUTPUT HxSSOPackageTexts.cmake @ONLY CONTENT
+        "file(COPY \"@texts@\" DESTINATION \${CPACK_TEMPORARY_DIRECTORY} FILES_MATCHING PATTERN *.md PATTERN LICENSE PATTERN schemas EXCLUDE)\n")
+    set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_BINARY_DIR}/HxSSOPackageTexts.cmake)
     if(MINGW)
         configure_file(cmake/HxSSOPackageFiles.cmake.in HxSSOPackageFiles.cmake @ONLY)
-        set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_BINARY_DIR}/HxSSOPackageFiles.cmake)
+        list(APPEND CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_BINARY_DIR}/HxSSOPackageFiles.cmake)
     endif()
-    install(FILES README.md LICENSE DESTINATION .)
 else()
     set(CPACK_GENERATOR TGZ) # debian/ makes Debian's packages
 endif()
