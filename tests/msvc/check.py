@@ -5,7 +5,9 @@ check.py FOLDER BUILD
 
 FOLDER holds that library and the program `check`, which compiles sources as Visual Studio
 would meet them, with Clang in its Microsoft mode, and links nothing. The sources are those
-that BUILD compiles for Windows, with the definitions and folders that it gives each.
+that BUILD compiles for Windows, with the definitions and folders that it gives each. What it
+compiles by folder is compiled file by file in src/ and examples/, where a missing include
+would be Visual Studio's to find; and bench/ and the plugin's template are compiled as well.
 Prints what is wrong with each source that fails, and "N passed, N failed, 0 skipped".
 """
 
@@ -28,25 +30,50 @@ def is_ours(folder):
     return ROOT in folder.parents and ROOT / ".deps" not in folder.parents
 
 
+def opened(file):
+    """The files of a folder that are compiled as one, or the file itself."""
+    if file.parent.name != "Unity":
+        return [file]
+    files = [pathlib.Path(name) for name in re.findall('#include "(.*)"', file.read_text())]
+    return files if any(is_shipped(each) for each in files) else [file]
+
+
+def is_shipped(file):
+    return ROOT / "src" in file.parents or ROOT / "examples" in file.parents
+
+
+def others():
+    """What this build has no target for."""
+    for file in sorted((ROOT / "bench").rglob("*.cpp")):
+        if not {"linux", "counts"} & set(file.relative_to(ROOT).parts):  # Linux's own
+            looks_inside = ["-DHXSSO_STATIC"] if file.parent.name == "inner" else []
+            yield file, ["-DBENCHMARK_STATIC_DEFINE", f"-I{ROOT}/bench", *looks_inside]
+    for file in sorted((ROOT / "examples/plugin-template").glob("*.cpp")):
+        yield file, []
+
+
 def sources(build):
     """The C++ sources of the project in this build, each once, with their options."""
     known = set()
     for entry in json.loads((build / "compile_commands.json").read_text()):
         file = pathlib.Path(entry["file"])
-        if file in known or file.suffix not in (".cpp", ".cxx") or ROOT not in file.parents:
+        if file.suffix not in (".cpp", ".cxx") or ROOT not in file.parents:
             continue
-        known.add(file)
         words = shlex.split(entry["command"])
         options = [word for word in words if re.match("-[DU]", word)]
         folders = [word[2:] for word in words if word.startswith("-I")]
         options += [f"-I{folder}" for folder in folders if is_ours(pathlib.Path(folder))]
-        yield file, options
+        for each in opened(file):
+            if each not in known:
+                known.add(each)
+                yield each, options
+    yield from others()
 
 
 def headers_folder(place):
     """Where `check` prepares headers, for one compilation at a time; GoogleTest's with them."""
     place.mkdir(parents=True, exist_ok=True)
-    for name in ("gtest", "gmock"):
+    for name in ("gtest", "gmock", "benchmark"):
         if not (place / name).exists():
             (place / name).symlink_to(f"/usr/include/{name}")
     # Wine's header makes macros of two functions, of which streams have members.
