@@ -7,11 +7,18 @@ if(NOT several_configurations AND NOT CMAKE_BUILD_TYPE)
 endif()
 
 # Whoever asks for the tests gets them or an error.
-if(NOT DEFINED HXSSO_BUILD_TESTS AND NOT MINGW)
-    find_package(GTest QUIET)
-    if(NOT GTest_FOUND)
-        message(STATUS "GoogleTest is not installed, so the tests are not built. To have them, "
-            "install it (on Debian libgtest-dev and libgmock-dev) and set HXSSO_BUILD_TESTS to ON")
+if(NOT DEFINED HXSSO_BUILD_TESTS)
+    if(MINGW)
+        set(packages googletest)
+        find_path(GOOGLETEST_SOURCE_DIR googletest/CMakeLists.txt
+            PATHS /usr/src/googletest NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
+    else()
+        set(packages "libgtest-dev and libgmock-dev")
+        find_package(GTest QUIET)
+    endif()
+    if(NOT GOOGLETEST_SOURCE_DIR AND NOT TARGET GTest::gmock)
+        message(STATUS "GoogleTest with GoogleMock is not installed, so the tests are not built. To have "
+            "them, install it (on Debian ${packages}) and set HXSSO_BUILD_TESTS to ON")
         set(HXSSO_BUILD_TESTS OFF CACHE BOOL "Build the tests")
     endif()
 endif()
