@@ -20,7 +20,7 @@ function(hxsso_add_plugin target)
             # GCC decorates the name its own way: the export carries the other one.
             set(export "\"${factory_export}\"=_Z19GetSSOClientFactoryv")
         endif()
-        file(WRITE ${definition} "EXPORTS\n    ${export}\n")
+        file(CONFIGURE OUTPUT ${definition} CONTENT "EXPORTS\n    @export@\n" @ONLY)
         target_sources(${target} PRIVATE ${definition})
     else()
         # The declaration in the header says nothing about visibility.
@@ -31,7 +31,10 @@ function(hxsso_add_plugin target)
         target_link_options(${target} PRIVATE LINKER:--as-needed)
         # What is missing is told here and not when the library loads the plugin. Clang's
         # sanitizers are found in the program only.
-        if(NOT (CMAKE_CXX_COMPILER_ID MATCHES "Clang" AND CMAKE_CXX_FLAGS MATCHES "-fsanitize"))
+        string(TOUPPER "${CMAKE_BUILD_TYPE}" configuration)
+        get_directory_property(options COMPILE_OPTIONS)
+        set(options "${options} ${CMAKE_CXX_FLAGS} ${CMAKE_CXX_FLAGS_${configuration}} ${CMAKE_MODULE_LINKER_FLAGS}")
+        if(NOT (CMAKE_CXX_COMPILER_ID MATCHES "Clang" AND options MATCHES "-fsanitize"))
             target_link_options(${target} PRIVATE LINKER:-z,defs)
         endif()
         # At the end of the folder's list: the property may yet be changed.

@@ -282,6 +282,7 @@ public:
 class SSOServerManagerDefaults : public ISSOServerManager {
 public:
     void SetSSOServerAppFiles(wchar_t const*, wchar_t const*) override {}
+    // Empty texts, which the library ends in the host's buffer; with no plugin it stays as it is.
     std::wstring GetSSOServerAppFile() override { return {}; }
     std::wstring GetSSOServerAppExeFile() override { return {}; }
     void SetSSOServerProcessName(char const*) override {}
