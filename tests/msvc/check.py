@@ -31,10 +31,12 @@ def is_ours(folder):
 
 
 def opened(file):
-    """The files of a folder that are compiled as one, or the file itself."""
+    """The files of a folder that are compiled as one, or the file itself; nothing of GoogleTest."""
     if file.parent.name != "Unity":
         return [file]
     files = [pathlib.Path(name) for name in re.findall('#include "(.*)"', file.read_text())]
+    if not all(ROOT in each.parents for each in files):
+        return []
     return files if any(is_shipped(each) for each in files) else [file]
 
 
