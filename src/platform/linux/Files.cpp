@@ -1,5 +1,6 @@
 #include "platform/linux/Files.h"
 
+#include <algorithm>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -58,10 +59,8 @@ int ReadRegularFile(std::string const& file, std::string& content, std::string_v
             return 0;
         if (count < 0 && errno != EINTR)
             return errno;
-        if (count < 0)
-            continue;
         std::size_t const before = content.size();
-        content.append(piece, static_cast<std::size_t>(count));
+        content.append(piece, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
         if (content.find_first_of(enough, before) != std::string::npos)
             return 0;
     }
