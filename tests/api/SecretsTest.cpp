@@ -16,7 +16,7 @@
 #include <WebServicesConfiguration.h>
 #include <WebServicesManager.h>
 #include <WebServicesUIManager.h>
-#include <plugin/IRsaCryptor.h>
+#include <plugin/Defaults.h>
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
 #include "framework/Secrets.h"
@@ -32,30 +32,15 @@ namespace Secrets = Rig::Secrets;
 namespace {
 
 /// Answers each decryption with the planted text.
-class Cryptor : public IRsaCryptor {
+class Cryptor : public RsaCryptorDefaults {
 public:
     int GetMaxBlockSize() override { return 255; }
-    bool RsaEncrypt(unsigned char const*, unsigned long long, unsigned char*, unsigned long long,
-                    unsigned long long*) override
-    {
-        return false;
-    }
     bool RsaDecrypt(unsigned char const*, unsigned long long, unsigned char* output,
                     unsigned long long, unsigned long long* length) override
     {
         *length = std::strlen(Secrets::DecryptedToken);
         std::memcpy(output, Secrets::DecryptedToken, *length);
         return true;
-    }
-    bool EncryptBuffer(unsigned char const*, unsigned long long, unsigned char*, unsigned long long,
-                       unsigned long long*) override
-    {
-        return false;
-    }
-    bool DecryptBuffer(unsigned char const*, unsigned long long, unsigned char*, unsigned long long,
-                       unsigned long long*) override
-    {
-        return false;
     }
 };
 

@@ -3,10 +3,11 @@
 #include <memory>
 
 #include <SSOServerManager.h>
-#include <plugin/IRsaCryptor.h>
+#include <plugin/Defaults.h>
 
 using namespace Halvorix::SSOServices;
 using Halvorix::WebServices::IRsaCryptor;
+using Halvorix::WebServices::RsaCryptorDefaults;
 
 namespace MemberWalk {
 
@@ -14,35 +15,10 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// Only handed on: nobody asks it.
-class UnaskedCryptor : public IRsaCryptor {
-public:
-    int GetMaxBlockSize() override { return 0; }
-    bool RsaEncrypt(unsigned char const*, unsigned long long, unsigned char*, unsigned long long,
-                    unsigned long long*) override
-    {
-        return false;
-    }
-    bool RsaDecrypt(unsigned char const*, unsigned long long, unsigned char*, unsigned long long,
-                    unsigned long long*) override
-    {
-        return false;
-    }
-    bool EncryptBuffer(unsigned char const*, unsigned long long, unsigned char*, unsigned long long,
-                       unsigned long long*) override
-    {
-        return false;
-    }
-    bool DecryptBuffer(unsigned char const*, unsigned long long, unsigned char*, unsigned long long,
-                       unsigned long long*) override
-    {
-        return false;
-    }
-};
-
+// Only handed on: nobody asks it.
 std::shared_ptr<IRsaCryptor> const& Cryptor()
 {
-    static std::shared_ptr<IRsaCryptor> const cryptor = std::make_shared<UnaskedCryptor>();
+    static std::shared_ptr<IRsaCryptor> const cryptor = std::make_shared<RsaCryptorDefaults>();
     return cryptor;
 }
 
