@@ -3,6 +3,7 @@
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/HxSSOServices)
 set(data_dir ${CMAKE_INSTALL_DATADIR}/HxSSOServices)
 set(license_dir ${data_dir}/licenses)
+set(document_dir ${CMAKE_INSTALL_DATADIR}/doc/HxSSOServices)
 
 # --- Headers and library ----------------------------------------------------------
 
@@ -13,7 +14,17 @@ install(DIRECTORY examples DESTINATION ${data_dir})
 install(DIRECTORY docs/schemas DESTINATION ${data_dir})
 install(FILES LICENSE DESTINATION ${license_dir} RENAME HxSSOServices.txt)
 
-# --- Documents as HTML, if the target `documents` was built -----------------------
+# --- Documents --------------------------------------------------------------------
+
+# As they lie here, so that their links hold. On Windows the ZIP has them, at its top.
+if(NOT WIN32)
+    install(FILES LICENSE README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md
+        DESTINATION ${document_dir})
+    install(DIRECTORY docs DESTINATION ${document_dir}
+        FILES_MATCHING PATTERN *.md PATTERN schemas EXCLUDE)
+endif()
+
+# As HTML, if the target `documents` was built.
 
 find_program(HXSSO_DOXYGEN doxygen NO_CMAKE_FIND_ROOT_PATH)
 mark_as_advanced(HXSSO_DOXYGEN)
