@@ -16,6 +16,7 @@ packages_native=(
 )
 packages_any_windows=(
     g++ cmake ninja-build libgtest-dev libgmock-dev
+    lld                    # links the test programs
     dpkg-dev               # unpacks Debian's source packages
     libboost1.81-tools-dev # b2; the source package lacks a part of its own
     wine wine64
