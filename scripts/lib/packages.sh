@@ -3,7 +3,7 @@
 # shellcheck shell=bash
 
 packages_native=(
-    g++ cmake ninja-build pkg-config python3
+    ccache g++ cmake ninja-build pkg-config python3
     python3-jsonschema # holds samples and the tools' reports to their schemas
     dpkg-dev debhelper lintian fakeroot # Debian's packages
     clang clang-format clang-tidy
@@ -15,7 +15,7 @@ packages_native=(
     locales # what the tests of other locales are made from
 )
 packages_any_windows=(
-    g++ cmake ninja-build libgtest-dev libgmock-dev
+    ccache g++ cmake ninja-build libgtest-dev libgmock-dev
     lld                    # links the test programs
     dpkg-dev               # unpacks Debian's source packages
     libboost1.81-tools-dev # b2; the source package lacks a part of its own
