@@ -70,15 +70,16 @@ leg_msvc() {
     count_sum tests/msvc/check.py "$HXSSO_MSVC_STL" build/windows
 }
 
-# The installed tree and the packages, as those use them who have nothing else.
+# The installed tree and the packages, as those use them who have nothing else. Both systems
+# at once, since each mostly waits for one process.
 leg_package() {
     scripts/setup native windows docs || return
     local platform
     for platform in linux windows; do
         build_for package $platform HxSSOServices hxsso-plugin-check hxsso-doctor || return
-        say "package: the installed tree alone ($platform)"
-        count_report tests/package/run $platform || return
     done
+    say "package: the installed tree alone"
+    count_report xargs -n 1 -P 2 tests/package/run <<<'linux windows'
 }
 
 # Each fuzzer for some seconds, from its committed inputs on.
