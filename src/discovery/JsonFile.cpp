@@ -1,3 +1,4 @@
+// hxsso-doctor has tools/doctor/JsonFile.cpp in the place of this file: change both.
 #include "discovery/JsonFile.h"
 
 #include <json/reader.h>

@@ -1,3 +1,4 @@
+// hxsso-doctor has tools/doctor/ModuleFiles.cpp in the place of this file: change both.
 #include "discovery/ModuleFiles.h"
 
 #include "discovery/PathText.h"

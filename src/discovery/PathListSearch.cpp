@@ -1,3 +1,4 @@
+// hxsso-doctor has tools/doctor/PathListSearch.cpp in the place of this file: change both.
 #include "discovery/FileSearch.h"
 #include "discovery/PathText.h"
 

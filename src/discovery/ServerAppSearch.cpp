@@ -1,7 +1,6 @@
 // SSOPathResolver: where the server application lies and how it is named.
 
 #include <memory>
-#include <utility>
 
 #include "discovery/FileSearch.h"
 #include "discovery/PathText.h"

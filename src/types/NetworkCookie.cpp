@@ -17,6 +17,7 @@ NetworkCookie::NetworkCookie(NetworkCookie const& other) : record(new Record(*ot
 
 NetworkCookie& NetworkCookie::operator=(NetworkCookie const& other)
 {
+    // In this order, on purpose: it shows where memory runs out half-way.
     if (this != &other) {
         record->name = other.record->name;
         record->value = other.record->value;
