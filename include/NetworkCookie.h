@@ -19,12 +19,12 @@ public:
     ~NetworkCookie();
 
     /// Name in bytes, in the encoding it was set in. A null buffer asks for the
-    /// count; otherwise a name too long is cut. A terminator is stored only if
-    /// there is room behind the bytes: an answer equal to `size` means there was
-    /// none. An empty name stores a terminator.
+    /// count; otherwise a name too long is cut. A terminator is stored only if there is room
+    /// after the bytes; if the answer equals `size`, there is no terminator. An empty
+    /// name stores a terminator.
     /// @param buffer the caller's, or null
     /// @param size capacity in bytes, not negative
-    /// @return bytes stored
+    /// @return bytes stored, or, for a null buffer, their count
     int GetName(char* buffer, int size) const;
     /// @param name terminated, not null
     void SetName(char const* name);
@@ -36,8 +36,8 @@ public:
     /// long is cut, and the buffer is always terminated.
     /// @param buffer the caller's, or null
     /// @param size capacity in wchar_t units, terminator included
-    /// @return units stored, or the length, without terminator; 0 and nothing
-    ///     written for a size below 1
+    /// @return units stored, or, for a null buffer, the length, both without terminator;
+    ///     0 and nothing written for a buffer with a size below 1
     int GetDomain(wchar_t* buffer, int size) const;
     /// @param domain terminated; null means empty
     void SetDomain(wchar_t const* domain);

@@ -35,12 +35,12 @@ public:
     /// is cut. The buffer is always terminated if it has room for a unit.
     /// @param buffer the caller's, or null
     /// @param size capacity in wchar_t units, terminator included
-    /// @return units stored, or the length, without terminator; 0 and nothing
-    ///     written for a size below 1
+    /// @return units stored, or, for a null buffer, the length, both without terminator;
+    ///     0 and nothing written for a buffer with a size below 1
     int GetScope(wchar_t* buffer, int size) const;
     /// Stores the scope in normal form: words separated by blanks, trimmed, in
     /// ascending order without regard to case, joined by one blank. Always true.
-    /// Constant, since the text lies behind the object.
+    /// Const, because the scope is stored through a pointer.
     /// @param scope terminated text, not null
     bool SetScope(wchar_t const* scope) const;
 
@@ -78,8 +78,8 @@ public:
     /// empty text and the answer is 0. A null buffer asks for the length.
     /// @param buffer the caller's, or null
     /// @param size capacity in wchar_t units, terminator included
-    /// @return units stored, without terminator; 0 and nothing written for a size
-    ///     below 1
+    /// @return units stored, or, for a null buffer, the length, both without terminator;
+    ///     0 and nothing written for a buffer with a size below 1
     int GetToken(wchar_t* buffer, int size) const;
     /// A copy of the spec.
     OAuth2TokenSpec GetSpec() const;

@@ -14,18 +14,18 @@ namespace Halvorix::SSOServices {
 /// state files, the server process, events, and the library's own view of where
 /// its parts lie. No instance and no state of its own; no Initialize is needed.
 ///
-/// Wide texts are UTF-16 on Windows and UTF-32 on Linux, narrow ones UTF-8.
+/// Wide texts are UTF-16 on Windows and UTF-32 on Linux. Narrow ones are UTF-8 by convention: they
+/// pass between host and plugin unchanged.
 /// The first use changes the process's locale (WebServicesManager tells how).
-/// Exceptions of the plugin, of the allocator, and, from whatever has to find or load
-/// something first, of the JSON library and of Boost.Filesystem reach the caller
-/// (WebServicesManager lists them).
+/// Exceptions of the plugin and the allocator reach the caller; so do those of the JSON library
+/// and Boost.Filesystem, from calls that load or search (WebServicesManager lists them).
 class HXSSO_API SSOClientPrivate {
 public:
     /// @name Asking the plugin
-    /// From any thread; no lock is held while the plugin works. With no plugin,
-    /// or one that refuses the interface behind a function:
-    /// texts and maps are empty, bool is false, numbers are 0, actions have no
-    /// effect and outputs stay as they are, except where stated.
+    /// From any thread; no lock is held while the plugin works. Without a plugin, or with
+    /// one that refuses the interface behind a function, texts and maps are empty, bool is
+    /// false, numbers are 0, actions have no effect and outputs stay as they are, except
+    /// where stated.
     /// @{
 
     static std::wstring GetLoginInfo(BufferTransformCallback callback); ///< A text.
@@ -38,14 +38,14 @@ public:
                                 std::map<std::wstring, std::wstring> const& overrides);
     static bool ClearUrlOverrides(WebServices::Server server);          ///< Removes the overrides.
     static std::wstring ServerToServerName(WebServices::Server server); ///< Name by number.
-    /// Number by name. -1, which is no server, with no plugin.
+    /// Number by name. Without a plugin -1, which is no server.
     static WebServices::Server ServerNameToServer(std::wstring name);
     static std::wstring Encrypt(std::wstring const& text); ///< The text, encrypted.
-    /// Both are made empty first, with no plugin too.
+    /// Both are made empty first, even without a plugin.
     static void GetCurrentConfigurationConsumerKey(std::wstring& key, std::wstring& secret);
     static std::wstring GetSettingsPath();   ///< A path.
     static std::wstring GetLoginStateFile(); ///< A path.
-    /// The schedule in force; a default one with no plugin.
+    /// The schedule in force; a default one without a plugin.
     static StdUtil::RetrySchedule GetActiveOAuth2TokenRefreshRetrySchedule();
     /// Copied by the plugin.
     static bool SetOAuth2TokenRefreshRetrySchedule(StdUtil::RetrySchedule const& schedule);
@@ -59,10 +59,10 @@ public:
     static void RaiseEvent(WebServices::WebServicesPrivateCore::WebServicesEvent event, bool flag);
     /// The configuration as the plugin writes it.
     static std::string ToJsonString(WebServices::WebServicesConfiguration const* configuration);
-    /// Fills the configuration from the plugin's form; untouched with no plugin.
+    /// Fills the configuration from the plugin's form; untouched without a plugin.
     static bool FromJsonString(WebServices::WebServicesConfiguration* configuration,
                                std::string const& text);
-    /// The plugin's comparison; false with no plugin even for one object.
+    /// The plugin's comparison; without a plugin false, even for one object.
     static bool Equals(WebServices::WebServicesConfiguration const& left,
                        WebServices::WebServicesConfiguration const& right);
     static void LockLoginStateFile();   ///< Blocks as long as the plugin does.
@@ -72,7 +72,7 @@ public:
     static bool Ping();            ///< The same, without the details.
     static void ClearEventQueue(); ///< Drops the plugin's waiting events.
     static bool FreezeSSOServerProcess(BufferTransformCallback callback); ///< The plugin's.
-    static std::chrono::seconds GetKillFrozenServerTimeout();             ///< 0 s with no plugin.
+    static std::chrono::seconds GetKillFrozenServerTimeout();             ///< Without a plugin 0 s.
     static bool SetKillFrozenServerTimeout(std::chrono::seconds timeout); ///< Passed unchecked.
     static std::string GetSessionState();                                 ///< The plugin's text.
     /// @param arguments the server's command line, copied by the plugin
@@ -98,9 +98,9 @@ public:
     /// @name The library's own view
     /// Answered without a plugin and without loading one, from any thread. Paths have
     /// forward slashes, but for an override, which is given back as it was set, and are
-    /// empty where nothing was found; the log says why. Only ExpandPathVariables and
-    /// GetModuleDirPath hold the library's lock; the others take it for the lines that
-    /// they log, and the first of all to make the manager.
+    /// empty where nothing was found; the log says why. Except for GetLogFile, all take the
+    /// library's lock briefly, to create the manager and for each line that they log.
+    /// ExpandPathVariables and GetModuleDirPath hold it throughout.
     /// @{
 
     static std::wstring GetSSOServerAppPath();       ///< Directory of the server application.

@@ -10,8 +10,8 @@ namespace Halvorix::SSOServices {
 
 /// Control of the sign-on server, which is a process that the plugin starts and
 /// talks to. From any thread; a call blocks for as long as the plugin takes,
-/// with no lock held. Timeouts are passed on unchecked. No Initialize is needed. With no
-/// plugin a bool is false, a count 0, and an id stays as it was.
+/// with no lock held. Timeouts are passed on unchecked. No Initialize is needed. Without
+/// a plugin a bool is false, a count 0, and an id stays as it was.
 /// Exceptions of the plugin reach the caller, and those of a first call, which loads it
 /// (WebServicesManager lists them).
 class HXSSO_API SSOServerManager {
@@ -21,8 +21,8 @@ public:
     /// terminated.
     /// @param buffer the caller's, or null
     /// @param capacity in wchar_t units, terminator included
-    /// @return units stored, or the length, without terminator; 0 and nothing
-    ///     written for a capacity below 1 and with no plugin
+    /// @return units stored, or, for a null buffer, the length, both without terminator;
+    ///     0 and nothing written for a buffer with a capacity below 1, or without a plugin
     static int GetSSOServerAppFile(wchar_t* buffer, int capacity);
     /// The server's executable, by the same rules.
     static int GetSSOServerAppExeFile(wchar_t* buffer, int capacity);
@@ -39,10 +39,10 @@ public:
 /// exceptions as SSOServerManager.
 class HXSSO_API SSOServicesManager {
 public:
-    /// The plugin's cryptor; empty with no plugin. The library keeps none.
+    /// The plugin's cryptor; empty without a plugin. The library keeps none.
     static std::shared_ptr<WebServices::IRsaCryptor> GetRsaCryptor();
-    /// Shared with the plugin from then on. With no plugin it is released, and
-    /// not kept for later.
+    /// Shared with the plugin from then on. Without a plugin it is released,
+    /// and not kept for later.
     static void SetRsaCryptor(std::shared_ptr<WebServices::IRsaCryptor> cryptor);
 };
 

@@ -19,7 +19,8 @@ class OAuth2TokenSpec;
 
 /// The value classes as JSON, in both directions, for trusted callers.
 ///
-/// Documents are UTF-8. The text writers replace the target by a styled
+/// Documents are UTF-8, on Windows except for characters above U+FFFF
+/// (docs/boundary-documents.md). The text writers replace the target by a styled
 /// document; the text readers take a terminated text, tolerate comments and
 /// ignore what follows the first value. A null pointer, an empty text, a text
 /// that is not valid JSON and the document `null` read as false.

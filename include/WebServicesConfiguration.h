@@ -11,8 +11,8 @@ namespace Halvorix::WebServices {
 ///
 /// Getters: a null buffer asks for the length; otherwise a text too long is cut
 /// and the buffer is always terminated. `size` is the capacity in wchar_t units,
-/// terminator included; the answer is the units stored, or the length, without
-/// terminator, and 0 with nothing written for a size below 1. Setters take a
+/// terminator included. The answer is the units stored, or, for a null buffer, the length, both
+/// without terminator; 0 and nothing written for a buffer with a size below 1. Setters take a
 /// terminated text, not null, and store a copy.
 ///
 /// A value; copies are independent. Not to be shared between threads while one

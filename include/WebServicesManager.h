@@ -12,10 +12,10 @@ class OAuth2TokenSpec;
 /// Sign-in, identity, tokens, signing, cache, proxy and events of the single sign-on service.
 ///
 /// Nearly every member asks the client plugin. The first call that needs it loads it, whether or
-/// not Initialize ran; a load is tried once. With no plugin, or one that refuses its interface,
-/// the log says why, and a member answers by its type: a `bool` false, a number 0, a pointer null,
-/// an enumerator or struct value 0. Out parameters and buffers stay as they are, and a `void`
-/// member does nothing. Members that differ say so.
+/// not Initialize ran; a load is tried once. Without a plugin, or with one that refuses the
+/// interface, a member answers by its type: a `bool` false, a number or an enumerator 0, a pointer
+/// null. Out parameters and buffers stay as they are, and a `void` member does nothing. Members
+/// that differ say so. The log says why, unless the plugin declined by an empty factory.
 ///
 /// Texts are terminated: UTF-16 on Windows, UTF-32 on Linux. They must not be null unless the
 /// plugin's documentation allows it. A member with a buffer and its capacity (wchar_t units,
@@ -28,28 +28,26 @@ class OAuth2TokenSpec;
 /// system's default, and on Windows a load leaves SetDllDirectoryW at the system's default. Until
 /// a plugin has a logger, errors are shown on std::wcout.
 ///
-/// Threads: any, several at the same time, but for Initialize and Uninitialize: one of these at a
-/// time, the last Uninitialize not beside GetConfiguration, and the last Uninitialize of
-/// WebServicesUIManager beside no call at all. No lock is held while the plugin works, and a call
-/// blocks as long as it does.
+/// Threads: any, several at once. Only Initialize and Uninitialize run one at a time; the last
+/// Uninitialize must not overlap GetConfiguration, and that of WebServicesUIManager must not
+/// overlap any call. No lock is held while the plugin works, and a call blocks as long as it does.
 ///
-/// Exceptions: the library throws none of its own and catches none. What reaches the caller:
+/// Exceptions that reach the caller (docs/getting-started.md has their causes):
 /// - from any call, whatever the plugin throws, and std::bad_alloc;
-/// - from a call that loads the plugin, so from any first one: Json::LogicError for wrong types in
-///   a configuration file, Json::RuntimeError for one nested too deeply; filesystem_error of Boost
-///   for a folder that may not be searched (on Linux also for a name too long), on Windows its
-///   system_error for a path with characters above U+FFFF or that the environment's locale lacks;
+/// - from a call that loads the plugin, so from any first one: Json::LogicError,
+///   Json::RuntimeError, boost::filesystem::filesystem_error, and on Windows
+///   boost::system::system_error;
 /// - from GetOAuth2AccessToken with a token and InitiateLogout, which read a document: those of
 ///   Json, and boost::archive::iterators::dataflow_exception or std::out_of_range for bad base64.
 class HXSSO_API WebServicesManager {
 public:
     /// @name Life
-    /// Counted: each Initialize needs one Uninitialize, also one that threw.
+    /// Counted: each Initialize needs one Uninitialize, even one that threw.
     /// @{
 
     static bool Initialize(); ///< The same as Initialize(false).
     /// The first call hands the flag to the plugin and creates the instance; later calls only
-    /// count. Always true, with no plugin too.
+    /// count. Always true, even without a plugin.
     static bool Initialize(bool flag);
     static bool Initialize(bool flag, bool ignored);     ///< The same as Initialize(flag).
     static bool Initialize(OAuth2TokenSpec const& spec); ///< With the spec in place of the flag.
@@ -60,8 +58,8 @@ public:
     static bool IsInitialized(); ///< Whether Initialize ran more often than Uninitialize.
     static int GetSupportFileSearchPaths(wchar_t* buffer, int capacity); ///< The plugin's.
     /// Directories in which SSOClient.config is looked for after the executable's and the
-    /// library's, separated by ";"; `%name%` variables are expanded. Not null. Call it first: it
-    /// loads the plugin itself, and after a load the paths reach the plugin only.
+    /// library's, separated by ";"; `%name%` variables are expanded. Not null. Call it before
+    /// anything else: it loads the plugin, and after that new paths reach only the plugin.
     static void SetSupportFileSearchPaths(wchar_t const* paths);
     static void EnableLog(bool enable); ///< Does nothing: the log is always on.
     bool IsLogEnabled() const;          ///< Always true.
@@ -70,8 +68,8 @@ public:
     /// @name Configuration, cache, entitlement
     /// @{
 
-    /// The plugin's configuration; the reference is the plugin's. With no plugin an empty one
-    /// that lives as long as the instance.
+    /// The plugin's configuration; the reference is the plugin's. Without a plugin an empty
+    /// one that lives as long as the instance.
     WebServicesConfiguration const& GetConfiguration() const;
     bool SetConfiguration(WebServicesConfiguration const& configuration); ///< Copies it.
     int GetCachePath(wchar_t* buffer, int capacity) const;                ///< The plugin's.
@@ -80,7 +78,7 @@ public:
     void EnableCache(CacheType type, bool enable); ///< Handed to the plugin.
     bool IsCacheAvailable(CacheType type) const;   ///< The plugin's answer.
     void InvalidateCache(CacheType type);          ///< Handed to the plugin.
-    /// Licence entitlement, as are the next three.
+    /// Licence entitlement; the next three ask for the same.
     ServiceEntitlement GetServiceEntitlement(wchar_t const* service, wchar_t*& text);
     ServiceEntitlement GetServiceEntitlement(wchar_t const* service);     ///< Without the text.
     bool GetServiceEntitlementEx(wchar_t*& text);                         ///< Without a service.
@@ -113,14 +111,14 @@ public:
     bool InitiateLogin(wchar_t const* text, int number, wchar_t* buffer, int capacity,
                        LoginError& error, int& value);
     bool InitiateLogin(wchar_t* buffer, int capacity, LoginError& error, int& value);
-    bool InitiateLogin(wchar_t* buffer, int capacity); ///< Without those.
+    bool InitiateLogin(wchar_t* buffer, int capacity); ///< Without error and value.
     bool CompleteLogin(NetworkCookieJar const& jar);   ///< With the cookies of a browser login.
     bool CompleteLogin();                              ///< The plugin's answer.
     bool RestoreLogin();                               ///< The plugin's answer.
     bool Logout();                                     ///< The plugin's answer.
     /// Fills the buffer and, if the plugin gives cookies, replaces those of the jar. False at
     /// once, without asking the plugin, for a null buffer or a capacity below 1; otherwise the
-    /// buffer is made empty first, with no plugin too.
+    /// buffer is made empty first, even without a plugin.
     bool InitiateLogout(wchar_t* buffer, int capacity, NetworkCookieJar& jar,
                         BufferTransformCallback callback);
     bool CompleteLogout(); ///< The plugin's answer.
@@ -145,9 +143,8 @@ public:
     bool EnableOAuth2(OAuth2TokenSpec const& spec);
     bool EnableOAuth2(bool enable);
     bool DisableOAuth2();
-    /// Stores the plugin's token in `token`. False, too, if the plugin refuses or gives nothing,
-    /// and if what it gives is not a token document; a document with a spec and no text changes the
-    /// spec of `token` alone.
+    /// Stores the plugin's token in `token`. False if the plugin refuses, returns nothing, or
+    /// returns no token document. One without a text is refused too, but its spec is stored.
     bool GetOAuth2AccessToken(OAuth2TokenSpec const& spec, OAuth2Token& token,
                               BufferTransformCallback callback, bool flag);
     int GetOAuth2AccessToken(wchar_t* buffer, int capacity, BufferTransformCallback callback,
@@ -156,8 +153,9 @@ public:
     bool RefreshOAuth2Token(bool flag);
     bool IsOAuth2TokenExpired(OAuth2TokenSpec const& spec) const;
     bool IsOAuth2TokenExpired() const;
-    unsigned int GetOAuth2TokenExpiryDate(OAuth2TokenSpec const& spec) const; ///< Likewise.
-    unsigned int GetOAuth2TokenExpiryDate() const;
+    /// A plain number whose unit is the plugin's.
+    unsigned int GetOAuth2TokenExpiryDate(OAuth2TokenSpec const& spec) const;
+    unsigned int GetOAuth2TokenExpiryDate() const; ///< A plain number whose unit is the plugin's.
     bool IsOAuth2TokenAvailable(OAuth2TokenSpec const& spec) const;
     bool IsOAuth2TokenAvailable() const;
     /// @}

@@ -14,10 +14,10 @@ namespace Halvorix::WebServicesUI {
 /// The interactive sign-on: dialogs, which are the plugin's, and the host's
 /// window. It wraps the life of WebServicesManager.
 ///
-/// Threads, exceptions, texts and what is answered with no plugin are as in WebServicesManager; a
+/// Threads, exceptions, texts and the answers without a plugin are as in WebServicesManager; a
 /// plugin may demand more of the thread that shows a dialog. After an Initialize that threw,
-/// Uninitialize ends one WebServicesManager::Initialize all the same, also if that was the
-/// host's own.
+/// Uninitialize still ends one WebServicesManager::Initialize. If the plugin's dialogs threw, that
+/// one may be the host's own: initialize it again.
 class HXSSO_API WebServicesUIManager {
 public:
     /// @name Life
@@ -29,18 +29,18 @@ public:
 
     /// The same as Initialize(false).
     static bool Initialize();
-    /// The first call tells the plugin, handing on the flag, then runs
-    /// WebServicesManager::Initialize(flag). Always true, with no plugin too.
+    /// The first call hands the flag to the plugin, then runs
+    /// WebServicesManager::Initialize(flag). Always true, even without a plugin.
     static bool Initialize(bool flag);
     /// The same as Initialize(flag): the second argument is ignored.
     static bool Initialize(bool flag, bool ignored);
-    /// As Initialize(bool), but hands the spec to the plugin in place of flags.
+    /// As Initialize(bool), but hands the spec to the plugin instead of the flag.
     static bool Initialize(WebServices::OAuth2TokenSpec const& spec);
     /// The last call tells the plugin, runs WebServicesManager::Uninitialize and
     /// releases the plugin manager. One too many changes nothing. Always true.
     static bool Uninitialize();
-    /// The instance, owned by the library; null outside Initialize and
-    /// Uninitialize.
+    /// The instance, owned by the library; null before Initialize and after the
+    /// last Uninitialize.
     static WebServicesUIManager* GetInstance();
     /// Whether Initialize ran more often than Uninitialize.
     static bool IsInitialized();
@@ -50,7 +50,7 @@ public:
     static void EnablePlatformIndependentMessageBoxStyle(bool enable);
     /// Always true.
     static bool IsPlatformIndependentMessageBoxStyleEnabled();
-    /// Does nothing: the library has no locale. The argument is not read.
+    /// Does nothing: the library shows no text of its own. The argument is not read.
     void SetCurrentLocale(wchar_t const* locale);
     /// Always the empty text and 0; a buffer that is not null, of a capacity
     /// above 0 (wchar_t units), receives the terminator.
@@ -81,13 +81,13 @@ private:
     Implementation* implementation;
 };
 
-/// Scripted sign-on, without any Initialize. Arguments go to the plugin unseen; with no plugin
-/// the answer is false.
+/// Scripted sign-on, without any Initialize. Arguments go to the plugin unseen; without a
+/// plugin the answer is false.
 class HXSSO_API WebServicesAutomation {
 public:
     /// The plugin's answer.
     static bool Login(wchar_t const* first, wchar_t const* second, bool flag);
-    /// The plugin's answer; with no plugin `text` stays as it was.
+    /// The plugin's answer; without a plugin `text` stays as it was.
     static bool Login(wchar_t const* first, wchar_t const* second, bool flag, bool secondFlag,
                       std::wstring& text);
 };

@@ -11,9 +11,9 @@
 #include "Plugin.h"
 
 /// @file
-/// A class for each interface whose operations give the answers that a host gets with no
+/// For each interface, a class. Its operations give the answers that a host gets without a
 /// plugin: false, 0, empty, a null pointer. Derive from these and write the operations that
-/// you have. Nothing is stored: what a setter is given, its getter does not answer.
+/// you have. Setters store nothing.
 ///
 /// If you override one of several overloads, keep the others visible:
 /// `using SSOClientDefaults::GetOAuth2AccessToken;`
@@ -282,7 +282,7 @@ public:
 class SSOServerManagerDefaults : public ISSOServerManager {
 public:
     void SetSSOServerAppFiles(wchar_t const*, wchar_t const*) override {}
-    // Empty texts, which the library ends in the host's buffer; with no plugin it stays as it is.
+    // The host's buffer receives an empty text; without a plugin it is not written.
     std::wstring GetSSOServerAppFile() override { return {}; }
     std::wstring GetSSOServerAppExeFile() override { return {}; }
     void SetSSOServerProcessName(char const*) override {}

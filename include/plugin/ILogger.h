@@ -22,11 +22,12 @@ public:
     /// hold line feeds inside, and on Windows those with a system error's text end as
     /// the system's text does, in a carriage return and a line feed. Texts of
     /// configuration files come with whatever control characters they hold: escape what
-    /// must not reach a terminal. Called from any thread with the library's lock held,
-    /// which is recursive: calls back into the library on the same thread work, and
-    /// their lines come to this function 32 deep (once one was deeper, it and those after
-    /// it wait in the early log until the outermost call returns); waiting for another thread that
-    /// uses the library does not work.
+    /// must not reach a terminal.
+    ///
+    /// Called from any thread with the library's recursive lock held: you may call the library
+    /// on the same thread, but must not wait for another thread that uses it. Lines logged by
+    /// such calls arrive here up to 32 deep; once one is deeper, it and those after it wait
+    /// until the outermost call returns.
     /// @param message terminated, valid for the call only
     /// @param level one of the three, passed on unexamined
     virtual void WriteLine(wchar_t const* message, Log::LogLevel level) = 0;

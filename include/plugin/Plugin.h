@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// Everything that a plugin implements. `examples/plugin` shows a whole one.
+/// Everything that a plugin implements. `examples/plugin` is a complete one.
 
 #include "ILogger.h"
 #include "IRsaCryptor.h"
