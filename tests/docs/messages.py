@@ -4,11 +4,11 @@
   tests/docs/messages.py            checks; exit status 1 if anything is wrong
   tests/docs/messages.py --update   writes the table anew, then checks
 
-Texts and levels come from src/support/Messages.h, the one list in code; when a
-message is logged, what it means and what to do come from tests/docs/messages.txt.
-Checked is that
+Texts and levels come from src/support/Messages.h, the one list in code; when the
+messages of a group are logged, what each means and what to do come from
+tests/docs/messages.txt. Checked is that
 
-  - each message is told there, none is left over, and the page is up to date;
+  - each message and group is told there, none is left over, and the page is up to date;
   - tests/support/MessagesTest.cpp holds each message to its text;
   - each message is logged somewhere in src/, and src/ logs nothing but these:
     no text is composed where it is logged.
@@ -21,7 +21,8 @@ import sys
 
 BEGIN = "<!-- messages: written by tests/docs/messages.py, do not edit -->"
 END = "<!-- end of messages -->"
-FIELDS = ("when", "meaning", "remedy")
+FIELDS = ("meaning", "remedy")
+FIELDS_OF_A_GROUP = ("when",)
 
 # Hands on lines that are composed already: the shared resolver those of its copies.
 HANDS_ON = {
@@ -59,28 +60,34 @@ def messages_in_code(root):
 
 
 def messages_told(root):
-    """Of each message in tests/docs/messages.txt its fields."""
+    """Of each message and of each group in tests/docs/messages.txt its fields."""
     told = {}
+    told_of_groups = {}
     wrong = []
     entry = field = None
+    fields = ()
     for number, line in enumerate(read(root / "tests/docs/messages.txt").splitlines(), 1):
         if line.startswith("#") or not line.strip():
             continue
         match = re.fullmatch(r"(\w+): (\S.*)", line)
-        if re.fullmatch(r"\w+", line):
-            if line in told:
-                wrong.append(f"tests/docs/messages.txt:{number}: {line} is told twice")
-            entry, field = told.setdefault(line, {}), None
-        elif match and entry is not None and match[1] in FIELDS:
+        if re.fullmatch(r"\w+", line) or match and match[1] == "Group":
+            among, fields = (told_of_groups, FIELDS_OF_A_GROUP) if match else (told, FIELDS)
+            name = match[2] if match else line
+            if name in among:
+                wrong.append(f"tests/docs/messages.txt:{number}: {name} is told twice")
+            entry, field = among.setdefault(name, {}), None
+        elif match and match[1] in fields:
             field = match[1]
             entry[field] = match[2]
         elif line.startswith("  ") and field:
             entry[field] += " " + line.strip()
         else:
             wrong.append(f"tests/docs/messages.txt:{number}: cannot be read: {line}")
-    for name, entry in told.items():
-        wrong += [f"tests/docs/messages.txt: {name} has no '{f}'" for f in FIELDS if f not in entry]
-    return told, wrong
+    for among, fields in ((told, FIELDS), (told_of_groups, FIELDS_OF_A_GROUP)):
+        for name, entry in among.items():
+            wrong += [f"tests/docs/messages.txt: {name} has no '{f}'"
+                      for f in fields if f not in entry]
+    return told, told_of_groups, wrong
 
 
 def as_code(text):
@@ -97,11 +104,11 @@ def cell(text):
     )
 
 
-def table(groups, told):
+def table(groups, told, told_of_groups):
     lines = []
     for title, messages in groups:
-        lines += [f"### {title}", "", "| text | level | when | meaning | remedy |"]
-        lines.append("|---|---|---|---|---|")
+        lines += [f"### {title}", "", cell(told_of_groups.get(title, {}).get("when", "")), ""]
+        lines += ["| text | level | meaning | remedy |", "|---|---|---|---|"]
         for name, level, text in messages:
             entry = told.get(name, {})
             fields = (cell(entry.get(field, "")) for field in FIELDS)
@@ -199,18 +206,20 @@ def is_message(argument, handed_on):
 def check(root):
     groups = messages_in_code(root)
     names = {name for _, messages in groups for name, _, _ in messages}
-    told, wrong = messages_told(root)
+    titles = {title for title, _ in groups}
+    told, told_of_groups, wrong = messages_told(root)
     if not names:
         wrong.append("src/support/Messages.h: no messages found")
-    wrong += [f"tests/docs/messages.txt: {name} is not told" for name in sorted(names - set(told))]
-    wrong += [f"tests/docs/messages.txt: there is no {name}" for name in sorted(set(told) - names)]
+    for here, there in ((names, set(told)), (titles, set(told_of_groups))):
+        wrong += [f"tests/docs/messages.txt: {name} is not told" for name in sorted(here - there)]
+        wrong += [f"tests/docs/messages.txt: there is no {name}" for name in sorted(there - here)]
 
     test = "tests/support/MessagesTest.cpp"
     tested = re.findall(r"\bMessages::(\w+), LogLevel::", read(root / test))
     wrong += [f"{test}: {name} is not held to its text" for name in sorted(names - set(tested))]
 
     page = read(root / "docs/troubleshooting.md")
-    if page_with(page, table(groups, told)) != page:
+    if page_with(page, table(groups, told, told_of_groups)) != page:
         wrong.append("docs/troubleshooting.md is not up to date: tests/docs/messages.py --update")
     return wrong + check_sources(root, names), len(names)
 
@@ -223,7 +232,7 @@ def main(arguments=None):
     options = parser.parse_args(arguments)
     if options.update:
         path = options.root / "docs/troubleshooting.md"
-        content = table(messages_in_code(options.root), messages_told(options.root)[0])
+        content = table(messages_in_code(options.root), *messages_told(options.root)[:2])
         path.write_text(page_with(read(path), content), encoding="utf-8")
     wrong, count = check(options.root)
     for text in wrong:

@@ -32,6 +32,15 @@ BROKEN = {
         TOLD, "\nPluginNotFound\n", "\nPluginLost\n", "there is no PluginLost"),
     "a message told twice": (
         TOLD, "\nPluginLoading\n", "\nPluginNotFound\n", "PluginNotFound is told twice"),
+    "a group that nobody has told": (
+        TOLD, "\nGroup: The load\n", "\nGroup: The burden\n", "The load is not told"),
+    "an explanation without a group": (
+        TOLD, "\nGroup: The load\n", "\nGroup: The burden\n", "there is no The burden"),
+    "a group told twice": (
+        TOLD, "\nGroup: The server application\n", "\nGroup: The load\n",
+        "The load is told twice"),
+    "a group without a time": (
+        TOLD, "\nwhen: In this order", "\nmeaning: In this order", "has no 'when'"),
     "a missing field": (
         TOLD, "\nremedy: -\n", "\n", "has no 'remedy'"),
     "a line of no form": (
