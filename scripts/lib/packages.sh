@@ -21,7 +21,8 @@ packages_any_windows=(
     libboost1.81-tools-dev # b2; the source package lacks a part of its own
     wine wine64
     # Keeps free where Wine puts what all processes share. Without it the heap may
-    # come to lie there, and one program of 4,000 ends at once, silently, with status 1.
+    # come to lie there, and one program of 4,000 ends at once with status 1: "failed to
+    # map the shared user data: c0000018".
     wine64-preloader
     libgnutls30 # Wine's BCrypt encrypts by it, and Wine's package only recommends it
 )
