@@ -4,7 +4,8 @@
 
 namespace Halvorix::SSOServices {
 
-/// How many Initialize calls of a manager no Uninitialize has undone yet.
+/// How many Initialize calls of a manager no Uninitialize has undone yet. Under no lock: hosts
+/// initialise and uninitialise from one thread at a time, and may ask from others meanwhile.
 class InitializeCount {
 public:
     /// Counts an Initialize; true for the first.

@@ -16,8 +16,6 @@ using namespace SSOServices;
 
 namespace {
 
-// Under no lock: hosts initialise and uninitialise from one thread at a time, and may
-// ask from others meanwhile.
 InitializeCount initializations;
 std::atomic<WebServicesManager*> instance{nullptr};
 

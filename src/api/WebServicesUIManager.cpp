@@ -14,8 +14,6 @@ using WebServices::WebServicesManager;
 
 namespace {
 
-// Under no lock: hosts initialise and uninitialise from one thread at a time, and may
-// ask from others meanwhile.
 InitializeCount initializations;
 std::atomic<WebServicesUIManager*> instance{nullptr};
 

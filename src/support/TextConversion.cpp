@@ -3,14 +3,15 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/CodePoint.h"
 #include "support/SecretText.h"
 
 namespace Halvorix::SSOServices {
 
 namespace {
 
-constexpr std::uint32_t HighestCodePoint = 0x10FFFF;
-constexpr std::uint32_t ReplacementCharacter = 0xFFFD;
+using Platform::CodePoint;
+using Platform::HighestCodePoint;
 
 struct Lead {
     int followers;
@@ -36,12 +37,6 @@ std::wstring Rejected(std::wstring& wide)
 {
     Wipe(wide);
     return {};
-}
-
-std::uint32_t CodePoint(wchar_t unit)
-{
-    std::uint32_t const value = std::char_traits<wchar_t>::to_int_type(unit);
-    return value > HighestCodePoint ? ReplacementCharacter : value;
 }
 
 std::size_t Utf8Size(std::wstring const& text)

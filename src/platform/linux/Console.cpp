@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cwchar>
 #include <iostream>
@@ -11,6 +12,7 @@
 
 #include <ext/stdio_sync_filebuf.h>
 
+#include "platform/CodePoint.h"
 #include "platform/Platform.h"
 #include "platform/ShowableText.h"
 #include "platform/linux/NarrowText.h"
@@ -21,12 +23,10 @@ namespace {
 
 using StandardBuffer = __gnu_cxx::stdio_sync_filebuf<wchar_t>;
 
-constexpr wchar_t LastCodePoint = 0x10FFFF;
-
 bool IsCharacter(std::wstring const& character)
 {
-    wchar_t const unit = character[0];
-    return unit >= 0 && unit <= LastCodePoint && (unit < 0xD800 || unit > 0xDFFF);
+    std::uint32_t const value = std::char_traits<wchar_t>::to_int_type(character[0]);
+    return value <= HighestCodePoint && (value < 0xD800 || value > 0xDFFF);
 }
 
 // What a wide stdout makes of it, by the locale of C.

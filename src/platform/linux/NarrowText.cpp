@@ -4,20 +4,9 @@
 
 #include <boost/locale/utf.hpp>
 
+#include "platform/CodePoint.h"
+
 namespace Halvorix::Platform {
-
-namespace {
-
-constexpr wchar_t Replacement = 0xFFFD;
-
-// A value that is not a character becomes the replacement character.
-boost::locale::utf::code_point CodePoint(wchar_t unit)
-{
-    boost::locale::utf::code_point const value = std::char_traits<wchar_t>::to_int_type(unit);
-    return value > 0x10FFFF ? Replacement : value;
-}
-
-} // namespace
 
 // A byte that belongs to no character is replaced and not left out: without it the text
 // would name another file.
@@ -30,7 +19,7 @@ std::wstring FromSystem(std::string const& text)
         boost::locale::utf::code_point const value = Utf8::decode(next, text.data() + text.size());
         bool const isCharacter =
             value != boost::locale::utf::illegal && value != boost::locale::utf::incomplete;
-        wide += isCharacter ? static_cast<wchar_t>(value) : Replacement;
+        wide += static_cast<wchar_t>(isCharacter ? value : ReplacementCharacter);
         at = isCharacter ? next : at + 1;
     }
     return wide;
