@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <memory>
+#include <string>
 
 #include <plugin/ILogger.h>
 #include <plugin/ISSOClient.h>
@@ -67,20 +68,25 @@ public:
         if (!Try("interfaces", std::string("Get") + (name + 1), report,
                  [&] { answer = (factory.*getter)(); }))
             return answer;
+        // A plugin may do without all of them but the one that signs in.
+        if (!answer && std::string(name) == "ISSOClient") {
+            isClientEmpty = true;
+            return answer;
+        }
         std::string& list = answer ? present : empty;
         list += (list.empty() ? "" : ", ") + std::string(name);
         return answer;
     }
 
-    // A plugin may do without all of them but the one that signs in.
-    void Tell(bool hasClient) const
+    void Tell() const
     {
         if (!present.empty())
             report.Add("interfaces", Result::Ok, present);
+        if (isClientEmpty)
+            report.Add("interfaces", Result::Failed,
+                       "empty: ISSOClient, without which nobody can sign in");
         if (!empty.empty())
-            report.Add("interfaces", hasClient ? Result::Note : Result::Failed,
-                       "empty: " + empty +
-                           (hasClient ? "" : "; without ISSOClient nobody can sign in"));
+            report.Add("interfaces", Result::Note, "empty: " + empty);
     }
 
 private:
@@ -88,6 +94,7 @@ private:
     Channel& report;
     std::string present;
     std::string empty;
+    bool isClientEmpty = false;
 };
 
 void CheckLogger(SSOServices::ISSOLogManager* logs, Channel& report)
@@ -96,9 +103,12 @@ void CheckLogger(SSOServices::ISSOLogManager* logs, Channel& report)
     if (logs != nullptr &&
         !Try("logger", "GetLogger", report, [&] { logger = logs->GetLogger(L"HxSSOServices"); }))
         return;
-    if (logger)
-        report.Add("logger", Result::Ok, "comes from the plugin");
-    else
+    if (logger) {
+        if (Try("logger", "WriteLine", report, [&] {
+                logger->WriteLine(L"A check of the plugin writes this line.", Log::LogLevel::Info);
+            }))
+            report.Add("logger", Result::Ok, "comes from the plugin, and takes a line");
+    } else
         report.Add("logger", Result::Note,
                    logs == nullptr ? "none, since there is no ISSOLogManager"
                                    : "none: GetLogger gives an empty one");
@@ -141,10 +151,10 @@ void LoadAndAsk(Json::Value const& request, Channel& report)
     walk.Ask("ISSOServerManager", &ISSOClientFactory::GetSSOServerManager);
     auto const logs = walk.Ask("ISSOLogManager", &ISSOClientFactory::GetSSOLogManager);
     walk.Ask("ISSOClientModule", &ISSOClientFactory::GetSSOClientModule);
-    auto const client = walk.Ask("ISSOClient", &ISSOClientFactory::GetSSOClient);
+    walk.Ask("ISSOClient", &ISSOClientFactory::GetSSOClient);
     walk.Ask("ISSOClientUI", &ISSOClientFactory::GetSSOClientUI);
     walk.Ask("ISSOClientPrivate", &ISSOClientFactory::GetSSOClientPrivate);
-    walk.Tell(client != nullptr);
+    walk.Tell();
     CheckLogger(logs.get(), report);
     // Before the plugin hears that its objects are let go.
     report.End();
