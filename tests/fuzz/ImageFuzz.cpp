@@ -58,6 +58,7 @@ void CheckSymbols(std::string const& bytes, ByteView const& view)
     SymbolBudget budget;
     ModuleNeeds const needs = ReadModuleNeeds(view, budget);
     ModuleOffers const offers = ReadModuleOffers(view, IsAny, budget);
+    std::vector<std::string> const own = ReadOwnSymbols(view, IsAny, budget);
     // Many of them may be one and the same.
     std::set<std::string> names(offers.exports.begin(), offers.exports.end());
     std::size_t kept = 0;
@@ -69,10 +70,12 @@ void CheckSymbols(std::string const& bytes, ByteView const& view)
         names.insert({needed.module, needed.version});
         kept += sizeof(needed) + needed.module.size() + needed.version.size();
     }
-    for (std::string const& name : offers.exports)
-        kept += sizeof(name) + name.size();
+    for (auto const* list : {&offers.exports, &own})
+        for (std::string const& name : *list)
+            kept += sizeof(name) + name.size();
     Holds(kept <= MostSymbolText + bytes.size(), "the memory of names is limited", kept);
     names.insert(offers.versions.begin(), offers.versions.end());
+    names.insert(own.begin(), own.end());
     for (std::string const& name : names)
         StandsIn(bytes, name);
 }

@@ -229,6 +229,43 @@ def NoFactoryProcedure():
     failing(place("PluginDependency")).only("export", "FAILED", "no factory").not_loaded()
 
 
+def HiddenFactoryProcedure():
+    """In the table of symbols, and not among those for others."""
+    if IS_WINDOWS:
+        skip("the linkers of this system export it or keep nothing of it")
+    module = place("HiddenPlugin")
+    failing(module).only(
+        "export", "FAILED", f"{DECORATED} is in the module but not exported; build it with "
+        "hxsso_add_plugin, or compile it with -fvisibility=default").not_loaded()
+    if not shutil.which("strip"):
+        return
+    subprocess.run(["strip", module], check=True)
+    failing(module).only("export", "FAILED", f"no factory procedure; the library looks for {DECORATED}")
+
+
+def FactoryProcedureInANamespace():
+    run_of = failing(place("NamespacedPlugin"))
+    run_of.only("export", "FAILED", "only as ",
+                f"; the library looks for {DECORATED}; define it outside any namespace").not_loaded()
+
+
+def LibraryThatIsNotNamed():
+    """A host that opens what brings the library for itself alone has no symbols for it."""
+    if IS_WINDOWS:
+        skip("modules for Windows name each one from which they take something")
+    run_of = failing(place("UnlinkedPlugin"))
+    run_of.only("symbols", "FAILED",
+                "UnlinkedPlugin.so uses libHxSSOServices.so without naming it as needed: it loads "
+                "only in programs that link the library; link it (hxsso_add_plugin does)")
+    run_of.not_loaded()
+    # So a program that is not linked with it has it, with the library there or not.
+    for load in ("", f"ctypes.CDLL({os.path.abspath('program/libHxSSOServices.so.10')!r}); "):
+        script = f"import ctypes, sys; {load}ctypes.CDLL(sys.argv[1], mode=2)"
+        ended = subprocess.run([sys.executable, "-c", script, os.path.abspath("UnlinkedPlugin.so")],
+                               stderr=subprocess.PIPE, encoding="utf-8", check=False)
+        assert "undefined symbol" in ended.stderr or "HXSSO_INSTRUMENTED" in os.environ, ended.stderr
+
+
 def OtherRuntime():
     run_of = failing(place("StaticRuntimePlugin"))
     # Microsoft's tools leave no mark of a runtime but that nothing is imported.

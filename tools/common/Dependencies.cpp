@@ -168,6 +168,14 @@ Dependencies FindDependencies(fs::path const& plugin, ModuleImage const& image, 
     }
     Divide(graph, module, found);
     found.missingSymbols = std::move(symbols.missing);
+    // This program is linked with the library, as not each host is.
+    auto const borrower = symbols.borrowers.find(library);
+    if (host.standsForAny && borrower != symbols.borrowers.end())
+        found.missingSymbols.push_back(
+            Utf8(graph.modules[borrower->second].file.filename()) + " uses " +
+            Utf8(Platform::LibraryFileName()) +
+            " without naming it as needed: it loads only in programs that link the library; link "
+            "it (hxsso_add_plugin does)");
     found.ofProgram = std::move(symbols.ofProgram);
     symbols.others.push_back(module);
     found.first = InOrderOfNeed(graph, module, symbols.others);

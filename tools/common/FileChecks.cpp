@@ -66,6 +66,13 @@ bool NamesFactoryProcedure(std::string const& name)
     return name.find("GetSSOClientFactory") != std::string::npos;
 }
 
+// As either family of compilers decorates it.
+bool IsInNamespace(std::string const& name)
+{
+    return BeginsWith(name, "_ZN") || (BeginsWith(name, "?GetSSOClientFactory@") &&
+                                       !BeginsWith(name, "?GetSSOClientFactory@@"));
+}
+
 using NameTest = bool (*)(std::string const&);
 
 std::set<std::string> Selected(std::vector<std::string> const& names, NameTest test)
@@ -153,12 +160,21 @@ void CheckExport(ByteView const& bytes, Report& report)
             names.push_back(name);
     if (std::find(names.begin(), names.end(), wanted) != names.end())
         report.Add("export", Result::Ok, wanted);
+    else if (!ReadOwnSymbols(
+                  bytes, [&wanted](std::string const& name) { return name == wanted; }, budget)
+                  .empty())
+        report.Add("export", Result::Failed,
+                   wanted + " is in the module but not exported; build it with hxsso_add_plugin, "
+                            "or compile it with -fvisibility=default");
     else if (names.empty())
         report.Add("export", Result::Failed,
                    "no factory procedure; the library looks for " + wanted);
     else
         report.Add("export", Result::Failed,
-                   "only as " + Listed(names) + "; the library looks for " + wanted);
+                   "only as " + Listed(names) + "; the library looks for " + wanted +
+                       (std::any_of(names.begin(), names.end(), IsInNamespace)
+                            ? "; define it outside any namespace"
+                            : ""));
 }
 
 void CheckRuntime(ModuleImage const& image, HeldRuntimes const& held, ModuleImage const& library,

@@ -54,8 +54,8 @@ Host ThisProgramAsHost()
     fs::path const here = program.parent_path();
     for (fs::path const& folder : {here, here / HXSSO_LIBRARY_FOLDER})
         if (fs::path const library = LibraryIn(folder); !library.empty())
-            return {program, library};
-    return {program, {}};
+            return {program, library, {}, true};
+    return {program, {}, {}, true};
 }
 
 FoundLibrary FindLibraryOf(fs::path const& program)

@@ -11,6 +11,7 @@ struct Host {
     std::filesystem::path library; ///< the library's file; empty: not found
     /// That the library names for what a plugin needs; empty: the plugin's own.
     std::filesystem::path dependencyFolder = {};
+    bool standsForAny = false; ///< for a host that need not be linked with the library, too
 };
 
 /// This program in the place of one, with the library that is installed with it.

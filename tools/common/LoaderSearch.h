@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -64,6 +65,7 @@ struct SymbolFindings {
     std::vector<std::string> missing; ///< symbols and versions that no module has: a line each
     /// Modules that it did not bring, from which it takes symbols all the same.
     std::vector<std::size_t> others;
+    std::map<std::size_t, std::size_t> borrowers; ///< of these: the first that takes from each
     std::string ofProgram; ///< a symbol that the program alone has; empty: none
 };
 /// The graph gets the modules to which others refer for their symbols.

@@ -58,6 +58,12 @@ ModuleOffers ReadModuleOffers(ByteView const& bytes, SymbolTest const& isWanted,
     return offers;
 }
 
+std::vector<std::string> ReadOwnSymbols(ByteView const& bytes, SymbolTest const& isWanted,
+                                        SymbolBudget& budget)
+{
+    return ReadNativeOwnSymbols(bytes, isWanted, budget);
+}
+
 std::string TakeWanted(ByteView const& bytes, std::vector<std::uint64_t> places,
                        std::size_t longest, SymbolTest const& isWanted, SymbolBudget& budget,
                        ModuleOffers& offers)

@@ -101,6 +101,10 @@ ModuleNeeds ReadModuleNeeds(ByteView const& bytes, SymbolBudget& budget);
 /// Likewise. Of the exports only what the test accepts is kept.
 ModuleOffers ReadModuleOffers(ByteView const& bytes, SymbolTest const& isWanted,
                               SymbolBudget& budget);
+/// Likewise, of the symbols that it has for itself: those of its whole table, where that was
+/// kept. None of them where it cannot be read.
+std::vector<std::string> ReadOwnSymbols(ByteView const& bytes, SymbolTest const& isWanted,
+                                        SymbolBudget& budget);
 /// Reads the whole file.
 HeldRuntimes LookForRuntimes(ByteView const& bytes);
 
@@ -127,5 +131,7 @@ void ReadNativeImage(ByteView const& bytes, ModuleImage& image);
 void ReadNativeNeeds(ByteView const& bytes, SymbolBudget& budget, ModuleNeeds& needs);
 void ReadNativeOffers(ByteView const& bytes, SymbolTest const& isWanted, SymbolBudget& budget,
                       ModuleOffers& offers);
+std::vector<std::string> ReadNativeOwnSymbols(ByteView const& bytes, SymbolTest const& isWanted,
+                                              SymbolBudget& budget);
 
 } // namespace Halvorix::Tools

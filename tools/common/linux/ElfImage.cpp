@@ -11,6 +11,7 @@ namespace Halvorix::Tools {
 namespace {
 
 using Header = ElfW(Ehdr);
+using Section = ElfW(Shdr);
 using Segment = ElfW(Phdr);
 using Dynamic = ElfW(Dyn);
 using Symbol = ElfW(Sym);
@@ -90,7 +91,43 @@ public:
             offers.flaw = ReadVersions(budget, offers);
     }
 
+    std::vector<std::string> ReadOwn(SymbolTest const& isWanted, SymbolBudget& budget) const
+    {
+        Header header{};
+        if (!bytes.Read(0, header) || header.e_shentsize < sizeof(Section))
+            return {};
+        auto const sectionAt = [&](std::uint64_t index) {
+            Section section{};
+            if (index < header.e_shnum)
+                bytes.Read(header.e_shoff + index * header.e_shentsize, section);
+            return section;
+        };
+        for (unsigned i = 0; i < header.e_shnum; ++i)
+            if (Section const table = sectionAt(i); table.sh_type == SHT_SYMTAB)
+                return OwnIn(table, sectionAt(table.sh_link), isWanted, budget);
+        return {};
+    }
+
 private:
+    std::vector<std::string> OwnIn(Section const& table, Section const& texts,
+                                   SymbolTest const& isWanted, SymbolBudget& budget) const
+    {
+        std::uint64_t const count = table.sh_size / sizeof(Symbol);
+        if (count > MostSymbols || !budget.TakeRecords(count) ||
+            !bytes.Holds(table.sh_offset, table.sh_size))
+            return {};
+        std::vector<std::uint64_t> names;
+        for (std::uint64_t i = 1; i < count; ++i) {
+            Symbol symbol{};
+            bytes.Read(table.sh_offset + i * sizeof(Symbol), symbol);
+            if (symbol.st_shndx != SHN_UNDEF)
+                names.push_back(texts.sh_offset + symbol.st_name);
+        }
+        ModuleOffers own;
+        TakeWanted(bytes, std::move(names), LongestSymbol, isWanted, budget, own);
+        return own.exports;
+    }
+
     // Segments and dynamic table. The answer is what is wrong.
     std::string ReadTables()
     {
@@ -399,6 +436,12 @@ void ReadNativeOffers(ByteView const& bytes, SymbolTest const& isWanted, SymbolB
                       ModuleOffers& offers)
 {
     ElfReader(bytes).Read(isWanted, budget, offers);
+}
+
+std::vector<std::string> ReadNativeOwnSymbols(ByteView const& bytes, SymbolTest const& isWanted,
+                                              SymbolBudget& budget)
+{
+    return ElfReader(bytes).ReadOwn(isWanted, budget);
 }
 
 } // namespace Halvorix::Tools

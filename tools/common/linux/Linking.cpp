@@ -44,13 +44,19 @@ std::string AddNeeds(ModuleGraph const& graph, std::size_t module, SymbolBudget&
     return needs.flaw;
 }
 
-/// @param taken  a symbol that it has; empty: none of those that are wanted
+// A symbol that a module has for another one; empty: none of those that are wanted.
+struct Taken {
+    std::string symbol;
+    std::size_t borrower = 0;
+};
+
 std::string TakeOffers(ModuleGraph const& graph, std::size_t module, SymbolBudget& budget,
-                       Wanted& wanted, std::string& taken)
+                       Wanted& wanted, Taken& taken)
 {
     auto const isWanted = [&](std::string const& name) { return wanted.symbols.count(name) != 0; };
     ModuleOffers const offers = OffersOf(graph.modules[module], isWanted, budget);
-    taken = offers.exports.empty() ? std::string() : offers.exports.front();
+    if (!offers.exports.empty())
+        taken = {offers.exports.front(), wanted.symbols.at(offers.exports.front())};
     for (std::string const& symbol : offers.exports)
         wanted.symbols.erase(symbol);
     for (std::string const& version : offers.versions)
@@ -137,12 +143,13 @@ public:
             if (!isOwn[i] && isGlobal[i])
                 order.push_back(i); // and the program last of all
         for (std::size_t n = 0; n < order.size() && limit.empty() && !wanted.IsEmpty(); ++n) {
-            std::string taken;
+            Taken taken;
             limit = TakeOffers(graph, order[n], budget, wanted, taken);
-            if (n < ownCount || taken.empty())
+            if (n < ownCount || taken.symbol.empty())
                 continue;
+            found.borrowers.emplace(order[n], taken.borrower);
             if (order[n] == 0)
-                found.ofProgram = taken;
+                found.ofProgram = taken.symbol;
             else if (std::find(found.others.begin(), found.others.end(), order[n]) ==
                      found.others.end())
                 found.others.push_back(order[n]);

@@ -279,4 +279,11 @@ void ReadNativeOffers(ByteView const& bytes, SymbolTest const& isWanted, SymbolB
     PeReader(bytes).Read(isWanted, budget, offers);
 }
 
+// What the linkers of this system do not export they keep no name of, or do so in a file of its
+// own.
+std::vector<std::string> ReadNativeOwnSymbols(ByteView const&, SymbolTest const&, SymbolBudget&)
+{
+    return {};
+}
+
 } // namespace Halvorix::Tools
