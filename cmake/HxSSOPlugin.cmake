@@ -5,6 +5,8 @@
 # GetSSOClientFactory as plugin/ISSOClientFactory.h declares it. The library, which has
 # loaded the plugin anyway, is linked as far as the sources use its classes.
 
+include(CheckLinkerFlag)
+
 function(hxsso_add_plugin target)
     set(factory_export
         "?GetSSOClientFactory@@YA?AV?$shared_ptr@VISSOClientFactory@SSOServices@Halvorix@@@std@@XZ")
@@ -29,6 +31,11 @@ function(hxsso_add_plugin target)
             BUILD_RPATH_USE_ORIGIN ON
             INSTALL_RPATH "$ORIGIN")
         target_link_options(${target} PRIVATE LINKER:--as-needed)
+        # A factory procedure that nobody has defined is told by the linker, as on Windows.
+        check_linker_flag(CXX LINKER:--require-defined=main HXSSO_LINKER_REQUIRES_SYMBOLS)
+        if(HXSSO_LINKER_REQUIRES_SYMBOLS)
+            target_link_options(${target} PRIVATE LINKER:--require-defined=_Z19GetSSOClientFactoryv)
+        endif()
         # What is missing is told here and not when the library loads the plugin. Clang's
         # sanitizers are found in the program only.
         string(TOUPPER "${CMAKE_BUILD_TYPE}" configuration)
