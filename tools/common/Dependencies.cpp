@@ -172,10 +172,11 @@ Dependencies FindDependencies(fs::path const& plugin, ModuleImage const& image, 
     auto const borrower = symbols.borrowers.find(library);
     if (host.standsForAny && borrower != symbols.borrowers.end())
         found.missingSymbols.push_back(
-            Utf8(graph.modules[borrower->second].file.filename()) + " uses " +
-            Utf8(Platform::LibraryFileName()) +
-            " without naming it as needed: it loads only in programs that link the library; link "
-            "it (hxsso_add_plugin does)");
+            {Utf8(graph.modules[borrower->second].file.filename()) + " uses " +
+                 Utf8(Platform::LibraryFileName()) +
+                 " without naming it as needed: it loads only in programs that link the library; "
+                 "link it (hxsso_add_plugin does)",
+             false});
     found.ofProgram = std::move(symbols.ofProgram);
     symbols.others.push_back(module);
     found.first = InOrderOfNeed(graph, module, symbols.others);
@@ -198,6 +199,14 @@ LibraryDependencies FindLibraryDependencies(Host const& host)
     if (library != 0)
         found.missingOfProgram = MissingFor(graph, 0);
     return found;
+}
+
+std::string RemedyInPluginFolder(std::string const& name, ModuleGraph const& graph)
+{
+    fs::path const folder = AsOpened(graph.dependencyFolder);
+    // The system may have found a plugin that is named without a folder somewhere else.
+    bool const isBeside = graph.modules[graph.firstDependent].file.parent_path() == folder;
+    return "install " + name + (isBeside ? " beside the plugin, in " : " in ") + Utf8(folder);
 }
 
 std::string Told(MissingModule const& missing)

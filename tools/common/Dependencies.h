@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "common/Host.h"
+#include "common/LoaderSearch.h"
 #include "common/ModuleGraph.h"
 
 namespace Halvorix::Tools {
@@ -15,8 +16,8 @@ struct Dependencies {
     std::vector<std::string> inFolders; ///< beside the plugin, the program, on a run path
     std::vector<std::string> ofSystem;
     std::vector<MissingModule> missing;
-    std::vector<std::string> missingSymbols; ///< a line each
-    std::string limit;                       ///< at which the search ended; empty: none
+    std::vector<MissingSymbol> missingSymbols;
+    std::string limit; ///< at which the search ended; empty: none
     /// What has to be in the process before the plugin, since its loader would not
     /// find it in another program; what one of them needs comes before it.
     std::vector<std::filesystem::path> first;
@@ -31,7 +32,7 @@ Dependencies FindDependencies(std::filesystem::path const& plugin, ModuleImage c
 struct LibraryDependencies {
     std::vector<MissingModule> missing;
     std::vector<MissingModule> missingOfProgram; ///< and not of the library
-    std::vector<std::string> missingSymbols;
+    std::vector<MissingSymbol> missingSymbols;
     std::string limit;
 };
 LibraryDependencies FindLibraryDependencies(Host const& host);

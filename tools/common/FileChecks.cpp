@@ -140,8 +140,15 @@ void CheckDependencies(Dependencies const& dependencies, Report& report)
     add("in the process", dependencies.inProcess);
     add("of the system", dependencies.ofSystem);
     report.Add("dependencies", Result::Ok, detail.empty() ? "none" : detail);
-    for (std::string const& line : dependencies.missingSymbols)
-        report.Add("symbols", Result::Failed, line);
+    // With modules of its own, one of these may be the wrong one.
+    std::string const link =
+        "link the plugin with what defines it; with hxsso_add_plugin the linker tells";
+    for (MissingSymbol const& missing : dependencies.missingSymbols)
+        report.Add("symbols", Result::Failed, missing.line,
+                   !missing.isOfModule ? std::string()
+                   : dependencies.inFolders.empty()
+                       ? link
+                       : "install modules that fit together, or " + link);
 }
 
 void CheckExport(ByteView const& bytes, Report& report)
@@ -198,8 +205,10 @@ void CheckRuntime(ModuleImage const& image, HeldRuntimes const& held, ModuleImag
                        Listed(wanted));
     else if (held.cpp)
         report.Add("runtime", Result::Failed,
-                   "a C++ runtime of its own, linked statically; the library has " +
-                       Listed(wanted));
+                   "a C++ runtime of its own, linked statically; the library has " + Listed(wanted),
+                   held.isLibstdcxx && !wanted.empty() && BeginsWith(*wanted.begin(), "libstdc++")
+                       ? "link the C++ runtime dynamically: no -static-libstdc++, no -static"
+                       : "");
     else if (!used.empty())
         report.Add("runtime", Result::Ok, Listed(used) + ", as the library");
     else if (image.format == ImageFormat::Pe && !hasCRuntime)
@@ -263,8 +272,8 @@ void CheckLibrary(Host const& host, Report& report)
         report.Add("dependencies", Result::Failed, Told(missing), missing.remedy);
     for (MissingModule const& missing : found.missingOfProgram)
         report.Add("program", Result::Failed, Told(missing), missing.remedy);
-    for (std::string const& line : found.missingSymbols)
-        report.Add("symbols", Result::Failed, line);
+    for (MissingSymbol const& missing : found.missingSymbols)
+        report.Add("symbols", Result::Failed, missing.line);
     if (!found.limit.empty())
         report.Add("limit", Result::Failed, found.limit);
 }

@@ -59,10 +59,18 @@ std::filesystem::path FileName(std::string const& name);
 std::string HintForModuleBeside();
 std::string RemedyForMissing(std::string const& name, ModuleGraph const& graph,
                              std::size_t needing);
+/// In the folder that the library names for the plugin, which is in the graph.
+std::string RemedyInPluginFolder(std::string const& name, ModuleGraph const& graph);
+
+/// Symbols and versions that no module has.
+struct MissingSymbol {
+    std::string line;
+    bool isOfModule = false; ///< a symbol that the module itself needs, of whomever
+};
 
 /// Whether a module of the graph gets what it takes from others, with all that it brought.
 struct SymbolFindings {
-    std::vector<std::string> missing; ///< symbols and versions that no module has: a line each
+    std::vector<MissingSymbol> missing;
     /// Modules that it did not bring, from which it takes symbols all the same.
     std::vector<std::size_t> others;
     std::map<std::size_t, std::size_t> borrowers; ///< of these: the first that takes from each

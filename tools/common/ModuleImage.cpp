@@ -105,7 +105,7 @@ bool SymbolBudget::TakeName(std::size_t size)
 HeldRuntimes LookForRuntimes(ByteView const& bytes)
 {
     std::vector<bool> const held = bytes.Contains(RuntimeMarks);
-    return {held[0] || held[1], held[2]};
+    return {held[0] || held[1], held[2], held[0]};
 }
 
 ModuleImage ReadModuleImage(std::filesystem::path const& file)

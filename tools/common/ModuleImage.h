@@ -92,6 +92,7 @@ private:
 struct HeldRuntimes {
     bool cpp = false;
     bool jsoncpp = false;
+    bool isLibstdcxx = false; ///< the one for C++
 };
 
 // None of these throws for what the bytes are.

@@ -246,19 +246,17 @@ bool IsServerAppLost(Findings const& findings)
 std::vector<Tools::Check> FailedOf(std::vector<Tools::Check> const& checks)
 {
     std::vector<Tools::Check> failed;
-    std::vector<std::string> symbols;
+    std::size_t symbols = 0;
     for (Tools::Check const& check : checks) {
         if (check.result != Tools::Result::Failed)
             continue;
-        bool const isFurther = check.name == "symbols" && !symbols.empty();
-        if (check.name == "symbols")
-            symbols.push_back(check.detail);
-        if (!isFurther)
+        // A line for each is among the checks.
+        if (check.name != "symbols" || ++symbols == 1)
             failed.push_back(check);
     }
     for (Tools::Check& check : failed)
-        if (check.name == "symbols")
-            check.detail = Listed(symbols, "; ");
+        if (check.name == "symbols" && symbols > 1)
+            check.detail += ", and " + std::to_string(symbols - 1) + " more";
     return failed;
 }
 

@@ -9,6 +9,9 @@
 // The parts of the verdict, each in the file of its subject, and what they share.
 namespace Halvorix::Doctor {
 
+constexpr char const* AskVendor =
+    "ask the plugin's vendor; if it is yours, see `hxsso-plugin-check MODULE`";
+
 enum Weight { Fatal, Cause, Warning };
 
 /// What may have led to something missing, and what to do then.
@@ -68,7 +71,7 @@ bool StopsOpenSsl(Oddity const& oddity);
 /// That is what the client configuration leads to.
 bool IsServerAppLost(Findings const& findings);
 
-/// Those that failed; all that is said of symbols as one.
+/// Those that failed; what is said of symbols as one, with the first of them and a count.
 std::vector<Tools::Check> FailedOf(std::vector<Tools::Check> const& checks);
 
 /// The file of the library is there, and of use to the program.

@@ -92,7 +92,7 @@ void JudgeLoad(Findings const& findings, ProblemList& problems)
         return;
     problems.Add(Fatal, "load-failed", Subject::Load,
                  "the library could not load the client plugin: " + ReasonOf(*findings.load),
-                 problems.verdict.canWork ? "ask the plugin's vendor"
+                 problems.verdict.canWork ? AskVendor
                                           : "correct what is wrong above, and load it again");
 }
 

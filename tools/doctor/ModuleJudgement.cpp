@@ -99,7 +99,7 @@ void JudgeChecks(Findings const& findings, ProblemList& problems,
         {"file", "install the plugin again, so that the program's user can read it"},
         {"module", "install the plugin again"},
         {"architecture", "install the plugin that is built for this architecture"},
-        {"export", "install a plugin that is built for this library"},
+        {"export", "export the factory procedure (writing-a-plugin.md), or install another plugin"},
         {"runtime", "install a plugin that is built with the library's compiler"},
         {"jsoncpp", "install a plugin that is built with the library's jsoncpp"},
         {"symbols", "install modules that fit together, or the plugin again"},
@@ -116,7 +116,7 @@ void JudgeChecks(Findings const& findings, ProblemList& problems,
                      "the client plugin " + findings.plugin.file + ": " + check.name + ": " +
                          check.detail,
                      !check.remedy.empty()          ? check.remedy
-                     : remedy == std::end(remedies) ? "ask the plugin's vendor"
+                     : remedy == std::end(remedies) ? AskVendor
                                                     : remedy->text);
     }
 }

@@ -22,7 +22,7 @@ void JudgeMissingLibrary(Findings const& findings, ProblemList& problems)
     Program const& program = findings.program;
     std::string remedy = "install it beside the program, or name its file with --library";
     if (!program.isNamed)
-        remedy = "name the program with --exe";
+        remedy = "run hxsso-doctor --exe PROGRAM";
     else if (program.executableFlaw.empty() && !program.libraryRemedy.empty())
         remedy = program.libraryRemedy;
     problems.Add(Fatal, "library-missing", Subject::Program,

@@ -341,7 +341,7 @@ void TextReport::WriteLoad(Findings const& findings, Verdict const& verdict)
 {
     std::vector<Tools::Check> const& checks = findings.plugin.loadChecks;
     if (!checks.empty())
-        Section("Client plugin, loaded", isVerbose || IsAbout(verdict, Subject::Plugin),
+        Section("Loading the client plugin", isVerbose || IsAbout(verdict, Subject::Plugin),
                 BriefOf(checks), [&] { WriteChecks(checks); });
     if (findings.load)
         Section("The library's log of a load", true, {}, [&] { WriteLog(*findings.load); });

@@ -574,7 +574,7 @@ def SymbolsOfTheProgram(test):
         skip("modules for Windows name each one from which they take something")
     place = test.undeclared_dependency()
     ended = place.diagnose()
-    assert "needs the symbol _Z13UseDependencyv, which no module has" in ended.last, ended.last
+    assert "needs the symbol UseDependency() [_Z13UseDependencyv], which no module has" in ended.last, ended.last
     # What the program needs by name serves all that is loaded later.
     needed = [test.build.library, "libDependency.so"]
     program = place.path("app/" + test.build.program)
@@ -695,6 +695,33 @@ def ProgramLacksWhatItNeeds(test):
     rename_needed(place, "app/" + test.build.program, needed, gone)
     ended = place.diagnose("--load")
     assert ended.status == 1 and gone in ended.last and "does not start" in ended.last, ended.last
+
+
+def UndefinedSymbols(test):
+    """Of the plugin's own: as they were declared, the first of them in the last line."""
+    if test.build.is_windows:
+        skip("the linkers of that system refuse them")
+    place = test.installation("plugin-lacks-a-dependency")
+    plugin = place.path("server/plugin/DependentPlugin.so")
+    plugin.unlink()  # it may be a link to the build's
+    name = test.build.decorated.encode() + b"\0"
+    # A name that doubles itself again and again stays as it is.
+    doubled = b"_Z9MissingzzI1AIiiES0_IS1_S1_ES0_IS2_S2_ES0_IS3_S3_EEvv"
+    missing = [b"_Z7Missingv", doubled, *(b"_Z9Missing%dv" % number for number in range(20, 35))]
+    strings, symbols = name, [(0, 1)]
+    for symbol in missing:
+        symbols.append((len(strings), 0))
+        strings += symbol + b"\0"
+    elf.write(plugin, strings=strings, symbols=symbols, uses=range(1, len(symbols)))
+    ended = place.diagnose()
+    line_of(ended, "FAILED", "DependentPlugin.so needs the symbol Missing() [_Z7Missingv], which no module has")
+    line_of(ended, "FAILED", "DependentPlugin.so needs the symbol Missing20() [_Z9Missing20v], ")
+    assert ended.last.endswith(", which no module has, and 15 more"), ended.last
+    assert len(ended.last) < 400, ended.last
+    elf.write(plugin, strings=name + doubled + b"\0", symbols=[(0, 1), (len(name), 0)], uses=[1])
+    line_of(place.diagnose(), "wrong: ", f"needs the symbol {doubled.decode()}, which no module has")
+    ended = place.diagnose()
+    line_of(ended, "Fix: link the plugin with what defines it; with hxsso_add_plugin the linker tells")
 
 
 def PluginWithoutItsSymbols(test):

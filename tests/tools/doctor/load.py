@@ -14,7 +14,7 @@ def NothingOfThePluginRunsUnasked(test):
     assert not (place.root / "record").exists(), "code of the plugin ran"
     assert place.diagnose().last == place.diagnose("--verbose").last == rig.NOT_LOADED
     ended = place.diagnose("--load")
-    line_of(ended, "Client plugin, loaded", "ISSOServerManager, ")
+    line_of(ended, "Loading the client plugin", "ISSOServerManager, ")
     assert ended.last == rig.CAN_WORK
     line_of(place.diagnose("--load", "--verbose"), "ok", "interfaces", "ISSOServerManager, ")
     assert (place.root / "record").exists()

@@ -195,7 +195,7 @@ def SymbolsOfPreloadedModules(test):
     folder = place.root / "preloaded"
     # A sanitizer wants to be the first.
     options = {"ASAN_OPTIONS": "verify_asan_link_order=0", "LD_LIBRARY_PATH": str(folder)}
-    lacks = "needs the symbol _Z13UseDependencyv, which no module has"
+    lacks = "needs the symbol UseDependency() [_Z13UseDependencyv], which no module has"
     assert lacks in place.diagnose(environment=options).last
     os.makedirs(folder / "lib/x86_64-linux-gnu")
     os.symlink("../../some.so", folder / "lib/x86_64-linux-gnu/some.so")

@@ -8,7 +8,7 @@ import subprocess
 
 import rig
 import harness
-from harness import COMPATIBILITY, line_of, skip
+from harness import COMPATIBILITY, elf, line_of, skip
 
 
 def FilesAtWhichTheSearchEnds(test):
@@ -27,6 +27,22 @@ def FilesAtWhichTheSearchEnds(test):
     line_of(ended, "Fix: remove or replace " + file)
     place.path(first).unlink()
     assert "the plugin declines" in place.diagnose("--load", environment=environment).last
+
+
+def DependencyBehindTheBuildsRunPath(test):
+    """The folder beside the plugin, and not the first one, which only the build's machine has."""
+    if test.build.is_windows:
+        skip("modules for Windows have no run path")
+    place = test.installation("plugin-lacks-a-dependency")
+    plugin = place.path("server/plugin/DependentPlugin.so")
+    plugin.unlink()  # it may be a link to the build's
+    elf.write(plugin, needed=["libhelper.so"], runpath="/home/builder/lib:$ORIGIN",
+              strings=test.build.decorated.encode() + b"\0", symbols=[(0, 1)])
+    ended = place.diagnose()
+    line_of(ended, f"Fix: install libhelper.so beside the plugin, in {place.root}/server/plugin")
+    # As it helps.
+    elf.write(plugin.with_name("libhelper.so"))
+    assert "libhelper.so, which" not in place.diagnose().output
 
 
 def DependencyThatMayNotBeRead(test):

@@ -141,7 +141,7 @@ def OneScreenWhenAllIsWell(test):
     assert len(ended.lines) <= 12, ended.output
     assert ended.problems == [rig.CAN_WORK]
     names = ["Program", "Library", "Client configuration", "Server application"]
-    names += ["Version compatibility file", "Client plugin", "OpenSSL module", "Client plugin, loaded"]
+    names += ["Version compatibility file", "Client plugin", "OpenSSL module", "Loading the client plugin"]
     assert [line.split("  ")[0].split(" /")[0].split(" Z:")[0] for line in ended.lines[:-2]] == names
     assert "searched for" not in ended.output
     verbose = place.diagnose("--verbose")

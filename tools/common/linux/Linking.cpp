@@ -1,5 +1,9 @@
+#include <cxxabi.h>
+
 #include <algorithm>
+#include <cstdlib>
 #include <map>
+#include <memory>
 #include <unordered_map>
 #include <utility>
 
@@ -68,6 +72,32 @@ std::string TakeOffers(ModuleGraph const& graph, std::size_t module, SymbolBudge
     return offers.flaw;
 }
 
+// How often a name refers to a part of itself. Each may double what is made of it.
+std::size_t ReferencesIn(std::string const& symbol)
+{
+    std::size_t count = 0;
+    for (std::size_t at = 0; (at = symbol.find_first_of("ST", at)) != std::string::npos;) {
+        at = std::min(symbol.find_first_not_of("0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ", at + 1),
+                      symbol.size());
+        count += at < symbol.size() && symbol[at] == '_' ? 1 : 0;
+    }
+    return count;
+}
+
+// As it was declared and as it is decorated, where that is short enough to be read.
+std::string Named(std::string const& symbol)
+{
+    constexpr std::size_t longest = 1024;
+    constexpr std::size_t mostReferences = 8;
+    if (symbol.rfind("_Z", 0) != 0 || symbol.size() > longest ||
+        ReferencesIn(symbol) > mostReferences)
+        return symbol;
+    int status = 0;
+    std::unique_ptr<char, decltype(&std::free)> const declared(
+        abi::__cxa_demangle(symbol.c_str(), nullptr, nullptr, &status), &std::free);
+    return declared == nullptr ? symbol : std::string(declared.get()) + " [" + symbol + "]";
+}
+
 // What no module has that the loader looks through, and which other one has it.
 using HiddenSymbols = std::unordered_map<std::string, std::size_t>;
 
@@ -82,16 +112,17 @@ std::string TailOf(ModuleGraph const& graph, HiddenSymbols const& hidden, std::s
                                        "program that opens that one with RTLD_GLOBAL";
 }
 
-std::vector<std::string> LinesOf(ModuleGraph const& graph, Wanted const& wanted,
-                                 HiddenSymbols const& hidden)
+std::vector<MissingSymbol> LinesOf(ModuleGraph const& graph, std::size_t module,
+                                   Wanted const& wanted, HiddenSymbols const& hidden)
 {
-    std::vector<std::pair<std::size_t, std::string>> lines;
+    std::vector<std::pair<std::size_t, MissingSymbol>> lines;
     for (auto const& [of, needed] : wanted.versions)
         if (lines.size() < MostLines)
-            lines.emplace_back(needed.needing, FileNameOf(graph.modules[needed.needing]) +
-                                                   " needs version " + of.second +
-                                                   " of the symbols of " + needed.module +
-                                                   ", which that one does not have");
+            lines.push_back(
+                {needed.needing,
+                 {FileNameOf(graph.modules[needed.needing]) + " needs version " + of.second +
+                      " of the symbols of " + needed.module + ", which that one does not have",
+                  false}});
     std::vector<std::pair<std::size_t, std::string const*>> symbols;
     for (auto const& [symbol, needing] : wanted.symbols)
         symbols.emplace_back(needing, &symbol);
@@ -102,16 +133,18 @@ std::vector<std::string> LinesOf(ModuleGraph const& graph, Wanted const& wanted,
     for (auto const& [needing, symbol] : symbols) {
         std::string const file = FileNameOf(graph.modules[needing]);
         if (lines.size() < MostLines)
-            lines.emplace_back(needing, file + " needs the symbol " + *symbol +
-                                            TailOf(graph, hidden, *symbol, file));
+            lines.push_back({needing,
+                             {file + " needs the symbol " + Named(*symbol) +
+                                  TailOf(graph, hidden, *symbol, file),
+                              needing == module && hidden.count(*symbol) == 0}});
     }
     std::stable_sort(lines.begin(), lines.end(),
                      [](auto const& one, auto const& other) { return one.first < other.first; });
-    std::vector<std::string> texts;
-    texts.reserve(lines.size());
+    std::vector<MissingSymbol> missing;
+    missing.reserve(lines.size());
     for (auto& line : lines)
-        texts.push_back(std::move(line.second));
-    return texts;
+        missing.push_back(std::move(line.second));
+    return missing;
 }
 
 // One module, and what it brings.
@@ -197,7 +230,7 @@ SymbolFindings LookForSymbols(ModuleGraph& graph, std::size_t module, std::strin
     Wanted const wanted = asker.Ask(module, graph.modules.size());
     HiddenSymbols const hidden = asker.LookForHidden(wanted);
     if (limit.empty())
-        found.missing = LinesOf(graph, wanted, hidden);
+        found.missing = LinesOf(graph, module, wanted, hidden);
     // The others cannot be there without what they take, and what none has they do without.
     for (std::size_t i = 0; i < found.others.size() && limit.empty(); ++i)
         asker.Ask(found.others[i], module);

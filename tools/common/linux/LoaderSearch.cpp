@@ -330,6 +330,13 @@ std::string RemedyForMissing(std::string const& name, ModuleGraph const& graph, 
         return std::any_of(graph.environmentFolders.begin(), graph.environmentFolders.end(),
                            [&](fs::path const& known) { return &known == folder; });
     };
+    // Beside the plugin, if the loader looks there at all: a run path may name the folders of
+    // the build first, and those of nobody else's machine.
+    bool const isOfPlugin = needing >= graph.firstDependent && !graph.dependencyFolder.empty();
+    if (isOfPlugin)
+        for (fs::path const* const folder : OwnFolders(graph, needing))
+            if (AsOpened(*folder) == AsOpened(graph.dependencyFolder))
+                return RemedyInPluginFolder(name, graph);
     // What the environment names is that of whoever asks, and not of who starts the program.
     for (fs::path const* const folder : OwnFolders(graph, needing))
         if (folder->is_absolute() && !isOfEnvironment(folder))

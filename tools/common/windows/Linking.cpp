@@ -130,11 +130,12 @@ private:
             return;
         std::string const needing = Utf8(graph.modules[import.needing].file.filename());
         found.missing.push_back(
-            needing + " needs " + import.symbol + " of " + import.module +
-            (import.forward.empty() ? ", which that one does not have"
-             : import.forwards > MostForwards
-                 ? ", which is forwarded more than " + std::to_string(MostForwards) + " times"
-                 : ", which is forwarded to " + import.forward + ", which is not there"));
+            {needing + " needs " + import.symbol + " of " + import.module +
+                 (import.forward.empty() ? ", which that one does not have"
+                  : import.forwards > MostForwards
+                      ? ", which is forwarded more than " + std::to_string(MostForwards) + " times"
+                      : ", which is forwarded to " + import.forward + ", which is not there"),
+             false});
     }
 
     ModuleGraph& graph;

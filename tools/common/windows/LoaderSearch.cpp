@@ -193,8 +193,8 @@ std::string RemedyForMissing(std::string const& name, ModuleGraph const& graph, 
 {
     // The library names that of the plugin, which keeps the program's as it is.
     bool const isOfPlugin = needing >= graph.firstDependent && !graph.dependencyFolder.empty();
-    return "install " + name + " in " +
-           Utf8(isOfPlugin ? graph.dependencyFolder : graph.programFolder);
+    return isOfPlugin ? RemedyInPluginFolder(name, graph)
+                      : "install " + name + " in " + Utf8(graph.programFolder);
 }
 
 } // namespace Halvorix::Tools
