@@ -65,6 +65,37 @@ bool Serves(CompatibleModule const& record, Version const& own)
     return SelectCompatibleModule(own, {record}, ignored);
 }
 
+bool DiffersByZeros(std::string const& one, std::string const& other)
+{
+    auto const isNumber = [](std::string const& part) {
+        return part.find_first_not_of("0123456789") == std::string::npos;
+    };
+    auto const worth = [](std::string const& part) {
+        return part.substr(std::min(part.find_first_not_of('0'), part.size()));
+    };
+    return one != other && isNumber(one) && isNumber(other) && worth(one) == worth(other);
+}
+
+// Between versions that read as the same one: where they differ, and what to write.
+void TellZeros(Read& read, char const* key, Version const& own, Version const& bound,
+               char const* ranks)
+{
+    if (own.size() != bound.size())
+        return;
+    std::string first;
+    for (std::size_t i = 0; i < own.size(); ++i) {
+        bool const differs = DiffersByZeros(own[i], bound[i]);
+        if (!differs && own[i] != bound[i])
+            return;
+        if (differs && first.empty())
+            first = own[i] + ranks + bound[i];
+    }
+    if (first.empty())
+        return;
+    read.told.detail += " (" + first + ": the zeros count)";
+    read.told.remedy = std::string("write \"") + key + "\": \"" + VersionToString(own) + "\"";
+}
+
 // By the range's own test, a bound at a time.
 void TellBound(Read& read, Version const& own)
 {
@@ -76,9 +107,11 @@ void TellBound(Read& read, Version const& own)
     if (!lower.IsEmpty() && !lower.Contains(own)) {
         read.told.fit = Fit::BelowMinimum;
         read.told.detail = VersionToString(own) + " is below " + VersionToString(lower.minVersion);
+        TellZeros(read, "minVersion", own, lower.minVersion, " ranks below ");
     } else if (!upper.IsEmpty() && !upper.Contains(own)) {
         read.told.fit = Fit::AboveMaximum;
         read.told.detail = VersionToString(own) + " is above " + VersionToString(upper.maxVersion);
+        TellZeros(read, "maxVersion", own, upper.maxVersion, " ranks above ");
     } else {
         read.told.fit = Fit::NotListed;
         read.told.detail = VersionToString(own) + " is none of the versions listed";
@@ -320,6 +353,7 @@ void ExamineList(Resolver& resolver, JsonInspection const& file, LookForModule l
     Json::Value const& group = static_cast<Json::Value const&>(file.root)[list.key];
     if (group.isNull()) {
         list.problem = "there is no " + list.key + " in the file";
+        list.isNothingListed = true;
         return;
     }
     if (!group.isArray()) {
@@ -355,7 +389,8 @@ void ExamineList(Resolver& resolver, JsonInspection const& file, LookForModule l
                                          [](Read const& read) { return read.record.has_value(); });
     for (Read& read : reads)
         list.modules.push_back(std::move(read.told));
-    if (list.modules.empty())
+    list.isNothingListed = list.modules.empty();
+    if (list.isNothingListed)
         list.problem = list.key + " is empty";
     else if (!isAnyRecord)
         list.problem = "no entry of " + list.key + " is complete";

@@ -41,10 +41,11 @@ void JudgeNoPlugin(Findings const& findings, ProblemList& problems, Compatibilit
     bool const isUnread = list.modules.empty() && list.problem.empty(); // past a limit
     if (isUnread || AnyStops(file.oddities) || AnyStops(list))
         return;
+    std::string const zeros = RemedyOfZeros(list);
     std::string const otherwise =
-        list.problem.empty()
-            ? "install a client plugin for this version, with its entry in that file"
-            : "complete the file, or install it again";
+        !list.problem.empty() ? "complete the file, or install it again"
+        : !zeros.empty()      ? zeros + ", or install a plugin for this version"
+                         : "install a client plugin for this version, with its entry in that file";
     std::vector<Hint> hints;
     AddListHints(file, list, hints);
     for (Oddity const& oddity : file.oddities)
@@ -77,6 +78,14 @@ std::string ReasonsOf(ModuleList const& list)
                               (module.name.empty() ? "(no name)" : module.name) + ": " +
                               module.detail);
     return entries.empty() ? "" : " (" + Listed(entries, "; ") + ")";
+}
+
+std::string RemedyOfZeros(ModuleList const& list)
+{
+    for (Module const& module : list.modules)
+        if (!module.remedy.empty())
+            return module.remedy;
+    return {};
 }
 
 void AddListHints(Compatibility const& file, ModuleList const& list, std::vector<Hint>& hints)

@@ -73,11 +73,13 @@ void ExamineServerApp(Resolver& resolver, Findings& findings)
     ServerApp& server = findings.server;
     std::wstring const& appName = resolver.GetClientConfig().appName;
     server.search = LookThrough(appName, DirectoriesSearchedFor(appName));
-    for (Directory& directory : server.search.tried)
-        if (directory.finding == Finding::LaterHit)
-            directory.holdsList = LookFor(SSOServices::JoinPath(Wide(directory.path),
-                                                                SSOServices::CompatibilityFileName))
-                                      .isThere;
+    for (Directory& directory : server.search.tried) {
+        std::wstring const list =
+            SSOServices::JoinPath(Wide(directory.path), SSOServices::CompatibilityFileName);
+        if (directory.finding == Finding::LaterHit ||
+            (directory.finding == Finding::NoFile && !IsOnOtherMachine(list)))
+            directory.holdsList = LookFor(list).isThere;
+    }
     server.directory = Shown(resolver.GetSSOServerAppPath());
     server.isInWorkingDirectory =
         server.directory.empty() &&

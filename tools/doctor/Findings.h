@@ -25,6 +25,7 @@ struct ParseError {
     Position at; ///< only where it is not valid JSON, or nested too deeply
     std::string message;
     std::string line; ///< the line itself
+    bool isTrailingComma = false;
 
     /// The library ends here with an exception.
     bool StopsReading() const { return damage == Damage::TooDeep; }
@@ -178,12 +179,14 @@ struct Module {
     std::string file;   ///< empty where none comes of it
     Presence presence;
     std::vector<std::string> unknown; ///< variables that stayed in the path
+    std::string remedy;               ///< for a bound that fails by its zeros alone
 };
 
 struct ModuleList {
     std::string key;
     std::vector<Module> modules;
-    std::string problem; ///< why there are none, or none that could be read
+    std::string problem;          ///< why there are none, or none that could be read
+    bool isNothingListed = false; ///< and that is why: nobody meant to list one
 };
 
 struct Compatibility {

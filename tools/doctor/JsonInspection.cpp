@@ -142,8 +142,17 @@ void JsonInspection::Explain(Damage damage, Json::Value::LargestInt offset,
                              std::string const& message)
 {
     Explain(damage, message);
-    auto const at = std::min(static_cast<std::size_t>(std::max<Json::Value::LargestInt>(offset, 0)),
-                             text.size());
+    auto at = std::min(static_cast<std::size_t>(std::max<Json::Value::LargestInt>(offset, 0)),
+                       text.size());
+    // The reader stumbles over what comes next, lines below.
+    std::size_t const last = at == 0 ? std::string::npos : text.find_last_not_of(" \t\r\n", at - 1);
+    bool const isEnd = at < text.size() && (text[at] == '}' || text[at] == ']');
+    if (damage == Damage::NotJson && isEnd && last != std::string::npos && text[last] == ',') {
+        error->isTrailingComma = true;
+        error->message = std::string("there is a comma behind the last ") +
+                         (text[at] == '}' ? "member" : "entry");
+        at = last;
+    }
     error->at = PositionAt(at);
     error->line = Tools::Presentable(LineAt(at));
     while (!error->message.empty() && error->message.back() == '.')

@@ -184,7 +184,7 @@ void AddDamage(ProblemList& problems, ParseError const& error, std::string const
         char const* remedy;
     };
     static constexpr Kind kinds[] = {
-        {Damage::NotJson, "correct that line"},
+        {Damage::NotJson, "correct that line or the one above"},
         {Damage::NotOpened, "allow the program's user to read it"},
         {Damage::NoFile, "put the file in its place"},
         {Damage::Empty, "write its content into it"},
@@ -196,6 +196,15 @@ void AddDamage(ProblemList& problems, ParseError const& error, std::string const
     Kind const& kind =
         *std::find_if(std::begin(kinds), std::end(kinds),
                       [&error](Kind const& known) { return known.damage == error.damage; });
+    std::string remedy = kind.remedy;
+    // An escape is told where it stands, and above the first line there is none.
+    if (error.damage == Damage::NotJson &&
+        (error.at.line <= 1 || error.message.rfind("Bad escape", 0) == 0))
+        remedy = "correct that line";
+    if (!error.StopsReading() && error.damage != Damage::NoFile)
+        remedy += otherwise;
+    if (error.isTrailingComma)
+        remedy = "remove the comma";
     std::string const place = Placed(file, error.at);
     // No default follows an exception, and without the other file there is no plugin.
     bool const isFatal = subject == Subject::Compatibility || error.StopsReading();
@@ -205,9 +214,7 @@ void AddDamage(ProblemList& problems, ParseError const& error, std::string const
                  : error.damage == Damage::TooDeep
                      ? what + " cannot be read: " + place + ": " + error.message
                      : what + " " + file + " " + error.message,
-                 kind.remedy + (error.StopsReading() || error.damage == Damage::NoFile
-                                    ? std::string()
-                                    : otherwise));
+                 remedy);
 }
 
 void JudgeOddities(ProblemList& problems, std::string const& code, Subject subject,

@@ -94,6 +94,9 @@ void AddHiddenServerApps(ServerApp const& server, std::string const& otherwise,
 /// Why the entries of the list do not serve, in brackets; empty if there is nothing to say.
 std::string ReasonsOf(ModuleList const& list);
 
+/// What to write for one that fails by its zeros alone; empty if there is none.
+std::string RemedyOfZeros(ModuleList const& list);
+
 /// What may keep the entries of the list from being taken.
 void AddListHints(Compatibility const& file, ModuleList const& list, std::vector<Hint>& hints);
 

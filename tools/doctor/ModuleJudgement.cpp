@@ -174,12 +174,18 @@ void JudgeOpenSsl(Findings const& findings, ProblemList& problems)
     if (openSsl.file.empty()) {
         std::vector<Hint> hints;
         AddListHints(findings.compatibility, list, hints);
+        // Few plugins need one.
+        if (list.isNothingListed && hints.empty())
+            return;
+        std::string const zeros = RemedyOfZeros(list);
         problems.Add(Warning, "openssl-not-chosen", Subject::OpenSsl,
                      (list.problem.empty() ? "no OpenSSL module fits"
                                            : "no OpenSSL module is listed: " + list.problem) +
                          ReasonsOf(list) + "; the plugin is given no path",
-                     hints.empty() ? "install one, with its entry in the version compatibility file"
-                                   : hints.front().remedy);
+                     !hints.empty()   ? hints.front().remedy
+                     : !zeros.empty() ? zeros
+                                      : "install one, with its entry in the version "
+                                        "compatibility file");
     } else if (!openSsl.presence.isThere && openSsl.presence.reason.empty())
         AddMissingOpenSsl(problems, openSsl);
     else if (!openSsl.presence.flaw.empty())

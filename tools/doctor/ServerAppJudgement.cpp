@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "common/System.h"
+#include "discovery/CompatibleModule.h"
 #include "doctor/Judgement.h"
 #include "doctor/Searches.h"
 #include "doctor/Text.h"
@@ -40,8 +41,17 @@ void AddMissingServerApp(Findings const& findings, ProblemList& problems, Server
     if (AnyUnreadable(server.search))
         return;
     std::vector<std::string> const unknown = UnknownOf(server.search);
+    // One that is laid out by hand, for a trial say.
+    auto const withList =
+        std::find_if(server.search.tried.begin(), server.search.tried.end(),
+                     [](Directory const& directory) { return directory.holdsList; });
     std::string const otherwise =
-        findings.config.state == ConfigState::NoFile && findings.config.override.empty()
+        withList != server.search.tried.end()
+            ? (withList->path.empty() ? "the current directory" : withList->path) + " has " +
+                  Shown(SSOServices::CompatibilityFileName) + " but no " + server.search.file +
+                  ": install the server application there, or set ssoServer.appName to its file; "
+                  "for a trial an empty file of that name will do"
+        : findings.config.state == ConfigState::NoFile && findings.config.override.empty()
             ? "install the server application, or put a client configuration beside the program "
               "that names its directory in ssoServer.searchPaths"
             : "install the server application, or name its directory in ssoServer.searchPaths of "

@@ -139,9 +139,13 @@ void TextReport::WriteFindings(Findings const& findings, Verdict const& verdict)
     section("Client plugin", Subject::Plugin,
             BriefOf(findings.plugin, findings.compatibility.plugins),
             [&] { WritePlugin(findings.plugin); });
+    char const* const noOpenSsl =
+        compatibility.openSsl.isNothingListed && !IsAbout(verdict, Subject::OpenSsl)
+            ? "no OpenSSL module is listed; only a plugin that uses one needs it"
+            : "none chosen";
     section("OpenSSL module", Subject::OpenSsl,
-            findings.openSsl.presence.isThere ? findings.openSsl.file : "none chosen",
-            [&] { WriteOpenSsl(findings.openSsl); });
+            findings.openSsl.presence.isThere ? findings.openSsl.file : noOpenSsl,
+            [&] { WriteOpenSsl(findings.openSsl, noOpenSsl); });
     std::cout << std::flush;
 }
 
@@ -313,10 +317,10 @@ void TextReport::WritePlugin(Plugin const& plugin) const
     WriteChecks(plugin.fileChecks);
 }
 
-void TextReport::WriteOpenSsl(OpenSsl const& openSsl) const
+void TextReport::WriteOpenSsl(OpenSsl const& openSsl, char const* whenNone) const
 {
     if (openSsl.file.empty()) {
-        Line("file", "", Coloured(Colour::Doubtful, "none chosen"));
+        Line("file", "", Coloured(Colour::Doubtful, whenNone));
         return;
     }
     bool const isWhole = openSsl.presence.isThere && openSsl.presence.flaw.empty();

@@ -44,7 +44,7 @@ private:
     void WriteOddities(std::vector<Oddity> const& oddities) const;
     void WriteChecks(std::vector<Tools::Check> const& checks) const;
     void WritePlugin(Plugin const& plugin) const;
-    void WriteOpenSsl(OpenSsl const& openSsl) const;
+    void WriteOpenSsl(OpenSsl const& openSsl, char const* whenNone) const;
     void WriteLog(RealLoad const& load) const;
 
     Tools::Terminal terminal;
