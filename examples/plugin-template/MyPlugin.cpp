@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <ctime>
 
 #include <plugin/Defaults.h>
 
@@ -41,11 +42,18 @@ public:
             return false;
         token = NewText(R"({"OAuth2AccessToken": "a token of yours",
                             "OAuth2TokenSpec": {"type": 1, "scope": "data:read"}})");
+        constexpr unsigned int hour = 3600;
+        expiryDate = static_cast<unsigned int>(std::time(nullptr)) + hour;
         return true;
     }
 
+    // Seconds since 1970, UTC; 0 for none. Tell your hosts the unit.
+    unsigned int GetOAuth2TokenExpiryDate(char const*) override { return expiryDate; }
+    unsigned int GetOAuth2TokenExpiryDate() override { return expiryDate; }
+
 private:
     std::atomic<bool> signedIn = false;
+    std::atomic<unsigned int> expiryDate = 0;
 };
 
 // One client for all calls: the library asks for it on each.

@@ -15,6 +15,7 @@
 //   2 account, 3 token. ServiceEntitlement 1 entitled, 0 not. A login error of 0
 //   is none, with value 200; otherwise the error is as preset, with value 404.
 //   Events as in State.h. All other numbers are taken as they come.
+// Dates. Seconds since 1970, UTC; 0 for none.
 // Tokens. Live for an hour, and are issued when asked for. Available: issued
 //   and not expired. Expired: issued and past their date.
 // Flags and callbacks. Flags ask for dialogs or haste, of which there are none;

@@ -31,9 +31,10 @@ class Installation:
         shutil.copytree(SAMPLE, root, dirs_exist_ok=True)
         for folder in ("server/plugin", "server/openssl"):
             (root / folder).mkdir()
-        compatibility = root / "server/SSOVersionCompatibility.config"
-        compatibility.write_text(
-            compatibility.read_text().replace("SampleClientPlugin.dll", self.plugin))
+        template = root / "server/SSOVersionCompatibility.config.in"
+        compatibility = template.read_text().replace("$<TARGET_FILE_NAME:SampleClientPlugin>",
+                                                     self.plugin)
+        template.with_suffix("").write_text(compatibility)
         # Looked for, but neither started nor loaded.
         for name in ("HxSSO.exe", "openssl/openssl.module"):
             (root / "server" / name).touch()
