@@ -153,9 +153,9 @@ public:
     bool RefreshOAuth2Token(bool flag);
     bool IsOAuth2TokenExpired(OAuth2TokenSpec const& spec) const;
     bool IsOAuth2TokenExpired() const;
-    /// A plain number whose unit is the plugin's.
+    /// A number in the plugin's unit; the samples use seconds since 1970 (UTC). 0: no date.
     unsigned int GetOAuth2TokenExpiryDate(OAuth2TokenSpec const& spec) const;
-    unsigned int GetOAuth2TokenExpiryDate() const; ///< A plain number whose unit is the plugin's.
+    unsigned int GetOAuth2TokenExpiryDate() const; ///< Likewise.
     bool IsOAuth2TokenAvailable(OAuth2TokenSpec const& spec) const;
     bool IsOAuth2TokenAvailable() const;
     /// @}
@@ -178,10 +178,13 @@ public:
                                 wchar_t const* password, BufferTransformCallback callback);
     bool HasProxyInfo() const;
     bool ClearProxyInfo();
-    /// The plugin keeps the pointer until RemoveObserver and calls the observer itself.
+    /// The plugin keeps the pointer until RemoveObserver and calls the observer itself. The
+    /// interface of an observer is an agreement between the plugin and its hosts; its header
+    /// comes with the plugin. Without it, use HasEvent and DispatchEvent.
     void AddObserver(IWebServicesObserver* observer);
     void RemoveObserver(IWebServicesObserver* observer); ///< Ends what AddObserver began.
-    bool HasEvent() const;
+    bool HasEvent() const; ///< Whether the plugin has an event waiting.
+    /// Has it hand the oldest to its observers; false if there was none. Does not tell which.
     bool DispatchEvent();
     /// @}
 

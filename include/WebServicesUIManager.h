@@ -85,7 +85,8 @@ private:
 /// plugin the answer is false.
 class HXSSO_API WebServicesAutomation {
 public:
-    /// The plugin's answer.
+    /// The plugin's answer. By convention `first` is the login name, `second` the password, and
+    /// `text` receives a message for the user.
     static bool Login(wchar_t const* first, wchar_t const* second, bool flag);
     /// The plugin's answer; without a plugin `text` stays as it was.
     static bool Login(wchar_t const* first, wchar_t const* second, bool flag, bool secondFlag,
