@@ -153,7 +153,7 @@ public:
     bool RefreshOAuth2Token(bool flag);
     bool IsOAuth2TokenExpired(OAuth2TokenSpec const& spec) const;
     bool IsOAuth2TokenExpired() const;
-    /// A number in the plugin's unit; the samples use seconds since 1970 (UTC). 0: no date.
+    /// A number in the plugin's unit; in the samples seconds since 1970 (UTC), 0 for no date.
     unsigned int GetOAuth2TokenExpiryDate(OAuth2TokenSpec const& spec) const;
     unsigned int GetOAuth2TokenExpiryDate() const; ///< Likewise.
     bool IsOAuth2TokenAvailable(OAuth2TokenSpec const& spec) const;
