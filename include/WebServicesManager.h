@@ -15,7 +15,8 @@ class OAuth2TokenSpec;
 /// not Initialize ran; a load is tried once. Without a plugin, or with one that refuses the
 /// interface, a member answers by its type: a `bool` false, a number or an enumerator 0, a pointer
 /// null. Out parameters and buffers stay as they are, and a `void` member does nothing. Members
-/// that differ say so. The log says why, unless the plugin declined by an empty factory.
+/// that differ say so. The log says why, but for a plugin that declines by an empty factory or
+/// throws.
 ///
 /// Texts are terminated: UTF-16 on Windows, UTF-32 on Linux. They must not be null unless the
 /// plugin's documentation allows it. A member with a buffer and its capacity (wchar_t units,
@@ -184,7 +185,8 @@ public:
     void AddObserver(IWebServicesObserver* observer);
     void RemoveObserver(IWebServicesObserver* observer); ///< Ends what AddObserver began.
     bool HasEvent() const; ///< Whether the plugin has an event waiting.
-    /// Has it hand the oldest to its observers; false if there was none. Does not tell which.
+    /// By convention hands the oldest to the observers; false if there was none. Does not tell
+    /// which.
     bool DispatchEvent();
     /// @}
 

@@ -67,7 +67,7 @@ public:
     bool IsLoginInProgress() const;  ///< The plugin's answer.
     bool IsLoggedIn() const;         ///< As WebServicesManager::IsLoggedIn.
     bool IsLoginValid() const;       ///< As WebServicesManager::IsLoginValid.
-    /// The plugin keeps the pointer until RemoveObserver and calls the observer itself.
+    /// As WebServicesManager::AddObserver.
     void AddObserver(IWebServicesUIObserver* observer);
     void RemoveObserver(IWebServicesUIObserver* observer); ///< Ends what AddObserver began.
 
@@ -85,10 +85,10 @@ private:
 /// plugin the answer is false.
 class HXSSO_API WebServicesAutomation {
 public:
-    /// The plugin's answer. By convention `first` is the login name, `second` the password, and
-    /// `text` receives a message for the user.
+    /// The plugin's answer. By convention `first` is the login name and `second` the password;
+    /// what the flags mean is the plugin's.
     static bool Login(wchar_t const* first, wchar_t const* second, bool flag);
-    /// The plugin's answer; without a plugin `text` stays as it was.
+    /// Likewise; `text` receives a message for the user, and without a plugin stays as it was.
     static bool Login(wchar_t const* first, wchar_t const* second, bool flag, bool secondFlag,
                       std::wstring& text);
 };

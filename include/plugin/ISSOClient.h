@@ -15,7 +15,8 @@ namespace Halvorix::SSOServices {
 /// `delete[]`; a text beside a false is the plugin's to release. An exception of
 /// an operation reaches the host. Buffers through `wchar_t*&` and `unsigned char*&` and returned
 /// `wchar_t*` pass straight to the host, so the plugin's documentation has to
-/// say how the host releases them. Units of expiry dates: docs/boundary-documents.md.
+/// say how the host releases them. Expiry dates are plain numbers, whose unit it has to say
+/// as well (docs/boundary-documents.md).
 class ISSOClient {
 public:
     virtual ~ISSOClient() = default;

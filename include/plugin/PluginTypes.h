@@ -86,8 +86,10 @@ public:
     enum class WebServicesEvent : std::int32_t {};
 };
 
+/// Only declared: what they have is an agreement between the plugin and its hosts.
 struct RequestParam;
 class IWebServicesObserver;
+
 class IRsaCryptor;
 class WebServicesConfiguration;
 
