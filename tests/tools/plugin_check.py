@@ -266,6 +266,21 @@ def LibraryThatIsNotNamed():
         assert "undefined symbol" in ended.stderr or "HXSSO_INSTRUMENTED" in os.environ, ended.stderr
 
 
+def HostileSymbolNames():
+    """Those that would take hours or pages to be read stay as they are."""
+    if IS_WINDOWS:
+        skip("names there are not read")
+    packs = "_Z1fIJ" + "i" * 250 + "EEv" + "Dp1gIJT_" * 8 + "EE" * 8
+    long = "_Z1fIJ" + "i" * 950 + "EEvDp1gIJ" + "T_" * 8 + "EE"
+    one = "_Z1fIJiEEvDpT_"
+    for name, told in ((packs, packs), (long, long), (one, f"void f<int>(int) [{one}]")):
+        strings = DECORATED.encode() + b"\0"
+        elf.write("plugin.so", strings=strings + name.encode() + b"\0",
+                  symbols=[(0, 1), (len(strings), 0)], uses=[1])
+        run_of = failing("plugin.so")
+        run_of.only("symbols", "FAILED", f"plugin.so needs the symbol {told}, which no module has")
+
+
 def OtherRuntime():
     run_of = failing(place("StaticRuntimePlugin"))
     # Microsoft's tools leave no mark of a runtime but that nothing is imported.

@@ -718,9 +718,14 @@ def UndefinedSymbols(test):
     line_of(ended, "FAILED", "DependentPlugin.so needs the symbol Missing20() [_Z9Missing20v], ")
     assert ended.last.endswith(", which no module has, and 15 more"), ended.last
     assert len(ended.last) < 400, ended.last
-    elf.write(plugin, strings=name + doubled + b"\0", symbols=[(0, 1), (len(name), 0)], uses=[1])
-    line_of(place.diagnose(), "wrong: ", f"needs the symbol {doubled.decode()}, which no module has")
-    ended = place.diagnose()
+    # So does one whose packs stand for packs, and one that reads longer than a line.
+    packs = b"_Z1fIJ" + b"i" * 250 + b"EEv" + b"Dp1gIJT_" * 8 + b"EE" * 8
+    nested = b"_Z1fIJ" + b"i" * 250 + b"EEv1gIX" + b"sp" * 6 + b"T_EE"
+    long = b"_Z1fIJ" + b"i" * 950 + b"EEvDp1gIJ" + b"T_" * 8 + b"EE"
+    for one in (doubled, packs, nested, long):
+        elf.write(plugin, strings=name + one + b"\0", symbols=[(0, 1), (len(name), 0)], uses=[1])
+        ended = place.diagnose()
+        line_of(ended, "wrong: ", f"needs the symbol {one.decode()}, which no module has")
     line_of(ended, "Fix: link the plugin with what defines it; with hxsso_add_plugin the linker tells")
 
 

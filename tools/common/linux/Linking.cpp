@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <map>
 #include <memory>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 
@@ -84,18 +85,31 @@ std::size_t ReferencesIn(std::string const& symbol)
     return count;
 }
 
-// As it was declared and as it is decorated, where that is short enough to be read.
+// How often it may repeat what follows for each entry of a pack. One in the other multiplies.
+std::size_t ExpansionsIn(std::string const& symbol)
+{
+    std::size_t count = 0;
+    for (std::size_t at = 1; at < symbol.size(); ++at)
+        count += symbol[at] == 'p' && (symbol[at - 1] == 'D' || symbol[at - 1] == 's') ? 1 : 0;
+    return count;
+}
+
+// As it was declared and as it is decorated, where that is short enough to be read. What
+// is read takes no more steps than the length of the name, squared, times two for each
+// reference.
 std::string Named(std::string const& symbol)
 {
     constexpr std::size_t longest = 1024;
     constexpr std::size_t mostReferences = 8;
     if (symbol.rfind("_Z", 0) != 0 || symbol.size() > longest ||
-        ReferencesIn(symbol) > mostReferences)
+        ReferencesIn(symbol) > mostReferences || ExpansionsIn(symbol) > 1)
         return symbol;
     int status = 0;
     std::unique_ptr<char, decltype(&std::free)> const declared(
         abi::__cxa_demangle(symbol.c_str(), nullptr, nullptr, &status), &std::free);
-    return declared == nullptr ? symbol : std::string(declared.get()) + " [" + symbol + "]";
+    return declared == nullptr || std::string_view(declared.get()).size() > longest
+               ? symbol
+               : std::string(declared.get()) + " [" + symbol + "]";
 }
 
 // What no module has that the loader looks through, and which other one has it.
