@@ -168,6 +168,7 @@ Dependencies FindDependencies(fs::path const& plugin, ModuleImage const& image, 
     }
     Divide(graph, module, found);
     found.missingSymbols = std::move(symbols.missing);
+    found.untoldSymbols = symbols.untold;
     // This program is linked with the library, as not each host is.
     auto const borrower = symbols.borrowers.find(library);
     if (host.standsForAny && borrower != symbols.borrowers.end())
@@ -194,7 +195,9 @@ LibraryDependencies FindLibraryDependencies(Host const& host)
     found.limit = graph.limit;
     if (!found.missing.empty() || !found.limit.empty())
         return found;
-    found.missingSymbols = LookForSymbols(graph, library, found.limit).missing;
+    SymbolFindings symbols = LookForSymbols(graph, library, found.limit);
+    found.missingSymbols = std::move(symbols.missing);
+    found.untoldSymbols = symbols.untold;
     found.missing = MissingFor(graph, library);
     if (library != 0)
         found.missingOfProgram = MissingFor(graph, 0);

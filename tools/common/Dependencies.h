@@ -17,7 +17,8 @@ struct Dependencies {
     std::vector<std::string> ofSystem;
     std::vector<MissingModule> missing;
     std::vector<MissingSymbol> missingSymbols;
-    std::string limit; ///< at which the search ended; empty: none
+    std::size_t untoldSymbols = 0; ///< how many more are missing
+    std::string limit;             ///< at which the search ended; empty: none
     /// What has to be in the process before the plugin, since its loader would not
     /// find it in another program; what one of them needs comes before it.
     std::vector<std::filesystem::path> first;
@@ -33,6 +34,7 @@ struct LibraryDependencies {
     std::vector<MissingModule> missing;
     std::vector<MissingModule> missingOfProgram; ///< and not of the library
     std::vector<MissingSymbol> missingSymbols;
+    std::size_t untoldSymbols = 0;
     std::string limit;
 };
 LibraryDependencies FindLibraryDependencies(Host const& host);

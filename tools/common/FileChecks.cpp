@@ -123,6 +123,14 @@ bool CheckModule(ModuleImage const& image, Report& report)
     return true;
 }
 
+void TellUntold(std::size_t symbols, Report& report)
+{
+    if (symbols != 0)
+        report.Add("symbols", Result::Failed,
+                   std::to_string(symbols) + (symbols == 1 ? " more is" : " more are") + " missing",
+                   {}, symbols);
+}
+
 void CheckDependencies(Dependencies const& dependencies, Report& report)
 {
     for (MissingModule const& missing : dependencies.missing)
@@ -149,6 +157,7 @@ void CheckDependencies(Dependencies const& dependencies, Report& report)
                    : dependencies.inFolders.empty()
                        ? link
                        : "install modules that fit together, or " + link);
+    TellUntold(dependencies.untoldSymbols, report);
 }
 
 void CheckExport(ByteView const& bytes, Report& report)
@@ -274,6 +283,7 @@ void CheckLibrary(Host const& host, Report& report)
         report.Add("program", Result::Failed, Told(missing), missing.remedy);
     for (MissingSymbol const& missing : found.missingSymbols)
         report.Add("symbols", Result::Failed, missing.line);
+    TellUntold(found.untoldSymbols, report);
     if (!found.limit.empty())
         report.Add("limit", Result::Failed, found.limit);
 }

@@ -71,6 +71,7 @@ struct MissingSymbol {
 /// Whether a module of the graph gets what it takes from others, with all that it brought.
 struct SymbolFindings {
     std::vector<MissingSymbol> missing;
+    std::size_t untold = 0; ///< how many more are missing
     /// Modules that it did not bring, from which it takes symbols all the same.
     std::vector<std::size_t> others;
     std::map<std::size_t, std::size_t> borrowers; ///< of these: the first that takes from each

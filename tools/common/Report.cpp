@@ -34,11 +34,11 @@ char const* Spelled(Result result)
 std::string Presentable(std::string const& text) { return Escaped(OneLine(text)); }
 
 void Report::Add(char const* check, Result result, std::string const& text,
-                 std::string const& remedy)
+                 std::string const& remedy, std::size_t things)
 {
     if (result == Result::Failed)
         ++failures;
-    Take({Presentable(check), result, Presentable(text), remedy});
+    Take({Presentable(check), result, Presentable(text), remedy, things});
 }
 
 } // namespace Halvorix::Tools

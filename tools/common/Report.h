@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace Halvorix::Tools {
@@ -10,8 +11,9 @@ enum class Result { Ok, Failed, Note };
 struct Check {
     std::string name; ///< short
     Result result;
-    std::string detail; ///< one line of UTF-8
-    std::string remedy; ///< empty: none is known
+    std::string detail;     ///< one line of UTF-8
+    std::string remedy;     ///< empty: none is known
+    std::size_t things = 1; ///< of how many it tells
 };
 
 /// "ok", "FAILED" or "note".
@@ -30,7 +32,7 @@ public:
     Report& operator=(Report const&) = delete;
 
     void Add(char const* check, Result result, std::string const& text,
-             std::string const& remedy = {});
+             std::string const& remedy = {}, std::size_t things = 1);
 
     bool HasFailed() const { return failures != 0; }
 

@@ -707,16 +707,26 @@ def UndefinedSymbols(test):
     name = test.build.decorated.encode() + b"\0"
     # A name that doubles itself again and again stays as it is.
     doubled = b"_Z9MissingzzI1AIiiES0_IS1_S1_ES0_IS2_S2_ES0_IS3_S3_EEvv"
-    missing = [b"_Z7Missingv", doubled, *(b"_Z9Missing%dv" % number for number in range(20, 35))]
-    strings, symbols = name, [(0, 1)]
-    for symbol in missing:
-        symbols.append((len(strings), 0))
-        strings += symbol + b"\0"
-    elf.write(plugin, strings=strings, symbols=symbols, uses=range(1, len(symbols)))
-    ended = place.diagnose()
+    missing = [b"_Z7Missingv", doubled, *(b"_Z9Missing%dv" % number for number in range(20, 58))]
+
+    def diagnose_without(count):
+        strings, symbols = name, [(0, 1)]
+        for symbol in missing[:count]:
+            symbols.append((len(strings), 0))
+            strings += symbol + b"\0"
+        elf.write(plugin, strings=strings, symbols=symbols, uses=range(1, len(symbols)))
+        return place.diagnose()
+
+    # Of whatever number the first sixteen.
+    for count in (16, 40, 17):
+        ended = diagnose_without(count)
+        assert ended.last.endswith(f", which no module has, and {count - 1} more"), ended.last
+        assert ended.output.count("needs the symbol") - 2 == 16, ended.output
+        if count > 16:
+            told = "1 more is missing" if count == 17 else f"{count - 16} more are missing"
+            line_of(ended, "FAILED", "symbols", told)
     line_of(ended, "FAILED", "DependentPlugin.so needs the symbol Missing() [_Z7Missingv], which no module has")
     line_of(ended, "FAILED", "DependentPlugin.so needs the symbol Missing20() [_Z9Missing20v], ")
-    assert ended.last.endswith(", which no module has, and 15 more"), ended.last
     assert len(ended.last) < 400, ended.last
     # So does one whose packs stand for packs, and one that reads longer than a line.
     packs = b"_Z1fIJ" + b"i" * 250 + b"EEv" + b"Dp1gIJT_" * 8 + b"EE" * 8

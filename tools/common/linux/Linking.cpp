@@ -243,8 +243,10 @@ SymbolFindings LookForSymbols(ModuleGraph& graph, std::size_t module, std::strin
     Asker asker(graph, found, limit);
     Wanted const wanted = asker.Ask(module, graph.modules.size());
     HiddenSymbols const hidden = asker.LookForHidden(wanted);
-    if (limit.empty())
+    if (limit.empty()) {
         found.missing = LinesOf(graph, module, wanted, hidden);
+        found.untold = wanted.symbols.size() + wanted.versions.size() - found.missing.size();
+    }
     // The others cannot be there without what they take, and what none has they do without.
     for (std::size_t i = 0; i < found.others.size() && limit.empty(); ++i)
         asker.Ask(found.others[i], module);

@@ -126,8 +126,10 @@ private:
 
     void Tell(WantedImport const& import)
     {
-        if (found.missing.size() >= MostLines)
+        if (found.missing.size() >= MostLines) {
+            ++found.untold;
             return;
+        }
         std::string const needing = Utf8(graph.modules[import.needing].file.filename());
         found.missing.push_back(
             {needing + " needs " + import.symbol + " of " + import.module +
