@@ -31,6 +31,48 @@ bool IsUtf16(std::string const& text)
            (text.size() > 1 && (text[0] == '\0') != (text[1] == '\0'));
 }
 
+// Behind the comment or the string that begins there.
+std::size_t EndOfComment(std::string const& text, std::size_t at)
+{
+    if (text[at + 1] == '/')
+        return std::min(text.find_first_of("\r\n", at), text.size());
+    std::size_t const end = text.find("*/", at + 2);
+    return end == std::string::npos ? text.size() : end + 2;
+}
+std::size_t EndOfString(std::string const& text, std::size_t at)
+{
+    for (++at; at < text.size() && text[at] != '"'; ++at)
+        if (text[at] == '\\')
+            ++at;
+    return at + 1;
+}
+
+// The comma before a bracket that closes the one which is open, white space and comments
+// aside; npos: there is none. Up to the bracket the text is well formed.
+std::size_t FindTrailingComma(std::string const& text, std::size_t bracket)
+{
+    if (bracket >= text.size() || (text[bracket] != '}' && text[bracket] != ']'))
+        return std::string::npos;
+    std::string open;
+    std::size_t last = std::string::npos;
+    for (std::size_t at = 0; at < bracket;) {
+        char const unit = text[at];
+        if (unit == '/' && (text[at + 1] == '/' || text[at + 1] == '*')) {
+            at = EndOfComment(text, at);
+            continue;
+        }
+        if (unit == '{' || unit == '[')
+            open += unit;
+        else if ((unit == '}' || unit == ']') && !open.empty())
+            open.pop_back();
+        if (std::string_view(" \t\r\n").find(unit) == std::string_view::npos)
+            last = at;
+        at = unit == '"' ? EndOfString(text, at) : at + 1;
+    }
+    bool const isClosing = !open.empty() && open.back() == (text[bracket] == '}' ? '{' : '[');
+    return isClosing && last != std::string::npos && text[last] == ',' ? last : std::string::npos;
+}
+
 } // namespace
 
 bool IsReadable(std::string const& text)
@@ -145,13 +187,13 @@ void JsonInspection::Explain(Damage damage, Json::Value::LargestInt offset,
     auto at = std::min(static_cast<std::size_t>(std::max<Json::Value::LargestInt>(offset, 0)),
                        text.size());
     // The reader stumbles over what comes next, lines below.
-    std::size_t const last = at == 0 ? std::string::npos : text.find_last_not_of(" \t\r\n", at - 1);
-    bool const isEnd = at < text.size() && (text[at] == '}' || text[at] == ']');
-    if (damage == Damage::NotJson && isEnd && last != std::string::npos && text[last] == ',') {
+    std::size_t const comma =
+        damage == Damage::NotJson ? FindTrailingComma(text, at) : std::string::npos;
+    if (comma != std::string::npos) {
         error->isTrailingComma = true;
         error->message = std::string("there is a comma behind the last ") +
                          (text[at] == '}' ? "member" : "entry");
-        at = last;
+        at = comma;
     }
     error->at = PositionAt(at);
     error->line = Tools::Presentable(LineAt(at));
