@@ -76,24 +76,53 @@ bool DiffersByZeros(std::string const& one, std::string const& other)
     return one != other && isNumber(one) && isNumber(other) && worth(one) == worth(other);
 }
 
-// Between versions that read as the same one: where they differ, and what to write.
+// The first part in which a version that reads as the bound, as far as that goes, has other
+// zeros.
+std::optional<std::size_t> FindOtherZeros(Version const& own, Version const& bound)
+{
+    std::optional<std::size_t> first;
+    if (bound.size() > own.size())
+        return first;
+    for (std::size_t i = 0; i < bound.size(); ++i) {
+        bool const differs = DiffersByZeros(own[i], bound[i]);
+        if (!differs && own[i] != bound[i])
+            return std::nullopt;
+        if (differs && !first)
+            first = i;
+    }
+    return first;
+}
+
+std::string FirstParts(Version version, std::size_t count)
+{
+    version.resize(count);
+    return VersionToString(version);
+}
+
+// Where they differ, and what to write: the bound in the version's own spelling.
 void TellZeros(Read& read, char const* key, Version const& own, Version const& bound,
                char const* ranks)
 {
-    if (own.size() != bound.size())
+    std::optional<std::size_t> const part = FindOtherZeros(own, bound);
+    if (!part)
         return;
-    std::string first;
-    for (std::size_t i = 0; i < own.size(); ++i) {
-        bool const differs = DiffersByZeros(own[i], bound[i]);
-        if (!differs && own[i] != bound[i])
-            return;
-        if (differs && first.empty())
-            first = own[i] + ranks + bound[i];
+    read.told.detail += " (" + own[*part] + ranks + bound[*part] + ": the zeros count)";
+    read.told.remedy =
+        std::string("write \"") + key + "\": \"" + FirstParts(own, bound.size()) + "\"";
+}
+
+// Of the first one in a list that reads as the version.
+void TellZerosOfList(Read& read, Version const& own, std::vector<Version> const& listed)
+{
+    for (Version const& version : listed) {
+        std::optional<std::size_t> const part = FindOtherZeros(own, version);
+        if (!part)
+            continue;
+        read.told.detail += " (" + own[*part] + " is not " + version[*part] + ": the zeros count)";
+        read.told.remedy = "write \"" + FirstParts(own, version.size()) + "\" in place of \"" +
+                           VersionToString(version) + "\" in versions";
+        return;
     }
-    if (first.empty())
-        return;
-    read.told.detail += " (" + first + ": the zeros count)";
-    read.told.remedy = std::string("write \"") + key + "\": \"" + VersionToString(own) + "\"";
 }
 
 // By the range's own test, a bound at a time.
@@ -115,6 +144,7 @@ void TellBound(Read& read, Version const& own)
     } else {
         read.told.fit = Fit::NotListed;
         read.told.detail = VersionToString(own) + " is none of the versions listed";
+        TellZerosOfList(read, own, range.versions);
     }
 }
 
