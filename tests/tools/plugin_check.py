@@ -247,6 +247,14 @@ def FactoryProcedureInANamespace():
     run_of = failing(place("NamespacedPlugin"))
     run_of.only("export", "FAILED", "only as ",
                 f"; the library looks for {DECORATED}; define it outside any namespace").not_loaded()
+    # Another function there is none.
+    for name in () if IS_WINDOWS else ("_ZN2My19GetSSOClientFactoryEi",
+                                         "_ZN19GetSSOClientFactory4MakeEv",
+                                         "_ZNK2My22OldGetSSOClientFactoryEv"):
+        elf.write("plugin.so", strings=name.encode() + b"\0", symbols=[(0, 1)])
+        run_of = failing("plugin.so")
+        assert run_of.of("export") == [
+            ("FAILED", f"only as {name}; the library looks for {DECORATED}")], run_of.of("export")
 
 
 def LibraryThatIsNotNamed():

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <set>
+#include <string_view>
 
 #include "common/Dependencies.h"
 #include "common/Files.h"
@@ -66,11 +67,16 @@ bool NamesFactoryProcedure(std::string const& name)
     return name.find("GetSSOClientFactory") != std::string::npos;
 }
 
-// As either family of compilers decorates it.
+// As either family of compilers decorates it: the procedure itself, and not what a class or a
+// namespace of that name has.
 bool IsInNamespace(std::string const& name)
 {
-    return BeginsWith(name, "_ZN") || (BeginsWith(name, "?GetSSOClientFactory@") &&
-                                       !BeginsWith(name, "?GetSSOClientFactory@@"));
+    std::string_view const ending = "19GetSSOClientFactoryEv";
+    bool const isProcedure = name.size() > ending.size() &&
+                             name.compare(name.size() - ending.size(), ending.size(), ending) == 0;
+    return (BeginsWith(name, "_ZN") && isProcedure) ||
+           (BeginsWith(name, "?GetSSOClientFactory@") &&
+            !BeginsWith(name, "?GetSSOClientFactory@@"));
 }
 
 using NameTest = bool (*)(std::string const&);
