@@ -49,8 +49,10 @@ void AddMissingServerApp(Findings const& findings, ProblemList& problems, Server
         withList != server.search.tried.end()
             ? (withList->path.empty() ? "the current directory" : withList->path) + " has " +
                   Shown(SSOServices::CompatibilityFileName) + " but no " + server.search.file +
-                  ": install the server application there, or set ssoServer.appName to its file; "
-                  "for a trial an empty file of that name will do"
+                  ": install the server application there, or set ssoServer.appName to its file" +
+                  (server.search.file.find_first_of("/\\") == std::string::npos
+                       ? "; for a trial an empty file of that name will do"
+                       : "")
         : findings.config.state == ConfigState::NoFile && findings.config.override.empty()
             ? "install the server application, or put a client configuration beside the program "
               "that names its directory in ssoServer.searchPaths"
