@@ -257,11 +257,17 @@ std::vector<Tools::Check> FailedOf(std::vector<Tools::Check> const& checks)
     for (Tools::Check const& check : checks) {
         if (check.result != Tools::Result::Failed)
             continue;
-        // A line for each is among the checks.
+        // A line for each is among the checks. The first one tells, or the first one with a remedy.
         if (check.name != "symbols" || symbols == 0)
             failed.push_back(check);
-        if (check.name == "symbols")
-            symbols += check.things;
+        if (check.name != "symbols")
+            continue;
+        auto const told = std::find_if(failed.begin(), failed.end(), [](Tools::Check const& one) {
+            return one.name == "symbols";
+        });
+        if (told->remedy.empty() && !check.remedy.empty())
+            *told = check;
+        symbols += check.things;
     }
     for (Tools::Check& check : failed)
         if (check.name == "symbols" && symbols > 1)

@@ -737,6 +737,18 @@ def UndefinedSymbols(test):
         ended = place.diagnose()
         line_of(ended, "wrong: ", f"needs the symbol {one.decode()}, which no module has")
     line_of(ended, "Fix: link the plugin with what defines it; with hxsso_add_plugin the linker tells")
+    # What can be done about one of its own comes before what another module lacks.
+    program = place.path("app/" + test.build.program)
+    program.unlink()
+    elf.write(program, needed=[test.build.library, "libMiddle.so"], runpath="$ORIGIN")
+    elf.write(place.path("app/libMiddle.so"), strings=b"Lost\0", symbols=[(0, 0)], uses=[0])
+    elf.write(plugin, needed=["libMiddle.so"], strings=name + b"_Z7Missingv\0",
+              symbols=[(0, 1), (len(name), 0)], uses=[1])
+    ended = place.diagnose()
+    line_of(ended, "FAILED", "libMiddle.so needs the symbol Lost, which no module has")
+    assert ended.last.endswith("needs the symbol Missing() [_Z7Missingv], which no module has, "
+                               "and 1 more"), ended.last
+    line_of(ended, "Fix: link the plugin with what defines it; with hxsso_add_plugin the linker tells")
 
 
 def PluginWithoutItsSymbols(test):
