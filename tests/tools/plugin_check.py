@@ -274,6 +274,28 @@ def LibraryThatIsNotNamed():
         assert "undefined symbol" in ended.stderr or "HXSSO_INSTRUMENTED" in os.environ, ended.stderr
 
 
+def JsoncppThatIsNotNamed():
+    """The library brings it, which a host may have loaded for itself alone."""
+    if IS_WINDOWS:
+        skip("modules for Windows name each one from which they take something")
+    library = pathlib.Path("program/libHxSSOServices.so.10").read_bytes()
+    jsoncpp = re.search(rb"libjsoncpp\.so\.\d+(?=\0)", library)[0].decode()
+    value = b"_ZN4Json5ValueD1Ev\0"
+    elf.write("plugin.so", strings=value, symbols=[(0, 0)], uses=[0])
+    run_of = failing("plugin.so")
+    run_of.only("symbols", "FAILED",
+                f"plugin.so uses {jsoncpp} without naming it as needed: it loads only in programs "
+                "that link that one; link it (with hxsso_add_plugin the linker tells)")
+    run_of.not_loaded()
+    elf.write("plugin.so", needed=[jsoncpp], strings=value, symbols=[(0, 0)], uses=[0])
+    assert not failing("plugin.so").of("symbols")
+    # What each program in C++ has: the runtimes of both languages, and what these need.
+    taken = (b"puts", b"_ZSt4cout", b"sqrt", b"_Unwind_Resume")
+    for name in taken:
+        elf.write("plugin.so", strings=name + b"\0", symbols=[(0, 0)], uses=[0])
+        assert not failing("plugin.so").of("symbols"), name
+
+
 def HostileSymbolNames():
     """Those that would take hours or pages to be read stay as they are."""
     if IS_WINDOWS:

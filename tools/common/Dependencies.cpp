@@ -148,6 +148,40 @@ std::vector<fs::path> InOrderOfNeed(ModuleGraph const& graph, std::size_t plugin
     return files;
 }
 
+// Those that each host has, whose language is C++: the runtimes, and what they need.
+std::vector<bool> ModulesOfEachHost(ModuleGraph const& graph)
+{
+    std::vector<bool> has(graph.modules.size());
+    for (std::size_t i = 0; i < graph.modules.size(); ++i) {
+        std::string const name = Utf8(graph.modules[i].file.filename());
+        if (name.rfind("libstdc++.", 0) == 0 || name.rfind("libc++.", 0) == 0 ||
+            name.rfind("libc.", 0) == 0)
+            for (std::size_t const needed : graph.ClosureOf(i))
+                has[needed] = true;
+    }
+    return has;
+}
+
+// This program is linked with the library and what that needs, as not each host is.
+void AddUnnamed(ModuleGraph const& graph, std::size_t library, SymbolFindings const& symbols,
+                Dependencies& found)
+{
+    std::vector<bool> const isOfEachHost = ModulesOfEachHost(graph);
+    for (auto const& [lender, borrower] : symbols.borrowers) {
+        if (lender == 0 || isOfEachHost[lender])
+            continue;
+        bool const isLibrary = lender == library;
+        found.missingSymbols.push_back(
+            {Utf8(graph.modules[borrower].file.filename()) + " uses " +
+                 Utf8(isLibrary ? fs::path(Platform::LibraryFileName())
+                                : graph.modules[lender].file.filename()) +
+                 " without naming it as needed: it loads only in programs that link " +
+                 (isLibrary ? "the library; link it (hxsso_add_plugin does)"
+                            : "that one; link it (with hxsso_add_plugin the linker tells)"),
+             false});
+    }
+}
+
 } // namespace
 
 Dependencies FindDependencies(fs::path const& plugin, ModuleImage const& image, Host const& host)
@@ -169,15 +203,8 @@ Dependencies FindDependencies(fs::path const& plugin, ModuleImage const& image, 
     Divide(graph, module, found);
     found.missingSymbols = std::move(symbols.missing);
     found.untoldSymbols = symbols.untold;
-    // This program is linked with the library, as not each host is.
-    auto const borrower = symbols.borrowers.find(library);
-    if (host.standsForAny && borrower != symbols.borrowers.end())
-        found.missingSymbols.push_back(
-            {Utf8(graph.modules[borrower->second].file.filename()) + " uses " +
-                 Utf8(Platform::LibraryFileName()) +
-                 " without naming it as needed: it loads only in programs that link the library; "
-                 "link it (hxsso_add_plugin does)",
-             false});
+    if (host.standsForAny)
+        AddUnnamed(graph, library, symbols, found);
     found.ofProgram = std::move(symbols.ofProgram);
     symbols.others.push_back(module);
     found.first = InOrderOfNeed(graph, module, symbols.others);
