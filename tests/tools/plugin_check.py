@@ -652,6 +652,23 @@ def DependencyIsNeverRun():
     assert not os.path.exists("marker"), "code of it ran"
 
 
+def ManyMissingSymbols():
+    """The first sixteen, and how many more."""
+    for count, more in ((16, None), (17, "1 more is missing"), (40, "24 more are missing")):
+        lost = [f"lost{number:02}" for number in range(count)]
+        if IS_WINDOWS:
+            pe.write("other.dll", "other.dll", {"there": None})
+            pe.write("plugin.dll", "plugin.dll", {DECORATED: None}, {"other.dll": lost})
+        else:
+            elf.write("plugin.so", strings="\0".join(lost).encode() + b"\0",
+                      symbols=[(7 * number, 0) for number in range(count)], uses=range(count))
+        told = [detail for _, detail in failing("plugin" + EXTENSION).of("symbols")]
+        assert len(told) >= 16, told
+        assert all(f" needs {'' if IS_WINDOWS else 'the symbol '}{name}" in detail
+                   for name, detail in zip(lost, told[:16])), told
+        assert told[16:] == ([more] if more else []), told
+
+
 def MissingSymbolVersion():
     if IS_WINDOWS:
         skip("modules for Windows have no symbol versions")
