@@ -657,8 +657,8 @@ def ManyMissingSymbols():
     for count, more in ((16, None), (17, "1 more is missing"), (40, "24 more are missing")):
         lost = [f"lost{number:02}" for number in range(count)]
         if IS_WINDOWS:
-            pe.write("other.dll", "other.dll", {"there": None})
-            pe.write("plugin.dll", "plugin.dll", {DECORATED: None}, {"other.dll": lost})
+            forwarding("other.dll", {"there": None})
+            forwarding("plugin.dll", {DECORATED: None}, {"other.dll": lost})
         else:
             elf.write("plugin.so", strings="\0".join(lost).encode() + b"\0",
                       symbols=[(7 * number, 0) for number in range(count)], uses=range(count))
