@@ -89,6 +89,7 @@ def write(path, needed=(), soname=None, rpath=None, runpath=None, strings=b"", s
     # The loader writes into its dynamic table.
     segments = struct.pack("<IIQQQQQQ", 1, 7, 0, 0, 0, whole, whole, 4096) + struct.pack(
         "<IIQQQQQQ", 2, 6, begin, begin, begin, len(dynamic), len(dynamic), 8)
+    pathlib.Path(path).unlink(missing_ok=True)  # it may be a link to the build's
     with open(path, "wb") as file:
         file.write(header + segments + dynamic + bytes(table) + records + chain + links)
         file.truncate(whole)

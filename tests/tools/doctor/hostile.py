@@ -578,7 +578,6 @@ def SymbolsOfTheProgram(test):
     # What the program needs by name serves all that is loaded later.
     needed = [test.build.library, "libDependency.so"]
     program = place.path("app/" + test.build.program)
-    program.unlink()  # it may be a link to the build's
     elf.write(program, needed=needed, runpath="$ORIGIN")
     place.place("app/libDependency.so", "PluginDependency.so")
     for option in ("--load", "--log"):
@@ -617,8 +616,6 @@ def SymbolsThatAreNotVisible(test):
     plugin, library, program = (place.path(name) for name in (
         "server/plugin/DependentPlugin.so", "app/" + test.build.library,
         "app/" + test.build.program))
-    for file in (plugin, library, program):
-        file.unlink()  # it may be a link to the build's
     # Not the build's own modules: a sanitizer would not be loaded so late.
     name = test.build.decorated.encode() + b"\0"
     elf.write(plugin, strings=name + b"Function\0", symbols=[(0, 1), (len(name), 0)], uses=[1])
@@ -703,7 +700,6 @@ def UndefinedSymbols(test):
         skip("the linkers of that system refuse them")
     place = test.installation("plugin-lacks-a-dependency")
     plugin = place.path("server/plugin/DependentPlugin.so")
-    plugin.unlink()  # it may be a link to the build's
     name = test.build.decorated.encode() + b"\0"
     # A name that doubles itself again and again stays as it is.
     doubled = b"_Z9MissingzzI1AIiiES0_IS1_S1_ES0_IS2_S2_ES0_IS3_S3_EEvv"
