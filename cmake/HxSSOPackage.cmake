@@ -17,9 +17,9 @@ install(FILES LICENSE DESTINATION ${license_dir} RENAME HxSSOServices.txt)
 # --- Documents --------------------------------------------------------------------
 
 # As they lie here, so that their links hold. On Windows the ZIP has them, at its top.
+set(texts LICENSE README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md)
 if(NOT WIN32)
-    install(FILES LICENSE README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md
-        DESTINATION ${document_dir})
+    install(FILES ${texts} DESTINATION ${document_dir})
     install(DIRECTORY docs DESTINATION ${document_dir}
         FILES_MATCHING PATTERN *.md PATTERN schemas EXCLUDE)
 endif()
@@ -103,7 +103,7 @@ if(WIN32)
     string(REPLACE 32 86 bits ${bits})
     set(CPACK_PACKAGE_FILE_NAME HxSSOServices-${PROJECT_VERSION}-windows-x${bits})
     # For the ZIP alone: a prefix is not this project's own.
-    set(texts LICENSE README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md docs)
+    list(APPEND texts docs)
     list(TRANSFORM texts PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
     list(JOIN texts "\" \"" texts)
     file(CONFIGURE OUTPUT HxSSOPackageTexts.cmake @ONLY CONTENT
