@@ -33,13 +33,12 @@ class OAuth2TokenSpec;
 /// Uninitialize must not overlap GetConfiguration, and that of WebServicesUIManager must not
 /// overlap any call. No lock is held while the plugin works, and a call blocks as long as it does.
 ///
-/// Exceptions that reach the caller (docs/getting-started.md has their causes):
-/// - from any call, whatever the plugin throws, and std::bad_alloc;
-/// - from a call that loads the plugin, so from any first one: Json::LogicError,
-///   Json::RuntimeError, boost::filesystem::filesystem_error, and on Windows
-///   boost::system::system_error;
-/// - from GetOAuth2AccessToken with a token and InitiateLogout, which read a document: those of
-///   Json, and boost::archive::iterators::dataflow_exception or std::out_of_range for bad base64.
+/// Exceptions that reach the caller (docs/getting-started.md has their causes): from any call,
+/// whatever the plugin throws and std::bad_alloc; from a call that loads the plugin, so from any
+/// first one, Json::LogicError, Json::RuntimeError, boost::filesystem::filesystem_error, and on
+/// Windows boost::system::system_error; from GetOAuth2AccessToken with a token and InitiateLogout,
+/// which read a document, those of Json, and boost::archive::iterators::dataflow_exception or
+/// std::out_of_range for bad base64.
 class HXSSO_API WebServicesManager {
 public:
     /// @name Life
@@ -185,8 +184,7 @@ public:
     void AddObserver(IWebServicesObserver* observer);
     void RemoveObserver(IWebServicesObserver* observer); ///< Ends what AddObserver began.
     bool HasEvent() const; ///< Whether the plugin has an event waiting.
-    /// By convention hands the oldest to the observers; false if there was none. Does not tell
-    /// which.
+    /// By convention hands the oldest to the observers, whichever it is; false if none waits.
     bool DispatchEvent();
     /// @}
 
@@ -195,7 +193,6 @@ private:
     ~WebServicesManager();
     WebServicesManager(WebServicesManager const&) = delete;
     WebServicesManager& operator=(WebServicesManager const&) = delete;
-
     WebServicesConfiguration* fallbackConfiguration;
 };
 
