@@ -1,6 +1,5 @@
 #include "discovery/PathVariables.h"
 
-#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <map>
@@ -208,11 +207,12 @@ TEST(ExpandVariables, AgreesWithTheExpressionOnRandomTexts)
     EXPECT_GT(matches, 5000);
 }
 
+// Work that grew with the square of the length would take longer than the test run allows. How
+// it grows is measured by the benchmarks: a limit here would fail on a busy machine.
 TEST(ExpandVariables, ComesThroughLongTexts)
 {
     std::size_t const many = 1 << 20;
     std::wstring const letters(many, L'a');
-    auto const start = std::chrono::steady_clock::now();
 
     Expansion expansion = Expand(L"%" + letters, KnowsNothing);
     EXPECT_EQ(expansion.count, 0);
@@ -245,9 +245,6 @@ TEST(ExpandVariables, ComesThroughLongTexts)
     expansion = Expand(lines, KnowsNothing);
     EXPECT_EQ(expansion.count, 0);
     EXPECT_TRUE(expansion.text == lines);
-
-    // Work that grows with the square of the length takes minutes.
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
 TEST(ExpandPath, ExpandsAndNormalises)
