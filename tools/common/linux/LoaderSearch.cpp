@@ -157,9 +157,13 @@ std::vector<std::string> FoldersForProcessor()
             folders.push_back(std::string("glibc-hwcaps/x86-64-v") + level);
     if (::strverscmp(::gnu_get_libc_version(), "2.37") >= 0)
         return folders;
-    // Until then it looked in those of an older kind too, in all ways to combine them.
-    std::pair<char const*, bool> const parts[] = {
-        {"tls", true}, {"haswell", hasLevel3}, {"avx512_1", hasLevel4}, {"x86_64", true}};
+    // Until then it looked in those of an older kind too, in all ways to combine them. Two of
+    // them are for processors of one maker, whatever others can do.
+    bool const isIntel = __builtin_cpu_is("intel") != 0;
+    std::pair<char const*, bool> const parts[] = {{"tls", true},
+                                                  {"haswell", isIntel && hasLevel3},
+                                                  {"avx512_1", isIntel && hasLevel4},
+                                                  {"x86_64", true}};
     for (unsigned chosen = 15; chosen > 0; --chosen) {
         fs::path folder;
         bool isThere = true;
