@@ -16,8 +16,21 @@ NULL_READ = "int C(bool is)\n{\n    int const* p = nullptr;\n    return is ? *p 
 POINTER_IS_0 = "int* D() { return 0; }\n"
 HEADER = "#pragma once\ninline int* E() { return 0; }\n"
 
-# Sources and headers, and what has to be said of them.
+WITH_HEADER = {"a.cpp": '#include "h.h"\n' + CLEAN, "h.h": HEADER.replace("return 0", "return nullptr")}
+EXCUSED = {"a.cpp": "int* D() { return 0; } // NOLINT\n"}
+
+# Sources and headers as they come and as they change, and what has to be said of the last.
 CASES = {
+    "what was clean and stays the same": (
+        WITH_HEADER, {}, ["1 passed, 0 failed, 0 skipped"]),
+    "a header of what was clean changes": (
+        WITH_HEADER, {"h.h": HEADER},
+        ["src/h.h:2:26: error: use nullptr", "failed: src/a.cpp", "0 passed, 1 failed, 0 skipped"]),
+    "an excuse goes": (
+        EXCUSED, {"a.cpp": "int* D() { return 0; }\n"}, ["0 passed, 1 failed, 0 skipped"]),
+    "an excuse stays": (EXCUSED, {}, ["1 passed, 0 failed, 0 skipped"]),
+    "what was not clean stays so": (
+        {"a.cpp": POINTER_IS_0}, {}, ["0 passed, 1 failed, 0 skipped"]),
     "clean": ({"a.cpp": CLEAN, "b.cpp": POINTER_IS_0.replace("0", "nullptr")},
               ["2 passed, 0 failed, 0 skipped"]),
     "two that clash are looked at alone": (
@@ -42,27 +55,36 @@ CASES = {
 }
 
 
-def examine(files):
+def examine(*changes):
+    """What is said in the end of sources that change so, all looked at by one memory."""
     with tempfile.TemporaryDirectory() as name:
         root = pathlib.Path(name).resolve()
         (root / "src").mkdir()
         (root / "build").mkdir()
-        for file, text in files.items():
-            (root / "src" / file).write_text(text)
-        # A source that two targets compile is still one.
-        commands = [{"directory": str(root), "file": str(root / "src" / file),
-                     "command": f"c++ -std=c++17 -Wall -o {target}.o -c {root}/src/{file}"}
-                    for file in files if file.endswith(".cpp") for target in ("one", "two")]
-        (root / "build/compile_commands.json").write_text(json.dumps(commands))
-        run = subprocess.run([TIDY, "build", "src"], cwd=root, text=True,
-                             stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-        return run.stdout.replace(f"{root}/", "")
+        files = {}
+        for change in changes:
+            files.update(change)
+            said = look(root, change, files)
+        return said
+
+
+def look(root, change, files):
+    for file, text in change.items():
+        (root / "src" / file).write_text(text)
+    # A source that two targets compile is still one.
+    commands = [{"directory": str(root), "file": str(root / "src" / file),
+                 "command": f"c++ -std=c++17 -Wall -o {target}.o -c {root}/src/{file}"}
+                for file in files if file.endswith(".cpp") for target in ("one", "two")]
+    (root / "build/compile_commands.json").write_text(json.dumps(commands))
+    run = subprocess.run([TIDY, "--clean", "build/clean", "build", "src"], cwd=root, text=True,
+                         stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+    return run.stdout.replace(f"{root}/", "")
 
 
 def main():
     wrong = 0
-    for name, (files, expected) in CASES.items():
-        said = examine(files)
+    for name, (*changes, expected) in CASES.items():
+        said = examine(*changes)
         missing = [text for text in expected
                    if not any(line.startswith(text) for line in said.splitlines())]
         if missing:

@@ -30,7 +30,7 @@ leg_tidy() {
     scripts/setup native && configure linux || return
     say "tidy: clang-tidy over src, examples, tools"
     rm -rf build/linux/tidy
-    count_sum scripts/lib/tidy.py build/linux src examples tools
+    count_sum scripts/lib/tidy.py --clean .deps/tidy-clean build/linux src examples tools
 }
 
 # Doxygen counts each warning as an error.

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """clang-tidy over many sources at once.
 
-tidy.py BUILD FOLDER...
+tidy.py [--clean FILE] BUILD FOLDER...
 
 Most of clang-tidy's time goes into headers, the same ones for each source. So the sources
 in FOLDERs that BUILD compiles with the same flags are written one behind the other into a
@@ -9,10 +9,15 @@ file below BUILD/tidy. Not included by it: the analyzer follows the functions of
 file only. What is found is told by the source and its line. Sources that clash with
 another over a name are looked at alone. Prints what was found, a line for each source that
 is not clean, and "N passed, N failed, 0 skipped".
+
+FILE keeps a digest of what was found clean: the sources with all that they include, the
+flags, the checks and clang-tidy's version. As long as none of these changes it stays clean.
 """
 
+import argparse
 import collections
 import concurrent.futures
+import hashlib
 import json
 import os
 import pathlib
@@ -49,18 +54,40 @@ def groups(build, folders):
             yield flags, sources[begin:end]
 
 
-def look(flags, sources, directory):
-    """What clang-tidy says of these sources, read as one."""
+def write_together(flags, sources, directory):
+    """The sources as one: the file, how it is compiled, and the sources' texts."""
+    directory.mkdir(parents=True, exist_ok=True)
     together = directory / "sources.cpp"
     texts = [source.read_text() for source in sources]
-    folders = " ".join(f"-iquote {folder}" for folder in sorted({s.parent for s in sources}))
     together.write_text("".join(texts))
+    folders = " ".join(f"-iquote {folder}" for folder in sorted({s.parent for s in sources}))
+    return together, f"{flags} {folders}", texts
+
+
+def digest(flags, sources, directory):
+    """Of all that a verdict hangs on. Comments are part of it: some of them are for
+    clang-tidy. Nothing for what does not even go through the preprocessor."""
+    together, command, _ = write_together(flags, sources, directory)
+    arguments = command.split()[1:]
+    run = subprocess.run(["clang++", *arguments, "-w", "-E", "-C", "-P", together],
+                         stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+    if run.returncode:
+        return None
+    version = subprocess.run(["clang-tidy", "--version"], stdout=subprocess.PIPE, check=True)
+    parts = [version.stdout, (ROOT / ".clang-tidy").read_bytes(), pathlib.Path(__file__).read_bytes(),
+             " ".join(arguments).encode(), "\n".join(map(str, sources)).encode(), run.stdout]
+    return hashlib.sha256(b"\0".join(parts)).hexdigest()
+
+
+def look(flags, sources, directory):
+    """What clang-tidy says of these sources, read as one."""
+    together, command, texts = write_together(flags, sources, directory)
     begins = [1]
     for text in texts:
         begins.append(begins[-1] + text.count("\n"))
     (directory / "compile_commands.json").write_text(json.dumps([{
         "directory": str(directory), "file": str(together),
-        "command": f"{flags} {folders} -c {together}"}]))
+        "command": f"{command} -c {together}"}]))
     # GCC knows warnings that clang does not.
     run = subprocess.run(
         ["clang-tidy", "--quiet", "-p", directory, f"--config-file={ROOT}/.clang-tidy",
@@ -78,7 +105,6 @@ def look(flags, sources, directory):
 
 def examine(flags, sources, directory):
     """(source, whether it is clean) of each, and what was found."""
-    directory.mkdir(parents=True, exist_ok=True)
     status, found = look(flags, sources, directory)
     if status == 0:
         return [(source, True) for source in sources], ""
@@ -91,24 +117,45 @@ def examine(flags, sources, directory):
     return [(source, str(source) not in bad) for source in sources], found
 
 
+def examine_unless_clean(job, build, known):
+    """The digest if it is clean, and what examine says."""
+    number, (flags, sources) = job
+    directory = build / "tidy" / str(number)
+    key = digest(flags, sources, directory)
+    if key in known:
+        return key, [(source, True) for source in sources], ""
+    verdicts, found = examine(flags, sources, directory)
+    return key if all(clean for _, clean in verdicts) else None, verdicts, found
+
+
 def main():
-    if len(sys.argv) < 3:
-        sys.exit(__doc__)
-    build = pathlib.Path(sys.argv[1]).resolve()
-    folders = [pathlib.Path(folder).resolve() for folder in sys.argv[2:]]
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--clean", type=pathlib.Path, metavar="FILE")
+    parser.add_argument("build", type=pathlib.Path, metavar="BUILD")
+    parser.add_argument("folders", type=pathlib.Path, nargs="+", metavar="FOLDER")
+    options = parser.parse_args()
+    build = options.build.resolve()
+    folders = [folder.resolve() for folder in options.folders]
     jobs = sorted(groups(build, folders), key=lambda job: -len(job[1]))
     if not jobs:
         sys.exit(f"{build} compiles nothing in these folders")
+    known = set()
+    if options.clean and options.clean.is_file():
+        known = set(options.clean.read_text().split())
     counts = collections.Counter()
+    clean_now = []
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        results = pool.map(lambda job: examine(*job[1], build / "tidy" / str(job[0])),
-                           enumerate(jobs))
-        for verdicts, found in results:
+        results = pool.map(lambda job: examine_unless_clean(job, build, known), enumerate(jobs))
+        for key, verdicts, found in results:
+            clean_now += [key] if key else []
             sys.stdout.write(found)
             for source, clean in verdicts:
                 counts["passed" if clean else "failed"] += 1
                 if not clean:
                     print(f"failed: {os.path.relpath(source)}", flush=True)
+    if options.clean:
+        options.clean.write_text("".join(f"{key}\n" for key in clean_now))
     print("{passed} passed, {failed} failed, 0 skipped".format_map(counts))
 
 

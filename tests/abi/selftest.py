@@ -29,6 +29,8 @@ INCLUDE = ROOT / "include"
 LISTS = ROOT / "tests/abi/lists"
 CONTRACT = layout.Contract(ROOT / "tests/abi/contract.txt")
 MICROSOFT = ("msvc-x64", "msvc-x86")
+# One of each way to lay out: the others are read by the same code.
+BOTH = ("msvc-x64", "linux")
 
 
 def mixed_up(text, first, second):
@@ -57,40 +59,40 @@ class Copy:
 # have to say: for each pattern one of the differences.
 LAYOUTS = [
     ("two operations changed places", "plugin/ISSOClient.h",
-     lambda text: mixed_up(text, "GetUserId(", "GetUserEmail("), TARGETS,
+     lambda text: mixed_up(text, "GetUserId(", "GetUserEmail("), BOTH,
      [r"ISSOClient position 11: .*'GetUserId\(.*'GetUserEmail\(",
       r"ISSOClient position 12: .*'GetUserEmail\(.*'GetUserId\("]),
     ("two overloads changed places", "plugin/ISSOClient.h",
      lambda text: mixed_up(text, "EnableOAuth2(char const* oauth2TokenSpecJson)",
-                           "EnableOAuth2(bool)"), TARGETS,
+                           "EnableOAuth2(bool)"), BOTH,
      [r"ISSOClient position 56: .*'EnableOAuth2\(char const\*\) .*'EnableOAuth2\(bool\) ",
       r"ISSOClient position 57: .*'EnableOAuth2\(bool\) .*'EnableOAuth2\(char const\*\) "]),
     ("two overloads declared one after the other", "plugin/ISSOServerManager.h",
      lambda text: re.sub(r"HXSSO_OVERLOADS_2\((.*? = 0),(.*? = 0)\);", r"\1;\2;", text, flags=re.S),
-     MICROSOFT,
+     MICROSOFT[:1],
      [r"ISSOServerManager position 10: .*vector.*'StartSSOServerProcess\(std::chrono"]),
     ("an argument of another type", "plugin/ISSOClient.h",
      lambda text: changed(text, "SetServer(WebServices::Server server)", "SetServer(int server)"),
-     TARGETS, [r"ISSOClient position 34: .*'SetServer\(Server\) .*'SetServer\(int\) "]),
+     BOTH, [r"ISSOClient position 34: .*'SetServer\(Server\) .*'SetServer\(int\) "]),
     ("an operation that became constant", "plugin/ISSOClientUI.h",
      lambda text: changed(text, "bool IsLoginInProgress()", "bool IsLoginInProgress() const"),
-     TARGETS, [r"ISSOClientUI position 10: .*'IsLoginInProgress\(\) ->.*\(\) const ->"]),
+     BOTH, [r"ISSOClientUI position 10: .*'IsLoginInProgress\(\) ->.*\(\) const ->"]),
     ("another type under the same name", "plugin/PluginTypes.h",
      lambda text: changed(text, "int outputCapacity, void* context", "int outputCapacity"),
-     TARGETS, [r"'type BufferTransformCallback = "]),
+     BOTH, [r"'type BufferTransformCallback = "]),
     ("an enumeration of another size", "plugin/PluginTypes.h",
      lambda text: changed(text, "enum class Server : std::int32_t", "enum class Server : char"),
-     TARGETS, [r"'size WebServices::Server = 4'"]),
+     BOTH, [r"'size WebServices::Server = 4'"]),
     ("a missing reserved position", "plugin/ISSOClient.h",
-     lambda text: changed(text, "virtual void Reserved1() {}", ""), TARGETS,
+     lambda text: changed(text, "virtual void Reserved1() {}", ""), BOTH,
      [r"ISSOClient position 52: .*'Reserved'.*'HasProxyInfo\(\) "]),
     ("a missing reserved overload", "plugin/ISSOClientUI.h",
      lambda text: changed(changed(text, "virtual void Login(ReservedLogin){},", ""),
-                          "HXSSO_OVERLOADS_5", "HXSSO_OVERLOADS_4"), TARGETS,
+                          "HXSSO_OVERLOADS_5", "HXSSO_OVERLOADS_4"), BOTH,
      [r"ISSOClientUI position 6: .*'Reserved'.*'Login\(wchar_t const\*, wchar_t const\*, bool\) "]),
     ("an operation too many", "plugin/ISSOLogManager.h",
      lambda text: changed(text, "GetLogger(std::wstring name) = 0;",
-                          "GetLogger(std::wstring name) = 0; virtual void More() = 0;"), TARGETS,
+                          "GetLogger(std::wstring name) = 0; virtual void More() = 0;"), BOTH,
      [r"ISSOLogManager position 2: .*'nothing'.*'More\(\) -> void"]),
 ]
 
@@ -135,11 +137,11 @@ HEADERS = [
     ("a word that windows.h takes for itself", "plugin/ISSOLogManager.h",
      lambda text: changed(text, "class ILogger;", "class ILogger;\nint max(int left, int right);"),
      "Clang, Microsoft x64, after windows.h",
-     r"^plugin/ISSOLogManager\.h, (?s:.*)error: .*\n.*int max\("),
+     r"^in the order (?s:.*)error: .*\n.*int max\("),
     ("a macro of windows.h", "plugin/ISSOLogManager.h",
      lambda text: changed(text, "class ILogger;", "class ILogger;\nint IDYES();"),
      "GCC, Windows, after windows.h",
-     r"^plugin/ISSOLogManager\.h, (?s:.*)error: (?s:.*)int IDYES"),
+     r"^in the order (?s:.*)error: (?s:.*)int IDYES"),
 ]
 
 
@@ -174,7 +176,7 @@ def layouts(tally):
         what, header, change, targets, patterns = row
         with tempfile.TemporaryDirectory() as folder:
             copy = Copy(folder, header, change)
-            found = {target: layout.differ(copy.include, CONTRACT, target) for target in TARGETS}
+            found = {target: layout.differ(copy.include, CONTRACT, target) for target in BOTH}
         # Where it changes nothing it must not be told either.
         caught = all(all_said(texts, patterns) if target in targets else not texts
                      for target, texts in found.items())
@@ -189,7 +191,7 @@ def defaults(tally):
         with tempfile.TemporaryDirectory() as folder:
             copy = Copy(folder, "plugin/Defaults.h", change)
             found = {target: layout.defaults_differ(copy.include, CONTRACT, target)
-                     for target in TARGETS}
+                     for target in BOTH}
         return what, all(all_said(texts, patterns) for texts in found.values()), found["linux"]
 
     add_each(tally, look, DEFAULTS)
