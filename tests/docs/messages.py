@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Writes the table of all log messages into docs/troubleshooting.md, and checks it.
+"""Writes the list of all log messages into docs/troubleshooting.md, and checks it.
 
   tests/docs/messages.py            checks; exit status 1 if anything is wrong
-  tests/docs/messages.py --update   writes the table anew, then checks
+  tests/docs/messages.py --update   writes the list anew, then checks
 
 Texts and levels come from src/support/Messages.h, the one list in code; when the
 messages of a group are logged, what each means and what to do come from
@@ -23,6 +23,7 @@ BEGIN = "<!-- messages: written by tests/docs/messages.py, do not edit -->"
 END = "<!-- end of messages -->"
 FIELDS = ("meaning", "remedy")
 FIELDS_OF_A_GROUP = ("when",)
+NOTHING = "-"
 
 # Hands on lines that are composed already: the shared resolver those of its copies.
 HANDS_ON = {
@@ -96,7 +97,7 @@ def as_code(text):
     return f"``{text}``" if "'" in text else f"`{text}`"
 
 
-def cell(text):
+def prose(text):
     """Prose with its placeholders as code: Doxygen drops a percent sign."""
     return "".join(
         part if part.startswith("`") else re.sub(r"(%\w+%)", r"`\1`", part)
@@ -104,22 +105,27 @@ def cell(text):
     )
 
 
-def table(groups, told, told_of_groups):
+def item(level, text, entry):
+    """The fix is told as the doctor tells one."""
+    meaning, remedy = (entry.get(field, NOTHING) for field in FIELDS)
+    said = [] if meaning == NOTHING else [meaning]
+    said += [] if remedy == NOTHING else [f"Fix: {remedy}"]
+    told = f"{as_code(text)} ({level.lower()})"
+    return f"- {told}: {prose('. '.join(said))}" if said else f"- {told}"
+
+
+def message_list(groups, told, told_of_groups):
     lines = []
     for title, messages in groups:
-        lines += [f"### {title}", "", cell(told_of_groups.get(title, {}).get("when", "")), ""]
-        lines += ["| text | level | meaning | remedy |", "|---|---|---|---|"]
-        for name, level, text in messages:
-            entry = told.get(name, {})
-            fields = (cell(entry.get(field, "")) for field in FIELDS)
-            lines.append("| " + " | ".join([as_code(text), level.lower(), *fields]) + " |")
+        lines += [f"### {title}", "", prose(told_of_groups.get(title, {}).get("when", "")), ""]
+        lines += [item(level, text, told.get(name, {})) for name, level, text in messages]
         lines.append("")
     return "\n".join(lines)
 
 
 def page_with(page, content):
     if page.count(BEGIN) != 1 or page.count(END) != 1 or page.index(END) < page.index(BEGIN):
-        raise SystemExit("failed: docs/troubleshooting.md has lost the marks of the table")
+        raise SystemExit("failed: docs/troubleshooting.md has lost the marks of the list")
     before, rest = page.split(BEGIN)
     return f"{before}{BEGIN}\n\n{content}\n{END}{rest.split(END)[1]}"
 
@@ -219,7 +225,7 @@ def check(root):
     wrong += [f"{test}: {name} is not held to its text" for name in sorted(names - set(tested))]
 
     page = read(root / "docs/troubleshooting.md")
-    if page_with(page, table(groups, told, told_of_groups)) != page:
+    if page_with(page, message_list(groups, told, told_of_groups)) != page:
         wrong.append("docs/troubleshooting.md is not up to date: tests/docs/messages.py --update")
     return wrong + check_sources(root, names), len(names)
 
@@ -232,7 +238,7 @@ def main(arguments=None):
     options = parser.parse_args(arguments)
     if options.update:
         path = options.root / "docs/troubleshooting.md"
-        content = table(messages_in_code(options.root), *messages_told(options.root)[:2])
+        content = message_list(messages_in_code(options.root), *messages_told(options.root)[:2])
         path.write_text(page_with(read(path), content), encoding="utf-8")
     wrong, count = check(options.root)
     for text in wrong:

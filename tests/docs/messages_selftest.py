@@ -45,8 +45,8 @@ BROKEN = {
         TOLD, "\nremedy: -\n", "\n", "has no 'remedy'"),
     "a line of no form": (
         TOLD, "\nremedy: -\n", "\nremedy -\n", "cannot be read"),
-    "a table edited by hand": (
-        PAGE, "| `Client plugin module not found", "| `No plugin", "is not up to date"),
+    "a list edited by hand": (
+        PAGE, "- `Client plugin module not found", "- `No plugin", "is not up to date"),
     "a message that no test holds": (
         TEST, "Messages::PluginNotFound, LogLevel", "Messages::PluginLoading, LogLevel",
         "PluginNotFound is not held"),
