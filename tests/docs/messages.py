@@ -110,7 +110,7 @@ def item(level, text, entry):
     meaning, remedy = (entry.get(field, NOTHING) for field in FIELDS)
     said = [] if meaning == NOTHING else [meaning]
     said += [] if remedy == NOTHING else [f"Fix: {remedy}"]
-    told = f"{as_code(text)} ({level.lower()})"
+    told = as_code(text) if level == "Info" else f"{as_code(text)} ({level.lower()})"
     return f"- {told}: {prose('. '.join(said))}" if said else f"- {told}"
 
 
