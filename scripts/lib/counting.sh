@@ -21,13 +21,22 @@ build_for() {
     logged "build/log/$1-$2-build.log" cmake --build --preset "$2" --target "${@:3}"
 }
 
-# preset PRESET SETUP: configures, builds and tests a preset. A line for each test that
-# failed or was skipped; what CTest itself says is in the log.
+# built PRESET: configures and builds it, by one process at a time.
+built() {
+    (
+        flock 8
+        configure "$1" || exit
+        say "$1: building"
+        logged "build/log/$1-build.log" cmake --build --preset "$1"
+    ) 8>"build/log/$1.lock"
+}
+
+# preset PRESET SETUP: sets up, builds and tests a preset. A line for each test that
+# failed or was skipped; what CTest itself says is in the log. Ahead it is only built.
 preset() {
     local build=build/$1
-    scripts/setup "$2" && configure "$1" || return
-    say "$1: building"
-    logged "build/log/$1-build.log" cmake --build --preset "$1" || return
+    scripts/setup "$2" && built "$1" || return
+    [[ ! ${ahead-} ]] || return
     say "$1: testing"
     rm -rf "$build/junit.xml" "$build/results"
     ctest --preset "$1" --parallel "$CTEST_PARALLEL_LEVEL" --no-tests=error \
