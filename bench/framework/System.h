@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -28,5 +29,11 @@ FactoryProcedure LoadPlugin(std::filesystem::path const& file);
 /// Runs a program of this folder to its end and answers its standard output.
 /// Throws unless it ends with status 0.
 std::string Run(std::string const& program, std::vector<std::string> const& arguments);
+
+/// Time that counts for this process, and for those that it started and that have ended: of the
+/// processor, which nobody else takes away, or of the clock where the system's steps are too
+/// coarse.
+std::chrono::nanoseconds OwnTime();
+std::chrono::nanoseconds TimeWithChildren();
 
 } // namespace Bench

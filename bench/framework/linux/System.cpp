@@ -2,12 +2,14 @@
 
 #include <dlfcn.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <stdexcept>
 
 extern char** environ;
@@ -64,6 +66,23 @@ std::string Run(std::string const& program, std::vector<std::string> const& argu
     if (error != 0 || ::waitpid(child, &status, 0) != child || status != 0)
         throw std::runtime_error(program + " failed: " + output);
     return output;
+}
+
+std::chrono::nanoseconds OwnTime()
+{
+    timespec now{};
+    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
+}
+
+std::chrono::nanoseconds TimeWithChildren()
+{
+    rusage children{};
+    ::getrusage(RUSAGE_CHILDREN, &children);
+    auto const of = [](timeval const& time) {
+        return std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec);
+    };
+    return OwnTime() + of(children.ru_utime) + of(children.ru_stime);
 }
 
 } // namespace Bench
