@@ -97,10 +97,10 @@ public:
 
     /// @name The library's own view
     /// Answered without a plugin and without loading one, from any thread. Paths have
-    /// forward slashes, but for an override, which is given back as it was set, and are
-    /// empty where nothing was found; the log says why. Except for GetLogFile, all take the
-    /// library's lock briefly for each line that they log, and the first call of the process to
-    /// create the manager. ExpandPathVariables and GetModuleDirPath hold it throughout.
+    /// forward slashes, except an override, which is given back as it was set, and are
+    /// empty where nothing was found; the log says why. All but GetLogFile take the library's
+    /// lock briefly for each line that they log, and the first call of the process also to
+    /// create the plugin manager. ExpandPathVariables and GetModuleDirPath hold it throughout.
     /// @{
 
     static std::wstring GetSSOServerAppPath();       ///< Directory of the server application.

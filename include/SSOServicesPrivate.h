@@ -25,11 +25,11 @@ class OAuth2TokenSpec;
 /// ignore what follows the first value. A null pointer, an empty text, a text
 /// that is not valid JSON and the document `null` read as false.
 ///
-/// Nothing is kept and no lock is taken: any thread, as far as the arguments
-/// allow it. A document of wrong types lets an exception of jsoncpp reach the
-/// caller, malformed base64 a boost::archive::iterators::dataflow_exception or a
-/// std::out_of_range (all of them std::exception), with what was read before it
-/// stored.
+/// Nothing is kept and no lock is taken: any thread may call, with arguments that
+/// no other thread changes. A document of wrong types lets an exception of jsoncpp
+/// reach the caller, malformed base64 a boost::archive::iterators::dataflow_exception
+/// or a std::out_of_range (all of them std::exception). What was read before the
+/// exception stays stored.
 /// None of these functions needs a plugin.
 class HXSSO_API SSOServicesPrivate {
 public:

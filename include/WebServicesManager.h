@@ -15,8 +15,7 @@ class OAuth2TokenSpec;
 /// not Initialize ran; a load is tried once. Without a plugin, or with one that refuses the
 /// interface, a member answers by its type: a `bool` false, a number or an enumerator 0, a pointer
 /// null. Out parameters and buffers stay as they are, and a `void` member does nothing. Members
-/// that differ say so. The log says why, but for a plugin that declines by an empty factory or
-/// throws.
+/// that differ say so. The log says why, unless the plugin declines by an empty factory or throws.
 ///
 /// Texts are terminated: UTF-16 on Windows, UTF-32 on Linux. They must not be null unless the
 /// plugin's documentation allows it. A member with a buffer and its capacity (wchar_t units,
@@ -42,7 +41,7 @@ class OAuth2TokenSpec;
 class HXSSO_API WebServicesManager {
 public:
     /// @name Life
-    /// Counted: each Initialize needs one Uninitialize, even one that threw.
+    /// Counted: each Initialize, even one that threw, needs one Uninitialize.
     /// @{
 
     static bool Initialize(); ///< The same as Initialize(false).
@@ -184,7 +183,7 @@ public:
     void AddObserver(IWebServicesObserver* observer);
     void RemoveObserver(IWebServicesObserver* observer); ///< Ends what AddObserver began.
     bool HasEvent() const; ///< Whether the plugin has an event waiting.
-    /// By convention hands the oldest to the observers, whichever it is; false if none waits.
+    /// By convention hands the oldest event to the observers; false if none waits.
     bool DispatchEvent();
     /// @}
 

@@ -16,8 +16,8 @@ namespace Halvorix::WebServicesUI {
 ///
 /// Threads, exceptions, texts and the answers without a plugin are as in WebServicesManager; a
 /// plugin may demand more of the thread that shows a dialog. After an Initialize that threw,
-/// Uninitialize still ends one WebServicesManager::Initialize. If the plugin's dialogs threw, that
-/// one may be the host's own: initialize it again.
+/// Uninitialize still ends one WebServicesManager::Initialize. If the load or the plugin's
+/// InitializeUI threw, that one may be the host's own: initialize it again.
 class HXSSO_API WebServicesUIManager {
 public:
     /// @name Life

@@ -11,7 +11,7 @@
 #include "Plugin.h"
 
 /// @file
-/// For each interface, a class. Its operations give the answers that a host gets without a
+/// A class for each interface, whose operations give the answers that a host gets without a
 /// plugin: false, 0, empty, a null pointer. Derive from these and write the operations that
 /// you have. Setters store nothing.
 ///

@@ -29,7 +29,7 @@ public:
     /// such calls arrive here up to 32 deep; once one is deeper, it and those after it wait
     /// until the outermost call returns.
     /// @param message terminated, valid for the call only
-    /// @param level one of the three, passed on unexamined
+    /// @param level one of the three values of LogLevel
     virtual void WriteLine(wchar_t const* message, Log::LogLevel level) = 0;
 };
 

@@ -47,8 +47,8 @@ struct RetrySchedule {
 
 namespace Halvorix::WebServices {
 
-/// A service environment. -1 is no server: it is the library's answer where
-/// only a plugin could have named one.
+/// A service environment. -1 is no server: without a plugin ServerNameToServer
+/// answers it. GetServer then answers 0.
 enum class Server : std::int32_t {};
 
 /// A cache of the plugin.
