@@ -3,7 +3,7 @@
 # Makes a client plugin: a module without a prefix that exports the factory
 # procedure under the name that the library looks for. The sources define
 # GetSSOClientFactory as plugin/ISSOClientFactory.h declares it. The library, which has
-# loaded the plugin anyway, is linked as far as the sources use its classes.
+# loaded the plugin anyway, is linked if the sources use its classes.
 
 include(CheckLinkerFlag)
 
