@@ -10,6 +10,7 @@ packages_native=(
     libclang-rt-dev # the sanitizers and the fuzzing engine, which clang only recommends
     libboost1.81-dev libboost-filesystem1.81-dev libboost-locale1.81-dev
     libjsoncpp-dev libssl-dev
+    libcurl4-openssl-dev # the open plugin's requests
     libgtest-dev libgmock-dev # with their sources, in /usr/src/googletest
     libbenchmark-dev
     locales # what the tests of other locales are made from

@@ -48,7 +48,8 @@ SYSTEMS = ("src/platform/linux", "src/platform/windows")
 # Whose headers a file may include as "...", by the folder at the top that it is in.
 ROOTS = {
     "tools": ("tools", "src"),
-    "tests": ("tests", "tools", "src"),
+    "tests": ("tests", "tools", "plugins", "src"),
+    "plugins": ("plugins", "src"),
     "bench": ("bench", "src"),
 }
 # Built by itself, from what is installed.

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+namespace Halvorix::OpenId {
+
+/// The folder of the file that the loader mapped for this plugin.
+std::filesystem::path ModuleFolder();
+/// Known folders by name: "ProgramFiles", "AppData" (roaming), "LocalAppData", "Home". Empty for
+/// any other and for one that the system does not know.
+std::filesystem::path KnownFolder(std::string const& name);
+/// A path as UTF-8 text.
+std::string PathText(std::filesystem::path const& path);
+/// A path from UTF-8 text.
+std::filesystem::path PathFromText(std::string const& text);
+
+/// What a look at a file gave. A content may be a secret: its reader wipes it.
+struct FileContent {
+    enum class State {
+        Read,
+        Missing,
+        Refused, ///< Not regular, another user's, readable for others, too large, an error.
+    };
+    State state = State::Missing;
+    std::string bytes;
+    std::string reason; ///< Why it was refused, without the file's name.
+};
+
+/// Reads an administrator's file: any owner, any mode.
+FileContent ReadFile(std::filesystem::path const& file, std::size_t limit);
+/// Reads a file of this user alone: on Linux it must be his and closed to others.
+FileContent ReadPrivateFile(std::filesystem::path const& file, std::size_t limit);
+/// Makes the folder with those above it, for this user alone (0700), or sees that it is so.
+bool PreparePrivateFolder(std::filesystem::path const& folder, std::string& reason);
+/// Replaces a file whole (0600): a process killed at any moment leaves the old or the new one.
+bool ReplacePrivateFile(std::filesystem::path const& file, std::string const& bytes,
+                        std::string& reason);
+/// Adds to the end of a file (0600), whole even if other processes add too. False if it cannot.
+bool AppendPrivateFile(std::filesystem::path const& file, std::string const& bytes);
+/// Renames over whatever is there.
+bool MoveFile(std::filesystem::path const& from, std::filesystem::path const& to);
+
+/// A lock that processes share, held for as long as the object lives. It ends with its process,
+/// so that a dead one leaves none. Not for the threads of one process among themselves.
+class FileLock {
+public:
+    virtual ~FileLock() = default;
+    /// Waits up to `limit`; empty with a reason if it did not come or the file cannot be opened.
+    static std::unique_ptr<FileLock> Acquire(std::filesystem::path const& file,
+                                             std::chrono::milliseconds limit, std::string& reason);
+};
+
+} // namespace Halvorix::OpenId

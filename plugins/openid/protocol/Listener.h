@@ -1,0 +1,33 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "openid/protocol/Outcome.h"
+#include "openid/protocol/Texts.h"
+
+namespace Halvorix::OpenId {
+
+/// Waits at the loopback address for the browser to come back (RFC 8252, section 7.3). No thread
+/// of its own: it works while somebody waits.
+class Listener {
+public:
+    /// @param ports in their order; empty for one of the system's choice
+    static Outcome<std::unique_ptr<Listener>> Open(std::vector<int> const& ports);
+    virtual ~Listener() = default;
+
+    /// "http://127.0.0.1:PORT/callback"
+    virtual std::string const& RedirectUri() const = 0;
+    /// Answers requests until one to the redirect address has the right `state`, tells the browser
+    /// what happened in a plain page, and closes. Requests that are wrong, larger than 16 KiB, or
+    /// slower than five seconds are refused, and go on beside each other: none keeps the right one
+    /// waiting.
+    /// @return the response's parameters, at most 20 of them
+    virtual Outcome<Parameters> Wait(std::string const& state, std::chrono::milliseconds limit,
+                                     std::atomic<bool> const* cancelled) = 0;
+};
+
+} // namespace Halvorix::OpenId

@@ -1,0 +1,99 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include <json/value.h>
+
+#include "openid/platform/Http.h"
+#include "openid/protocol/IdToken.h"
+#include "openid/protocol/Outcome.h"
+#include "openid/protocol/Texts.h"
+#include "support/SecretText.h"
+
+namespace Halvorix::OpenId {
+
+/// How a client is known to a provider.
+struct Client {
+    std::string issuer, clientId;
+    std::string scopes; ///< Separated by blanks; contains "openid".
+    std::chrono::seconds networkTimeout{30};
+};
+
+/// What a provider says of itself (OpenID Connect Discovery 1.0). Addresses that it does not
+/// have are empty.
+struct Metadata {
+    std::string authorizationEndpoint, tokenEndpoint, userinfoEndpoint, keysUri;
+    std::string revocationEndpoint, endSessionEndpoint, deviceAuthorizationEndpoint;
+    std::vector<std::string> idTokenAlgorithms, scopes;
+    bool issuerInResponse = false; ///< RFC 9207
+};
+
+using Secret = SSOServices::SecretText<char>;
+
+/// What the token endpoint gave.
+struct TokenAnswer {
+    Secret accessToken, refreshToken, idToken; ///< Empty where there is none.
+    std::string tokenType;                     ///< "Bearer"
+    std::string scope;                         ///< Granted; as asked for if it is not told.
+    std::chrono::seconds lifetime{0};          ///< 0: not told.
+    std::chrono::milliseconds receivedAt{0};   ///< By SinceBoot.
+};
+
+/// Address and code of the device grant (RFC 8628).
+struct DeviceAuthorization {
+    Secret deviceCode;
+    std::string userCode, verificationUri, verificationUriComplete;
+    std::chrono::seconds lifetime{0}, interval{5};
+};
+
+/// One provider, asked over the network. Any thread, several at once: what was learnt is shared,
+/// and no lock is held while the network is asked.
+class Provider {
+public:
+    /// How requests are sent: SendHttp, with the host's proxy credentials.
+    using Send = std::function<HttpResponse(HttpRequest)>;
+
+    Provider(Client client, Send send);
+
+    Client const& GetClient() const { return client; }
+    /// Asked once an hour; what was learnt before stays good while the network is away.
+    Outcome<Metadata> Discover();
+    /// @param verifier PKCE's
+    Outcome<TokenAnswer> ExchangeCode(std::string const& code, std::string const& redirectUri,
+                                      std::string const& verifier,
+                                      std::atomic<bool> const* cancelled);
+    /// @param scope empty for the same as before
+    Outcome<TokenAnswer> Refresh(std::string const& refreshToken, std::string const& scope);
+    /// Kind Refused with the code "authorization_pending" or "slow_down" while it is not done.
+    Outcome<TokenAnswer> PollDevice(std::string const& deviceCode);
+    Outcome<DeviceAuthorization> AuthorizeDevice(std::string const& scope);
+    /// Verified claims of an id_token by this provider's keys, which are asked anew at most once
+    /// a minute for an unknown key id.
+    Outcome<Json::Value> Verify(std::string const& idToken, std::string const& nonce,
+                                std::string const& subject, std::string const& accessToken);
+    /// The claims about the user; those of another subject are refused.
+    Outcome<Json::Value> UserInfo(std::string const& accessToken, std::string const& subject);
+    /// At best effort.
+    Outcome<bool> Revoke(std::string const& token, std::string const& tokenTypeHint);
+
+private:
+    Outcome<Json::Value> AskJson(HttpRequest request, std::string const& what);
+    Outcome<TokenAnswer> AskTokens(Parameters parameters, std::string const& scope,
+                                   std::atomic<bool> const* cancelled);
+    Outcome<std::vector<SigningKey>> Keys(bool renew);
+
+    Client const client;
+    Send const send;
+    std::mutex mutex; ///< Of what follows.
+    std::optional<Metadata> metadata;
+    std::chrono::milliseconds metadataAt{0};
+    std::vector<SigningKey> keys;
+    std::optional<std::chrono::milliseconds> keysAskedAt;
+};
+
+} // namespace Halvorix::OpenId

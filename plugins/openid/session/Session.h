@@ -1,0 +1,123 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <json/value.h>
+
+#include "openid/protocol/Authorization.h"
+#include "openid/protocol/Listener.h"
+#include "openid/protocol/Provider.h"
+#include "openid/session/Configuration.h"
+#include "openid/session/Events.h"
+#include "openid/session/Log.h"
+#include "openid/session/TokenStore.h"
+
+namespace Halvorix::OpenId {
+
+/// Which token is meant. The scope in normal form, empty for all that the login was granted.
+struct TokenSpec {
+    std::int32_t type = 1;
+    std::string scope;
+};
+
+/// A token as a host sees it.
+struct TokenView {
+    Secret text;                 ///< Empty: none was got for this spec.
+    std::int64_t expiryDate = 0; ///< Seconds since 1970, 0 for none or not told.
+    bool usable = false;         ///< There, and good for another 60 s.
+};
+
+/// What the interfaces share: the login at the chosen server, its tokens and the providers. Any
+/// thread, several at once; no lock is held while the network is asked, but for that of the store
+/// around a refresh. Whatever fails is logged here, with its cause and remedy.
+class Session {
+public:
+    /// @param configuration or why there is none: then nobody can sign in
+    Session(Outcome<PluginConfiguration> configuration, std::shared_ptr<LogFile> log);
+    ~Session();
+
+    // Servers. The number is that of the public enumeration: 0 for the first in the configuration's
+    // alphabetical order, and so on.
+    std::int32_t Server() const;
+    bool SelectServer(std::int32_t number);            ///< Ends no login: each server has its own.
+    std::string ServerName(std::int32_t number) const; ///< Empty if there is none.
+    std::int32_t ServerNumber(std::string const& name) const; ///< -1 if there is none.
+    /// A host's consumer key and scopes in place of the configuration's; empty texts leave those.
+    void UseClient(std::string const& clientId, std::string const& scopes);
+    /// "issuer", "authorization", "token", "userinfo", "jwks", "revocation", "end_session",
+    /// "device_authorization", "account"; empty for any other and while the network is away.
+    std::string Url(std::string const& name);
+    std::map<std::string, std::string> UrlOverrides(std::int32_t server) const;
+    /// False for a server that there is not, for a name that is not known or is "token", "jwks" or
+    /// "issuer", and for an address that is not https.
+    bool SetUrlOverrides(std::int32_t server, std::map<std::string, std::string> const& urls);
+    bool ClearUrlOverrides(std::int32_t server);
+
+    // Signing in.
+    bool LoginInBrowser(std::string const& loginHint);
+    /// The authorization address, with the listener open for FinishLogin. One login at a time.
+    std::optional<std::string> BeginLogin(std::string const& loginHint);
+    bool FinishLogin();
+    /// Ends one that is in progress, and waits for nothing.
+    void CancelLogin();
+    bool IsLoginInProgress() const;
+    /// From the store, with a refresh if there is no token that is still good; never a browser.
+    bool RestoreLogin();
+
+    // Signing out.
+    /// The provider's address for it; empty if nobody is signed in or it has none.
+    std::string EndSessionAddress();
+    /// Revokes at best effort, wipes the store. False if nobody was signed in.
+    bool Logout();
+
+    // The user.
+    /// Looks at the store, too, since another process may have signed in or out.
+    bool IsLoggedIn();
+    Json::Value Claims();           ///< Null if nobody is signed in.
+    std::int64_t LoginExpiryDate(); ///< 0: the provider does not tell.
+    Json::Value State();            ///< For GetSessionState: no secret.
+
+    // Tokens.
+    bool OAuth2Enabled() const;
+    void EnableOAuth2(bool enable);
+    TokenSpec DefaultSpec() const;
+    void SetDefaultSpec(TokenSpec const& spec);
+    /// From memory, else the store, else by a refresh. Empty text: not to be had.
+    TokenView AccessToken(TokenSpec const& spec);
+    /// By a refresh in any case, but for one that another thread or process has just made.
+    bool RefreshToken(TokenSpec const& spec);
+    /// As it lies there: no network.
+    TokenView StoredToken(TokenSpec const& spec);
+
+    // The store.
+    std::filesystem::path StoreFolder() const;
+    std::filesystem::path StoreFile() const; ///< Of the chosen server's login.
+    void LockStore();
+    void UnlockStore();
+    /// Forgets what is in memory.
+    void ForgetMemory();
+
+    // Proxies.
+    void SetProxyCredential(ProxyCredential credential);
+    std::optional<ProxyCredential> FindProxyCredential(std::string const& host, int port) const;
+    bool HasProxyCredentials() const;
+    void ClearProxyCredentials();
+
+    EventQueue& Events() { return events; }
+    LogFile& Log() { return *log; }
+
+private:
+    struct Hidden;
+    std::unique_ptr<Hidden> const hidden;
+    std::shared_ptr<LogFile> const log;
+    EventQueue events;
+};
+
+} // namespace Halvorix::OpenId

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <json/value.h>
+
+#include "openid/platform/Files.h"
+#include "openid/protocol/Outcome.h"
+#include "openid/protocol/Provider.h"
+
+namespace Halvorix::OpenId {
+
+/// An access token as it is kept.
+struct StoredToken {
+    std::string type;  ///< Number of the OAuth2TokenType, as text.
+    std::string scope; ///< In normal form, case kept; as asked for.
+    Secret text;
+    std::int64_t receivedAt = 0; ///< Seconds since 1970 by the wall clock.
+    std::int64_t lifetime = 0;   ///< Seconds; 0: not told.
+};
+
+/// The login of one user at one issuer with one client.
+struct StoredLogin {
+    std::string issuer, clientId, subject;
+    Secret refreshToken, idToken;
+    std::string scopes; ///< Granted with the refresh token.
+    Json::Value claims; ///< Verified id_token's, then userinfo's.
+    std::int64_t signedInAt = 0;
+    std::vector<StoredToken> tokens;
+};
+
+/// What the processes of one user share: for each issuer and client the login, in one protected
+/// file each, with a lock beside it. Any thread.
+class TokenStore {
+public:
+    explicit TokenStore(std::filesystem::path folder);
+
+    std::filesystem::path const& Folder() const { return folder; }
+    /// Where the login of this issuer and client lies; told to hosts.
+    std::filesystem::path FileOf(std::string const& issuer, std::string const& clientId) const;
+
+    /// No value if nobody is signed in. A damaged, foreign or newer file is set aside (never
+    /// deleted), counts as signed out, and is told as a failure once. A copy that was read is
+    /// used again while the file's time, size and identity are the same.
+    Outcome<std::optional<StoredLogin>> Read(std::string const& issuer,
+                                             std::string const& clientId);
+    /// Replaces the login; under the lock.
+    Outcome<bool> Write(StoredLogin const& login);
+    /// Removes the login's file, overwritten first; under the lock.
+    Outcome<bool> Remove(std::string const& issuer, std::string const& clientId);
+
+    /// Held for as long as it lives.
+    class Lock {
+    public:
+        virtual ~Lock() = default;
+    };
+    /// Keeps other processes and the other threads of this one out of a login. Goes through at
+    /// once, as far as processes are concerned, while this process holds the login for a host.
+    Outcome<std::unique_ptr<Lock>> Acquire(std::string const& issuer, std::string const& clientId,
+                                           std::chrono::milliseconds limit);
+    /// The same for a host that locks and unlocks by two calls, from any thread, counted.
+    Outcome<bool> HoldForHost(std::string const& issuer, std::string const& clientId,
+                              std::chrono::milliseconds limit);
+    /// Nothing if it is not held.
+    void ReleaseForHost(std::string const& issuer, std::string const& clientId);
+
+private:
+    std::filesystem::path const folder;
+    struct State;
+    std::shared_ptr<State> const state; ///< What was read, and the locks that are held.
+};
+
+} // namespace Halvorix::OpenId
