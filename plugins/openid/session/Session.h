@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -11,6 +12,7 @@
 
 #include <json/value.h>
 
+#include "openid/platform/System.h"
 #include "openid/protocol/Authorization.h"
 #include "openid/protocol/Listener.h"
 #include "openid/protocol/Provider.h"
@@ -34,13 +36,20 @@ struct TokenView {
     bool usable = false;         ///< There, and good for another 60 s.
 };
 
+/// What a session asks of the world. Tests put others in their place.
+struct Outside {
+    Provider::Send send = SendHttp;
+    std::function<bool(std::string const& url, std::string& reason)> openBrowser = OpenInBrowser;
+};
+
 /// What the interfaces share: the login at the chosen server, its tokens and the providers. Any
 /// thread, several at once; no lock is held while the network is asked, but for that of the store
 /// around a refresh. Whatever fails is logged here, with its cause and remedy.
 class Session {
 public:
     /// @param configuration or why there is none: then nobody can sign in
-    Session(Outcome<PluginConfiguration> configuration, std::shared_ptr<LogFile> log);
+    Session(Outcome<PluginConfiguration> configuration, std::shared_ptr<LogFile> log,
+            Outside outside = {});
     ~Session();
 
     // Servers. The number is that of the public enumeration: 0 for the first in the configuration's
