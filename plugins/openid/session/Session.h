@@ -60,6 +60,8 @@ public:
     std::int32_t ServerNumber(std::string const& name) const; ///< -1 if there is none.
     /// A host's consumer key and scopes in place of the configuration's; empty texts leave those.
     void UseClient(std::string const& clientId, std::string const& scopes);
+    /// What the chosen server is asked with, UseClient regarded; empty texts if there is none.
+    ServerConfiguration ChosenServer() const;
     /// "issuer", "authorization", "token", "userinfo", "jwks", "revocation", "end_session",
     /// "device_authorization", "account"; empty for any other and while the network is away.
     std::string Url(std::string const& name);
@@ -107,7 +109,7 @@ public:
 
     // The store.
     std::filesystem::path StoreFolder() const;
-    std::filesystem::path StoreFile() const; ///< Of the chosen server's login.
+    std::filesystem::path StoreFile(std::int32_t server) const; ///< Empty if there is none.
     void LockStore();
     void UnlockStore();
     /// Forgets what is in memory.
