@@ -23,11 +23,12 @@ struct FileContent {
     enum class State {
         Read,
         Missing,
-        Refused, ///< Not regular, another user's, readable for others, too large, an error.
+        Refused, ///< Not regular, another user's, readable for others, too large.
+        Failed,  ///< An error that may be gone the next time: no more handles, a busy file.
     };
     State state = State::Missing;
     std::string bytes;
-    std::string reason; ///< Why it was refused, without the file's name.
+    std::string reason; ///< Why it was refused or failed, without the file's name.
 };
 
 /// Reads an administrator's file: any owner, any mode.

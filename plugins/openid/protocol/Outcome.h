@@ -21,6 +21,7 @@ struct Failure {
     std::string reason;
     std::string remedy;
     std::string code; ///< The provider's `error`, if it gave one.
+    int status = 0;   ///< Of the provider's answer; 0 without one.
 };
 
 /// A value or the failure in its place.

@@ -56,7 +56,8 @@ struct DeviceAuthorization {
 class Provider {
 public:
     /// How requests are sent: SendHttp, with the host's proxy credentials.
-    using Send = std::function<HttpResponse(HttpRequest)>;
+    /// By reference, so that no copy of a body with secrets stays behind.
+    using Send = std::function<HttpResponse(HttpRequest const&)>;
 
     Provider(Client client, Send send);
 
