@@ -43,7 +43,7 @@ bool ReplacePrivateFile(std::filesystem::path const& file, std::string const& by
 /// Adds to the end of a file (0600), whole even if other processes add too. False if it cannot.
 bool AppendPrivateFile(std::filesystem::path const& file, std::string const& bytes);
 /// Renames over whatever is there.
-bool MoveFile(std::filesystem::path const& from, std::filesystem::path const& to);
+bool RenameFile(std::filesystem::path const& from, std::filesystem::path const& to);
 
 /// A lock that processes share, held for as long as the object lives. It ends with its process,
 /// so that a dead one leaves none. Not for the threads of one process among themselves.

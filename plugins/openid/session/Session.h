@@ -33,13 +33,16 @@ struct TokenSpec {
 struct TokenView {
     Secret text;                 ///< Empty: none was got for this spec.
     std::int64_t expiryDate = 0; ///< Seconds since 1970, 0 for none or not told.
-    bool usable = false;         ///< There, and good for another 60 s.
+    /// There, and good for another 60 s, or for the second half of a life under two minutes.
+    bool usable = false;
 };
 
 /// What a session asks of the world. Tests put others in their place.
 struct Outside {
     Provider::Send send = SendHttp;
     std::function<bool(std::string const& url, std::string& reason)> openBrowser = OpenInBrowser;
+    std::function<std::int64_t()> wallClock = WallClock;
+    std::function<std::chrono::milliseconds()> sinceBoot = SinceBoot;
 };
 
 /// What the interfaces share: the login at the chosen server, its tokens and the providers. Any
@@ -52,9 +55,9 @@ public:
             Outside outside = {});
     ~Session();
 
-    // Servers. The number is that of the public enumeration: 0 for the first in the configuration's
-    // alphabetical order, and so on.
-    std::int32_t Server() const;
+    // Servers. The number is that of the public enumeration, which has no names of its own:
+    // "production" is 0 if there is such a one, the others follow in alphabetical order.
+    std::int32_t Server() const;                       ///< -1 if there is none.
     bool SelectServer(std::int32_t number);            ///< Ends no login: each server has its own.
     std::string ServerName(std::int32_t number) const; ///< Empty if there is none.
     std::int32_t ServerNumber(std::string const& name) const; ///< -1 if there is none.
