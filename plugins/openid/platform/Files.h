@@ -33,9 +33,11 @@ struct FileContent {
 
 /// Reads an administrator's file: any owner, any mode.
 FileContent ReadFile(std::filesystem::path const& file, std::size_t limit);
-/// Reads a file of this user alone: on Linux it must be his and closed to others.
+/// Reads a file of this user alone: on Linux it must be his, closed to others and no symbolic
+/// link; on Windows it is its content that is protected.
 FileContent ReadPrivateFile(std::filesystem::path const& file, std::size_t limit);
-/// Makes the folder with those above it, for this user alone (0700), or sees that it is so.
+/// Makes the folder with those above it, for this user alone (0700). One that is there is closed
+/// to others on Linux; another user's, or a symbolic link, is refused.
 bool PreparePrivateFolder(std::filesystem::path const& folder, std::string& reason);
 /// Replaces a file whole (0600): a process killed at any moment leaves the old or the new one.
 bool ReplacePrivateFile(std::filesystem::path const& file, std::string const& bytes,
