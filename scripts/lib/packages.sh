@@ -11,6 +11,7 @@ packages_native=(
     libboost1.81-dev libboost-filesystem1.81-dev libboost-locale1.81-dev
     libjsoncpp-dev libssl-dev
     libcurl4-openssl-dev # the open plugin's requests
+    python3-cryptography ca-certificates # the providers of its tests
     libgtest-dev libgmock-dev # with their sources, in /usr/src/googletest
     libbenchmark-dev
     locales # what the tests of other locales are made from
