@@ -27,7 +27,7 @@ private:
     std::shared_ptr<LogFile> const log;
     std::shared_ptr<Session> const session;
     std::shared_ptr<ISSOLogManager> const logManager = MakeLogManager(log);
-    std::shared_ptr<ISSOClientModule> const module = MakeClientModule();
+    std::shared_ptr<ISSOClientModule> const module = MakeClientModule(session);
     std::shared_ptr<ISSOClient> const client = MakeClient(session);
     std::shared_ptr<ISSOClientUI> const ui = MakeClientUI(session);
     std::shared_ptr<ISSOClientPrivate> const trusted = MakeClientPrivate(session);
