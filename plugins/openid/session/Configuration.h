@@ -26,6 +26,9 @@ struct PluginConfiguration {
     std::vector<std::string> remarks; ///< Unknown keys, a line each.
 };
 
+/// The store of a configuration that names none, or that cannot be read.
+std::filesystem::path DefaultStore();
+
 /// Reads the file beside the plugin. A wrong type, an issuer that is not secure, a missing key: one
 /// line with file, key and remedy.
 Outcome<PluginConfiguration> ReadConfiguration(std::filesystem::path const& file);
