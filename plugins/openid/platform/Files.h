@@ -39,13 +39,20 @@ FileContent ReadPrivateFile(std::filesystem::path const& file, std::size_t limit
 /// Makes the folder with those above it, for this user alone (0700). One that is there is closed
 /// to others on Linux; another user's, or a symbolic link, is refused.
 bool PreparePrivateFolder(std::filesystem::path const& folder, std::string& reason);
-/// Replaces a file whole (0600): a process killed at any moment leaves the old or the new one.
+/// Replaces a file whole (0600): a process killed at any moment leaves the old or the new one. What
+/// it leaves beside it, FILE.new, the next one takes for its own.
 bool ReplacePrivateFile(std::filesystem::path const& file, std::string const& bytes,
                         std::string& reason);
 /// Adds to the end of a file (0600), whole even if other processes add too. False if it cannot.
 bool AppendPrivateFile(std::filesystem::path const& file, std::string const& bytes);
+/// Overwrites a file and removes it, with what a killed replacement left beside it. True if there
+/// is none afterwards. Whoever reads meanwhile finds the whole file or none.
+bool RemovePrivateFile(std::filesystem::path const& file);
 /// Renames over whatever is there.
 bool RenameFile(std::filesystem::path const& from, std::filesystem::path const& to);
+/// Identity, size and times of a file as text, to be compared: another one after each change.
+/// Empty if there is none.
+std::string FileStamp(std::filesystem::path const& file);
 
 /// A lock that processes share, held for as long as the object lives. It ends with its process,
 /// so that a dead one leaves none. Not for the threads of one process among themselves.
