@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "openid/platform/Http.h"
+
+/// @file
+/// What the ways to send a request have in common.
+
+namespace Halvorix::OpenId {
+
+/// The client's name, as a server's log shows it.
+constexpr char const* UserAgent = "HxSSOOpenID";
+constexpr char const* NotSecureAddress =
+    "the address is neither https nor http at this machine, or has a user's name in it";
+/// Of all headers of an answer together.
+constexpr std::size_t MaxHeaderBytes = 64 * 1024;
+
+/// A failure in place of an answer: nothing is left of what came before it.
+void Fail(HttpResponse& response, HttpFailure failure, std::string reason);
+
+/// Why a request is not sent at all; empty if nothing speaks against it. Its address is looked at
+/// by whoever sends it.
+std::string WhyNotSent(HttpRequest const& request);
+
+/// "Name: value", as it goes over the line.
+std::string HeaderLine(std::pair<std::string, std::string> const& header);
+
+/// Takes up a line of the answer's head; the one with the status begins anew.
+void AddHeaderLine(HttpResponse& response, std::string_view line);
+
+/// Judges a whole answer: one that ended before the length that it gave, or a proxy's question.
+void CheckWhole(HttpResponse& response);
+
+/// The credentials for a proxy; null if there are none. The port 0 is an unknown one.
+ProxyCredential const* CredentialFor(HttpRequest const& request, std::string const& host, int port);
+
+} // namespace Halvorix::OpenId
