@@ -1,16 +1,17 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
-#include <cstdint>
 #include <functional>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include <json/value.h>
 
 #include "openid/platform/Http.h"
+#include "openid/protocol/Answers.h"
 #include "openid/protocol/IdToken.h"
+#include "openid/protocol/Learnt.h"
 #include "openid/protocol/Outcome.h"
 #include "openid/protocol/Texts.h"
 #include "support/SecretText.h"
@@ -77,24 +78,25 @@ public:
     /// a minute for an unknown key id.
     Outcome<Json::Value> Verify(std::string const& idToken, std::string const& nonce,
                                 std::string const& subject, std::string const& accessToken);
-    /// The claims about the user; those of another subject are refused.
+    /// The claims about the user; those of another subject are refused. An empty object if the
+    /// provider tells none.
     Outcome<Json::Value> UserInfo(std::string const& accessToken, std::string const& subject);
     /// At best effort.
     Outcome<bool> Revoke(std::string const& token, std::string const& tokenTypeHint);
 
 private:
-    Outcome<Json::Value> AskJson(HttpRequest request, std::string const& what);
+    HttpResponse AskAnything(HttpRequest& request, Question const& question);
+    HttpResponse Post(Parameters const& parameters, Question const& question,
+                      std::atomic<bool> const* cancelled);
+    Outcome<Json::Value> AskJson(HttpRequest& request, Question const& question);
     Outcome<TokenAnswer> AskTokens(Parameters parameters, std::string const& scope,
                                    std::atomic<bool> const* cancelled);
-    Outcome<std::vector<SigningKey>> Keys(bool renew);
+    Outcome<std::vector<SigningKey>> AskKeys();
 
     Client const client;
     Send const send;
-    std::mutex mutex; ///< Of what follows.
-    std::optional<Metadata> metadata;
-    std::chrono::milliseconds metadataAt{0};
-    std::vector<SigningKey> keys;
-    std::optional<std::chrono::milliseconds> keysAskedAt;
+    Learnt<Metadata> metadata;
+    Learnt<std::vector<SigningKey>> keys;
 };
 
 } // namespace Halvorix::OpenId

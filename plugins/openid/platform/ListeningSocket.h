@@ -1,0 +1,11 @@
+#pragma once
+
+#include <cstdint>
+
+namespace Halvorix::OpenId {
+
+/// A TCP socket of IPv4, not bound yet, that no child process inherits. No other program can take
+/// over its port; one on which connections ended a moment ago is free. -1 if there is none.
+std::intptr_t NewListeningSocket();
+
+} // namespace Halvorix::OpenId

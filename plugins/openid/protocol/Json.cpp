@@ -1,0 +1,89 @@
+#include "openid/protocol/Texts.h"
+
+#include <exception>
+#include <memory>
+
+#include <json/reader.h>
+
+#include "support/SecretText.h"
+
+namespace Halvorix::OpenId {
+
+namespace {
+
+/// What jsoncpp says on several lines, on one.
+std::string WithoutMarks(std::string text)
+{
+    constexpr std::string_view mark = "* ";
+    if (text.compare(0, mark.size(), mark) == 0)
+        text.erase(0, mark.size());
+    return OneLine(text);
+}
+
+Json::CharReaderBuilder StrictBuilder()
+{
+    Json::CharReaderBuilder builder;
+    Json::CharReaderBuilder::strictMode(&builder.settings_);
+    builder["stackLimit"] = 32;
+    builder["rejectDupKeys"] = true;
+    builder["failIfExtra"] = true;
+    return builder;
+}
+
+} // namespace
+
+Json::Value ParseJsonObject(std::string_view text, std::string& reason)
+{
+    static auto const& builder = *new Json::CharReaderBuilder(StrictBuilder());
+    Json::Value json;
+    try {
+        // jsoncpp would hand on whatever bytes stand in a text.
+        if (!IsUtf8(text)) {
+            reason = "is not UTF-8";
+            return Json::Value();
+        }
+        std::unique_ptr<Json::CharReader> const reader(builder.newCharReader());
+        std::string errors;
+        if (!reader->parse(text.data(), text.data() + text.size(), &json, &errors)) {
+            reason = "is not valid JSON: " + WithoutMarks(errors);
+            WipeJson(json);
+            return Json::Value();
+        }
+    } catch (std::exception const& error) {
+        // Nested too deeply, among others.
+        reason = "is not valid JSON: " + WithoutMarks(error.what());
+        WipeJson(json);
+        return Json::Value();
+    }
+    if (!json.isObject()) {
+        reason = "is not a JSON object";
+        WipeJson(json);
+        return Json::Value();
+    }
+    return json;
+}
+
+std::string TextMember(Json::Value const& object, char const* key)
+{
+    if (!object.isObject())
+        return {};
+    Json::Value const& member = object[key];
+    return member.isString() ? member.asString() : std::string();
+}
+
+void WipeJson(Json::Value& json)
+{
+    if (json.isArray() || json.isObject()) {
+        for (Json::Value& member : json)
+            WipeJson(member);
+    } else if (json.isString()) {
+        char const* begin = nullptr;
+        char const* end = nullptr;
+        // The memory is the value's own: jsoncpp copies what it parses and what it is given.
+        if (json.getString(&begin, &end) && begin)
+            SSOServices::Wipe(const_cast<char*>(begin), static_cast<std::size_t>(end - begin));
+    }
+    json = Json::Value();
+}
+
+} // namespace Halvorix::OpenId

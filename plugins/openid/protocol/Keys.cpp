@@ -1,0 +1,104 @@
+#include "openid/protocol/IdToken.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <optional>
+
+#include "openid/protocol/SignatureAlgorithm.h"
+#include "openid/protocol/Texts.h"
+
+namespace Halvorix::OpenId {
+
+namespace {
+
+/// A provider has a handful; one that sends thousands shall not keep us busy.
+constexpr Json::ArrayIndex MostKeys = 100;
+
+struct Curve {
+    char const* name;
+    int bits;
+    std::size_t bytes; ///< Of a coordinate.
+};
+
+constexpr Curve Curves[] = {{"P-256", 256, 32}, {"P-384", 384, 48}, {"P-521", 521, 66}};
+
+/// Whether a key without this member, or with one that says so, verifies signatures.
+bool IsForSignatures(Json::Value const& jwk)
+{
+    if (jwk.isMember("use") && TextMember(jwk, "use") != "sig")
+        return false;
+    if (!jwk.isMember("key_ops"))
+        return true;
+    Json::Value const& operations = jwk["key_ops"];
+    return operations.isArray() &&
+           std::any_of(operations.begin(), operations.end(),
+                       [](Json::Value const& one) { return one == Json::Value("verify"); });
+}
+
+/// A number of RSA without zeros at its head; empty if it is missing or damaged.
+std::string Number(Json::Value const& jwk, char const* key)
+{
+    std::string const bytes = FromBase64Url(TextMember(jwk, key)).value_or("");
+    std::size_t const first = bytes.find_first_not_of('\0');
+    return first == std::string::npos ? std::string() : bytes.substr(first);
+}
+
+std::optional<PublicKey> ReadRsa(Json::Value const& jwk)
+{
+    PublicKey key;
+    key.kind = PublicKey::Kind::Rsa;
+    key.modulus = Number(jwk, "n");
+    key.exponent = Number(jwk, "e");
+    if (key.modulus.empty() || key.exponent.empty())
+        return std::nullopt;
+    return key;
+}
+
+std::optional<PublicKey> ReadEllipticCurve(Json::Value const& jwk)
+{
+    std::string const name = TextMember(jwk, "crv");
+    auto const curve = std::find_if(std::begin(Curves), std::end(Curves),
+                                    [&](Curve const& one) { return one.name == name; });
+    if (curve == std::end(Curves))
+        return std::nullopt;
+    PublicKey key;
+    key.kind = PublicKey::Kind::EllipticCurve;
+    key.curve = curve->bits;
+    key.x = FromBase64Url(TextMember(jwk, "x")).value_or("");
+    key.y = FromBase64Url(TextMember(jwk, "y")).value_or("");
+    if (key.x.size() != curve->bytes || key.y.size() != curve->bytes)
+        return std::nullopt;
+    return key;
+}
+
+std::optional<SigningKey> ReadKey(Json::Value const& jwk)
+{
+    if (!jwk.isObject() || !IsForSignatures(jwk))
+        return std::nullopt;
+    for (char const* const key : {"kid", "alg"})
+        if (jwk.isMember(key) && !jwk[key].isString())
+            return std::nullopt;
+    std::string const type = TextMember(jwk, "kty");
+    auto const key = type == "RSA"  ? ReadRsa(jwk)
+                     : type == "EC" ? ReadEllipticCurve(jwk)
+                                    : std::nullopt;
+    if (!key)
+        return std::nullopt;
+    return SigningKey{TextMember(jwk, "kid"), TextMember(jwk, "alg"), *key};
+}
+
+} // namespace
+
+std::vector<SigningKey> ReadKeys(Json::Value const& keySet)
+{
+    std::vector<SigningKey> keys;
+    if (!keySet.isObject() || !keySet["keys"].isArray())
+        return keys;
+    Json::Value const& list = keySet["keys"];
+    for (Json::ArrayIndex i = 0; i < std::min(list.size(), MostKeys); ++i)
+        if (auto key = ReadKey(list[i]))
+            keys.push_back(std::move(*key));
+    return keys;
+}
+
+} // namespace Halvorix::OpenId

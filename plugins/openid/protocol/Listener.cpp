@@ -1,0 +1,227 @@
+#include "openid/protocol/Listener.h"
+
+#include <algorithm>
+#include <array>
+#include <list>
+#include <optional>
+
+#include <boost/asio/executor_work_guard.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/write.hpp>
+
+#include "openid/platform/ListeningSocket.h"
+#include "openid/protocol/CallbackRequest.h"
+#include "support/SecretText.h"
+
+namespace Halvorix::OpenId {
+
+namespace {
+
+namespace asio = boost::asio;
+using asio::ip::tcp;
+using Clock = std::chrono::steady_clock;
+using Error = boost::system::error_code;
+
+constexpr std::chrono::seconds SlowestRequest{5};
+constexpr std::chrono::milliseconds SlowestFarewell{1000};
+constexpr std::chrono::milliseconds Tick{100};
+/// More at once come from nobody who wants to sign in; the oldest goes for a new one.
+constexpr std::size_t MostConnections = 64;
+
+struct Connection {
+    explicit Connection(tcp::socket peer) : socket(std::move(peer)) {}
+    ~Connection()
+    {
+        // The code is still in there.
+        SSOServices::Wipe(head);
+        SSOServices::Wipe(chunk.data(), chunk.size());
+    }
+
+    tcp::socket socket;
+    std::string head, answer;
+    std::array<char, 4096> chunk;
+    Clock::time_point deadline = Clock::now() + SlowestRequest;
+};
+
+Failure LocalFailure(std::string reason, std::string remedy)
+{
+    Failure failure;
+    failure.kind = Failure::Kind::Local;
+    failure.reason = std::move(reason);
+    failure.remedy = std::move(remedy);
+    return failure;
+}
+
+class LoopbackListener : public Listener {
+public:
+    /// @param port 0 for one of the system's choice
+    Error OpenAt(int port)
+    {
+        Error error;
+        auto const handle = NewListeningSocket();
+        if (handle < 0)
+            return asio::error::no_descriptors;
+        acceptor.assign(tcp::v4(), static_cast<tcp::acceptor::native_handle_type>(handle), error);
+        if (!error)
+            acceptor.bind({asio::ip::address_v4::loopback(), static_cast<unsigned short>(port)},
+                          error);
+        if (!error)
+            acceptor.listen(asio::socket_base::max_listen_connections, error);
+        if (!error)
+            expected.host = "127.0.0.1:" + std::to_string(acceptor.local_endpoint(error).port());
+        redirectUri = "http://" + expected.host + CallbackPath;
+        if (error) {
+            Error ignored;
+            acceptor.close(ignored);
+        }
+        return error;
+    }
+
+    std::string const& RedirectUri() const override { return redirectUri; }
+
+    Outcome<Parameters> Wait(std::string const& state, std::chrono::milliseconds limit,
+                             std::atomic<bool> const* cancelled) override
+    {
+        expected.state = state;
+        auto const isCancelled = [cancelled] { return cancelled && *cancelled; };
+        RunUntil(Clock::now() + limit, [&] { return response || isCancelled(); });
+        Error ignored;
+        acceptor.close(ignored);
+        // So that the browser has its page; a second tab may wait for one, too.
+        if (response)
+            RunUntil(Clock::now() + SlowestFarewell,
+                     [&] { return connections.empty() || isCancelled(); });
+        connections.clear();
+        if (response)
+            return *std::move(response);
+        Failure failure;
+        failure.kind = Failure::Kind::Cancelled;
+        failure.reason =
+            isCancelled() ? "the host ended the sign-in" : "the browser did not come back in time";
+        failure.remedy = "sign in again";
+        return failure;
+    }
+
+private:
+    using Shared = std::shared_ptr<Connection>;
+
+    template <class IsDone>
+    void RunUntil(Clock::time_point end, IsDone isDone)
+    {
+        // No timers: on Windows they would bring a thread.
+        for (auto now = Clock::now(); !isDone() && now < end; now = Clock::now()) {
+            if (!isAccepting && acceptor.is_open())
+                Accept();
+            io.run_one_until(std::min(now + Tick, end));
+            DropSlow(Clock::now());
+        }
+    }
+
+    void Accept()
+    {
+        isAccepting = true;
+        acceptor.async_accept([this](Error error, tcp::socket socket) {
+            isAccepting = false;
+            if (error)
+                return; // too many open files, say: again with the next turn
+            if (connections.size() >= MostConnections)
+                Drop(connections.front());
+            connections.push_back(std::make_shared<Connection>(std::move(socket)));
+            Read(connections.back());
+            Accept();
+        });
+    }
+
+    void Read(Shared const& connection)
+    {
+        connection->socket.async_read_some(
+            asio::buffer(connection->chunk), [this, connection](Error error, std::size_t size) {
+                if (error)
+                    return Drop(connection);
+                connection->head.append(connection->chunk.data(), size);
+                std::size_t const end = connection->head.find("\r\n\r\n");
+                if (end != std::string::npos)
+                    Answer(connection, end + 4);
+                else if (connection->head.size() > LargestRequest)
+                    Answer(connection, connection->head.size());
+                else
+                    Read(connection);
+            });
+    }
+
+    void Answer(Shared const& connection, std::size_t size)
+    {
+        CallbackAnswer answer =
+            ReadCallback(std::string_view(connection->head).substr(0, size), expected);
+        if (answer.response && !response)
+            response = std::move(answer.response);
+        connection->answer = WriteAnswer(answer);
+        asio::async_write(connection->socket, asio::buffer(connection->answer),
+                          [this, connection](Error error, std::size_t) {
+                              Error failed;
+                              connection->socket.shutdown(tcp::socket::shutdown_send, failed);
+                              if (error || failed)
+                                  return Drop(connection);
+                              ReadRest(connection);
+                          });
+    }
+
+    /// Until the browser closes: what it sent and nobody read would take the page from it.
+    void ReadRest(Shared const& connection)
+    {
+        connection->deadline = std::min(connection->deadline, Clock::now() + SlowestFarewell);
+        connection->socket.async_read_some(asio::buffer(connection->chunk),
+                                           [this, connection](Error error, std::size_t) {
+                                               if (error)
+                                                   return Drop(connection);
+                                               ReadRest(connection);
+                                           });
+    }
+
+    void Drop(Shared connection)
+    {
+        Error ignored;
+        connection->socket.close(ignored);
+        connections.remove(connection);
+    }
+
+    void DropSlow(Clock::time_point now)
+    {
+        auto const slow = [now](Shared const& one) { return one->deadline <= now; };
+        for (auto found = std::find_if(connections.begin(), connections.end(), slow);
+             found != connections.end();
+             found = std::find_if(connections.begin(), connections.end(), slow))
+            Drop(*found);
+    }
+
+    asio::io_context io{1};
+    asio::executor_work_guard<asio::io_context::executor_type> const work = make_work_guard(io);
+    tcp::acceptor acceptor{io};
+    bool isAccepting = false;
+    std::list<Shared> connections;
+    ExpectedCallback expected;
+    std::string redirectUri;
+    std::optional<Parameters> response;
+};
+
+} // namespace
+
+Outcome<std::unique_ptr<Listener>> Listener::Open(std::vector<int> const& ports)
+{
+    std::string tried;
+    for (int const port : ports.empty() ? std::vector<int>{0} : ports) {
+        auto listener = std::make_unique<LoopbackListener>();
+        Error const error = listener->OpenAt(port);
+        if (!error)
+            return std::unique_ptr<Listener>(std::move(listener));
+        tried += (tried.empty() ? "" : ", ") + std::to_string(port) + " (" +
+                 OneLine(error.message()) + ')';
+    }
+    return LocalFailure("no port of 127.0.0.1 is free for the browser's answer: " + tried,
+                        ports.empty()
+                            ? "end programs that have many connections open"
+                            : "end the program that uses the port, or add one to redirectPorts");
+}
+
+} // namespace Halvorix::OpenId
