@@ -4,6 +4,7 @@
 
 packages_native=(
     ccache g++ cmake ninja-build pkg-config python3
+    python3-cryptography ca-certificates # the open plugin's provider that misbehaves
     python3-jsonschema # holds samples and the tools' reports to their schemas
     dpkg-dev debhelper lintian fakeroot # Debian's packages
     clang clang-format clang-tidy
@@ -11,13 +12,13 @@ packages_native=(
     libboost1.81-dev libboost-filesystem1.81-dev libboost-locale1.81-dev
     libjsoncpp-dev libssl-dev
     libcurl4-openssl-dev # the open plugin's requests
-    python3-cryptography ca-certificates # the providers of its tests
     libgtest-dev libgmock-dev # with their sources, in /usr/src/googletest
     libbenchmark-dev
     locales # what the tests of other locales are made from
 )
 packages_any_windows=(
     ccache g++ cmake ninja-build libgtest-dev libgmock-dev
+    python3-cryptography ca-certificates
     lld                    # links the test programs
     dpkg-dev               # unpacks Debian's source packages
     libboost1.81-tools-dev # b2; the source package lacks a part of its own

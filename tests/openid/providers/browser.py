@@ -117,10 +117,11 @@ class Browser:
 
     def _pass_glewlwyd(self, at):
         """Its page is a program in JavaScript; what that asks of the server, asked here. The
-        address to go on with, or None if this is another page."""
+        address to go on with, or None if this is another page or its last one."""
         address = urllib.parse.urlsplit(at)
         query = dict(urllib.parse.parse_qsl(address.query))
-        if not re.search(r"/login\.html$", address.path) or "callback_url" not in query:
+        if not re.search(r"/login\.html$", address.path) or \
+                not {"client_id", "scope", "callback_url"} <= set(query):
             return None
         api = f"{address.scheme}://{address.netloc}/api"
         def put(path, content, method):
@@ -129,8 +130,7 @@ class Browser:
             if status >= 400:
                 raise RuntimeError(f"{method} {path} gave {status}: {text}")
         put("/auth/", {"username": self.user, "password": self.password}, "POST")
-        if "client_id" in query and "scope" in query:
-            put(f"/auth/grant/{query['client_id']}", {"scope": query["scope"]}, "PUT")
+        put(f"/auth/grant/{query['client_id']}", {"scope": query["scope"]}, "PUT")
         back = query["callback_url"]
         return back + ("&" if "?" in back else "?") + "g_continue"
 

@@ -61,6 +61,11 @@ class SigningKey:
         return self._key.public_key().public_bytes(
             serialization.Encoding.PEM, serialization.PublicFormat.SubjectPublicKeyInfo)
 
+    def private_pem(self):
+        return self._key.private_bytes(
+            serialization.Encoding.PEM, serialization.PrivateFormat.PKCS8,
+            serialization.NoEncryption())
+
     def _signature(self, data):
         family, bits = self.algorithm[:2], self.algorithm[2:]
         digest = HASHES[bits]()
