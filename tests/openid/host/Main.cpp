@@ -1,0 +1,164 @@
+// A host that does what it is told: a command on each line of its standard input, a line of JSON
+// with the answer for each. For the tests of the open plugin, which know nothing else of it.
+//
+// Beside the library's operations there are:
+//   begin COMMAND   starts a command on a thread of its own
+//   await           the answer of the oldest that was started
+//   leave           ends the process at once, whatever is under way
+//
+// With an address as its only argument it is a browser without a window: it adds the address to
+// the file that OPENID_HOST_ADDRESSES names.
+
+#include <cstdlib>
+#include <deque>
+#include <exception>
+#include <fstream>
+#include <future>
+#include <iostream>
+#include <memory>
+#include <thread>
+
+#include <boost/locale/encoding_utf.hpp>
+#include <json/writer.h>
+
+#include "openid/host/Commands.h"
+
+std::string Arguments::Word()
+{
+    std::size_t const end = line.find(' ');
+    std::string word = line.substr(0, end);
+    line.erase(0, end == std::string::npos ? end : end + 1);
+    return word;
+}
+
+int Arguments::Number() { return std::atoi(Word().c_str()); }
+
+std::string Arguments::Rest()
+{
+    std::string rest;
+    rest.swap(line);
+    return rest;
+}
+
+std::wstring Arguments::WideRest() { return Wide(Rest()); }
+
+std::string Utf8(std::wstring const& text) { return boost::locale::conv::utf_to_utf<char>(text); }
+
+std::wstring Wide(std::string const& text)
+{
+    return boost::locale::conv::utf_to_utf<wchar_t>(text);
+}
+
+Json::Value Taken(wchar_t* text)
+{
+    std::unique_ptr<wchar_t[]> const owned(text);
+    return owned == nullptr ? Json::Value() : Json::Value(Utf8(owned.get()));
+}
+
+namespace {
+
+class Host {
+public:
+    Host()
+    {
+        AddManager(commands);
+        AddLogin(commands);
+        AddTokens(commands);
+        AddUI(commands);
+        AddPrivate(commands);
+        AddServer(commands);
+    }
+
+    Json::Value Answer(std::string const& line)
+    {
+        Arguments arguments(line);
+        std::string const name = arguments.Word();
+        if (name == "begin")
+            return Begin(arguments.Rest());
+        if (name == "await")
+            return Await();
+        if (name == "commands")
+            return Names();
+        return Run(name, arguments);
+    }
+
+private:
+    Json::Value Run(std::string const& name, Arguments& arguments) const
+    {
+        Json::Value answer;
+        auto const command = commands.find(name);
+        try {
+            if (command == commands.end())
+                answer["unknown"] = name;
+            else
+                answer["answer"] = command->second(arguments);
+        } catch (std::exception const& exception) {
+            answer["exception"] = exception.what();
+        }
+        return answer;
+    }
+
+    // Not std::async, whose future would wait when the process ends.
+    Json::Value Begin(std::string const& line)
+    {
+        std::promise<Json::Value> promise;
+        started.push_back(promise.get_future());
+        std::thread([this, line, promise = std::move(promise)]() mutable {
+            Arguments arguments(line);
+            std::string const name = arguments.Word();
+            promise.set_value(Run(name, arguments));
+        }).detach();
+        Json::Value answer;
+        answer["answer"] = true;
+        return answer;
+    }
+
+    Json::Value Await()
+    {
+        if (started.empty())
+            return "nothing was begun";
+        Json::Value answer = started.front().get();
+        started.pop_front();
+        return answer;
+    }
+
+    Json::Value Names() const
+    {
+        Json::Value answer;
+        for (auto const& [name, command] : commands)
+            answer["answer"].append(name);
+        return answer;
+    }
+
+    Commands commands;
+    std::deque<std::future<Json::Value>> started;
+};
+
+int ShowPage(char const* address)
+{
+    char const* const file = std::getenv("OPENID_HOST_ADDRESSES");
+    if (file == nullptr)
+        return 1;
+    std::ofstream(file, std::ios::binary | std::ios::app) << address << '\n';
+    return 0;
+}
+
+} // namespace
+
+int main(int count, char** arguments)
+{
+    if (count == 2)
+        return ShowPage(arguments[1]);
+    Json::StreamWriterBuilder writer;
+    writer["indentation"] = "";
+    // Never destroyed: threads may still be in it when the process ends.
+    auto& host = *new Host;
+    for (std::string line; std::getline(std::cin, line);) {
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
+        if (line == "leave")
+            break;
+        std::cout << Json::writeString(writer, host.Answer(line)) << std::endl;
+    }
+    return 0;
+}
