@@ -98,9 +98,18 @@ class Authority:
 
     def trusted(self, command):
         """The command, in a namespace where the system's only authority is this one."""
-        return ["unshare", "-rm", "sh", "-c",
-                'mount --bind "$1" "$2" && shift 2 && exec "$@"',
-                "sh", str(self.bundle), SYSTEM_BUNDLE, *map(str, command)]
+        return _with_bundle(self.bundle, command)
+
+
+def _with_bundle(bundle, command):
+    words = ["sh", "-c", 'mount --bind "$1" "$2" && shift 2 && exec "$@"',
+             "sh", str(bundle), SYSTEM_BUNDLE]
+    command = [str(word) for word in command]
+    if os.geteuid() == 0:
+        return ["unshare", "-m", *words, *command]
+    # Root in a namespace, as long as it takes to mount; then the same user as before.
+    back = ["unshare", "-U", f"--map-user={os.geteuid()}", f"--map-group={os.getegid()}"]
+    return ["unshare", "-rm", *words, *back, *command]
 
 
 @functools.lru_cache(maxsize=None)
@@ -108,9 +117,7 @@ def why_untrusted():
     """Why no command can be made to trust an authority of ours here; None if one can."""
     if not os.path.exists(SYSTEM_BUNDLE):
         return f"there is no {SYSTEM_BUNDLE} (package ca-certificates)"
-    trial = subprocess.run(
-        ["unshare", "-rm", "mount", "--bind", SYSTEM_BUNDLE, SYSTEM_BUNDLE],
-        capture_output=True, text=True)
+    trial = subprocess.run(_with_bundle(SYSTEM_BUNDLE, ["true"]), capture_output=True, text=True)
     if trial.returncode:
         return "this machine permits no mount namespace of one's own: " + trial.stderr.strip()
     return None
