@@ -1,9 +1,9 @@
 #include "openid/protocol/IdToken.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <optional>
 
+#include "openid/platform/KeyRules.h"
 #include "openid/protocol/SignatureAlgorithm.h"
 #include "openid/protocol/Texts.h"
 
@@ -17,10 +17,9 @@ constexpr Json::ArrayIndex MostKeys = 100;
 struct Curve {
     char const* name;
     int bits;
-    std::size_t bytes; ///< Of a coordinate.
 };
 
-constexpr Curve Curves[] = {{"P-256", 256, 32}, {"P-384", 384, 48}, {"P-521", 521, 66}};
+constexpr Curve Curves[] = {{"P-256", 256}, {"P-384", 384}, {"P-521", 521}};
 
 /// Whether a key without this member, or with one that says so, verifies signatures.
 bool IsForSignatures(Json::Value const& jwk)
@@ -35,12 +34,10 @@ bool IsForSignatures(Json::Value const& jwk)
                        [](Json::Value const& one) { return one == Json::Value("verify"); });
 }
 
-/// A number of RSA without zeros at its head; empty if it is missing or damaged.
+/// The bytes of a number; empty if it is missing or damaged.
 std::string Number(Json::Value const& jwk, char const* key)
 {
-    std::string const bytes = FromBase64Url(TextMember(jwk, key)).value_or("");
-    std::size_t const first = bytes.find_first_not_of('\0');
-    return first == std::string::npos ? std::string() : bytes.substr(first);
+    return FromBase64Url(TextMember(jwk, key)).value_or("");
 }
 
 std::optional<PublicKey> ReadRsa(Json::Value const& jwk)
@@ -64,9 +61,9 @@ std::optional<PublicKey> ReadEllipticCurve(Json::Value const& jwk)
     PublicKey key;
     key.kind = PublicKey::Kind::EllipticCurve;
     key.curve = curve->bits;
-    key.x = FromBase64Url(TextMember(jwk, "x")).value_or("");
-    key.y = FromBase64Url(TextMember(jwk, "y")).value_or("");
-    if (key.x.size() != curve->bytes || key.y.size() != curve->bytes)
+    key.x = Number(jwk, "x");
+    key.y = Number(jwk, "y");
+    if (key.x.size() != FieldSize(key.curve) || key.y.size() != FieldSize(key.curve))
         return std::nullopt;
     return key;
 }

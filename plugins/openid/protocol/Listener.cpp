@@ -24,6 +24,8 @@ using Clock = std::chrono::steady_clock;
 using Error = boost::system::error_code;
 
 constexpr std::chrono::seconds SlowestRequest{5};
+/// A browser that has the page closes first, which leaves its port in use for a while, not ours.
+constexpr std::chrono::milliseconds Courtesy{250};
 constexpr std::chrono::milliseconds SlowestFarewell{1000};
 constexpr std::chrono::milliseconds Tick{100};
 /// More at once come from nobody who wants to sign in; the oldest goes for a new one.
@@ -42,6 +44,7 @@ struct Connection {
     std::string head, answer;
     std::array<char, 4096> chunk;
     Clock::time_point deadline = Clock::now() + SlowestRequest;
+    bool isAnswered = false, isShut = false;
 };
 
 Failure LocalFailure(std::string reason, std::string remedy)
@@ -90,7 +93,7 @@ public:
         acceptor.close(ignored);
         // So that the browser has its page; a second tab may wait for one, too.
         if (response)
-            RunUntil(Clock::now() + SlowestFarewell,
+            RunUntil(Clock::now() + Courtesy + SlowestFarewell,
                      [&] { return connections.empty() || isCancelled(); });
         connections.clear();
         if (response)
@@ -114,7 +117,7 @@ private:
             if (!isAccepting && acceptor.is_open())
                 Accept();
             io.run_one_until(std::min(now + Tick, end));
-            DropSlow(Clock::now());
+            EndSlowOnes(Clock::now());
         }
     }
 
@@ -159,10 +162,10 @@ private:
         connection->answer = WriteAnswer(answer);
         asio::async_write(connection->socket, asio::buffer(connection->answer),
                           [this, connection](Error error, std::size_t) {
-                              Error failed;
-                              connection->socket.shutdown(tcp::socket::shutdown_send, failed);
-                              if (error || failed)
+                              if (error)
                                   return Drop(connection);
+                              connection->isAnswered = true;
+                              connection->deadline = Clock::now() + Courtesy;
                               ReadRest(connection);
                           });
     }
@@ -170,7 +173,6 @@ private:
     /// Until the browser closes: what it sent and nobody read would take the page from it.
     void ReadRest(Shared const& connection)
     {
-        connection->deadline = std::min(connection->deadline, Clock::now() + SlowestFarewell);
         connection->socket.async_read_some(asio::buffer(connection->chunk),
                                            [this, connection](Error error, std::size_t) {
                                                if (error)
@@ -186,13 +188,22 @@ private:
         connections.remove(connection);
     }
 
-    void DropSlow(Clock::time_point now)
+    void EndSlow(Shared connection, Clock::time_point now)
     {
-        auto const slow = [now](Shared const& one) { return one->deadline <= now; };
-        for (auto found = std::find_if(connections.begin(), connections.end(), slow);
-             found != connections.end();
-             found = std::find_if(connections.begin(), connections.end(), slow))
-            Drop(*found);
+        if (!connection->isAnswered || connection->isShut)
+            return Drop(connection);
+        Error ignored;
+        connection->socket.shutdown(tcp::socket::shutdown_send, ignored);
+        connection->isShut = true;
+        connection->deadline = now + SlowestFarewell;
+    }
+
+    void EndSlowOnes(Clock::time_point now)
+    {
+        auto const present = connections;
+        for (Shared const& connection : present)
+            if (connection->deadline <= now)
+                EndSlow(connection, now);
     }
 
     asio::io_context io{1};
