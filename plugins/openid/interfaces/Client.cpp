@@ -388,13 +388,13 @@ private:
 
     TokenView StoredToken()
     {
-        return Ask([](Session& session) { return session.StoredToken(session.DefaultSpec()); });
+        return Ask([](Session& session) { return session.TokenAtHand(session.DefaultSpec()); });
     }
     TokenView StoredToken(char const* specJson)
     {
         return Ask([&](Session& session) {
             auto const spec = ReadSpec(specJson);
-            return spec ? session.StoredToken(MeantBy(*spec)) : TokenView();
+            return spec ? session.TokenAtHand(MeantBy(*spec)) : TokenView();
         });
     }
 

@@ -14,6 +14,7 @@ struct Failure {
         Network,       ///< No answer; to be tried again later.
         Provider,      ///< An answer that breaks the standard, or a server's error.
         Refused,       ///< The provider's no: invalid_grant, invalid_scope, access_denied, 4xx.
+        OtherUser,     ///< An answer about another user than the one who signed in.
         Cancelled,     ///< By the host, or the time limit.
         Local,         ///< The store, a port, the browser.
     };

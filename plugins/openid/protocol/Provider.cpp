@@ -241,7 +241,7 @@ Outcome<Json::Value> Provider::UserInfo(std::string const& accessToken, std::str
     auto claims = AskJson(request, question);
     SSOServices::Wipe(request.headers.front().second);
     if (claims && TextMember(*claims, "sub") != subject)
-        return FailureOf(question, Failure::Kind::Provider,
+        return FailureOf(question, Failure::Kind::OtherUser,
                          "answered about another user (sub) than the one who signed in",
                          "ask the provider's administrator");
     return claims;

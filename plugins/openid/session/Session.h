@@ -1,25 +1,23 @@
 #pragma once
 
-#include <atomic>
+#include <chrono>
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include <json/value.h>
 
+#include "openid/platform/Http.h"
 #include "openid/platform/System.h"
-#include "openid/protocol/Authorization.h"
-#include "openid/protocol/Listener.h"
+#include "openid/protocol/Outcome.h"
 #include "openid/protocol/Provider.h"
 #include "openid/session/Configuration.h"
 #include "openid/session/Events.h"
 #include "openid/session/Log.h"
-#include "openid/session/TokenStore.h"
 
 namespace Halvorix::OpenId {
 
@@ -68,6 +66,8 @@ public:
     /// "issuer", "authorization", "token", "userinfo", "jwks", "revocation", "end_session",
     /// "device_authorization", "account"; empty for any other and while the network is away.
     std::string Url(std::string const& name);
+    /// What a host wants to hear, and its user's browser to open, in the place of an address of the
+    /// provider. Requests of our own go where the provider says.
     std::map<std::string, std::string> UrlOverrides(std::int32_t server) const;
     /// False for a server that there is not, for a name that is not known or is "token", "jwks" or
     /// "issuer", and for an address that is not https.
@@ -94,9 +94,13 @@ public:
     // The user.
     /// Looks at the store, too, since another process may have signed in or out.
     bool IsLoggedIn();
-    Json::Value Claims();           ///< Null if nobody is signed in.
-    std::int64_t LoginExpiryDate(); ///< 0: the provider does not tell.
-    Json::Value State();            ///< For GetSessionState: no secret.
+    Json::Value Claims(); ///< Null if nobody is signed in.
+    /// The end of the last token where there is no refresh token; 0 otherwise, since no standard
+    /// tells how long a refresh token lives.
+    std::int64_t LoginExpiryDate();
+    /// For GetSessionState, without a secret: "server", "issuer", "clientId", "loggedIn" and
+    /// "loginInProgress"; of a login also "subject", "signedInAt", "scopes" and "refreshable".
+    Json::Value State();
 
     // Tokens.
     bool OAuth2Enabled() const;
@@ -105,17 +109,17 @@ public:
     void SetDefaultSpec(TokenSpec const& spec);
     /// From memory, else the store, else by a refresh. Empty text: not to be had.
     TokenView AccessToken(TokenSpec const& spec);
-    /// By a refresh in any case, but for one that another thread or process has just made.
+    /// By a refresh in any case, but for one that another thread or process makes meanwhile.
     bool RefreshToken(TokenSpec const& spec);
     /// As it lies there: no network.
-    TokenView StoredToken(TokenSpec const& spec);
+    TokenView TokenAtHand(TokenSpec const& spec);
 
     // The store.
     std::filesystem::path StoreFolder() const;
     std::filesystem::path StoreFile(std::int32_t server) const; ///< Empty if there is none.
     void LockStore();
     void UnlockStore();
-    /// Forgets what is in memory.
+    /// Forgets when tokens end and what failed a moment ago, as a new process would not know it.
     void ForgetMemory();
 
     // Proxies.
@@ -124,14 +128,12 @@ public:
     bool HasProxyCredentials() const;
     void ClearProxyCredentials();
 
-    EventQueue& Events() { return events; }
-    LogFile& Log() { return *log; }
+    EventQueue& Events();
+    LogFile& Log();
 
 private:
     struct Hidden;
     std::unique_ptr<Hidden> const hidden;
-    std::shared_ptr<LogFile> const log;
-    EventQueue events;
 };
 
 } // namespace Halvorix::OpenId

@@ -29,8 +29,9 @@ struct StoredToken {
 struct StoredLogin {
     std::string issuer, clientId, subject;
     Secret refreshToken, idToken;
-    std::string scopes; ///< Granted with the refresh token.
-    Json::Value claims; ///< Verified id_token's, then userinfo's.
+    std::string askedFor; ///< The scopes of the authorization request, in normal form.
+    std::string scopes;   ///< Those of them that were granted, in normal form.
+    Json::Value claims;   ///< Verified id_token's, then userinfo's.
     std::int64_t signedInAt = 0;
     std::vector<StoredToken> tokens;
 };
@@ -47,7 +48,7 @@ public:
 
     /// No value if nobody is signed in. A damaged, foreign or newer file is set aside (never
     /// deleted), counts as signed out, and is told as a failure once. A copy that was read is
-    /// used again while the file's time, size and identity are the same.
+    /// used again while the file's time and size are the same; under the lock it is read anew.
     Outcome<std::optional<StoredLogin>> Read(std::string const& issuer,
                                              std::string const& clientId);
     /// Replaces the login; under the lock.

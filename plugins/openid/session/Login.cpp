@@ -1,0 +1,260 @@
+// Signing in: the authorization code with PKCE in the system's browser.
+
+#include <algorithm>
+#include <utility>
+
+#include "openid/protocol/Texts.h"
+#include "openid/session/SessionHidden.h"
+
+namespace Halvorix::OpenId {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr char const* CannotSignIn = "Cannot sign in";
+
+Failure Why(Failure::Kind kind, std::string reason, std::string remedy)
+{
+    Failure failure;
+    failure.kind = kind;
+    failure.reason = std::move(reason);
+    failure.remedy = std::move(remedy);
+    return failure;
+}
+
+Failure WasCancelled()
+{
+    return Why(Failure::Kind::Cancelled, "the host ended it", "sign in again when it is wanted");
+}
+
+/// The provider's answer in the browser's address, with the code in it; wiped at its end.
+struct Response {
+    Parameters parameters;
+    ~Response()
+    {
+        for (auto& parameter : parameters)
+            SSOServices::Wipe(parameter.second);
+    }
+};
+
+} // namespace
+
+PendingLogin::~PendingLogin()
+{
+    SSOServices::Wipe(secrets.state);
+    SSOServices::Wipe(secrets.nonce);
+    SSOServices::Wipe(secrets.verifier);
+}
+
+/// The place of the one login that may be on its way; empty if it is taken.
+std::shared_ptr<PendingLogin> Session::Hidden::Reserve()
+{
+    auto login = std::make_shared<PendingLogin>();
+    login->target = Chosen();
+    login->deadline = outside.sinceBoot() + configuration->loginTimeout;
+    std::shared_ptr<PendingLogin> abandoned; // which closes its listener after the mutex
+    std::lock_guard<std::mutex> const guard(mutex);
+    if (pending && (pending->isAwaited || outside.sinceBoot() < pending->deadline))
+        return nullptr;
+    abandoned = std::move(pending);
+    pending = login;
+    return login;
+}
+
+Outcome<std::string> Session::Hidden::Prepare(PendingLogin& login, std::string const& loginHint)
+{
+    std::string reason;
+    if (!PreparePrivateFolder(store.Folder(), reason))
+        return Why(Failure::Kind::Local,
+                   "the store's folder " + PathText(store.Folder()) + " cannot be used: " + reason,
+                   "see that this user may write there, or set store in HxSSOOpenID.json");
+    RequestBounds const bounds(&login.cancelled, NetworkLimit());
+    auto metadata = login.target.provider->Discover();
+    if (!metadata)
+        return metadata.Why();
+    auto listener = Listener::Open(login.target.server.redirectPorts);
+    if (!listener)
+        return listener.Why();
+    std::string overridden = Override(login.target.number, "authorization");
+    if (!overridden.empty())
+        metadata->authorizationEndpoint = std::move(overridden);
+    std::lock_guard<std::mutex> const guard(mutex);
+    if (login.cancelled)
+        return WasCancelled();
+    login.metadata = std::move(*metadata);
+    login.secrets = NewAuthorizationSecrets();
+    login.listener = std::move(*listener);
+    return AuthorizationUrl(login.metadata, login.target.provider->GetClient(),
+                            login.listener->RedirectUri(), login.secrets, loginHint);
+}
+
+std::int32_t Session::Hidden::DefaultType()
+{
+    std::lock_guard<std::mutex> const guard(mutex);
+    return defaultSpec.type;
+}
+
+std::shared_ptr<PendingLogin> Session::Hidden::Await()
+{
+    std::lock_guard<std::mutex> const guard(mutex);
+    if (!pending || pending->isAwaited || !pending->listener)
+        return nullptr;
+    pending->isAwaited = true;
+    return pending;
+}
+
+Outcome<StoredLogin> Session::Hidden::Complete(PendingLogin& login)
+{
+    Provider& provider = *login.target.provider;
+    RequestBounds const bounds(&login.cancelled, NetworkLimit());
+    std::string const redirectUri = login.listener->RedirectUri();
+
+    auto waited = login.listener->Wait(
+        login.secrets.state, std::max(login.deadline - outside.sinceBoot(), milliseconds(0)),
+        &login.cancelled);
+    if (!waited)
+        return waited.Why();
+    Response const response{std::move(*waited)};
+    auto code = ReadAuthorizationResponse(response.parameters, login.secrets, login.metadata,
+                                          login.target.server.issuer);
+    if (!code)
+        return code.Why();
+    Secret const authorizationCode(std::move(*code));
+
+    auto answer = provider.ExchangeCode(*authorizationCode, redirectUri, login.secrets.verifier,
+                                        &login.cancelled);
+    if (!answer)
+        return answer.Why();
+    auto const claims =
+        provider.Verify(*answer->idToken, login.secrets.nonce, {}, *answer->accessToken);
+    if (!claims)
+        return claims.Why();
+
+    StoredLogin result;
+    result.issuer = login.target.server.issuer;
+    result.clientId = login.target.server.clientId;
+    result.subject = TextMember(*claims, "sub");
+    AddClaims(result.claims, *claims, true);
+    if (!login.metadata.userinfoEndpoint.empty()) {
+        auto const userInfo = provider.UserInfo(*answer->accessToken, result.subject);
+        if (userInfo)
+            AddClaims(result.claims, *userInfo, false);
+        else if (userInfo.Why().kind == Failure::Kind::OtherUser)
+            return userInfo.Why();
+        else
+            log->Failed("The sign-in goes on without the claims of userinfo", userInfo.Why());
+    }
+    result.askedFor = NormalScope(login.target.server.scopes);
+    result.scopes = NormalScope(answer->scope);
+    result.signedInAt = outside.wallClock();
+    result.tokens.push_back(KeptToken(*answer, {DefaultType(), {}}, outside.wallClock()));
+    result.refreshToken = std::move(*answer->refreshToken);
+    result.idToken = std::move(*answer->idToken);
+    return result;
+}
+
+Outcome<bool> Session::Hidden::Commit(PendingLogin& login, StoredLogin const& result)
+{
+    auto const lock = Lock(login.target);
+    if (!lock)
+        return lock.Why();
+    // A host that signs out raises the flag before it asks for this lock, and removes what
+    // was written until then.
+    if (login.cancelled)
+        return WasCancelled();
+    clock.Received(login.target.Key(), result.tokens.front());
+    Keep(login.target, result);
+    return true;
+}
+
+void Session::Hidden::End(std::shared_ptr<PendingLogin> const& login)
+{
+    std::shared_ptr<PendingLogin> ended; // closes its listener after the mutex
+    std::lock_guard<std::mutex> const guard(mutex);
+    if (pending == login)
+        ended = std::move(pending);
+}
+
+std::optional<std::string> Session::BeginLogin(std::string const& loginHint)
+{
+    if (!hidden->configuration) {
+        hidden->log->Failed(CannotSignIn, hidden->configuration.Why());
+        return std::nullopt;
+    }
+    auto const login = hidden->Reserve();
+    if (!login) {
+        hidden->log->Failed(CannotSignIn,
+                            Why(Failure::Kind::Local, "another sign-in is in progress",
+                                "finish it in the browser, or sign out to end it"));
+        return std::nullopt;
+    }
+    auto url = hidden->Prepare(*login, loginHint);
+    if (!url) {
+        hidden->log->Failed(CannotSignIn, url.Why());
+        hidden->End(login);
+        return std::nullopt;
+    }
+    return std::move(*url);
+}
+
+bool Session::FinishLogin()
+{
+    auto const login = hidden->Await();
+    if (!login) {
+        hidden->log->Failed(CannotSignIn,
+                            Why(Failure::Kind::Local, "no sign-in was begun, or it was ended",
+                                "begin one, and finish it once"));
+        return false;
+    }
+    auto const result = hidden->Complete(*login);
+    auto const committed = result ? hidden->Commit(*login, *result) : Outcome<bool>(result.Why());
+    hidden->End(login);
+    if (!committed) {
+        hidden->log->Failed(CannotSignIn, committed.Why());
+        return false;
+    }
+    hidden->log->Info("Signed in at " + result->issuer);
+    if (result->refreshToken->empty())
+        hidden->log->Info("The provider gave no refresh token, so that the sign-in ends with its "
+                          "access token. Most providers give one for the scope offline_access: "
+                          "add it to scopes in HxSSOOpenID.json");
+    hidden->events.Raise(Event::LoggedIn);
+    hidden->events.Raise(Event::TokenAcquired);
+    return true;
+}
+
+bool Session::LoginInBrowser(std::string const& loginHint)
+{
+    auto const url = BeginLogin(loginHint);
+    if (!url)
+        return false;
+    std::string reason;
+    if (!hidden->outside.openBrowser(*url, reason)) {
+        hidden->log->Failed(CannotSignIn,
+                            Why(Failure::Kind::Local, "no browser was started: " + reason,
+                                "set a default browser for this user"));
+        CancelLogin();
+        return false;
+    }
+    return FinishLogin();
+}
+
+void Session::CancelLogin()
+{
+    std::shared_ptr<PendingLogin> ended; // closes its listener after the mutex
+    std::lock_guard<std::mutex> const guard(hidden->mutex);
+    if (!hidden->pending)
+        return;
+    hidden->pending->cancelled = true;
+    ended = std::move(hidden->pending);
+}
+
+bool Session::IsLoginInProgress() const
+{
+    std::lock_guard<std::mutex> const guard(hidden->mutex);
+    return hidden->pending &&
+           (hidden->pending->isAwaited || hidden->outside.sinceBoot() < hidden->pending->deadline);
+}
+
+} // namespace Halvorix::OpenId

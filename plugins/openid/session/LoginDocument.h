@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+#include "openid/protocol/Outcome.h"
+#include "openid/session/TokenStore.h"
+
+namespace Halvorix::OpenId {
+
+/// The protected bytes of a login's file.
+Outcome<Secret> WriteLogin(StoredLogin const& login);
+
+/// The way back. The failure says in a few words what is wrong with the bytes, which are damaged,
+/// another user's, or of a newer version of this plugin.
+Outcome<StoredLogin> ReadLogin(std::string const& bytes);
+
+} // namespace Halvorix::OpenId

@@ -1,0 +1,150 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "openid/protocol/Authorization.h"
+#include "openid/protocol/Listener.h"
+#include "openid/session/ProxyCredentials.h"
+#include "openid/session/Requests.h"
+#include "openid/session/Session.h"
+#include "openid/session/TokenClock.h"
+#include "openid/session/TokenStore.h"
+
+// Inside of a session. Each of the files beside this one holds the part of it that it is named
+// after.
+
+namespace Halvorix::OpenId {
+
+/// A server as it was chosen when an operation began; empty if there is none.
+struct Target {
+    std::int32_t number = -1;
+    std::string name;
+    ServerConfiguration server; ///< With the host's client in the place of the configuration's.
+    std::shared_ptr<Provider> provider;
+
+    explicit operator bool() const { return provider != nullptr; }
+    /// Names the login that belongs to it.
+    std::string Key() const { return server.issuer + '\n' + server.clientId; }
+};
+
+/// A login that is on its way.
+struct PendingLogin {
+    Target target;
+    Metadata metadata;
+    AuthorizationSecrets secrets;
+    std::unique_ptr<Listener> listener;
+    std::chrono::milliseconds deadline{0};
+    std::atomic<bool> cancelled{false};
+    bool isAwaited = false; ///< Under the session's mutex.
+
+    ~PendingLogin();
+};
+
+/// What this process knows of a login beside what the store says. Never destroyed before the
+/// session, so that requests may look at its flag.
+struct Account {
+    /// Raised while it signs out: refreshes give up.
+    std::atomic<bool> isEnding{false};
+
+    // Under the session's mutex.
+    /// What could not be written, and the state of the store that it stands for.
+    std::optional<StoredLogin> unsaved;
+    std::string unsavedOver;
+    /// Who was signed in when it was last looked at; empty for nobody, no value before.
+    std::optional<std::string> seen;
+    /// What was logged of the store last.
+    std::string told;
+    /// When a refresh for a spec failed last.
+    std::map<std::pair<std::int32_t, std::string>, std::chrono::milliseconds> failures;
+};
+
+struct Session::Hidden {
+    Hidden(Outcome<PluginConfiguration> configuration, std::shared_ptr<LogFile> log,
+           Outside outside);
+
+    Outcome<PluginConfiguration> const configuration;
+    std::shared_ptr<LogFile> const log;
+    Outside const outside;
+    std::vector<std::string> const serverNames; ///< Their places are the servers' numbers.
+    EventQueue events;
+    TokenStore store;
+    TokenClock clock;
+    ProxyCredentials proxies;
+
+    std::mutex mutex; ///< Of what follows. Neither file nor network is asked under it.
+    std::int32_t server;
+    std::string clientId, scopes; ///< The host's own.
+    std::map<std::int32_t, std::map<std::string, std::string>> urlOverrides;
+    std::map<std::string, std::shared_ptr<Provider>> providers;
+    std::map<std::string, std::unique_ptr<Account>> accounts;
+    std::shared_ptr<PendingLogin> pending;
+    TokenSpec defaultSpec;
+    bool isOAuth2Enabled = true;
+    std::vector<std::pair<std::string, std::string>> heldForHost;
+
+    // Servers.cpp
+    Target Chosen();
+    /// Of a number that there is.
+    ServerConfiguration const& Configured(std::int32_t number) const;
+    ServerConfiguration WithHostsClient(std::int32_t number) const; ///< Under the mutex.
+    std::string Override(std::int32_t number, std::string const& url);
+    std::chrono::milliseconds NetworkLimit() const;
+
+    // Login.cpp
+    std::int32_t DefaultType();
+    std::shared_ptr<PendingLogin> Reserve();
+    Outcome<std::string> Prepare(PendingLogin& login, std::string const& loginHint);
+    std::shared_ptr<PendingLogin> Await();
+    Outcome<StoredLogin> Complete(PendingLogin& login);
+    Outcome<bool> Commit(PendingLogin& login, StoredLogin const& result);
+    void End(std::shared_ptr<PendingLogin> const& login);
+
+    // Logins.cpp
+    Account& AccountOf(Target const& target);
+    /// Who is signed in, by the store, or by memory where the store could not be written.
+    std::optional<StoredLogin> Current(Target const& target);
+    void TellOnce(Account& account, Failure const& why);
+    /// Writes, under the store's lock; what cannot be written stays in memory, and is told.
+    void Keep(Target const& target, StoredLogin const& login);
+    /// Removes, under the store's lock, and tells the host.
+    Outcome<bool> Forget(Target const& target);
+    Outcome<std::unique_ptr<TokenStore::Lock>> Lock(Target const& target);
+
+    // Refresh.cpp
+    /// A new token, or the one that somebody else got meanwhile.
+    /// @param known the token that will not do, if it is more than its end that is wrong with it
+    std::optional<StoredToken> Refresh(Target const& target, TokenSpec const& spec,
+                                       Secret const& known);
+    std::optional<StoredToken> RefreshUnderLock(Target const& target, TokenSpec const& spec,
+                                                Secret const& known);
+    std::optional<StoredToken> Accept(Target const& target, TokenSpec const& spec,
+                                      TokenAnswer answer);
+    bool IsScopeAtFault(Target const& target, TokenSpec const& spec, Failure const& why);
+    void SignOutRefused(Target const& target);
+    bool FailedJustNow(Target const& target, TokenSpec const& spec);
+    void Failed(Target const& target, TokenSpec const& spec, Failure const& why);
+};
+
+/// A token that a provider gave, as it is kept.
+StoredToken KeptToken(TokenAnswer const& answer, TokenSpec const& spec, std::int64_t now);
+/// Puts a token into the place of the one for the same spec.
+void PutToken(StoredLogin& login, StoredToken token);
+/// Null if there is none.
+StoredToken const* FindToken(StoredLogin const& login, TokenSpec const& spec);
+/// The spec in normal form, with an empty scope where it is all that the login asked for or was
+/// granted: that needs no token of its own.
+TokenSpec NormalSpec(TokenSpec const& spec, StoredLogin const& login);
+/// Claims of a user with newer ones in their place: those of an id_token about the protocol stay
+/// out of what userinfo may say, and what serves a single answer alone is dropped.
+void AddClaims(Json::Value& claims, Json::Value const& newer, bool isIdToken);
+
+} // namespace Halvorix::OpenId

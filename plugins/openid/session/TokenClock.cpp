@@ -1,0 +1,56 @@
+#include "openid/session/TokenClock.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "openid/protocol/Texts.h"
+
+namespace Halvorix::OpenId {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+constexpr std::int64_t LifetimeIfNotTold = 300;
+constexpr milliseconds Early{60'000};
+
+} // namespace
+
+std::int64_t LifetimeOf(StoredToken const& token)
+{
+    return token.lifetime > 0 ? token.lifetime : LifetimeIfNotTold;
+}
+
+TokenClock::TokenClock(std::function<std::int64_t()> wallClock,
+                       std::function<milliseconds()> sinceBoot)
+    : wallClock(std::move(wallClock)), sinceBoot(std::move(sinceBoot))
+{
+}
+
+void TokenClock::Received(std::string const& login, StoredToken const& token)
+{
+    std::lock_guard<std::mutex> const guard(mutex);
+    ends[{login, token.type, token.scope}] = {token.text, sinceBoot() + seconds(LifetimeOf(token))};
+}
+
+bool TokenClock::IsGood(std::string const& login, StoredToken const& token)
+{
+    std::int64_t const lifetime = LifetimeOf(token);
+    std::lock_guard<std::mutex> const guard(mutex);
+    End& end = ends[{login, token.type, token.scope}];
+    if (end.text->empty() || !EqualSecrets(*end.text, *token.text)) {
+        std::int64_t const left = token.receivedAt + lifetime - wallClock();
+        end = {token.text, sinceBoot() + seconds(std::clamp<std::int64_t>(left, 0, lifetime))};
+    }
+    milliseconds const margin = std::min(Early, milliseconds(seconds(lifetime)) / 2);
+    return end.at - sinceBoot() > margin;
+}
+
+void TokenClock::Forget()
+{
+    std::lock_guard<std::mutex> const guard(mutex);
+    ends.clear();
+}
+
+} // namespace Halvorix::OpenId

@@ -1,0 +1,67 @@
+// What hosts ask of tokens.
+
+#include <algorithm>
+#include <utility>
+
+#include "openid/session/SessionHidden.h"
+
+namespace Halvorix::OpenId {
+
+namespace {
+
+TokenView View(StoredToken const& token, bool usable)
+{
+    return {token.text, token.lifetime == 0 ? 0 : token.receivedAt + token.lifetime, usable};
+}
+
+} // namespace
+
+bool Session::RestoreLogin()
+{
+    Target const target = hidden->Chosen();
+    auto const login = target ? hidden->Current(target) : std::nullopt;
+    if (!login)
+        return false;
+    bool const hasGoodToken =
+        std::any_of(login->tokens.begin(), login->tokens.end(), [&](StoredToken const& token) {
+            return hidden->clock.IsGood(target.Key(), token);
+        });
+    return hasGoodToken || hidden->Refresh(target, NormalSpec(DefaultSpec(), *login), Secret());
+}
+
+TokenView Session::AccessToken(TokenSpec const& asked)
+{
+    TokenView const stored = TokenAtHand(asked);
+    if (stored.usable)
+        return stored;
+    Target const target = hidden->Chosen();
+    auto const login = target ? hidden->Current(target) : std::nullopt;
+    if (!login)
+        return {};
+    auto const token = hidden->Refresh(target, NormalSpec(asked, *login), Secret());
+    return token ? View(*token, true) : TokenView();
+}
+
+bool Session::RefreshToken(TokenSpec const& asked)
+{
+    Target const target = hidden->Chosen();
+    auto const login = target ? hidden->Current(target) : std::nullopt;
+    if (!login)
+        return false;
+    TokenSpec const spec = NormalSpec(asked, *login);
+    auto const* const known = FindToken(*login, spec);
+    return hidden->Refresh(target, spec, known != nullptr ? known->text : Secret()).has_value();
+}
+
+TokenView Session::TokenAtHand(TokenSpec const& asked)
+{
+    Target const target = hidden->Chosen();
+    auto const login = target ? hidden->Current(target) : std::nullopt;
+    if (!login)
+        return {};
+    auto const* const token = FindToken(*login, NormalSpec(asked, *login));
+    return token == nullptr ? TokenView()
+                            : View(*token, hidden->clock.IsGood(target.Key(), *token));
+}
+
+} // namespace Halvorix::OpenId
