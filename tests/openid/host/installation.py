@@ -83,9 +83,9 @@ class Installation:
         words = [*self.emulator, str(self.host)]
         return self.provider.authority.trusted(words) if self.provider else words
 
-    def log(self):
+    def log(self, folder=None):
         """The lines of the plugin's log, those of the library among them."""
-        file = self.store / "HxSSOOpenID.log"
+        file = (folder or self.store) / "HxSSOOpenID.log"
         return file.read_text(encoding="utf-8").splitlines() if file.exists() else []
 
     def start(self, **environment):

@@ -59,7 +59,7 @@ OPERATIONS = [
     ("GetServiceEntitlement x", 0, SAME),
     ("GetServiceEntitlementEx", False, SAME),
     # the user
-    ("GetLoginStateFile", path_of(".login"), SAME),
+    ("GetLoginStateFile", path_of(".dat"), SAME),
     ("GetUserNameW", "", "Alice Ågren"),
     ("GetUserNameW.cut", "", "A"),
     ("GetLoginUserName", "", "alice"),
@@ -188,11 +188,11 @@ OPERATIONS = [
      {"result": False, "text": "Sign in with the browser: a password is not taken here."}, SAME),
     # SSOClientPrivate
     ("Private.GetLoginInfo", "", claims),
-    ("Private.GetSessionState", with_members("server", "signedIn"), SAME),
+    ("Private.GetSessionState", with_members("server", "loggedIn"), SAME),
     ("Private.Ping", {"result": True, "plugin": "HxSSOOpenID", "server": "production"}, SAME),
     ("Private.GetSettingsPath", path_of("HxSSOOpenID.json"), SAME),
-    ("Private.GetLoginStateFile", path_of(".login"), SAME),
-    ("Private.GetLoginStateCacheFile 0", path_of(".login"), SAME),
+    ("Private.GetLoginStateFile", path_of(".dat"), SAME),
+    ("Private.GetLoginStateCacheFile 0", path_of(".dat"), SAME),
     ("Private.GetLoginStateCacheFile.flag 7", "", SAME),
     ("Private.LockLoginStateFile", None, SAME),
     ("Private.UnlockLoginStateFile", None, SAME),
