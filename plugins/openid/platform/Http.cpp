@@ -25,6 +25,8 @@ std::string_view Trimmed(std::string_view text)
     return text.substr(0, text.find_last_not_of(blanks) + 1);
 }
 
+bool IsOfAddress(char c) { return c > ' ' && c < 0x7F && c != '\\'; }
+
 /// Characters that would end a header, or its name.
 bool IsHeader(std::pair<std::string, std::string> const& header)
 {
@@ -65,6 +67,8 @@ std::string WhyNotSent(HttpRequest const& request)
 {
     if (request.method != "GET" && request.method != "POST")
         return "the method " + request.method + " is not known";
+    if (!std::all_of(request.url.begin(), request.url.end(), &IsOfAddress))
+        return "the address has characters in it that none has";
     if (!std::all_of(request.headers.begin(), request.headers.end(), &IsHeader))
         return "a header has a line break in it";
     return {};
