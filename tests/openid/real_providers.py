@@ -1,0 +1,232 @@
+#!/usr/bin/env python3
+"""Signs in at real providers, by a host that does what it is told and a browser that fills in
+their forms.
+
+real_providers.py TEST PROVIDER FOLDER [EMULATOR...], where FOLDER has the build's programs. Ends
+with status 77 and a line that says why where the provider cannot be had.
+"""
+
+import base64
+import json
+import pathlib
+import shutil
+import sys
+import tempfile
+
+HERE = pathlib.Path(__file__).resolve().parent
+sys.path[:0] = [str(HERE / "host"), str(HERE / "providers")]
+sys.dont_write_bytecode = True
+
+import authority  # noqa: E402
+import chromium  # noqa: E402
+import glewlwyd  # noqa: E402
+import oidc_provider  # noqa: E402
+from browser import Browser  # noqa: E402
+from hostile import HostileProvider  # noqa: E402
+from installation import Installation  # noqa: E402
+
+PROVIDERS = {"oidc-provider": (oidc_provider.OidcProvider, oidc_provider.why_missing),
+             "glewlwyd": (glewlwyd.Glewlwyd, glewlwyd.why_missing),
+             "hostile": (HostileProvider, lambda: None)}
+BROWSER = HERE / "providers/browser.py"
+NO_BROWSER = "no-browser-is-to-be-started"
+
+
+class Place(Installation):
+    """An installation with a browser that signs in as the provider's user."""
+
+    def __init__(self, root, programs, emulator, provider):
+        super().__init__(root, programs, emulator, provider)
+        self.trace = root / "trace"
+
+    def environment(self):
+        return {
+            **super().environment(),
+            "HXSSO_OPENID_BROWSER": self.native(BROWSER),
+            "HXSSO_TEST_AUTHORITY": str(self.provider.authority.bundle),
+            "HXSSO_TEST_USER": self.provider.user,
+            "HXSSO_TEST_PASSWORD": self.provider.password,
+            "HXSSO_TEST_COOKIES": str(self.root / "cookies"),
+            "HXSSO_TEST_TRACE": str(self.trace),
+        }
+
+    def start_without_browser(self):
+        return self.start(HXSSO_OPENID_BROWSER=self.native(self.root / NO_BROWSER))
+
+    def sign_ins(self):
+        """How often the browser came back to the host."""
+        trace = self.trace.read_text() if self.trace.exists() else ""
+        return trace.count("GET http://127.0.0.1:")
+
+    def keep_store(self, name):
+        """A copy of the store, for a host that has slept while others went on."""
+        shutil.copytree(self.store, self.root / name)
+
+    def put_store_back(self, name):
+        shutil.rmtree(self.store)
+        shutil.copytree(self.root / name, self.store)
+
+    def logged(self, *words):
+        return [line for line in self.log() if all(word in line for word in words)]
+
+
+def claims_of(token):
+    return json.loads(base64.urlsafe_b64decode(token.split(".")[1] + "==="))
+
+
+def sign_in(host):
+    assert host.ask("IsLoggedIn") is False
+    assert host.ask("UI.Login") is True
+    assert host.ask("IsLoggedIn") is True
+
+
+def token_of(host, scope="data:read"):
+    token = host.ask("GetOAuth2AccessToken", 1, scope)
+    assert token and token["token"], f"no token for {scope}: {token}"
+    return token["token"]
+
+
+def refused_to(host, place):
+    """A refresh that the provider refuses: signed out, and told why."""
+    before = len(place.logged("Fix:"))
+    assert host.ask("RefreshOAuth2Token", "true") is False
+    assert host.ask("IsLoggedIn") is False
+    assert host.ask("GetOAuth2AccessToken", 1, "data:read") is None
+    assert len(place.logged("Fix:")) > before, place.log()
+
+
+# ----- the tests
+
+def signs_in(place):
+    """User, narrowed token, and a second host that needs no browser."""
+    with place.start() as host:
+        sign_in(host)
+        assert host.ask("GetUserNameW") == "Alice Ågren"
+        assert host.ask("GetUserEmail") == "alice@example.org"
+        token = token_of(host)
+        claims = claims_of(token)
+        assert claims["iss"] == place.provider.issuer, claims
+        scopes = claims["scope"].split()
+        assert "data:read" in scopes, claims
+        # glewlwyd gives as much as was agreed to, whatever is asked for at a refresh.
+        assert place.provider.name == "glewlwyd" or scopes == ["data:read"], claims
+        with place.start_without_browser() as second:
+            assert second.ask("RestoreLogin") is True
+            assert second.ask("GetUserNameW") == "Alice Ågren"
+            assert token_of(second) == token
+    assert place.sign_ins() == 1, place.trace.read_text()
+
+
+def rotates(place):
+    """Refreshes, one after another and from two hosts, by tokens that are good once."""
+    with place.start() as host:
+        sign_in(host)
+        tokens = [token_of(host)]
+        with place.start_without_browser() as second:
+            assert second.ask("RestoreLogin") is True
+            for each in (host, second, host, second):
+                assert each.ask("RefreshOAuth2Token.spec", 1, "data:read") is True
+                tokens.append(token_of(each))
+        assert len(set(tokens)) == len(tokens), "a refresh gave the token of before"
+        assert host.ask("IsLoggedIn") is True
+    assert place.sign_ins() == 1
+
+
+def reuse_is_told(place):
+    """A refresh token that was used before: the provider ends the whole login."""
+    with place.start() as host:
+        sign_in(host)
+    place.keep_store("before")
+    with place.start_without_browser() as host:
+        assert host.ask("RestoreLogin") is True
+        assert host.ask("RefreshOAuth2Token", "true") is True
+    place.keep_store("after")
+    place.put_store_back("before")
+    with place.start_without_browser() as host:
+        assert host.ask("RestoreLogin") is True  # its access token is still good
+        refused_to(host, place)
+    place.put_store_back("after")
+    with place.start_without_browser() as host:
+        assert host.ask("RestoreLogin") is True
+        refused_to(host, place)
+    with place.start() as host:
+        sign_in(host)
+        token_of(host)
+
+
+def signs_out(place):
+    """Ends the session at the provider and revokes, where the provider lets it."""
+    with place.start() as host, place.start_without_browser() as second:
+        sign_in(host)
+        assert second.ask("RestoreLogin") is True
+        initiated = host.ask("InitiateLogout", 4000)
+        assert initiated["result"] is True and initiated["cookies"] == 0, initiated
+        assert initiated["text"].startswith(place.provider.issuer.partition("/api")[0])
+        _, status, page = Browser(str(place.provider.authority.bundle)).visit(initiated["text"])
+        assert status == 200, page
+        place.keep_store("before")
+        assert host.ask("CompleteLogout") is True
+        for each in (host, second):
+            assert each.ask("IsLoggedIn") is False
+            assert each.ask("RestoreLogin") is False
+            assert each.ask("GetOAuth2AccessToken", 1, "data:read") is None
+            assert each.ask("GetUserNameW") == ""
+    place.put_store_back("before")
+    with place.start_without_browser() as host:
+        host.ask("RestoreLogin")
+        refreshed = host.ask("RefreshOAuth2Token", "true")
+        assert refreshed is not place.provider.revokes_for_public_clients, refreshed
+
+
+def chromium_signs_in(place):
+    """A real browser shows the page that the listener answers with."""
+    place.browser = chromium.script(place.root, place.provider.authority)
+    with place.start(HXSSO_OPENID_BROWSER=place.native(place.browser)) as host:
+        sign_in(host)
+        assert host.ask("GetUserId") == "alice"
+    page = chromium.page(place.root)
+    assert "You are signed in" in page, page
+
+
+TESTS = {each.__name__: each
+         for each in (signs_in, rotates, reuse_is_told, signs_out, chromium_signs_in)}
+
+
+def processes_of(root):
+    """Those that the test has started and not ended; Wine's own stay for a minute."""
+    left = []
+    for process in pathlib.Path("/proc").glob("[0-9]*"):
+        try:
+            words = (process / "cmdline").read_bytes().replace(b"\0", b" ").decode()
+            mine = str(root).encode() in (process / "environ").read_bytes() or str(root) in words
+        except OSError:
+            continue
+        if mine and any(name in words for name in ("openid-host", "browser.py", "chrom",
+                                                   "serve.mjs", "glewlwyd")):
+            left.append(words)
+    return left
+
+
+def main(test, provider_name, programs, *emulator):
+    provider_class, why_missing = PROVIDERS[provider_name]
+    why = authority.why_untrusted() or why_missing() or \
+        (test == "chromium_signs_in" and chromium.why_missing())
+    if why:
+        print(f"skipped: {why}")
+        return 77
+    with tempfile.TemporaryDirectory(prefix="hxsso-real-") as folder:
+        root = pathlib.Path(folder).resolve()
+        with provider_class(root / "authority") as provider:
+            place = Place(root / "installation", pathlib.Path(programs), emulator, provider)
+            try:
+                TESTS[test](place)
+            except BaseException:
+                print("\n".join(place.log()))
+                raise
+        assert not processes_of(root), processes_of(root)
+    print("passed")
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
