@@ -18,7 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t LargestFile = 1 << 20;
-constexpr char const* DefaultStore = "%LocalAppData%/HxSSO/OpenID";
+constexpr char const* UsualStore = "%LocalAppData%/HxSSO/OpenID";
 
 /// Ends the reading; only inside this file.
 struct Wrong {
@@ -242,11 +242,20 @@ PluginConfiguration Read(std::string const& text)
     ReadServers(root, configuration);
     ReadTimeouts(root, configuration);
     configuration.store =
-        StoreFolder(root.isMember("store") ? Text(root["store"], "store") : DefaultStore);
+        StoreFolder(root.isMember("store") ? Text(root["store"], "store") : UsualStore);
     return configuration;
 }
 
 } // namespace
+
+std::filesystem::path DefaultStore()
+{
+    try {
+        return StoreFolder(UsualStore);
+    } catch (Wrong const&) {
+        return {}; // a system without the folder: there is no log then
+    }
+}
 
 Outcome<PluginConfiguration> ParseConfiguration(std::string const& text, std::string const& name)
 {
