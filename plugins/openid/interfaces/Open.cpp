@@ -9,7 +9,9 @@ std::filesystem::path SettingsFile() { return ModuleFolder() / "HxSSOOpenID.json
 std::shared_ptr<Session> OpenSession(std::shared_ptr<LogFile> log)
 {
     auto configuration = ReadConfiguration(SettingsFile());
-    log->Open(configuration ? configuration->store : DefaultStore());
+    auto const folder = configuration ? configuration->store : DefaultStore();
+    if (!folder.empty())
+        log->Open(folder);
     if (configuration)
         for (std::string const& remark : configuration->remarks)
             log->Write(Log::LogLevel::Warning, ToWide(remark));
