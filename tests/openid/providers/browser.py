@@ -8,7 +8,7 @@ status 0 if that page was a good one.
 Its environment: HXSSO_TEST_AUTHORITY, the file of the authority that it trusts;
 HXSSO_TEST_USER and HXSSO_TEST_PASSWORD, what it fills in; HXSSO_TEST_COOKIES, a file that keeps
 its cookies, so that the next one is signed in at the provider already; HXSSO_TEST_TRACE, a file
-that gets a line for each request, without its query.
+that gets each address that it asked for and came to, without the query.
 """
 
 import html.parser
@@ -75,16 +75,20 @@ class Browser:
         """(address after redirects, status, content type, text)"""
         request = urllib.request.Request(
             address, body, {"Content-Type": kind} if body is not None else {}, method=method)
-        if self.trace:
-            with open(self.trace, "a", encoding="utf-8") as file:
-                file.write(f"{request.get_method()} {address.partition('?')[0]}\n")
+        self._trace(request.get_method(), address)
         try:
             answer = self._opener.open(request, timeout=20)
         except urllib.error.HTTPError as error:
             answer = error
         with answer:
+            self._trace("came to", answer.geturl())
             return (answer.geturl(), answer.status, answer.headers.get_content_type(),
                     answer.read(1 << 20).decode("utf-8", "replace"))
+
+    def _trace(self, what, address):
+        if self.trace:
+            with open(self.trace, "a", encoding="utf-8") as file:
+                file.write(f"{what} {address.partition('?')[0]}\n")
 
     def visit(self, address):
         """(address, status, text of the page) of where it ends."""
