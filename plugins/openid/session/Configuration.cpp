@@ -257,15 +257,6 @@ std::filesystem::path DefaultStore()
     }
 }
 
-std::filesystem::path DefaultStore()
-{
-    try {
-        return StoreFolder(StoreIfNoneIsNamed);
-    } catch (Wrong const&) {
-        return {};
-    }
-}
-
 Outcome<PluginConfiguration> ParseConfiguration(std::string const& text, std::string const& name)
 {
     try {

@@ -26,8 +26,7 @@ struct PluginConfiguration {
     std::vector<std::string> remarks; ///< Unknown keys, a line each.
 };
 
-/// The store of a configuration that names none, or that cannot be read; empty if the system
-/// knows no folder for it.
+/// The store of a configuration that names none, or that cannot be read.
 std::filesystem::path DefaultStore();
 
 /// Reads the file beside the plugin. A wrong type, an issuer that is not secure, a missing key: one
