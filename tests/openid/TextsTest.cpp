@@ -43,8 +43,9 @@ TEST(OpenIdBase64Url, KeepsEveryByte)
 
 TEST(OpenIdBase64Url, RefusesWhatIsNotTheOneTextOfTheBytes)
 {
-    for (std::string const text : {"Zg==", "Zg=", "Z", "Zm9vY", "Zm+v", "Zm/v", " Zg", "Zg\n",
-                                   "Z g", "Zh", "Zm9", "Zg\xC3", std::string("Zm\0v", 4)})
+    for (std::string const& text :
+         std::vector<std::string>{"Zg==", "Zg=", "Z", "Zm9vY", "Zm+v", "Zm/v", " Zg", "Zg\n", "Z g",
+                                  "Zh", "Zm9", "Zg\xC3", std::string("Zm\0v", 4)})
         EXPECT_FALSE(FromBase64Url(text)) << text;
 }
 
@@ -108,6 +109,8 @@ TEST(OpenIdUrl, IsSecureByHttpsOrAtThisMachine)
                                   "http://idp.example",
                                   "http://128.0.0.1/",
                                   "http://127.0.0.1.example/",
+                                  "http://127.0.0.1;a/",
+                                  "http://[::1].example/",
                                   "http://localhost.example/",
                                   "http://[::2]/",
                                   "http://127.1/",
@@ -165,14 +168,15 @@ TEST(OpenIdJson, IsAnObjectOrNothing)
         deep += "{\"a\":", deepArrays += '[';
     for (auto const& [text, expected] :
          std::vector<Row>{{"", "is not valid JSON: "},
-                          {"null", "is not a"},
+                          {"null", "must be either an array or an object"},
                           {"[]", "is not a JSON object"},
                           {"\"text\"", "is not"},
                           {"{} {}", "Extra non-whitespace"},
                           {"{}x", "Extra non-whitespace"},
                           {"{\"a\":1,\"a\":2}", "Duplicate key"},
                           {"{\"a\":1,\"\\u0061\":2}", "Duplicate key"},
-                          {"{/* */}", "is not valid JSON"},
+                          {"{/* */}", "it has a comment"},
+                          {"{\"a\":1} // end", "it has a comment"},
                           {"{\"a\":1,}", "is not valid JSON"},
                           {"{a:1}", "is not valid JSON"},
                           {"{'a':1}", "is not valid JSON"},

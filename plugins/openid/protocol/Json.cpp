@@ -1,5 +1,7 @@
 #include "openid/protocol/Texts.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <exception>
 #include <memory>
 
@@ -11,13 +13,32 @@ namespace Halvorix::OpenId {
 
 namespace {
 
-/// What jsoncpp says on several lines, on one.
-std::string WithoutMarks(std::string text)
+/// The first thing that jsoncpp tells, on one line: "* Line 1, Column 2\n  Syntax error\n* ...".
+std::string FirstError(std::string text)
 {
     constexpr std::string_view mark = "* ";
     if (text.compare(0, mark.size(), mark) == 0)
         text.erase(0, mark.size());
+    text.erase(std::min(text.find("\n* "), text.size()));
+    std::size_t const end = text.find("\n  ");
+    if (end != std::string::npos)
+        text.replace(end, 3, ": ");
     return OneLine(text);
+}
+
+/// Whether there is one. jsoncpp 1.9.5 passes over those before a member, allowed or not.
+bool HasComment(std::string_view text)
+{
+    bool isInText = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '"')
+            isInText = !isInText;
+        else if (text[i] == '\\')
+            ++i;
+        else if (text[i] == '/' && !isInText)
+            return true;
+    }
+    return false;
 }
 
 Json::CharReaderBuilder StrictBuilder()
@@ -42,16 +63,20 @@ Json::Value ParseJsonObject(std::string_view text, std::string& reason)
             reason = "is not UTF-8";
             return Json::Value();
         }
+        if (HasComment(text)) {
+            reason = "is not valid JSON: it has a comment, or a slash outside of a text";
+            return Json::Value();
+        }
         std::unique_ptr<Json::CharReader> const reader(builder.newCharReader());
         std::string errors;
         if (!reader->parse(text.data(), text.data() + text.size(), &json, &errors)) {
-            reason = "is not valid JSON: " + WithoutMarks(errors);
+            reason = "is not valid JSON: " + FirstError(errors);
             WipeJson(json);
             return Json::Value();
         }
     } catch (std::exception const& error) {
         // Nested too deeply, among others.
-        reason = "is not valid JSON: " + WithoutMarks(error.what());
+        reason = "is not valid JSON: " + FirstError(error.what());
         WipeJson(json);
         return Json::Value();
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 #include <boost/url/parse.hpp>
 #include <boost/url/url_view.hpp>
@@ -14,6 +15,18 @@ namespace {
 namespace urls = boost::urls;
 
 constexpr std::size_t LongestUrl = 8192;
+
+std::optional<urls::url_view> Parse(std::string const& url)
+{
+    auto const parsed = urls::parse_uri(url);
+    if (!parsed || !parsed->has_authority())
+        return std::nullopt;
+    // Boost 1.81 reads 127.0.0.1.example as the host 127.0.0.1 with the path ".example".
+    auto const path = parsed->encoded_path();
+    if (!path.empty() && path.front() != '/')
+        return std::nullopt;
+    return *parsed;
+}
 
 bool IsLoopback(urls::url_view const& url)
 {
@@ -74,8 +87,8 @@ bool IsSecureUrl(std::string const& url)
 {
     if (url.size() > LongestUrl)
         return false;
-    auto const parsed = urls::parse_uri(url);
-    if (!parsed || !parsed->has_authority() || parsed->has_userinfo() || parsed->has_fragment())
+    auto const parsed = Parse(url);
+    if (!parsed || parsed->has_userinfo() || parsed->has_fragment())
         return false;
     auto const host = parsed->encoded_host();
     if (host.empty() || host.find('%') != urls::string_view::npos || PortOf(*parsed) == 0)
@@ -86,16 +99,16 @@ bool IsSecureUrl(std::string const& url)
 
 bool IsSameOrigin(std::string const& left, std::string const& right)
 {
-    auto const one = urls::parse_uri(left);
-    auto const other = urls::parse_uri(right);
-    return one && other && one->has_authority() && other->has_authority() &&
-           one->scheme_id() != urls::scheme::unknown && one->scheme_id() == other->scheme_id() &&
-           IsSameHost(*one, *other) && PortOf(*one) == PortOf(*other);
+    auto const one = Parse(left);
+    auto const other = Parse(right);
+    return one && other && one->scheme_id() != urls::scheme::unknown &&
+           one->scheme_id() == other->scheme_id() && IsSameHost(*one, *other) &&
+           PortOf(*one) == PortOf(*other);
 }
 
 bool UsesTls(std::string const& url)
 {
-    auto const parsed = urls::parse_uri(url);
+    auto const parsed = Parse(url);
     return parsed && parsed->scheme_id() == urls::scheme::https;
 }
 
