@@ -6,10 +6,7 @@ real_providers.py TEST PROVIDER FOLDER [EMULATOR...], where FOLDER has the build
 with status 77 and a line that says why where the provider cannot be had.
 """
 
-import base64
-import json
 import pathlib
-import shutil
 import sys
 import tempfile
 
@@ -23,70 +20,13 @@ import glewlwyd  # noqa: E402
 import oidc_provider  # noqa: E402
 from browser import Browser  # noqa: E402
 from hostile import HostileProvider  # noqa: E402
-from installation import Installation, wait_until  # noqa: E402
+from installation import wait_until  # noqa: E402
+from place import Place, processes_of  # noqa: E402
+from tokens import claims_of  # noqa: E402
 
 PROVIDERS = {"oidc-provider": (oidc_provider.OidcProvider, oidc_provider.why_missing),
              "glewlwyd": (glewlwyd.Glewlwyd, glewlwyd.why_missing),
              "hostile": (HostileProvider, lambda: None)}
-BROWSER = HERE / "providers/browser.py"
-NO_BROWSER = "no-browser-is-to-be-started"
-
-
-def processes_of(root, programs=("browser.py", "chromium")):
-    """Those of these programs that a test below this folder started and that have not ended."""
-    left = []
-    for process in pathlib.Path("/proc").glob("[0-9]*"):
-        try:
-            words = (process / "cmdline").read_bytes().replace(b"\0", b" ").decode()
-            environment = (process / "environ").read_bytes().decode("utf-8", "replace")
-        except OSError:
-            continue  # it has just ended
-        if any(name in words for name in programs) and str(root) in words + environment:
-            left.append(words)
-    return left
-
-
-class Place(Installation):
-    """An installation with a browser that signs in as the provider's user."""
-
-    def __init__(self, root, programs, emulator, provider):
-        super().__init__(root, programs, emulator, provider)
-        self.trace = root / "trace"
-
-    def environment(self):
-        return {
-            **super().environment(),
-            "HXSSO_OPENID_BROWSER": self.native(BROWSER),
-            "HXSSO_TEST_AUTHORITY": str(self.provider.authority.bundle),
-            "HXSSO_TEST_USER": self.provider.user,
-            "HXSSO_TEST_PASSWORD": self.provider.password,
-            "HXSSO_TEST_COOKIES": str(self.root / "cookies"),
-            "HXSSO_TEST_TRACE": str(self.trace),
-        }
-
-    def start_without_browser(self):
-        return self.start(HXSSO_OPENID_BROWSER=self.native(self.root / NO_BROWSER))
-
-    def sign_ins(self):
-        """How often the browser came back to the host; it may still be showing the page."""
-        wait_until(lambda: not processes_of(self.root))
-        trace = self.trace.read_text() if self.trace.exists() else ""
-        return trace.count("came to http://127.0.0.1:")
-
-    def keep_store(self, name):
-        """A copy of the store, for a host that has slept while others went on."""
-        shutil.copytree(self.store, self.root / name)
-
-    def put_store_back(self, name):
-        shutil.rmtree(self.store)
-        shutil.copytree(self.root / name, self.store)
-
-    def logged(self, *words):
-        return [line for line in self.log() if all(word in line for word in words)]
-
-
-def claims_of(token):
-    return json.loads(base64.urlsafe_b64decode(token.split(".")[1] + "==="))
 
 
 def sign_in(host):

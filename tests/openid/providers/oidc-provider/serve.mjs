@@ -79,7 +79,7 @@ const configuration = {
             enabled: true,
             defaultResource: () => API,
             getResourceServerInfo: () => ({
-                scope: 'data:read data:write',
+                scope: 'user:profile data:read data:write',
                 audience: API,
                 accessTokenFormat: 'jwt',
                 accessTokenTTL: settings.lifetime,
