@@ -9,7 +9,7 @@ import json
 SAME = object()
 ISSUER = "https://localhost:"
 CLIENT = "hxsso-test"
-SCOPES = "openid profile email offline_access data:read data:write"
+SCOPES = "data:read data:write email offline_access openid profile"
 
 
 def path_of(*names):
@@ -89,8 +89,8 @@ OPERATIONS = [
     ("Private.RestoreLogin true", False, True),
     ("InitiateLogout 9", {"result": False, "text": "", "cookies": 0}, SAME),
     # tokens
-    ("IsTokenAvailable", False, True),
     ("GetAccessToken", "", a_token),
+    ("IsTokenAvailable", False, True),
     ("GetAccessToken.flag true", "", a_token),
     ("GetAccessToken.small", {"stored": 0, "text": ""}, SAME),
     ("GetTokenExpiryDate", 0, future),
