@@ -63,6 +63,11 @@ Json::Value ParseJsonObject(std::string_view text, std::string& reason)
             reason = "is not UTF-8";
             return Json::Value();
         }
+        // jsoncpp takes it for the end, whatever stands behind it.
+        if (text.find('\0') != std::string_view::npos) {
+            reason = "is not valid JSON: it has a zero character";
+            return Json::Value();
+        }
         if (HasComment(text)) {
             reason = "is not valid JSON: it has a comment, or a slash outside of a text";
             return Json::Value();
