@@ -64,7 +64,7 @@ class Demonstration(Place):
                 check=True, stdout=subprocess.DEVNULL)
 
     def run_sample(self, *expected, **environment):
-        """Its output, which must have these lines; "*" stands for anything."""
+        """Its output, which must have these lines, with "*" for anything."""
         words = [*self.emulator, str(self.sample)]
         ended = subprocess.run(
             self.provider.authority.trusted(words), cwd=self.root, encoding="utf-8",
@@ -114,6 +114,7 @@ def demonstrate(place):
         say("the sample host again: signed in by the other's login, with no browser; it signs out")
         place.run_sample("RestoreLogin answers true", "signed in: Alice Ågren alice@example.org",
                          "access token: *.*.*", "logout: CompleteLogout answers true",
+                         "URL overrides: 0, login page none",
                          "dialog: Login answers false, IsLoggedIn false",
                          HXSSO_OPENID_BROWSER=place.native(place.root / NO_BROWSER))
         claim(place.sign_ins() == 2, "a browser was used")

@@ -58,6 +58,7 @@ def signs_in(place):
         sign_in(host)
         assert host.ask("GetUserNameW") == "Alice Ågren"
         assert host.ask("GetUserEmail") == "alice@example.org"
+        assert host.ask("Private.GetUrlOverrides", 0) == {}
         token = token_of(host)
         claims = claims_of(token)
         assert claims["iss"] == place.provider.issuer, claims

@@ -80,7 +80,11 @@ Target Session::Hidden::Chosen()
 std::string Session::Hidden::Override(std::int32_t number, std::string const& url)
 {
     std::lock_guard<std::mutex> const guard(mutex);
-    return urlOverrides[number][url];
+    auto const ofServer = urlOverrides.find(number);
+    if (ofServer == urlOverrides.end())
+        return {};
+    auto const found = ofServer->second.find(url);
+    return found == ofServer->second.end() ? std::string() : found->second;
 }
 
 std::chrono::milliseconds Session::Hidden::NetworkLimit() const

@@ -53,6 +53,7 @@ class Grant:
 
 class HostileProvider:
     client_id = "hxsso-test"
+    password = "wonderland"  # nobody asks for it
 
     def __init__(self, folder, algorithm="RS256", lifetime=3600):
         self.authority = Authority(folder)
