@@ -1,0 +1,297 @@
+#include "openid/platform/Files.h"
+
+#include "openid/platform/SecretBytes.h"
+#include "openid/platform/windows/Windows.h"
+
+#include <objbase.h>
+#include <shlobj.h>
+
+#include <algorithm>
+#include <thread>
+
+namespace Halvorix::OpenId {
+
+namespace {
+
+using std::filesystem::path;
+using namespace std::chrono_literals;
+
+constexpr DWORD AnybodyElse = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+/// The name in the form that may be longer than 260 characters, and in which "NUL" is a file.
+std::wstring LongName(path const& file)
+{
+    std::wstring whole(::GetFullPathNameW(file.c_str(), 0, nullptr, nullptr), L'\0');
+    whole.resize(
+        ::GetFullPathNameW(file.c_str(), static_cast<DWORD>(whole.size()), whole.data(), nullptr));
+    if (whole.compare(0, 4, L"\\\\?\\") == 0 || whole.compare(0, 4, L"\\\\.\\") == 0)
+        return whole;
+    if (whole.compare(0, 2, L"\\\\") == 0)
+        return L"\\\\?\\UNC\\" + whole.substr(2);
+    return L"\\\\?\\" + whole;
+}
+
+Handle Open(std::wstring const& name, DWORD access, DWORD sharing, DWORD disposition)
+{
+    return Handle(::CreateFileW(name.c_str(), access, sharing, nullptr, disposition,
+                                FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+bool IsMissing(DWORD error)
+{
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+}
+
+/// Somebody else, such as a scanner for viruses, has it open for a moment.
+bool IsPassing(DWORD error)
+{
+    return error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED ||
+           error == ERROR_LOCK_VIOLATION;
+}
+
+/// Tries something until it works or fails for a reason that does not pass, for two seconds.
+template <class Action>
+bool Persistently(Action action)
+{
+    auto const deadline = std::chrono::steady_clock::now() + 2s;
+    while (!action()) {
+        DWORD const error = ::GetLastError();
+        if (!IsPassing(error) || std::chrono::steady_clock::now() >= deadline) {
+            ::SetLastError(error);
+            return false;
+        }
+        std::this_thread::sleep_for(10ms);
+    }
+    return true;
+}
+
+FileContent Refused(std::string reason)
+{
+    return {FileContent::State::Refused, {}, std::move(reason)};
+}
+
+bool WriteAll(Handle const& file, std::string const& bytes)
+{
+    DWORD written = 0;
+    return ::WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written,
+                       nullptr) &&
+           written == bytes.size();
+}
+
+bool IsFolder(std::wstring const& name)
+{
+    DWORD const attributes = ::GetFileAttributesW(name.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+bool MakeFolders(path const& folder)
+{
+    std::wstring const name = LongName(folder);
+    if (IsFolder(name) || ::CreateDirectoryW(name.c_str(), nullptr))
+        return true;
+    path const above = folder.parent_path();
+    if (::GetLastError() != ERROR_PATH_NOT_FOUND || above == folder || !MakeFolders(above))
+        return IsFolder(name);
+    // Another process may make it meanwhile.
+    return ::CreateDirectoryW(name.c_str(), nullptr) || IsFolder(name);
+}
+
+bool Move(std::wstring const& from, std::wstring const& to)
+{
+    return Persistently([&] {
+        return ::MoveFileExW(from.c_str(), to.c_str(),
+                             MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != FALSE;
+    });
+}
+
+void Overwrite(std::wstring const& name)
+{
+    Handle const file = Open(name, GENERIC_WRITE, AnybodyElse, OPEN_EXISTING);
+    LARGE_INTEGER size{};
+    if (!file || !::GetFileSizeEx(file.Get(), &size))
+        return;
+    if (WriteAll(file, std::string(static_cast<std::size_t>(size.QuadPart), '\0')))
+        ::FlushFileBuffers(file.Get());
+}
+
+bool Erase(std::wstring const& name)
+{
+    Overwrite(name);
+    return ::DeleteFileW(name.c_str()) || IsMissing(::GetLastError());
+}
+
+path SystemFolder(KNOWNFOLDERID const& identifier)
+{
+    wchar_t* name = nullptr;
+    HRESULT const result = ::SHGetKnownFolderPath(identifier, KF_FLAG_DONT_VERIFY, nullptr, &name);
+    path const folder = SUCCEEDED(result) && name != nullptr ? path(name) : path();
+    ::CoTaskMemFree(name);
+    return folder;
+}
+
+class SystemLock : public FileLock {
+public:
+    explicit SystemLock(Handle aFile) : file(std::move(aFile)) {}
+
+private:
+    Handle const file; // whose end is the lock's
+};
+
+} // namespace
+
+path ModuleFolder()
+{
+    HMODULE module = nullptr;
+    ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
+                             GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                         reinterpret_cast<wchar_t const*>(&ModuleFolder), &module);
+    std::wstring name(260, L'\0');
+    for (;;) {
+        DWORD const size =
+            ::GetModuleFileNameW(module, name.data(), static_cast<DWORD>(name.size()));
+        if (size < name.size())
+            return path(name.substr(0, size)).parent_path();
+        name.resize(name.size() * 2); // it was cut
+    }
+}
+
+path KnownFolder(std::string const& name)
+{
+    if (name == "ProgramFiles")
+        return SystemFolder(FOLDERID_ProgramFiles);
+    if (name == "AppData")
+        return SystemFolder(FOLDERID_RoamingAppData);
+    if (name == "LocalAppData")
+        return SystemFolder(FOLDERID_LocalAppData);
+    if (name == "Home")
+        return SystemFolder(FOLDERID_Profile);
+    return {};
+}
+
+std::string PathText(path const& file) { return Utf8From(file.native()); }
+
+path PathFromText(std::string const& text) { return WideFrom(text); }
+
+FileContent ReadFile(path const& file, std::size_t limit)
+{
+    Handle const opened = Open(LongName(file), GENERIC_READ, AnybodyElse, OPEN_EXISTING);
+    DWORD const error = ::GetLastError();
+    if (!opened && IsMissing(error))
+        return {};
+    if (!opened)
+        return Refused(IsFolder(LongName(file)) ? "it is not a regular file" : ErrorText(error));
+    if (::GetFileType(opened.Get()) != FILE_TYPE_DISK)
+        return Refused("it is not a regular file");
+    FileContent content{FileContent::State::Read, {}, {}};
+    std::string piece(16384, '\0');
+    WipeAtEnd const wiping(piece);
+    for (;;) {
+        DWORD count = 0;
+        bool const isRead = ::ReadFile(opened.Get(), piece.data(), static_cast<DWORD>(piece.size()),
+                                       &count, nullptr) != FALSE;
+        if (isRead && count == 0)
+            return content;
+        if (!isRead || count > limit - content.bytes.size()) {
+            std::string const reason = isRead
+                                           ? "it is larger than " + std::to_string(limit) + " bytes"
+                                           : ErrorText(::GetLastError());
+            Wipe(content.bytes);
+            return Refused(reason);
+        }
+        AppendSecret(content.bytes, piece.data(), count);
+    }
+}
+
+FileContent ReadPrivateFile(path const& file, std::size_t limit) { return ReadFile(file, limit); }
+
+bool PreparePrivateFolder(path const& folder, std::string& reason)
+{
+    if (MakeFolders(folder))
+        return true;
+    reason = ErrorText(::GetLastError());
+    return false;
+}
+
+bool ReplacePrivateFile(path const& file, std::string const& bytes, std::string& reason)
+{
+    std::wstring const name = LongName(file);
+    std::wstring const replacement = name + L".new";
+    HANDLE opened = INVALID_HANDLE_VALUE;
+    // Nobody else may write to it until it has the other name.
+    Persistently([&] {
+        opened = ::CreateFileW(replacement.c_str(), GENERIC_WRITE | DELETE,
+                               FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, CREATE_ALWAYS,
+                               FILE_ATTRIBUTE_NORMAL, nullptr);
+        return opened != INVALID_HANDLE_VALUE;
+    });
+    Handle const written(opened);
+    if (written && WriteAll(written, bytes) && ::FlushFileBuffers(written.Get()) &&
+        Move(replacement, name))
+        return true;
+    reason = ErrorText(::GetLastError());
+    return false;
+}
+
+bool AppendPrivateFile(path const& file, std::string const& bytes)
+{
+    // Without the right to write elsewhere than at its end, wherever that is by then.
+    Handle const opened = Open(LongName(file), FILE_APPEND_DATA, AnybodyElse, OPEN_ALWAYS);
+    return opened && WriteAll(opened, bytes);
+}
+
+bool RemovePrivateFile(path const& file)
+{
+    std::wstring const name = LongName(file);
+    std::wstring const removed = name + L".gone";
+    bool const isGone = Move(name, removed) || IsMissing(::GetLastError());
+    bool const areErased = Erase(removed) && Erase(name + L".new");
+    return isGone && areErased;
+}
+
+bool RenameFile(path const& from, path const& to) { return Move(LongName(from), LongName(to)); }
+
+std::string FileStamp(path const& file)
+{
+    Handle const opened = Open(LongName(file), FILE_READ_ATTRIBUTES, AnybodyElse, OPEN_EXISTING);
+    BY_HANDLE_FILE_INFORMATION about{};
+    if (!opened || !::GetFileInformationByHandle(opened.Get(), &about))
+        return {};
+    std::string stamp;
+    for (DWORD const number :
+         {about.dwVolumeSerialNumber, about.nFileIndexHigh, about.nFileIndexLow,
+          about.nFileSizeHigh, about.nFileSizeLow, about.ftLastWriteTime.dwHighDateTime,
+          about.ftLastWriteTime.dwLowDateTime, about.ftCreationTime.dwHighDateTime,
+          about.ftCreationTime.dwLowDateTime})
+        stamp += std::to_string(number) + ' ';
+    return stamp;
+}
+
+std::unique_ptr<FileLock> FileLock::Acquire(path const& file, std::chrono::milliseconds limit,
+                                            std::string& reason)
+{
+    Handle opened = Open(LongName(file), GENERIC_READ | GENERIC_WRITE, AnybodyElse, OPEN_ALWAYS);
+    if (!opened) {
+        reason = ErrorText(::GetLastError());
+        return nullptr;
+    }
+    auto const deadline = std::chrono::steady_clock::now() + limit;
+    // The system can wait for a lock without an end or not at all.
+    for (auto pause = 1ms;; pause = std::min(pause * 2, 20ms)) {
+        OVERLAPPED first{};
+        if (::LockFileEx(opened.Get(), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0,
+                         &first))
+            return std::make_unique<SystemLock>(std::move(opened));
+        DWORD const error = ::GetLastError();
+        if (error != ERROR_LOCK_VIOLATION && error != ERROR_IO_PENDING) {
+            reason = ErrorText(error);
+            return nullptr;
+        }
+        if (std::chrono::steady_clock::now() >= deadline) {
+            reason = "another process has held it for " + std::to_string(limit.count()) + " ms";
+            return nullptr;
+        }
+        std::this_thread::sleep_for(pause);
+    }
+}
+
+} // namespace Halvorix::OpenId
