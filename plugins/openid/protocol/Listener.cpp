@@ -26,7 +26,7 @@ using Error = boost::system::error_code;
 constexpr std::chrono::seconds SlowestRequest{5};
 /// A browser that has the page closes first, which leaves its port in use for a while, not ours.
 constexpr std::chrono::milliseconds Courtesy{250};
-constexpr std::chrono::milliseconds SlowestFarewell{1000};
+constexpr std::chrono::milliseconds SlowestFarewell{500};
 constexpr std::chrono::milliseconds Tick{100};
 /// More at once come from nobody who wants to sign in; the oldest goes for a new one.
 constexpr std::size_t MostConnections = 64;
