@@ -95,10 +95,11 @@ def KeepsTheLoginFromOneProcessToTheNext(place, provider):
 
 
 def ScopesAreCaseSensitiveAndInAnyOrder(place, provider):
+    place.configure({"production": provider.server_entry("openid data:read data:write Data:Read")})
     with User(place), place.start() as host:
         sign_in(host)
         small, large = token(host, "data:read"), token(host, "Data:Read")
-        assert small != large
+        assert small and large and small != large
         both = token(host, "data:write data:read")
         asked = provider.requests["token"]
         assert token(host, "data:read data:write") == both
