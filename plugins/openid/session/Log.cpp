@@ -138,6 +138,8 @@ struct LogFile::State {
 
     void Open(fs::path const& folder)
     {
+        if (folder.empty())
+            return;
         std::string reason;
         bool const isReady = PreparePrivateFolder(folder, reason);
         auto const lock = LockBriefly(mutex);

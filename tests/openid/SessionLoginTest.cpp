@@ -1,0 +1,284 @@
+// Signing in with the browser.
+
+#include <string>
+#include <thread>
+
+#include <gmock/gmock.h>
+
+#include "openid/SessionWorld.h"
+
+using namespace Halvorix::OpenId;
+using Rig::SessionWorld;
+using Rig::TestProvider;
+using std::chrono::milliseconds;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+using Behaviour = TestProvider::Behaviour;
+
+void ExpectNobodySignedIn(SessionWorld& world, Session& session, std::string const& line)
+{
+    EXPECT_FALSE(session.IsLoggedIn());
+    EXPECT_FALSE(session.IsLoginInProgress());
+    EXPECT_FALSE(session.Events().HasEvent());
+    EXPECT_THAT(world.LogText(), HasSubstr(line));
+}
+
+} // namespace
+
+TEST(SessionLogin, SignsInWithTheBrowser)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    EXPECT_FALSE(session->IsLoggedIn());
+    EXPECT_TRUE(session->Claims().isNull());
+    ASSERT_TRUE(session->LoginInBrowser("alice@login.example")) << world.LogText();
+
+    EXPECT_TRUE(session->IsLoggedIn());
+    EXPECT_FALSE(session->IsLoginInProgress());
+    TokenView const token = session->AccessToken({1, ""});
+    EXPECT_EQ(*token.text, world.provider.Last("access_token"));
+    EXPECT_TRUE(token.usable);
+    EXPECT_NEAR(static_cast<double>(token.expiryDate), static_cast<double>(WallClock() + 3600), 5);
+    EXPECT_EQ(world.provider.Count("refresh"), 0);
+    EXPECT_THAT(world.browser.Opened().at(0), HasSubstr("login_hint=alice%40login.example"));
+    EXPECT_THAT(world.LogText(), HasSubstr("Info Signed in at https://login.example"));
+
+    EXPECT_TRUE(session->Events().Dispatch());
+    EXPECT_TRUE(session->Events().Dispatch());
+    EXPECT_FALSE(session->Events().Dispatch());
+}
+
+TEST(SessionLogin, KnowsTheUserByIdTokenAndUserinfo)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    Json::Value const claims = session->Claims();
+    EXPECT_EQ(claims["sub"], "alice-1");
+    EXPECT_EQ(claims["name"], "Alice");
+    EXPECT_EQ(claims["email"], "alice@login.example");
+    EXPECT_EQ(claims["iss"], "https://login.example"); // which userinfo does not change
+    EXPECT_FALSE(claims.isMember("nonce"));
+    EXPECT_EQ(session->LoginExpiryDate(), 0);
+
+    Json::Value const state = session->State();
+    EXPECT_EQ(state["server"], "production");
+    EXPECT_EQ(state["issuer"], "https://login.example");
+    EXPECT_EQ(state["clientId"], "client-1");
+    EXPECT_EQ(state["subject"], "alice-1");
+    EXPECT_EQ(state["loggedIn"], true);
+    EXPECT_EQ(state["loginInProgress"], false);
+    EXPECT_EQ(state["refreshable"], true);
+    EXPECT_EQ(state["scopes"], "offline_access openid profile");
+}
+
+TEST(SessionLogin, LetsAHostOpenTheBrowserItself)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    auto const url = session->BeginLogin("");
+    ASSERT_TRUE(url);
+    EXPECT_TRUE(session->IsLoginInProgress());
+    EXPECT_EQ(url->find("https://login.example/authorization?"), 0u);
+    world.browser.Open(*url);
+    ASSERT_TRUE(session->FinishLogin()) << world.LogText();
+    EXPECT_TRUE(session->IsLoggedIn());
+    EXPECT_FALSE(session->FinishLogin());
+    EXPECT_THAT(world.LogText(),
+                HasSubstr("Cannot sign in: no sign-in was begun, or it was ended"));
+}
+
+TEST(SessionLogin, IsSharedWithOtherProcesses)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    auto const another = world.NewSession();
+    EXPECT_FALSE(another->IsLoggedIn());
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    EXPECT_TRUE(another->IsLoggedIn());
+    EXPECT_TRUE(another->Events().Dispatch()); // it is told, too
+    EXPECT_FALSE(another->Events().HasEvent());
+    EXPECT_TRUE(another->RestoreLogin());
+    EXPECT_EQ(*another->AccessToken({1, ""}).text, world.provider.Last("access_token"));
+    EXPECT_EQ(world.provider.Count("token"), 1);
+}
+
+TEST(SessionLogin, IsOneAtATime)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->BeginLogin(""));
+    EXPECT_FALSE(session->BeginLogin(""));
+    EXPECT_FALSE(session->LoginInBrowser(""));
+    EXPECT_EQ(world.LinesWith("Cannot sign in: another sign-in is in progress. Fix: "), 2);
+    session->CancelLogin();
+    EXPECT_FALSE(session->IsLoginInProgress());
+    EXPECT_TRUE(session->LoginInBrowser("")) << world.LogText();
+}
+
+TEST(SessionLogin, ThatNobodyFinishesGivesWayAfterItsTime)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->BeginLogin(""));
+    world.Pass(world.configuration.loginTimeout + std::chrono::seconds(1));
+    EXPECT_FALSE(session->IsLoginInProgress());
+    EXPECT_TRUE(session->LoginInBrowser("")) << world.LogText();
+}
+
+TEST(SessionLogin, GivesUpAfterItsTime)
+{
+    SessionWorld world;
+    world.configuration.loginTimeout = std::chrono::seconds(1);
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->BeginLogin(""));
+    auto const start = SinceBoot();
+    EXPECT_FALSE(session->FinishLogin());
+    EXPECT_LT(SinceBoot() - start, milliseconds(5000));
+    ExpectNobodySignedIn(world, *session, "Cannot sign in: the browser did not come back in time");
+}
+
+TEST(SessionLogin, EndsAtOnceWhenTheHostSignsOut)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->BeginLogin(""));
+    milliseconds ended{0};
+    std::thread host([&] {
+        std::this_thread::sleep_for(milliseconds(200));
+        EXPECT_FALSE(session->Logout()); // nobody was signed in
+        ended = SinceBoot();
+    });
+    EXPECT_FALSE(session->FinishLogin());
+    auto const given = SinceBoot();
+    host.join();
+    EXPECT_LT(given - ended, milliseconds(1000));
+    ExpectNobodySignedIn(world, *session, "Cannot sign in: the host ended the sign-in");
+}
+
+TEST(SessionLogin, EndsInTheMiddleOfASlowRequestWhenTheHostSignsOut)
+{
+    SessionWorld world;
+    world.provider.Order([](Behaviour& behaviour) { behaviour.delay = std::chrono::seconds(8); });
+    auto const session = world.NewSession();
+    std::thread host([&] {
+        while (world.provider.Count("token") == 0)
+            std::this_thread::sleep_for(milliseconds(10));
+        session->Logout();
+    });
+    auto const start = SinceBoot();
+    EXPECT_FALSE(session->LoginInBrowser(""));
+    host.join();
+    EXPECT_LT(SinceBoot() - start, milliseconds(5000));
+    EXPECT_FALSE(session->IsLoggedIn());
+    EXPECT_FALSE(session->IsLoginInProgress());
+}
+
+TEST(SessionLogin, NeedsABrowser)
+{
+    SessionWorld world;
+    world.hasBrowser = false;
+    auto const session = world.NewSession();
+    EXPECT_FALSE(session->LoginInBrowser(""));
+    ExpectNobodySignedIn(
+        world, *session,
+        "Cannot sign in: no browser was started: there is none. Fix: set a default "
+        "browser for this user");
+}
+
+TEST(SessionLogin, NeedsTheProvider)
+{
+    SessionWorld world;
+    world.provider.Order([](Behaviour& behaviour) { behaviour.isAway = true; });
+    auto const session = world.NewSession();
+    EXPECT_FALSE(session->LoginInBrowser(""));
+    ExpectNobodySignedIn(world, *session, "Cannot sign in: the description ");
+    EXPECT_TRUE(world.browser.Opened().empty());
+}
+
+TEST(SessionLogin, NeedsAnIdToken)
+{
+    SessionWorld world;
+    world.provider.Order([](Behaviour& behaviour) { behaviour.givesIdToken = false; });
+    auto const session = world.NewSession();
+    EXPECT_FALSE(session->LoginInBrowser(""));
+    ExpectNobodySignedIn(world, *session, "but no id_token");
+}
+
+TEST(SessionLogin, RefusesAnotherNonce)
+{
+    SessionWorld world;
+    world.provider.Order([](Behaviour& behaviour) { behaviour.nonce = "of-another-sign-in"; });
+    auto const session = world.NewSession();
+    EXPECT_FALSE(session->LoginInBrowser(""));
+    ExpectNobodySignedIn(world, *session, "nonce");
+}
+
+TEST(SessionLogin, RefusesUserinfoAboutAnotherUser)
+{
+    SessionWorld world;
+    world.provider.Order([](Behaviour& behaviour) { behaviour.subjectOfUserinfo = "mallory"; });
+    auto const session = world.NewSession();
+    EXPECT_FALSE(session->LoginInBrowser(""));
+    ExpectNobodySignedIn(world, *session, "answered about another user (sub)");
+}
+
+TEST(SessionLogin, GoesOnWithoutUserinfo)
+{
+    SessionWorld world;
+    world.provider.Order([](Behaviour& behaviour) { behaviour.userinfoStatus = 500; });
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->LoginInBrowser("")) << world.LogText();
+    EXPECT_EQ(session->Claims()["name"], "Alice");
+    EXPECT_FALSE(session->Claims().isMember("email"));
+    EXPECT_EQ(world.LinesWith("The sign-in goes on without the claims of userinfo: "), 1);
+}
+
+TEST(SessionLogin, RemarksThatThereIsNoRefreshToken)
+{
+    SessionWorld world;
+    world.provider.Order([](Behaviour& behaviour) { behaviour.givesRefreshToken = false; });
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    EXPECT_EQ(world.LinesWith("offline_access"), 1);
+    EXPECT_NEAR(static_cast<double>(session->LoginExpiryDate()),
+                static_cast<double>(WallClock() + 3600), 5);
+    world.Pass(std::chrono::seconds(3600));
+    EXPECT_TRUE(session->AccessToken({1, ""}).text->empty());
+    EXPECT_FALSE(session->RestoreLogin());
+    EXPECT_EQ(world.LinesWith("Cannot get a new token: the provider gave no refresh token"), 1);
+}
+
+TEST(SessionLogin, WithoutAConfigurationSaysWhy)
+{
+    Rig::TestFolder const folder;
+    auto const log = std::make_shared<LogFile>();
+    log->Open(folder.Path());
+    Failure missing;
+    missing.reason = "HxSSOOpenID.json is missing";
+    Session session(missing, log);
+    EXPECT_FALSE(session.LoginInBrowser(""));
+    EXPECT_THAT(Rig::ContentOf(folder / "HxSSOOpenID.log"),
+                HasSubstr("Error Cannot sign in: HxSSOOpenID.json is missing"));
+
+    EXPECT_FALSE(session.FinishLogin());
+    EXPECT_FALSE(session.RestoreLogin());
+    EXPECT_FALSE(session.Logout());
+    EXPECT_FALSE(session.IsLoggedIn());
+    EXPECT_FALSE(session.RefreshToken({1, ""}));
+    EXPECT_TRUE(session.AccessToken({1, ""}).text->empty());
+    EXPECT_TRUE(session.TokenAtHand({1, ""}).text->empty());
+    EXPECT_EQ(session.EndSessionAddress(), "");
+    EXPECT_EQ(session.Url("issuer"), "");
+    EXPECT_EQ(session.Server(), -1);
+    EXPECT_FALSE(session.SelectServer(0));
+    EXPECT_EQ(session.ServerName(0), "");
+    EXPECT_TRUE(session.StoreFile(0).empty());
+    EXPECT_EQ(session.LoginExpiryDate(), 0);
+    EXPECT_EQ(session.State()["loggedIn"], false);
+    session.LockStore();
+    session.UnlockStore();
+}

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "openid/TestBrowser.h"
+#include "openid/TestFolder.h"
+#include "openid/TestProvider.h"
+#include "openid/session/Session.h"
+
+namespace Rig {
+
+/// What sessions of one user live in: a store, a provider, a browser, clocks that the test sets.
+/// Each session stands for a process of its own, but for the locks between processes.
+class SessionWorld {
+public:
+    SessionWorld()
+    {
+        configuration.store = folder.Path() / "store";
+        auto& server = configuration.servers["production"];
+        server.issuer = provider.Issuer();
+        server.clientId = "client-1";
+        server.scopes = "offline_access openid profile";
+        configuration.loginTimeout = std::chrono::seconds(20);
+        configuration.networkTimeout = std::chrono::seconds(10);
+    }
+
+    std::shared_ptr<Halvorix::OpenId::Session> NewSession()
+    {
+        using namespace Halvorix::OpenId;
+        auto log = std::make_shared<LogFile>();
+        log->Open(folder.Path() / "log");
+        Outside outside;
+        outside.send = [this](HttpRequest const& request) { return provider.Answer(request); };
+        outside.openBrowser = [this](std::string const& url, std::string& reason) {
+            reason = "there is none";
+            return hasBrowser && browser.Open(url);
+        };
+        outside.wallClock = [this] { return WallClock() + wallOffset.load(); };
+        outside.sinceBoot = [this] {
+            return SinceBoot() + std::chrono::milliseconds(passed.load());
+        };
+        return std::make_shared<Session>(configuration, std::move(log), std::move(outside));
+    }
+
+    /// Time goes by, by both clocks.
+    void Pass(std::chrono::seconds time)
+    {
+        passed += std::chrono::milliseconds(time).count();
+        wallOffset += time.count();
+    }
+    /// Somebody sets the clock.
+    void Jump(std::chrono::seconds time) { wallOffset += time.count(); }
+
+    std::string LogText() const { return ContentOf(folder / "log" / "HxSSOOpenID.log"); }
+    int LinesWith(std::string const& text) const
+    {
+        std::string const log = LogText();
+        int count = 0;
+        for (auto at = log.find(text); at != std::string::npos; at = log.find(text, at + 1))
+            ++count;
+        return count;
+    }
+
+    TestFolder folder;
+    TestProvider provider;
+    Halvorix::OpenId::PluginConfiguration configuration;
+    std::atomic<bool> hasBrowser{true};
+
+private:
+    std::atomic<std::int64_t> wallOffset{0};
+    std::atomic<std::int64_t> passed{0};
+
+public:
+    TestBrowser browser{provider}; ///< Its threads end first.
+};
+
+} // namespace Rig
