@@ -13,14 +13,31 @@
 #include <boost/asio/read_until.hpp>
 #include <boost/asio/write.hpp>
 
+#include "openid/platform/ListeningSocket.h"
+
 namespace Rig {
 
 namespace asio = boost::asio;
 using Tcp = asio::ip::tcp;
 
+namespace {
+
+/// By the plugin's own socket, which is what makes the system's network usable.
+Tcp::acceptor Listening(asio::io_context& context)
+{
+    auto const socket = Halvorix::OpenId::NewListeningSocket();
+    Tcp::acceptor acceptor(context, Tcp::v4(),
+                           static_cast<Tcp::acceptor::native_handle_type>(socket));
+    acceptor.bind(Tcp::endpoint(asio::ip::address_v4::loopback(), 0));
+    acceptor.listen();
+    return acceptor;
+}
+
+} // namespace
+
 struct TestServer::State {
     asio::io_context context;
-    Tcp::acceptor acceptor{context, Tcp::endpoint(asio::ip::address_v4::loopback(), 0)};
+    Tcp::acceptor acceptor = Listening(context);
     int const port = acceptor.local_endpoint().port();
     Handler handler;
     std::mutex mutex; // of what follows

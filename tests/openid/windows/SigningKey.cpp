@@ -60,6 +60,17 @@ struct SigningKey::Key {
         Check(::BCryptGenerateKeyPair(algorithm, &pair, form.bits, 0), "new key");
         Check(::BCryptFinalizeKeyPair(pair, 0), "finished key");
     }
+    /// A copy.
+    Key(Key const& other, wchar_t const* form) : kind(other.kind)
+    {
+        std::string blob = other.Export(form);
+        Check(::BCryptOpenAlgorithmProvider(&algorithm, FormOf(kind).algorithm, nullptr, 0),
+              "algorithm");
+        Check(::BCryptImportKeyPair(algorithm, nullptr, form, &pair,
+                                    reinterpret_cast<PUCHAR>(blob.data()),
+                                    static_cast<ULONG>(blob.size()), 0),
+              "import");
+    }
     ~Key()
     {
         if (pair != nullptr)
@@ -105,9 +116,11 @@ std::string SigningKey::Sign(std::string const& algorithm, std::string_view data
         padding = &pss;
         flags = BCRYPT_PAD_PSS;
     }
+    // On Wine 8 a handle of RSA that has signed with one padding refuses the other.
+    auto const own = key->IsRsa() ? std::make_shared<Key>(*key, BCRYPT_RSAFULLPRIVATE_BLOB) : key;
     std::string signature(1024, '\0');
     ULONG size = 0;
-    Check(::BCryptSignHash(key->pair, padding, reinterpret_cast<PUCHAR>(hash.data()),
+    Check(::BCryptSignHash(own->pair, padding, reinterpret_cast<PUCHAR>(hash.data()),
                            static_cast<ULONG>(hash.size()),
                            reinterpret_cast<PUCHAR>(signature.data()),
                            static_cast<ULONG>(signature.size()), &size, flags),

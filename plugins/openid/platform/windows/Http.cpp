@@ -204,9 +204,15 @@ Transfer::End Transfer::TakeHead()
 Transfer::End Transfer::TakeBody()
 {
     for (;;) {
+        // No more than what has come: Wine 8 waits for the rest of a larger piece, and keeps the
+        // connection for that, long after the handle is closed.
         signals->Begin();
-        End const end =
-            Await(::WinHttpReadData(handle.get(), signals->piece, sizeof signals->piece, nullptr));
+        End end = Await(::WinHttpQueryDataAvailable(handle.get(), nullptr));
+        DWORD const available = std::min<DWORD>(signals->Count(), sizeof signals->piece);
+        if (end != End::Done || available == 0)
+            return end;
+        signals->Begin();
+        end = Await(::WinHttpReadData(handle.get(), signals->piece, available, nullptr));
         std::size_t const count = signals->Count();
         if (end != End::Done || count == 0)
             return end;

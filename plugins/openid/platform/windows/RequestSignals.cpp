@@ -56,6 +56,9 @@ void RequestSignals::Take(DWORD status, void const* information, DWORD size)
     case WINHTTP_CALLBACK_STATUS_REQUEST_ERROR:
         error = static_cast<WINHTTP_ASYNC_RESULT const*>(information)->dwError;
         break;
+    case WINHTTP_CALLBACK_STATUS_DATA_AVAILABLE:
+        count = *static_cast<DWORD const*>(information);
+        break;
     case WINHTTP_CALLBACK_STATUS_READ_COMPLETE:
         count = size;
         break;

@@ -32,7 +32,7 @@ public:
 
     /// Of the step that has ended; 0 if it went well.
     DWORD Error();
-    /// Bytes that were read.
+    /// Bytes that are there to be read, or were read.
     DWORD Count();
     /// What was wrong with the server's certificate.
     DWORD CertificateFlags();
