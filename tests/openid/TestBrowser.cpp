@@ -1,5 +1,7 @@
 #include "openid/TestBrowser.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <utility>
 
@@ -13,6 +15,24 @@ namespace Rig {
 
 namespace asio = boost::asio;
 using asio::ip::tcp;
+
+namespace {
+
+bool IsWhole(std::string const& answer)
+{
+    auto const end = answer.find("\r\n\r\n");
+    if (end == std::string::npos)
+        return false;
+    std::string const name = "content-length: ";
+    auto const start = std::search(
+        answer.begin(), answer.end(), name.begin(), name.end(), [](char left, char right) {
+            return std::tolower(static_cast<unsigned char>(left)) == right;
+        });
+    return start != answer.end() &&
+           answer.size() - end - 4 >= std::strtoul(&*start + name.size(), nullptr, 10);
+}
+
+} // namespace
 
 std::string Get(std::string const& url)
 {
@@ -31,8 +51,12 @@ std::string Get(std::string const& url)
     std::string answer;
     if (!gone)
         asio::write(socket, asio::buffer(request), gone);
+    // As far as the answer goes: a listener waits for its browser to close.
+    auto const isWhole = [&answer](boost::system::error_code error, std::size_t) -> std::size_t {
+        return error || IsWhole(answer) ? 0 : 1024;
+    };
     if (!gone)
-        asio::read(socket, asio::dynamic_buffer(answer), gone);
+        asio::read(socket, asio::dynamic_buffer(answer), isWhole, gone);
     return answer;
 }
 

@@ -1,0 +1,106 @@
+// Signing out.
+
+#include <filesystem>
+#include <string>
+#include <thread>
+
+#include <gmock/gmock.h>
+
+#include "openid/SessionWorld.h"
+
+using namespace Halvorix::OpenId;
+using Rig::SessionWorld;
+using Rig::TestProvider;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using testing::HasSubstr;
+
+namespace {
+
+using Behaviour = TestProvider::Behaviour;
+
+TokenSpec const All{1, ""};
+
+} // namespace
+
+TEST(SessionLogout, ForgetsAndRevokes)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    auto const another = world.NewSession();
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    EXPECT_TRUE(another->IsLoggedIn());
+    std::string const address = session->EndSessionAddress();
+    EXPECT_EQ(address.find("https://login.example/end_session?"), 0u);
+    EXPECT_THAT(address, HasSubstr("id_token_hint=" + world.provider.Last("id_token")));
+    session->Events().Clear();
+    another->Events().Clear();
+
+    EXPECT_TRUE(session->Logout());
+    EXPECT_FALSE(session->IsLoggedIn());
+    EXPECT_TRUE(session->Claims().isNull());
+    EXPECT_TRUE(session->AccessToken(All).text->empty());
+    EXPECT_TRUE(session->TokenAtHand(All).text->empty());
+    EXPECT_FALSE(session->RestoreLogin());
+    EXPECT_EQ(session->EndSessionAddress(), "");
+    EXPECT_FALSE(std::filesystem::exists(session->StoreFile(0)));
+    EXPECT_EQ(world.provider.Count("revocation"), 1);
+    EXPECT_TRUE(session->Events().Dispatch());
+    EXPECT_FALSE(session->Events().HasEvent());
+    EXPECT_THAT(world.LogText(), HasSubstr("Info Signed out at https://login.example"));
+
+    EXPECT_FALSE(another->IsLoggedIn());
+    EXPECT_TRUE(another->AccessToken(All).text->empty());
+    EXPECT_TRUE(another->Events().Dispatch());
+    EXPECT_FALSE(session->Logout());
+    EXPECT_EQ(world.provider.Count("refresh"), 0);
+}
+
+TEST(SessionLogout, IsDoneWhateverBecomesOfTheRevocation)
+{
+    for (int const status : {0, 401, 503}) {
+        SessionWorld world;
+        auto const session = world.NewSession();
+        ASSERT_TRUE(session->LoginInBrowser(""));
+        world.provider.Order([&](Behaviour& behaviour) {
+            behaviour.isAway = status == 0;
+            behaviour.revocationStatus = status;
+        });
+        EXPECT_TRUE(session->Logout());
+        EXPECT_FALSE(session->IsLoggedIn());
+        EXPECT_EQ(world.LinesWith("The refresh token was forgotten, but not revoked: "), 1);
+    }
+}
+
+TEST(SessionLogout, DoesNotWaitForARefreshOnItsWay)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    world.Pass(seconds(3600));
+    world.provider.Order([](Behaviour& behaviour) { behaviour.delay = seconds(8); });
+    std::thread host([&] { EXPECT_TRUE(session->AccessToken(All).text->empty()); });
+    while (world.provider.Count("token") < 2)
+        std::this_thread::sleep_for(milliseconds(5));
+    auto const start = SinceBoot();
+    EXPECT_TRUE(session->Logout());
+    EXPECT_LT(SinceBoot() - start, seconds(4));
+    host.join();
+    EXPECT_FALSE(session->IsLoggedIn());
+    EXPECT_FALSE(std::filesystem::exists(session->StoreFile(0)));
+    EXPECT_EQ(world.LinesWith("Error"), 0) << world.LogText();
+}
+
+TEST(SessionLogout, LeavesOtherServersSignedIn)
+{
+    SessionWorld world;
+    world.configuration.servers["second"] = world.configuration.servers["production"];
+    world.configuration.servers["second"].issuer = "https://login.example/second";
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    ASSERT_TRUE(session->SelectServer(1));
+    EXPECT_FALSE(session->IsLoggedIn());
+    EXPECT_FALSE(session->Logout());
+    ASSERT_TRUE(session->SelectServer(0));
+    EXPECT_TRUE(session->IsLoggedIn());
+}
