@@ -5,11 +5,12 @@ Of each file kind the folders are
 
   accepted     the schema and the reader take it
   refused      neither does
-  reader-only  the reader takes it without a word, and the schema does not: a
-               mistake that would pass unnoticed
+  reader-only  the reader takes it, without a word or with a warning, and the schema does
+               not: a mistake that would pass unnoticed
   schema-only  the schema takes it, and the reader of this process does not
 
-SamplesTest.cpp holds the reader to the same folders. Of the documents of the plugin boundary
+SamplesTest.cpp holds the reader to the same folders, and that of the open plugin's file
+tests/openid/ConfigurationSamplesTest.cpp. Of the documents of the plugin boundary
 the folder `written` has what the library writes, and `reader-only-read` what it has read of
 each document in `reader-only`. Checked besides: the examples and defaults in the schemas,
 and the files that the pages show.
@@ -28,9 +29,10 @@ except ImportError as error:
 
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
-KINDS = {"SSOClient": "ssoServer", "SSOVersionCompatibility": "ssoClientPlugin"}
+KINDS = {"SSOClient": "ssoServer", "SSOVersionCompatibility": "ssoClientPlugin",
+         "HxSSOOpenID": "servers"}
 FOLDERS = {"accepted": True, "refused": False, "reader-only": False, "schema-only": True}
-PAGES = ("README.md", "docs/configuration-files.md")
+PAGES = ("README.md", "docs/configuration-files.md", "docs/openid.md")
 # The documents of the plugin boundary. DocumentsTest.cpp reads and writes them.
 DOCUMENTS = ("OAuth2TokenSpec", "OAuth2Token", "NetworkCookie", "NetworkCookieJar")
 DOCUMENTS_PAGE = "docs/boundary-documents.md"
