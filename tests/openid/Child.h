@@ -12,6 +12,9 @@ using ChildProgram = int (*)(std::vector<std::string> const& arguments);
 
 bool RegisterChild(std::string const& name, ChildProgram program);
 
+/// The file of this test program.
+std::string ThisProgram();
+
 /// A process that runs one of them, killed at the end if it still runs.
 class Child {
 public:

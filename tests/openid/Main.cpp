@@ -1,10 +1,15 @@
-// The tests, or as a process of theirs the child program that the arguments name.
+// The tests, or as a process of theirs the child program that the arguments name, or a browser that
+// writes its address down.
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <fstream>
 #include <iostream>
 #include <map>
+#include <thread>
 
+#include "framework/Variable.h"
 #include "openid/Child.h"
 
 namespace Rig {
@@ -15,6 +20,15 @@ std::map<std::string, ChildProgram>& Programs()
 {
     static std::map<std::string, ChildProgram> programs;
     return programs;
+}
+
+int BeBrowser(std::string const& file, std::string const& url)
+{
+    std::ofstream(file, std::ios::binary) << url << '\n';
+    std::string const stay = Variable("HXSSO_TEST_BROWSER_STAYS");
+    if (!stay.empty())
+        std::this_thread::sleep_for(std::chrono::seconds(std::stoi(stay)));
+    return 0;
 }
 
 } // namespace
@@ -35,6 +49,9 @@ int main(int count, char** arguments)
         std::cerr << "no child program " << arguments[2] << '\n';
         return 2;
     }
+    std::string const seen = Rig::Variable("HXSSO_TEST_BROWSER");
+    if (count == 2 && !seen.empty())
+        return Rig::BeBrowser(seen, arguments[1]);
     ::testing::InitGoogleMock(&count, arguments);
     return RUN_ALL_TESTS();
 }

@@ -4,12 +4,15 @@
 #include <spawn.h>
 #include <sys/wait.h>
 
+#include <filesystem>
 #include <stdexcept>
 #include <thread>
 
 extern char** environ;
 
 namespace Rig {
+
+std::string ThisProgram() { return std::filesystem::read_symlink("/proc/self/exe").string(); }
 
 struct Child::Process {
     pid_t number = 0; // 0 once it has been waited for

@@ -8,6 +8,13 @@ namespace Rig {
 
 using Halvorix::OpenId::WideFrom;
 
+std::string ThisProgram()
+{
+    wchar_t file[MAX_PATH] = {};
+    ::GetModuleFileNameW(nullptr, file, MAX_PATH);
+    return Halvorix::OpenId::Utf8From(file);
+}
+
 struct Child::Process {
     HANDLE handle = nullptr;
 };
@@ -15,16 +22,14 @@ struct Child::Process {
 Child::Child(std::string const& name, std::vector<std::string> const& arguments)
     : process(std::make_unique<Process>())
 {
-    wchar_t file[MAX_PATH] = {};
-    ::GetModuleFileNameW(nullptr, file, MAX_PATH);
     std::wstring command = L"openid --child " + WideFrom(name);
     for (std::string const& argument : arguments)
         command += L" \"" + WideFrom(argument) + L"\"";
     STARTUPINFOW start{};
     start.cb = sizeof start;
     PROCESS_INFORMATION started{};
-    if (!::CreateProcessW(file, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                          &start, &started))
+    if (!::CreateProcessW(WideFrom(ThisProgram()).c_str(), command.data(), nullptr, nullptr, FALSE,
+                          0, nullptr, nullptr, &start, &started))
         throw std::runtime_error("no process for " + name);
     ::CloseHandle(started.hThread);
     process->handle = started.hProcess;

@@ -15,10 +15,18 @@ namespace Halvorix::OpenId {
 
 namespace {
 
-/// Whether the user has raised this process above what the others of his have: their
-/// environment must not tell it what to run.
+/// Wine has all processes raised, and no rights that this would give.
+bool IsWine()
+{
+    return ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+}
+
+/// Whether the user has raised this process above his others: they can set what is in its
+/// environment, and must not tell it what to run.
 bool HasMoreRights()
 {
+    if (IsWine())
+        return false;
     HANDLE token = nullptr;
     TOKEN_ELEVATION_TYPE type = TokenElevationTypeFull;
     DWORD size = sizeof type;
