@@ -31,11 +31,11 @@ built() {
     ) 8>"build/log/$1.lock"
 }
 
-# preset PRESET SETUP: sets up, builds and tests a preset. A line for each test that
+# preset PRESET SETUP...: sets up, builds and tests a preset. A line for each test that
 # failed or was skipped; what CTest itself says is in the log. Ahead it is only built.
 preset() {
     local build=build/$1
-    scripts/setup "$2" && built "$1" || return
+    scripts/setup "${@:2}" && built "$1" || return
     [[ ! ${ahead-} ]] || return
     say "$1: testing"
     rm -rf "$build/junit.xml" "$build/results"

@@ -2,9 +2,9 @@
 # only when it is asked for. A leg that returns a failure could not be carried out.
 # shellcheck shell=bash
 
-leg_native() { preset linux native; }
-leg_windows() { preset windows windows; }
-leg_windows_x86() { preset windows-x86 windows-x86; }
+leg_native() { preset linux native openid; }
+leg_windows() { preset windows windows openid; }
+leg_windows_x86() { preset windows-x86 windows-x86 openid; }
 
 leg_format() {
     scripts/setup native || return

@@ -94,6 +94,9 @@ def demonstrate(place):
                      "dialog: Login answers true, IsLoggedIn true",
                      "dialog: Logout answers true, IsLoggedIn false")
     claim(place.sign_ins() == 1, "the browser did not come back to the sample host")
+    found = place.logged("Getting HxSSO path from registry: ")
+    claim(found, "the plugin's folder was not found by its Location")
+    show(found[0])
 
     say("another host signs in by the browser, stays, and gets a token for data:read")
     with place.start() as host:
