@@ -183,6 +183,10 @@ TEST(OpenIdJson, IsAnObjectOrNothing)
                           {"{\"a\":NaN}", "is not valid JSON"},
                           {"{\"a\":\"\xFF\"}", "is not UTF-8"},
                           {"{\"a\":\"\xC0\x80\"}", "is not UTF-8"},
+                          {R"({"a":["\udc00"]})", "half of a character"},
+                          {R"({"\udfff":1})", "half of a character"},
+                          {R"({"a":"\ud83d"})", "is not valid JSON"},
+                          {std::string("{}\0{}", 5), "a zero character"},
                           {"<html>", "is not valid JSON"},
                           {deep, "is not valid JSON"},
                           {"{\"a\":" + deepArrays, "is not valid JSON"}}) {

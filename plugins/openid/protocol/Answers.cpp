@@ -69,7 +69,7 @@ ProviderError ReadError(HttpResponse const& response, Question const& question)
     error.code = WithoutSecrets(error.code, question.secrets);
     if (!IsErrorCode(error.code))
         error.code.clear();
-    error.description = OneLine(WithoutSecrets(error.description, question.secrets));
+    error.description = Told(error.description, question);
     return error;
 }
 
@@ -99,7 +99,7 @@ Failure FailureOfStatus(HttpResponse const& response, Question const& question)
             did += ", " + error.code;
         if (!error.description.empty())
             did += ": " + error.description;
-        std::string const wait = OneLine(response.Header("retry-after"));
+        std::string const wait = Told(response.Header("retry-after"), question);
         if (kind == Failure::Kind::Network && !wait.empty())
             did += ", to be asked again after " + wait +
                    (wait.find_first_not_of("0123456789") == std::string::npos ? " s" : "");
@@ -145,7 +145,7 @@ Failure FailureOfTransport(HttpResponse const& response, Question const& questio
         if (advice.failure != response.failure)
             continue;
         std::string did = advice.did;
-        std::string const words = OneLine(WithoutSecrets(response.reason, question.secrets));
+        std::string const words = Told(response.reason, question);
         if (!words.empty())
             did += " (" + words + ")";
         return FailureOf(question, advice.kind, did, advice.remedy);
@@ -162,6 +162,11 @@ bool IsHtml(HttpResponse const& response)
 }
 
 } // namespace
+
+std::string Told(std::string const& text, Question const& question)
+{
+    return OneLine(WithoutSecrets(text, question.secrets));
+}
 
 Failure FailureOf(Question const& question, Failure::Kind kind, std::string const& did,
                   std::string remedy)
@@ -196,7 +201,7 @@ Outcome<Json::Value> ReadJsonAnswer(HttpResponse const& response, Question const
         reason = "is empty instead of JSON";
     Failure failure = FailureOf(question, Failure::Kind::Provider,
                                 "answered with status " + std::to_string(response.status) +
-                                    ", but the answer " + WithoutSecrets(reason, question.secrets),
+                                    ", but the answer " + reason,
                                 CheckAddress);
     failure.status = response.status;
     return failure;

@@ -20,6 +20,8 @@ struct Question {
     std::vector<std::string_view> secrets;
 };
 
+/// What a provider wrote, on a line of a log: without what it was sent.
+std::string Told(std::string const& text, Question const& question);
 /// A failure of this question: "the token endpoint https://... " and what it did.
 Failure FailureOf(Question const& question, Failure::Kind kind, std::string const& did,
                   std::string remedy);

@@ -23,6 +23,10 @@ std::string FirstError(std::string text)
     std::size_t const end = text.find("\n  ");
     if (end != std::string::npos)
         text.replace(end, 3, ": ");
+    // A key or a number of the document, which may be a secret.
+    std::size_t const first = text.find('\''), last = text.rfind('\'');
+    if (first != std::string::npos)
+        text.replace(first, (last > first ? last + 1 : text.size()) - first, "'...'");
     return OneLine(text);
 }
 
@@ -38,6 +42,28 @@ bool HasComment(std::string_view text)
         else if (text[i] == '/' && !isInText)
             return true;
     }
+    return false;
+}
+
+/// A text as it lies in its value, without a copy.
+std::string_view TextOf(Json::Value const& json)
+{
+    char const* begin = nullptr;
+    char const* end = nullptr;
+    bool const isThere = json.getString(&begin, &end);
+    return isThere ? std::string_view(begin, static_cast<std::size_t>(end - begin))
+                   : std::string_view();
+}
+
+/// An escape for half of a character gives bytes that are not UTF-8: nobody could read again what
+/// is written of them.
+bool HasHalfCharacter(Json::Value const& json)
+{
+    if (json.isString())
+        return !IsUtf8(TextOf(json));
+    for (auto member = json.begin(); member != json.end(); ++member)
+        if ((json.isObject() && !IsUtf8(member.name())) || HasHalfCharacter(*member))
+            return true;
     return false;
 }
 
@@ -85,6 +111,11 @@ Json::Value ParseJsonObject(std::string_view text, std::string& reason)
         WipeJson(json);
         return Json::Value();
     }
+    if (HasHalfCharacter(json)) {
+        reason = "is not valid JSON: it has half of a character";
+        WipeJson(json);
+        return Json::Value();
+    }
     if (!json.isObject()) {
         reason = "is not a JSON object";
         WipeJson(json);
@@ -107,11 +138,9 @@ void WipeJson(Json::Value& json)
         for (Json::Value& member : json)
             WipeJson(member);
     } else if (json.isString()) {
-        char const* begin = nullptr;
-        char const* end = nullptr;
         // The memory is the value's own: jsoncpp copies what it parses and what it is given.
-        if (json.getString(&begin, &end) && begin)
-            SSOServices::Wipe(const_cast<char*>(begin), static_cast<std::size_t>(end - begin));
+        std::string_view const text = TextOf(json);
+        SSOServices::Wipe(const_cast<char*>(text.data()), text.size());
     }
     json = Json::Value();
 }

@@ -76,7 +76,7 @@ Outcome<TokenAnswer> ReadTokenAnswer(Json::Value const& json, Question const& qu
         return BrokenAnswer(question, "without an access token");
     if (!EqualIgnoringCase(TextMember(json, "token_type"), "Bearer"))
         return BrokenAnswer(question, "with a token of the type \"" +
-                                          OneLine(TextMember(json, "token_type")) +
+                                          Told(TextMember(json, "token_type"), question) +
                                           "\" instead of Bearer");
     answer.tokenType = "Bearer";
     Json::Value const& granted = json["scope"];

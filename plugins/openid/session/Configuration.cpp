@@ -28,7 +28,7 @@ struct Wrong {
 /// Remarks and errors name a key by the way to it: "servers.production.issuer".
 std::string Join(std::string const& place, std::string const& key)
 {
-    return place.empty() ? key : place + '.' + key;
+    return OneLine(place.empty() ? key : place + '.' + key);
 }
 
 /// "* Line 3, Column 5\n  Missing ',' ..." in one line, the first error alone.
