@@ -1,6 +1,7 @@
 #include <new>
 #include <stdexcept>
 
+#include <WebServicesConfiguration.h>
 #include <gmock/gmock.h>
 
 #include "openid/TestFolder.h"
