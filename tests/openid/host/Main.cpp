@@ -5,14 +5,10 @@
 //   begin COMMAND   starts a command on a thread of its own
 //   await           the answer of the oldest that was started
 //   leave           ends the process at once, whatever is under way
-//
-// With an address as its only argument it is a browser without a window: it adds the address to
-// the file that OPENID_HOST_ADDRESSES names.
 
 #include <cstdlib>
 #include <deque>
 #include <exception>
-#include <fstream>
 #include <future>
 #include <iostream>
 #include <memory>
@@ -134,21 +130,10 @@ private:
     std::deque<std::future<Json::Value>> started;
 };
 
-int ShowPage(char const* address)
-{
-    char const* const file = std::getenv("OPENID_HOST_ADDRESSES");
-    if (file == nullptr)
-        return 1;
-    std::ofstream(file, std::ios::binary | std::ios::app) << address << '\n';
-    return 0;
-}
-
 } // namespace
 
-int main(int count, char** arguments)
+int main()
 {
-    if (count == 2)
-        return ShowPage(arguments[1]);
     Json::StreamWriterBuilder writer;
     writer["indentation"] = "";
     // Never destroyed: threads may still be in it when the process ends.

@@ -16,6 +16,13 @@ sys.dont_write_bytecode = True
 import authority  # noqa: E402
 import browser  # noqa: E402
 
+NOTE_ADDRESS = r"""printf '%s\n' "$1" >>"$OPENID_HOST_ADDRESSES"
+"""
+# The variable has a path as Windows writes it.
+START_BROWSER = r"""program=$(printf %s "${HXSSO_OPENID_BROWSER#Z:}" | tr '\\' /)
+exec "$program" "$1"
+"""
+
 # Of a single answer: far more than any takes, far less than CTest waits.
 PATIENCE = 60
 
@@ -39,6 +46,7 @@ class Installation:
             shutil.copy(programs / file, root / "app")
         shutil.copy(programs / self.module.name, self.module)
         self._lead_to_the_plugin()
+        self._provide_browsers()
         self.configure()
 
     def _lead_to_the_plugin(self):
@@ -54,6 +62,18 @@ class Installation:
                  "version": "1.0", "compatibleSsoServicesVersion": {"minVersion": "10.22"}}
         (self.root / "server/SSOVersionCompatibility.config").write_text(
             json.dumps({"ssoClientPlugin": [entry], "openssl": [entry]}))
+
+    def _provide_browsers(self):
+        """One that writes the address down. Wine counts its programs as raised by the user, in
+        which the plugin does not let the environment choose: it opens addresses by xdg-open."""
+        self._script("note-address", NOTE_ADDRESS)
+        self._script("xdg-open", START_BROWSER)
+
+    def _script(self, name, commands):
+        file = self.root / "bin" / name
+        file.parent.mkdir(exist_ok=True)
+        file.write_text("#!/bin/sh\n" + commands)
+        file.chmod(0o755)
 
     def configure(self, servers=None, **more):
         """Writes HxSSOOpenID.json; without `servers` with the provider as the only one."""
@@ -75,8 +95,9 @@ class Installation:
             "HOME": str(self.root / "home"),
             "XDG_CONFIG_DIRS": str(self.root / "xdg"),
             "XDG_DATA_HOME": str(self.root / "home/data"),
-            "HXSSO_OPENID_BROWSER": self.native(self.host),
-            "OPENID_HOST_ADDRESSES": self.native(self.addresses, "/"),
+            "PATH": f"{self.root}/bin{os.pathsep}{os.environ['PATH']}",
+            "HXSSO_OPENID_BROWSER": self.native(self.root / "bin/note-address"),
+            "OPENID_HOST_ADDRESSES": str(self.addresses),
         }
 
     def command(self):
