@@ -137,7 +137,7 @@ int main()
     Json::StreamWriterBuilder writer;
     writer["indentation"] = "";
     // Never destroyed: threads may still be in it when the process ends.
-    auto& host = *new Host;
+    static auto& host = *new Host;
     for (std::string line; std::getline(std::cin, line);) {
         if (!line.empty() && line.back() == '\r')
             line.pop_back();
