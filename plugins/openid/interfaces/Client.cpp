@@ -323,8 +323,8 @@ public:
             if (!found)
                 return false;
             CopyText(found->user, userBuffer, userCapacity);
-            CopyWhole(Secret(std::move(found->password)), passwordBuffer, passwordCapacity);
-            return true;
+            Secret const password(std::move(found->password));
+            return CopyWhole(password, passwordBuffer, passwordCapacity) > 0 || password->empty();
         });
     }
     bool SetProxyAuthentication(wchar_t const* host, int port, wchar_t const* user,

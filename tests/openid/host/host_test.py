@@ -89,9 +89,37 @@ def SignsInOnceForAllHosts(place, provider):
 def KeepsTheLoginFromOneProcessToTheNext(place, provider):
     with User(place), place.start() as host:
         sign_in(host)
+    asked = provider.requests.total()
     with place.start() as later:
         assert later.ask("RestoreLogin") is True and later.ask("GetUserId") == "alice"
-        assert provider.requests["token"] == 1
+        assert token(later).count(".") == 2
+    assert provider.requests.total() == asked, "the network was needed"
+
+
+def RestoresByOneRefresh(place, provider):
+    provider.lifetime = 2
+    with User(place), place.start() as host:
+        sign_in(host)
+        assert host.ask("IsTokenExpired") is False
+        wait_until(lambda: host.ask("IsTokenExpired"))
+        assert host.ask("IsOAuth2TokenExpired") is True and host.ask("IsTokenAvailable") is False
+        assert host.ask("IsLoggedIn") is True and host.ask("IsLoginValid") is True
+        provider.lifetime = 3600
+        assert host.ask("RestoreLogin") is True and host.ask("IsTokenAvailable") is True
+        assert host.ask("GetTokenExpiryDate") > time.time() + 3000
+        assert provider.requests["authorization"] == 1
+        assert provider.requests["token.refresh_token"] == 1
+
+
+def EndsWithItsTokenWithoutARefreshToken(place, provider):
+    provider.lifetime = 2
+    provider.misbehave("refresh-token-missing")
+    with User(place), place.start() as host:
+        sign_in(host)
+        assert time.time() - 10 < host.ask("GetLoginExpiryDate") < time.time() + 10
+        wait_until(lambda: host.ask("IsLoginExpired"))
+        assert host.ask("IsLoginValid") is False and host.ask("RestoreLogin") is False
+        assert any("gave no refresh token" in line and has_remedy(line) for line in place.log())
 
 
 def ScopesAreCaseSensitiveAndInAnyOrder(place, provider):
