@@ -4,7 +4,7 @@
 
 leg_native() { preset linux native openid; }
 leg_windows() { preset windows windows openid; }
-leg_windows_x86() { preset windows-x86 windows-x86 openid; }
+leg_windows_x86() { preset windows-x86 windows-x86; }
 
 leg_format() {
     scripts/setup native || return
