@@ -7,7 +7,9 @@
 #include <shlobj.h>
 
 #include <algorithm>
+#include <cstring>
 #include <thread>
+#include <vector>
 
 namespace Halvorix::OpenId {
 
@@ -16,6 +18,8 @@ namespace {
 using std::filesystem::path;
 using namespace std::chrono_literals;
 
+// FileRenameInfoEx, which the headers of MinGW-w64 hide.
+constexpr auto RenameInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(22);
 constexpr DWORD AnybodyElse = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 /// The name in the form that may be longer than 260 characters, and in which "NUL" is a file.
@@ -102,6 +106,20 @@ bool Move(std::wstring const& from, std::wstring const& to)
         return ::MoveFileExW(from.c_str(), to.c_str(),
                              MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != FALSE;
     });
+}
+
+/// Gives an open file the name of another one, even while somebody reads that. Not every file
+/// system can, nor Wine.
+bool MoveOverOpened(Handle const& file, std::wstring const& to)
+{
+    std::size_t const size = to.size() * sizeof(wchar_t);
+    std::vector<char> memory(sizeof(FILE_RENAME_INFO) + size);
+    auto* const info = reinterpret_cast<FILE_RENAME_INFO*>(memory.data());
+    info->Flags = FILE_RENAME_FLAG_REPLACE_IF_EXISTS | FILE_RENAME_FLAG_POSIX_SEMANTICS;
+    info->FileNameLength = static_cast<DWORD>(size);
+    std::memcpy(info->FileName, to.data(), size);
+    return ::SetFileInformationByHandle(file.Get(), RenameInfoEx, info,
+                                        static_cast<DWORD>(memory.size())) != FALSE;
 }
 
 void Overwrite(std::wstring const& name)
@@ -226,7 +244,7 @@ bool ReplacePrivateFile(path const& file, std::string const& bytes, std::string&
     });
     Handle const written(opened);
     if (written && WriteAll(written, bytes) && ::FlushFileBuffers(written.Get()) &&
-        Move(replacement, name))
+        (MoveOverOpened(written, name) || Move(replacement, name)))
         return true;
     reason = ErrorText(::GetLastError());
     return false;
