@@ -2,13 +2,13 @@
 """A browser that speaks plain HTTP, for HXSSO_OPENID_BROWSER.
 
 browser.py ADDRESS: follows redirects, fills in the forms of sign-in and consent that it meets,
-and ends where nothing is to be filled in any more. Prints the address and text of the last page;
-status 0 if that page was a good one.
+and ends where nothing is to be filled in any more; with status 0 if that page was a good one. It
+prints nothing: under Wine its output would be that of the host that started it.
 
 Its environment: HXSSO_TEST_AUTHORITY, the file of the authority that it trusts;
 HXSSO_TEST_USER and HXSSO_TEST_PASSWORD, what it fills in; HXSSO_TEST_COOKIES, a file that keeps
 its cookies, so that the next one is signed in at the provider already; HXSSO_TEST_TRACE, a file
-that gets each address that it asked for and came to, without the query.
+that gets each address that it asked for and came to, without the query, and the last page's text.
 """
 
 import html.parser
@@ -85,10 +85,13 @@ class Browser:
             return (answer.geturl(), answer.status, answer.headers.get_content_type(),
                     answer.read(1 << 20).decode("utf-8", "replace"))
 
-    def _trace(self, what, address):
+    def trace_line(self, line):
         if self.trace:
             with open(self.trace, "a", encoding="utf-8") as file:
-                file.write(f"{what} {address.partition('?')[0]}\n")
+                file.write(line + "\n")
+
+    def _trace(self, what, address):
+        self.trace_line(f"{what} {address.partition('?')[0]}")
 
     def visit(self, address):
         """(address, status, text of the page) of where it ends."""
@@ -150,7 +153,7 @@ def main(address):
                       told("HXSSO_TEST_TRACE"))
     at, status, text = browser.visit(address)
     browser.keep_cookies()
-    print(at.partition("?")[0], status, text)
+    browser.trace_line(f"ended at {at.partition('?')[0]}: {status} {text}")
     return 0 if status < 400 else 1
 
 

@@ -28,6 +28,10 @@ class Place(Installation):
         super().__init__(root, programs, emulator, provider)
         self.trace = root / "trace"
 
+    def configure(self, servers=None, **more):
+        """A sign-in takes a second; on a machine with much to do it may take many."""
+        super().configure(servers, **{"timeouts": {"login": 50, "network": 30}, **more})
+
     def environment(self):
         return {
             **super().environment(),
