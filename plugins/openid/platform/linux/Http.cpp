@@ -1,6 +1,7 @@
 #include "openid/platform/Http.h"
 
 #include <curl/curl.h>
+#include <openssl/err.h>
 #include <pthread.h>
 #include <sys/auxv.h>
 
@@ -318,7 +319,10 @@ HttpResponse Transfer::Run(Url const& url, ProxyCredential const* credential,
     WipeAtEnd const wiping(response.body);
     WithoutPipeSignal const quiet;
     SetUp(url, credential);
-    return Answer(Perform(deadline));
+    CURLcode const result = Perform(deadline);
+    // What curl leaves in OpenSSL's list would be found by the host's own code on this thread.
+    ::ERR_clear_error();
+    return Answer(result);
 }
 
 bool IsCurlReady()
