@@ -13,8 +13,9 @@ Elsewhere an include is written from the root that it belongs to: tools/, tests/
 or src/, and a public header as <...>. Each example is a root of its own, to be copied.
 
 Questions about the system or the compiler (#if _WIN32 and the like) stand in
-src/platform/, in the export header and in include/plugin/, nowhere else. The
-table in docs/architecture.md has to say the same.
+src/platform/, in the export header, in include/plugin/ and in the platform folder of the
+open plugin, which has layers of its own, nowhere else. The table in docs/architecture.md
+has to say the same.
 """
 
 import argparse
@@ -52,10 +53,15 @@ ROOTS = {
     "plugins": ("plugins", "src"),
     "bench": ("bench", "src"),
 }
+# The open plugin, from the top to the bottom. Of src/ it uses a single header.
+PLUGIN = "plugins/openid/"
+PLUGIN_LAYERS = ("interfaces", "session", "protocol", "platform")
+FOR_THE_PLUGIN = "support/SecretText.h"
 # Built by itself, from what is installed.
 APART = "tests/package/"
 
-MAY_ASK_FOR_THE_SYSTEM = ("src/platform/", "include/HxSSOServicesExport.h", "include/plugin/")
+MAY_ASK_FOR_THE_SYSTEM = ("src/platform/", "include/HxSSOServicesExport.h", "include/plugin/",
+                          "plugins/openid/platform/")
 SYSTEM_QUESTION = re.compile(
     r"^\s*#\s*(?:el)?if(?:n?def)?\b.*\b"
     r"(_WIN32|_WIN64|WIN32|__MINGW\w*|__linux\w*|linux|__unix\w*|_MSC_VER|__GNUC__|__clang__)\b")
@@ -106,10 +112,21 @@ def check_root(root, name, included, brackets):
     top, example = name.split("/")[:2]
     bases = ROOTS.get(top, (f"{top}/{example}",))
     if any((root / base / included).is_file() for base in bases):
-        return None
+        return check_plugin(name, included) if name.startswith(PLUGIN) else None
     if (root / "include" / included).is_file():
         return f"{included} is public: <{included}>"
     return f'there is no "{included}" in {" or ".join(bases)}'
+
+
+def check_plugin(name, included):
+    """What is wrong with an include that the open plugin has of the project."""
+    if not included.startswith("openid/"):
+        return None if included == FOR_THE_PLUGIN else f"the plugin may not include {included}"
+    layer, other = name.split("/")[2], included.split("/")[1]
+    # The factory stands above all layers.
+    if layer in PLUGIN_LAYERS and other in PLUGIN_LAYERS[: PLUGIN_LAYERS.index(layer)]:
+        return f"{PLUGIN}{layer} may not include {PLUGIN}{other}"
+    return None
 
 
 def includes_of(path):
@@ -139,7 +156,7 @@ def check_files(root):
             if included:
                 count += 1
                 difference = check(root, name, included, brackets)
-            elif (is_layered and SYSTEM_QUESTION.match(line)
+            elif ((is_layered or name.startswith(PLUGIN)) and SYSTEM_QUESTION.match(line)
                   and not name.startswith(MAY_ASK_FOR_THE_SYSTEM)):
                 difference = f"asks for the system: {line.strip()}"
             if difference:

@@ -59,6 +59,13 @@ WRONG = [
      "OAuth2Token.h is public: <OAuth2Token.h>"),
     ("bench/calls/Calls.cpp", '#include "Connected.h"', 'there is no "Connected.h"'),
     ("examples/host/Show.cpp", '#include "../plugin/Texts.h"', "is not written from its root"),
+    ("plugins/openid/session/Log.h", '#include "openid/interfaces/Interfaces.h"',
+     "plugins/openid/session may not include plugins/openid/interfaces"),
+    ("plugins/openid/platform/Http.h", '#include "openid/protocol/Texts.h"',
+     "plugins/openid/platform may not include plugins/openid/protocol"),
+    ("plugins/openid/protocol/Texts.h", '#include "support/LogSink.h"',
+     "the plugin may not include support/LogSink.h"),
+    ("plugins/openid/protocol/Texts.h", "#ifdef _WIN32", "asks for the system"),
     ("src/other/Other.cpp", "", "the layers do not know its folder"),
     ("docs/architecture.md", "| `src/support/` | `src/api/` | |", "the row of src/support/"),
 ]
@@ -78,7 +85,7 @@ def main():
     failed = 0
     with tempfile.TemporaryDirectory() as folder:
         root = pathlib.Path(folder)
-        for name in ("src", "include", "tools", "tests", "bench", "examples"):
+        for name in ("src", "include", "plugins", "tools", "tests", "bench", "examples"):
             shutil.copytree(ROOT / name, root / name, ignore=NO_SOURCES)
         (root / "docs").mkdir()
         shutil.copy(ROOT / "docs/architecture.md", root / "docs")
