@@ -324,9 +324,9 @@ TEST(Listener, CanHaveItsPortAgainForTheNextLogin)
             "\r\n\r\n";
         auto browser = std::make_unique<Peer>(port);
         browser->Send(request);
-        // A browser closes as soon as it has the page.
+        // A browser closes as soon as it has the page, or after we have.
         auto closing = std::async(std::launch::async, [&] {
-            std::this_thread::sleep_for(100ms);
+            std::this_thread::sleep_for(i == 1 ? 600ms : 0ms);
             browser.reset();
         });
         EXPECT_TRUE((*opened)->Wait("right", 10s, nullptr));

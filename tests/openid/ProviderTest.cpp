@@ -232,6 +232,8 @@ TEST_F(Discovery, TellsWhatIsNoDescription)
               but + "is a page (HTML) instead of JSON"},
              {FakeProvider::Status(200, "Welcome", {{"content-type", "text/html; charset=x"}}),
               provider, but + "is a page (HTML) instead of JSON"},
+             {FakeProvider::Status(200, "a.b.c", {{"content-type", "application/JWT"}}), provider,
+              but + "is a signed token (JWT), which is not supported, instead of JSON"},
              {Body("[]"), provider, but + "is not a JSON object"},
              {Body("\xFF\xFE"), provider, but + "is not UTF-8"},
              {Body(deep), provider, but + "is not valid JSON: Exceeded stackLimit in readValue()."},

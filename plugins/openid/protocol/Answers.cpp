@@ -153,11 +153,16 @@ Failure FailureOfTransport(HttpResponse const& response, Question const& questio
     return FailureOf(question, Failure::Kind::Network, "could not be asked", TryLater);
 }
 
+bool IsOfType(HttpResponse const& response, std::string_view type)
+{
+    return EqualIgnoringCase(response.Header("content-type").substr(0, type.size()), type);
+}
+
 /// Told apart, since it is what a wrong address, a portal or a proxy sends.
 bool IsHtml(HttpResponse const& response)
 {
     std::size_t const start = response.body.find_first_not_of(" \t\r\n");
-    return response.Header("content-type").compare(0, 9, "text/html") == 0 ||
+    return IsOfType(response, "text/html") ||
            (start != std::string::npos && response.body[start] == '<');
 }
 
@@ -195,7 +200,9 @@ Outcome<Json::Value> ReadJsonAnswer(HttpResponse const& response, Question const
     Json::Value json = ParseJsonObject(response.body, reason);
     if (!json.isNull())
         return json;
-    if (IsHtml(response))
+    if (IsOfType(response, "application/jwt"))
+        reason = "is a signed token (JWT), which is not supported, instead of JSON";
+    else if (IsHtml(response))
         reason = "is a page (HTML) instead of JSON";
     else if (response.body.empty())
         reason = "is empty instead of JSON";
