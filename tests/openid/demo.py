@@ -134,7 +134,8 @@ def main(programs, place, *emulator):
     say("starting oidc-provider, whose certificate is signed by an authority of our own")
     with oidc_provider.OidcProvider(root / "authority") as provider:
         say(f"installing the plugin's folder for {provider.issuer}, found by its Location")
-        demonstrate(Demonstration(root / "installation", pathlib.Path(programs), emulator, provider))
+        demonstrate(
+            Demonstration(root / "installation", pathlib.Path(programs), emulator, provider))
     say("ok")
 
 

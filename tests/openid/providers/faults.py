@@ -119,7 +119,8 @@ DISCOVERY = {
     "discovery-issuer-missing": without("issuer"),
     "discovery-token-endpoint-http": setting("token_endpoint", "http://other.example/token"),
     "discovery-token-endpoint-missing": without("token_endpoint"),
-    "discovery-authorization-endpoint-file": setting("authorization_endpoint", "file:///etc/passwd"),
+    "discovery-authorization-endpoint-file":
+        setting("authorization_endpoint", "file:///etc/passwd"),
     "discovery-jwks-missing": without("jwks_uri"),
 }
 

@@ -173,7 +173,9 @@ class HostileProvider:
     # ----- endpoints: parameters and the bearer token in, (status, headers, body) out
 
     def discovery(self, _parameters, _bearer):
-        at = lambda path: self.issuer + path
+        def at(path):
+            return self.issuer + path
+
         return self._json(self._changed(faults.DISCOVERY, [
             ("issuer", self.issuer),
             ("authorization_endpoint", at("/authorize")),

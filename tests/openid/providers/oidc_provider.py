@@ -24,8 +24,6 @@ class OidcProvider:
     client_id = "hxsso-test"
     user, password = "alice", "wonderland"
     revokes_for_public_clients = True
-    redirect_ports = []  # any
-    remembers_consent = True
 
     def __init__(self, folder, lifetime=3600):
         self.authority, self.lifetime = Authority(folder), lifetime

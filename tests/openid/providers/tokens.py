@@ -91,7 +91,8 @@ class SigningKey:
         """A token of claims (pairs). Signature: own, none, hmac with the public key, altered."""
         algorithm = {"none": "none", "hmac": "HS256"}.get(signature, self.algorithm)
         header = {"alg": algorithm, "kid": self.key_id, "typ": "JWT", **(header or {})}
-        clear = f"{base64url(json.dumps(header).encode())}.{base64url(object_text(claims).encode())}"
+        clear = ".".join(base64url(text.encode())
+                         for text in (json.dumps(header), object_text(claims)))
         if signature == "none":
             return clear + "."
         if signature == "hmac":
