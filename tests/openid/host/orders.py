@@ -7,11 +7,17 @@ reason in the line `Cannot sign in: REASON. Fix: REMEDY`.
 NOT_BACK = "the browser did not come back in time"
 REPEATED = "is not valid JSON: .*[Dd]uplicate"
 
+# A sign-in ends false for each of these, when its time or that of a request is over.
+LATE = [
+    *((fault, None, NOT_BACK) for fault in (
+        "state-wrong", "state-missing", "state-repeated", "parameters-many", "parameters-long")),
+    ("slow", "token", "did not answer in time"),
+    ("silent", "token", "did not answer in time"),
+]
+
 # A sign-in ends false for each of these.
 SIGN_IN = [
     # what the browser brings back
-    *((fault, None, NOT_BACK) for fault in (
-        "state-wrong", "state-missing", "state-repeated", "parameters-many", "parameters-long")),
     ("response-iss-wrong", None, 'is from the issuer "https://other.example" instead of'),
     ("response-iss-missing", None, r"does not name its issuer \(iss\)"),
     ("response-iss-repeated", None, "has a parameter more than once"),
@@ -79,10 +85,8 @@ SIGN_IN = [
     ("nul", "token", "is not valid JSON"),
     ("large", "token", "answered with too much"),
     ("endless", "token", "answered with too much"),
-    ("slow", "token", "did not answer in time"),
     ("cut", "token", "could not be reached"),
     ("wrong-types", "token", "that is not a text"),
-    ("silent", "token", "did not answer in time"),
     # userinfo: that of another user ends the sign-in
     ("userinfo-sub-wrong", None, r"answered about another user \(sub\)"),
     ("userinfo-sub-missing", None, r"answered about another user \(sub\)"),
