@@ -21,6 +21,7 @@
 #include "openid/session/TokenStore.h"
 
 using namespace Halvorix::OpenId;
+using Rig::ContentOf;
 using Rig::TestBrowser;
 using Rig::TestFolder;
 using Rig::TestProvider;
@@ -199,10 +200,12 @@ TEST(SessionProcesses, WithOneExpiredTokenMakeExactlyOneRefresh)
 
 CHILD_PROGRAM(RefreshesForEver)
 {
-    Session session(ConfigurationOf(arguments.at(0), PathFromText(arguments.at(1))),
-                    std::make_shared<LogFile>());
+    auto const log = std::make_shared<LogFile>();
+    log->Open(PathFromText(arguments.at(2)));
+    Session session(ConfigurationOf(arguments.at(0), PathFromText(arguments.at(1))), log);
     while (session.IsLoggedIn())
         session.RefreshToken({1, ""});
+    log->Info("nobody is signed in");
     return 0;
 }
 
@@ -212,11 +215,15 @@ TEST(SessionProcesses, ThatAreKilledLeaveAStoreThatOthersCanUse)
     // A provider that forgives reuse: a killed process may have asked and not have written.
     world.provider->Order([](TestProvider::Behaviour& behaviour) { behaviour.rotates = false; });
     ASSERT_TRUE(world.SignIn());
+    auto const childLog = world.folder / "child" / "HxSSOOpenID.log";
     for (int i = 0; i < 15; ++i) {
         int const before = world.provider->Count("refresh");
-        Rig::Child child("RefreshesForEver", {world.provider->Issuer(), PathText(world.store)});
-        while (world.provider->Count("refresh") < before + 2)
+        Rig::Child child("RefreshesForEver", {world.provider->Issuer(), PathText(world.store),
+                                             PathText(childLog.parent_path())});
+        auto const deadline = SinceBoot() + std::chrono::seconds(30);
+        while (world.provider->Count("refresh") < before + 2 && SinceBoot() < deadline)
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        ASSERT_GE(world.provider->Count("refresh"), before + 2) << ContentOf(childLog);
         std::this_thread::sleep_for(std::chrono::milliseconds(i));
         child.Kill();
         Session session(ConfigurationOf(world.provider->Issuer(), world.store),
