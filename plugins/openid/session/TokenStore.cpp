@@ -87,6 +87,17 @@ struct TokenStore::State {
         return true;
     }
 
+    /// A copy, whether it is still good or not.
+    bool FindLast(fs::path const& file, std::optional<StoredLogin>& login)
+    {
+        std::lock_guard<std::mutex> const guard(mutex);
+        auto const copy = copies.find(file);
+        if (copy == copies.end())
+            return false;
+        login = copy->second.login;
+        return true;
+    }
+
     void Keep(fs::path const& file, std::string const& stamp,
               std::optional<StoredLogin> const& login)
     {
@@ -140,13 +151,10 @@ Outcome<std::optional<StoredLogin>> TokenStore::Read(std::string const& issuer,
                                                      std::string const& clientId)
 {
     fs::path const file = FileOf(issuer, clientId);
+    // Without a stamp the file is missing, or cannot be looked at for now: reading it tells.
     std::string const stamp = FileStamp(file);
-    if (stamp.empty()) {
-        state->Forget(file);
-        return std::optional<StoredLogin>();
-    }
     std::optional<StoredLogin> login;
-    if (!state->locks.IsMine(file) && state->Find(file, stamp, login))
+    if (!stamp.empty() && !state->locks.IsMine(file) && state->Find(file, stamp, login))
         return login;
     return state->ReadAnew(file, stamp, issuer, clientId);
 }
@@ -164,8 +172,13 @@ Outcome<std::optional<StoredLogin>> TokenStore::State::ReadAnew(fs::path const& 
         Keep(file, stamp, login);
         return login;
     case FileContent::State::Missing:
+        Forget(file);
         return login;
     case FileContent::State::Failed:
+        // What was known is better than to sign somebody out for a moment; but under the lock
+        // nothing is decided by it.
+        if (!locks.IsMine(file) && FindLast(file, login))
+            return login;
         return Local(PathText(file) + " cannot be read for now: " + look.reason,
                      "see that the disk works and the process has handles left");
     case FileContent::State::Refused:

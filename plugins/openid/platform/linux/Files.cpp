@@ -31,11 +31,18 @@ FileContent Refused(std::string reason)
     return {FileContent::State::Refused, {}, std::move(reason)};
 }
 
+FileContent Failed(int error) { return {FileContent::State::Failed, {}, ErrorText(error)}; }
+
 FileContent NotOpened(int error)
 {
     if (error == ENOENT || error == ENOTDIR)
         return {};
-    return Refused(error == ELOOP ? "it is a symbolic link" : ErrorText(error));
+    if (error == ELOOP)
+        return Refused("it is a symbolic link");
+    if (error == ENXIO || error == ENODEV)
+        return Refused(NotRegular); // a socket
+    // Anything but a right that is missing may be gone the next time.
+    return error == EACCES || error == EPERM ? Refused(ErrorText(error)) : Failed(error);
 }
 
 /// Why something is not a file of this user alone; empty if it is.
@@ -67,8 +74,8 @@ FileContent ReadRegular(Descriptor const& opened, struct stat const& status, std
             count > 0 && static_cast<std::size_t>(count) > limit - content.bytes.size();
         if (count < 0 || isTooLarge) {
             Wipe(content.bytes);
-            return Refused(isTooLarge ? "it is larger than " + std::to_string(limit) + " bytes"
-                                      : ErrorText(error));
+            return isTooLarge ? Refused("it is larger than " + std::to_string(limit) + " bytes")
+                              : Failed(error);
         }
         AppendSecret(content.bytes, piece.data(), static_cast<std::size_t>(count));
     }

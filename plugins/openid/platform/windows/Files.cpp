@@ -74,6 +74,8 @@ FileContent Refused(std::string reason)
     return {FileContent::State::Refused, {}, std::move(reason)};
 }
 
+FileContent Failed(DWORD error) { return {FileContent::State::Failed, {}, ErrorText(error)}; }
+
 bool WriteAll(Handle const& file, std::string const& bytes)
 {
     DWORD written = 0;
@@ -196,8 +198,11 @@ FileContent ReadFile(path const& file, std::size_t limit)
     DWORD const error = ::GetLastError();
     if (!opened && IsMissing(error))
         return {};
+    if (!opened && IsFolder(LongName(file)))
+        return Refused("it is not a regular file");
+    // A file that is about to be removed has the same error as one without the right to read it.
     if (!opened)
-        return Refused(IsFolder(LongName(file)) ? "it is not a regular file" : ErrorText(error));
+        return Failed(error);
     if (::GetFileType(opened.Get()) != FILE_TYPE_DISK)
         return Refused("it is not a regular file");
     FileContent content{FileContent::State::Read, {}, {}};
@@ -210,11 +215,10 @@ FileContent ReadFile(path const& file, std::size_t limit)
         if (isRead && count == 0)
             return content;
         if (!isRead || count > limit - content.bytes.size()) {
-            std::string const reason = isRead
-                                           ? "it is larger than " + std::to_string(limit) + " bytes"
-                                           : ErrorText(::GetLastError());
+            DWORD const failure = ::GetLastError();
             Wipe(content.bytes);
-            return Refused(reason);
+            return isRead ? Refused("it is larger than " + std::to_string(limit) + " bytes")
+                          : Failed(failure);
         }
         AppendSecret(content.bytes, piece.data(), count);
     }
