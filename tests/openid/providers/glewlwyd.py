@@ -4,6 +4,7 @@ installed, so that no service of it starts."""
 import gzip
 import json
 import os
+import random
 import socket
 import sqlite3
 import ssl
@@ -61,14 +62,18 @@ def why_missing():
 
 
 def _free_ports(count):
-    sockets = [socket.socket() for _ in range(count)]
-    try:
-        for each in sockets:
-            each.bind(("127.0.0.1", 0))
-        return [each.getsockname()[1] for each in sockets]
-    finally:
-        for each in sockets:
-            each.close()
+    """Below those that the system gives to others, who could take one before it is used."""
+    ports = []
+    while len(ports) < count:
+        port = random.randrange(20_000, 32_000)
+        with socket.socket() as trial:
+            try:
+                trial.bind(("127.0.0.1", port))
+            except OSError:
+                continue
+        if port not in ports:
+            ports.append(port)
+    return ports
 
 
 class Glewlwyd:
