@@ -302,6 +302,32 @@ TEST(Http, EndsWithin300MillisecondsWhenItIsCancelled)
     ExpectNothingOfAnAnswer(response);
 }
 
+TEST(Http, EndsWithin300MillisecondsInTheMiddleOfATlsHandshake)
+{
+    std::atomic<bool> cancelled{false};
+    std::atomic<bool> isAsked{false};
+    TestServer const server([&](TestServer::Connection& connection) {
+        isAsked = true;
+        connection.Hold();
+    });
+    HttpRequest request = Get("https://127.0.0.1:" + std::to_string(server.Port()) + "/");
+    request.cancelled = &cancelled;
+    std::chrono::steady_clock::time_point raised;
+    std::thread host([&] {
+        while (!isAsked)
+            std::this_thread::sleep_for(5ms);
+        raised = std::chrono::steady_clock::now();
+        cancelled = true;
+    });
+
+    HttpResponse const response = SendHttp(request);
+    auto const ended = std::chrono::steady_clock::now();
+    host.join();
+
+    EXPECT_EQ(response.failure, HttpFailure::Cancelled) << response.reason;
+    EXPECT_LT(ended - raised, 300ms);
+}
+
 TEST(Http, SendsNothingIfItIsCancelledBefore)
 {
     std::atomic<bool> const cancelled{true};
