@@ -32,7 +32,10 @@ constexpr std::chrono::milliseconds Tick{100};
 constexpr std::size_t MostConnections = 64;
 
 struct Connection {
-    explicit Connection(tcp::socket peer) : socket(std::move(peer)) {}
+    explicit Connection(tcp::socket peer) : socket(std::move(peer))
+    {
+        head.reserve(LargestRequest + chunk.size()); // growth would leave copies
+    }
     ~Connection()
     {
         // The code is still in there.
@@ -114,7 +117,7 @@ private:
     {
         // No timers: on Windows they would bring a thread.
         for (auto now = Clock::now(); !isDone() && now < end; now = Clock::now()) {
-            if (!isAccepting && acceptor.is_open())
+            if (!isAccepting && acceptor.is_open() && now >= acceptAgain)
                 Accept();
             io.run_one_until(std::min(now + Tick, end));
             EndSlowOnes(Clock::now());
@@ -126,8 +129,10 @@ private:
         isAccepting = true;
         acceptor.async_accept([this](Error error, tcp::socket socket) {
             isAccepting = false;
-            if (error)
-                return; // too many open files, say: again with the next turn
+            if (error) { // too many open files, say
+                acceptAgain = Clock::now() + Tick;
+                return;
+            }
             if (connections.size() >= MostConnections)
                 Drop(connections.front());
             connections.push_back(std::make_shared<Connection>(std::move(socket)));
@@ -210,6 +215,7 @@ private:
     asio::executor_work_guard<asio::io_context::executor_type> const work = make_work_guard(io);
     tcp::acceptor acceptor{io};
     bool isAccepting = false;
+    Clock::time_point acceptAgain;
     std::list<Shared> connections;
     ExpectedCallback expected;
     std::string redirectUri;
