@@ -211,6 +211,31 @@ def EightProcessesMakeOneRefresh(place, provider):
             host.close()
 
 
+def EightThreadsMakeOneRefresh(place, provider):
+    """Of one process, with others that ask for everything else."""
+    provider.lifetime = 3
+    with User(place), place.start() as host:
+        sign_in(host)
+        wait_until(lambda: host.ask("IsTokenExpired"))
+        provider.lifetime = 3600
+        commands = ["GetOAuth2AccessToken 1 ", "GetAccessToken", "GetUserNameW", "GetUrl 0",
+                    "Private.GetSessionState", "InitiateLogin 4000", "UI.IsLoginInProgress",
+                    "HasEvent", "GetConfiguration", "Private.RaiseEvent 7 true"]
+        for _ in range(8):
+            for command in commands:
+                host.begin(command)
+        answers = [host.ask("await") for _ in range(8 * len(commands))]
+        tokens = {answer["token"] for answer in answers[::len(commands)]}
+        assert tokens == set(answers[1::len(commands)]) and len(tokens) == 1
+        assert {json.dumps(answer) for answer in answers[2::len(commands)]} == \
+            {json.dumps("Alice Ågren")}
+        assert provider.requests["token.refresh_token"] == 1
+        begun = [answer["result"] for answer in answers[5::len(commands)]]
+        assert begun.count(True) == 1, begun
+        host.ask("Logout")
+        assert host.ask("UI.IsLoginInProgress") is False
+
+
 def EveryOperation(place, provider):
     place.configure({"production": {**provider.server_entry(),
                                     "accountUrl": "https://localhost/account"}})
