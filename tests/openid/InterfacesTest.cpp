@@ -62,6 +62,7 @@ TEST_F(Interfaces, ADocumentOfWrongTypesIsRefused)
         EXPECT_FALSE(client->GetOAuth2AccessToken(spec, token, nullptr, false)) << spec;
         EXPECT_FALSE(client->IsOAuth2TokenAvailable(spec)) << spec;
     }
+    EXPECT_THAT(Log(), HasSubstr("An operation broke off: Value is not convertible to Int. Fix: "));
     EXPECT_FALSE(client->EnableOAuth2("")) << "no document at all";
     EXPECT_FALSE(client->EnableOAuth2(static_cast<char const*>(nullptr)));
     EXPECT_EQ(token, nullptr);

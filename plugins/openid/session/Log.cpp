@@ -181,6 +181,9 @@ void LogFile::Info(std::string const& text) { Write(LogLevel::Info, ToWide(text)
 void LogFile::Failed(std::string const& what, Failure const& why)
 {
     std::string line = what + ": " + why.reason;
+    // Others' words may end in a full stop of their own.
+    if (line.back() == '.')
+        line.pop_back();
     if (!why.remedy.empty())
         line += ". Fix: " + why.remedy;
     Write(LogLevel::Error, ToWide(line));
