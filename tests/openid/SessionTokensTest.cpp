@@ -330,6 +330,11 @@ TEST(SessionTokens, OfAnotherUserAreRefused)
     EXPECT_EQ(*world.session->TokenAtHand(All).text, first);
     EXPECT_EQ(world.session->Claims()["sub"], "alice-1");
     EXPECT_THAT(world.LogText(), HasSubstr("is about another user (sub)"));
+    // The refresh token was rotated all the same.
+    world.provider.Order([](Behaviour& behaviour) { behaviour.subjectOfRefresh.clear(); });
+    world.Pass(seconds(6));
+    EXPECT_TRUE(world.session->RefreshToken(All));
+    EXPECT_EQ(world.provider.Reuses(), 0);
 }
 
 TEST(SessionTokens, BringANewIdTokenWithThem)

@@ -1,5 +1,6 @@
 #include "openid/session/TokenStore.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <string>
@@ -154,12 +155,22 @@ TEST(TokenStore, ReadsAFileOnceWhileItStaysAsItIs)
     TestFolder const folder;
     TokenStore store(StoreIn(folder));
     ASSERT_TRUE(store.Write(NewLogin()));
-    EXPECT_EQ(Look(store), "signed in as alice-1");
-    auto const start = std::chrono::steady_clock::now();
-    for (int i = 0; i < 1000; ++i)
-        ASSERT_TRUE(store.Read(Issuer, ClientId));
-    // A look at the file's name alone; even a slow machine does a thousand of them in that time.
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+    using Clock = std::chrono::steady_clock;
+    auto const best = [](auto const& read) {
+        auto shortest = Clock::duration::max();
+        for (int i = 0; i < 200; ++i) {
+            auto const start = Clock::now();
+            read();
+            shortest = std::min(shortest, Clock::now() - start);
+        }
+        return shortest;
+    };
+    auto const again = best([&] { EXPECT_EQ(Look(store), "signed in as alice-1"); });
+    auto const anew = best([&] {
+        TokenStore fresh(StoreIn(folder));
+        EXPECT_EQ(Look(fresh), "signed in as alice-1");
+    });
+    EXPECT_LT(again.count(), anew.count());
 }
 
 TEST(TokenStore, SetsAsideWhatIsDamagedForeignOrNewerAndTellsItOnce)

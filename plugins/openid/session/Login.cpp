@@ -28,6 +28,19 @@ Failure WasCancelled()
     return Why(Failure::Kind::Cancelled, "the host ended it", "sign in again when it is wanted");
 }
 
+/// Does something at the end of a block, however that comes.
+template <class Action>
+class AtEnd {
+public:
+    explicit AtEnd(Action action) : action(std::move(action)) {}
+    ~AtEnd() { action(); }
+    AtEnd(AtEnd const&) = delete;
+    AtEnd& operator=(AtEnd const&) = delete;
+
+private:
+    Action action;
+};
+
 /// The provider's answer in the browser's address, with the code in it; wiped at its end.
 struct Response {
     Parameters parameters;
@@ -189,12 +202,17 @@ std::optional<std::string> Session::BeginLogin(std::string const& loginHint)
                                 "finish it in the browser, or sign out to end it"));
         return std::nullopt;
     }
+    bool isReady = false;
+    AtEnd const ending([&] {
+        if (!isReady)
+            hidden->End(login);
+    });
     auto url = hidden->Prepare(*login, loginHint);
     if (!url) {
         hidden->log->Failed(CannotSignIn, url.Why());
-        hidden->End(login);
         return std::nullopt;
     }
+    isReady = true;
     return std::move(*url);
 }
 
@@ -207,9 +225,9 @@ bool Session::FinishLogin()
                                 "begin one, and finish it once"));
         return false;
     }
+    AtEnd const ending([&] { hidden->End(login); });
     auto const result = hidden->Complete(*login);
     auto const committed = result ? hidden->Commit(*login, *result) : Outcome<bool>(result.Why());
-    hidden->End(login);
     if (!committed) {
         hidden->log->Failed(CannotSignIn, committed.Why());
         return false;

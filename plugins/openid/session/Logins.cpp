@@ -162,6 +162,7 @@ void Session::Hidden::Keep(Target const& target, StoredLogin const& login)
 Outcome<bool> Session::Hidden::Forget(Target const& target)
 {
     auto removed = store.Remove(target.server.issuer, target.server.clientId);
+    clock.Forget(target.Key());
     Account& account = AccountOf(target);
     std::lock_guard<std::mutex> const guard(mutex);
     account.unsaved.reset();

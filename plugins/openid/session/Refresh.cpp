@@ -106,8 +106,8 @@ Session::Hidden::RefreshUnderLock(Target const& target, TokenSpec const& spec, S
         }
         auto answer = target.provider->Refresh(*login->refreshToken, spec.scope);
         if (answer)
-            return Accept(target, spec, std::move(*answer));
-        if (!IsRefusalOfToken(answer.Why()) || IsScopeAtFault(target, spec, answer.Why())) {
+            return Accept(target, spec, std::move(*login), std::move(*answer));
+        if (!IsRefusalOfToken(answer.Why()) || IsScopeAtFault(target, spec, *login, answer.Why())) {
             Failed(target, spec, answer.Why());
             return std::nullopt;
         }
@@ -121,49 +121,42 @@ Session::Hidden::RefreshUnderLock(Target const& target, TokenSpec const& spec, S
 /// A bare status does not say whether the token is refused or the scope. The same request
 /// without the scope does.
 bool Session::Hidden::IsScopeAtFault(Target const& target, TokenSpec const& spec,
-                                     Failure const& why)
+                                     StoredLogin const& login, Failure const& why)
 {
     if (spec.scope.empty() || !why.code.empty())
         return false;
-    auto const login = Current(target);
-    if (!login)
-        return false;
-    auto answer = target.provider->Refresh(*login->refreshToken, {});
+    auto answer = target.provider->Refresh(*login.refreshToken, {});
     if (!answer)
         return !IsRefusalOfToken(answer.Why());
-    Accept(target, {spec.type, {}}, std::move(*answer));
+    Accept(target, {spec.type, {}}, login, std::move(*answer));
     return true;
 }
 
-/// Keeps what a refresh gave, and answers the token.
+/// Keeps what a refresh gave, and answers the token. The login is the one whose refresh token was
+/// used up for it: to read it anew could fail, and lose the new one.
 std::optional<StoredToken> Session::Hidden::Accept(Target const& target, TokenSpec const& spec,
-                                                   TokenAnswer answer)
+                                                   StoredLogin login, TokenAnswer answer)
 {
-    auto login = Current(target);
-    if (!login)
-        return std::nullopt; // Nobody else may sign out under the lock, but a user may remove
-                             // files.
+    // The refresh token of before is gone, whatever is said of the rest.
+    if (!answer.refreshToken->empty())
+        login.refreshToken = std::move(answer.refreshToken);
     if (!answer.idToken->empty()) {
         auto const claims =
-            target.provider->Verify(*answer.idToken, {}, login->subject, *answer.accessToken);
-        // While the keys cannot be asked for, the id_token of before stays; but the refresh token
-        // of before is gone.
-        bool const isUnknown = !claims && claims.Why().kind == Failure::Kind::Network;
-        if (!claims && !isUnknown) {
+            target.provider->Verify(*answer.idToken, {}, login.subject, *answer.accessToken);
+        if (claims) {
+            AddClaims(login.claims, *claims, true);
+            login.idToken = std::move(answer.idToken);
+        } else if (claims.Why().kind != Failure::Kind::Network) {
+            // Of another user, perhaps; or the clock is wrong, which must sign nobody out.
+            Keep(target, login);
             Failed(target, spec, claims.Why());
             return std::nullopt;
         }
-        if (claims) {
-            AddClaims(login->claims, *claims, true);
-            login->idToken = std::move(answer.idToken);
-        }
     }
-    if (!answer.refreshToken->empty())
-        login->refreshToken = std::move(answer.refreshToken);
     StoredToken const token = KeptToken(answer, spec, outside.wallClock());
     clock.Received(target.Key(), token);
-    PutToken(*login, token);
-    Keep(target, *login);
+    PutToken(login, token);
+    Keep(target, login);
     log->Info("Renewed a token of " + target.server.issuer);
     events.Raise(Event::TokenRefreshed);
     return token;

@@ -127,8 +127,9 @@ struct Session::Hidden {
     std::optional<StoredToken> RefreshUnderLock(Target const& target, TokenSpec const& spec,
                                                 Secret const& known);
     std::optional<StoredToken> Accept(Target const& target, TokenSpec const& spec,
-                                      TokenAnswer answer);
-    bool IsScopeAtFault(Target const& target, TokenSpec const& spec, Failure const& why);
+                                      StoredLogin login, TokenAnswer answer);
+    bool IsScopeAtFault(Target const& target, TokenSpec const& spec, StoredLogin const& login,
+                        Failure const& why);
     void SignOutRefused(Target const& target);
     bool FailedJustNow(Target const& target, TokenSpec const& spec);
     void Failed(Target const& target, TokenSpec const& spec, Failure const& why);

@@ -1,6 +1,7 @@
 #include "openid/session/TokenClock.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "openid/protocol/Texts.h"
@@ -45,6 +46,13 @@ bool TokenClock::IsGood(std::string const& login, StoredToken const& token)
     }
     milliseconds const margin = std::min(Early, milliseconds(seconds(lifetime)) / 2);
     return end.at - sinceBoot() > margin;
+}
+
+void TokenClock::Forget(std::string const& login)
+{
+    std::lock_guard<std::mutex> const guard(mutex);
+    for (auto end = ends.begin(); end != ends.end();)
+        end = std::get<0>(end->first) == login ? ends.erase(end) : std::next(end);
 }
 
 void TokenClock::Forget()

@@ -25,6 +25,7 @@ public:
     /// Good for another 60 s, or for the second half of a life under two minutes.
     bool IsGood(std::string const& login, StoredToken const& token);
     void Forget();
+    void Forget(std::string const& login);
 
 private:
     struct End {
