@@ -91,13 +91,19 @@ struct World {
     TestFolder folder;
     std::filesystem::path const store = folder / "store";
     std::unique_ptr<TestProvider> provider;
+    std::mutex mutex; // Of what follows; the meeting is called with it held.
     std::function<void()> atMeeting;
     std::set<std::string> tokens; ///< What the processes got in a round, as hashes.
-    std::mutex mutex;
-    Rendezvous rendezvous{[this] { atMeeting(); }};
+    Rendezvous rendezvous{[this] { Meet(); }};
     TestServer server{[this](TestServer::Connection& connection) { Serve(connection); }};
 
     World() { provider = std::make_unique<TestProvider>(server.Url("")); }
+
+    void Meet()
+    {
+        std::lock_guard<std::mutex> const guard(mutex);
+        atMeeting();
+    }
 
     void Serve(TestServer::Connection& connection)
     {
@@ -176,6 +182,7 @@ TEST(SessionProcesses, WithOneExpiredTokenMakeExactlyOneRefresh)
     World world;
     ASSERT_TRUE(world.SignIn()) << Rig::ContentOf(world.folder / "HxSSOOpenID.log");
     int round = 0;
+    std::unique_lock<std::mutex> lock(world.mutex);
     world.atMeeting = [&] {
         SCOPED_TRACE(round);
         EXPECT_EQ(world.provider->Count("refresh"), round);
@@ -186,6 +193,7 @@ TEST(SessionProcesses, WithOneExpiredTokenMakeExactlyOneRefresh)
         world.Expire();
         ++round;
     };
+    lock.unlock();
     std::vector<std::unique_ptr<Rig::Child>> children;
     for (int i = 0; i < Processes; ++i)
         children.push_back(std::make_unique<Rig::Child>(
@@ -193,6 +201,7 @@ TEST(SessionProcesses, WithOneExpiredTokenMakeExactlyOneRefresh)
             std::vector<std::string>{world.provider->Issuer(), PathText(world.store)}));
     for (auto const& child : children)
         EXPECT_EQ(child->Wait(std::chrono::minutes(4)), 0);
+    lock.lock();
     EXPECT_EQ(round, Rounds + 1);
     EXPECT_EQ(world.provider->Count("refresh"), Rounds);
     EXPECT_EQ(world.provider->Reuses(), 0);
