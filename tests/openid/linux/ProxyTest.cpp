@@ -14,7 +14,6 @@ namespace {
 
 using Rig::HttpAnswer;
 using Rig::TestServer;
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;

@@ -118,7 +118,7 @@ std::string InAsn1(std::string_view signature)
     int const size = ::i2d_ECDSA_SIG(both.get(), &der);
     if (size <= 0)
         return {};
-    std::string const text(reinterpret_cast<char*>(der), static_cast<std::size_t>(size));
+    std::string text(reinterpret_cast<char*>(der), static_cast<std::size_t>(size));
     OPENSSL_free(der);
     return text;
 }

@@ -190,7 +190,7 @@ std::string Environment(char const* name)
 path UserFolder(char const* variable, char const* belowHome)
 {
     // A relative one is not to be heeded, says the convention.
-    path const folder = Environment(variable);
+    path folder = Environment(variable);
     if (folder.is_absolute())
         return folder;
     path const home = Environment("HOME");

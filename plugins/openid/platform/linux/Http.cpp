@@ -174,7 +174,7 @@ void Transfer::SetHeaders()
         Wipe(line);
         if (longer == nullptr)
             throw std::bad_alloc();
-        lines.release();
+        static_cast<void>(lines.release());
         lines.reset(longer);
     }
     Set(CURLOPT_HTTPHEADER, lines.get());

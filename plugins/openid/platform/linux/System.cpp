@@ -4,11 +4,11 @@
 #include <poll.h>
 #include <sys/auxv.h>
 #include <sys/wait.h>
-#include <time.h>
 
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
+#include <ctime>
 #include <linux/close_range.h>
 #include <vector>
 
@@ -40,7 +40,7 @@ std::string FindProgram(std::string const& name)
     std::string const folders = variable == nullptr ? "/usr/local/bin:/usr/bin:/bin" : variable;
     for (std::size_t begin = 0; begin <= folders.size();) {
         std::size_t const end = std::min(folders.find(':', begin), folders.size());
-        std::string const file = folders.substr(begin, end - begin) + "/" + name;
+        std::string file = folders.substr(begin, end - begin) + "/" + name;
         // Not from the folder that the process happens to be in.
         if (file[0] == '/' && end != begin && IsProgram(file))
             return file;

@@ -71,8 +71,24 @@ HttpFailure HttpFailureOf(DWORD error)
 
 std::string HttpErrorText(DWORD error, DWORD certificateFlags)
 {
-    std::string const text = CertificateText(certificateFlags);
-    return text.empty() ? ErrorText(error, ::GetModuleHandleW(L"winhttp.dll")) : text;
+    std::string const number = " (WinHTTP's error " + std::to_string(error) + ")";
+    std::string const certificate = CertificateText(certificateFlags);
+    if (!certificate.empty())
+        return certificate + number;
+    switch (HttpFailureOf(error)) {
+    case HttpFailure::Name:
+        return "the server's name cannot be looked up" + number;
+    case HttpFailure::Connection:
+        return "there is no connection to the server, or it ended early" + number;
+    case HttpFailure::Certificate:
+        return "the server's certificate is not trusted, or TLS with it fails" + number;
+    case HttpFailure::Proxy:
+        return "the system's proxy cannot be used" + number;
+    case HttpFailure::Timeout:
+        return "the time limit is over" + number;
+    default:
+        return ErrorText(error, ::GetModuleHandleW(L"winhttp.dll")) + number;
+    }
 }
 
 } // namespace Halvorix::OpenId
