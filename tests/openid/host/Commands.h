@@ -31,6 +31,7 @@ void AddPrivate(Commands& commands); ///< SSOClientPrivate.
 void AddServer(Commands& commands);  ///< SSOServerManager and SSOServicesManager.
 
 std::string Utf8(std::wstring const& text);
+std::string Utf8(wchar_t const* text); ///< Up to its terminator.
 std::wstring Wide(std::string const& text);
 
 /// The text of a getter that fills a buffer: by its length, as a host asks.

@@ -40,6 +40,8 @@ std::wstring Arguments::WideRest() { return Wide(Rest()); }
 
 std::string Utf8(std::wstring const& text) { return boost::locale::conv::utf_to_utf<char>(text); }
 
+std::string Utf8(wchar_t const* text) { return Utf8(std::wstring(text)); }
+
 std::wstring Wide(std::string const& text)
 {
     return boost::locale::conv::utf_to_utf<wchar_t>(text);
