@@ -14,28 +14,22 @@ configure() {
     logged "build/log/$1-configure.log" cmake --preset "$1"
 }
 
-# build_for LEG PRESET TARGET...: configures a preset and builds these targets of it.
+# build_for LEG PRESET [TARGET...]: configures a preset and builds it, or these targets of
+# it, by one process at a time.
 build_for() {
-    configure "$2" || return
-    say "$1: building ${*:3} ($2)"
-    logged "build/log/$1-$2-build.log" cmake --build --preset "$2" --target "${@:3}"
-}
-
-# built PRESET: configures and builds it, by one process at a time.
-built() {
     (
         flock 8
-        configure "$1" || exit
-        say "$1: building"
-        logged "build/log/$1-build.log" cmake --build --preset "$1"
-    ) 8>"build/log/$1.lock"
+        configure "$2" || exit
+        say "$1: building ${*:3} ($2)"
+        logged "build/log/$1-$2-build.log" cmake --build --preset "$2" ${3:+--target "${@:3}"}
+    ) 8>"build/log/$2.lock"
 }
 
 # preset PRESET SETUP...: sets up, builds and tests a preset. A line for each test that
 # failed or was skipped; what CTest itself says is in the log. Ahead it is only built.
 preset() {
     local build=build/$1
-    scripts/setup "${@:2}" && built "$1" || return
+    scripts/setup "${@:2}" && build_for "$1" "$1" || return
     [[ ! ${ahead-} ]] || return
     say "$1: testing"
     rm -rf "$build/junit.xml" "$build/results"

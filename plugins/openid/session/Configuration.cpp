@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t LargestFile = 1 << 20;
+constexpr std::size_t LargestSettings = 1 << 20;
 constexpr char const* UsualStore = "%LocalAppData%/HxSSO/OpenID";
 
 /// Ends the reading; only inside this file.
@@ -275,7 +275,7 @@ Outcome<PluginConfiguration> ParseConfiguration(std::string const& text, std::st
 
 Outcome<PluginConfiguration> ReadConfiguration(std::filesystem::path const& file)
 {
-    FileContent const content = ReadFile(file, LargestFile);
+    FileContent const content = ReadFile(file, LargestSettings);
     if (content.state == FileContent::State::Read)
         return ParseConfiguration(content.bytes, PathText(file));
     Failure failure;

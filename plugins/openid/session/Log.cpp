@@ -22,7 +22,7 @@ namespace {
 namespace fs = std::filesystem;
 using Log::LogLevel;
 
-constexpr std::uintmax_t LargestFile = 1 << 20;
+constexpr std::uintmax_t LargestLog = 1 << 20;
 constexpr std::size_t MostWaiting = 1000;
 
 std::string Time()
@@ -76,7 +76,7 @@ bool IsTooLarge(fs::path const& file)
 {
     std::error_code error;
     auto const size = fs::file_size(file, error);
-    return !error && size > LargestFile;
+    return !error && size > LargestLog;
 }
 
 fs::path Beside(fs::path const& file, char const* ending)

@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t LargestFile = 4 << 20;
+constexpr std::size_t LargestLogin = 4 << 20;
 /// For a damaged file, which nobody else may be about to replace.
 constexpr std::chrono::milliseconds LimitForDamage{200};
 
@@ -43,7 +43,7 @@ struct Look {
 Look LookAt(fs::path const& file, std::string const& issuer, std::string const& clientId)
 {
     Look look;
-    FileContent content = ReadPrivateFile(file, LargestFile);
+    FileContent content = ReadPrivateFile(file, LargestLogin);
     Secret const bytes(std::move(content.bytes));
     look.state = content.state;
     look.reason = content.reason;

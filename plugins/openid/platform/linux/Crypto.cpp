@@ -17,7 +17,7 @@ namespace Halvorix::OpenId {
 
 namespace {
 
-struct Free {
+struct FreeByOpenSsl {
     void operator()(BIGNUM* number) const { ::BN_free(number); }
     void operator()(ECDSA_SIG* signature) const { ::ECDSA_SIG_free(signature); }
     void operator()(EVP_MD_CTX* context) const { ::EVP_MD_CTX_free(context); }
@@ -27,7 +27,7 @@ struct Free {
     void operator()(OSSL_PARAM_BLD* builder) const { ::OSSL_PARAM_BLD_free(builder); }
 };
 template <class Value>
-using Own = std::unique_ptr<Value, Free>;
+using Own = std::unique_ptr<Value, FreeByOpenSsl>;
 
 /// What fails here is nothing that the host's own code should find among its errors.
 class OwnErrors {

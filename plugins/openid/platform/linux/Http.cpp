@@ -22,7 +22,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-struct Free {
+struct FreeByCurl {
     void operator()(CURL* easy) const { ::curl_easy_cleanup(easy); }
     void operator()(CURLU* url) const { ::curl_url_cleanup(url); }
     void operator()(char* text) const { ::curl_free(text); }
@@ -37,10 +37,10 @@ struct Free {
 struct FreeMulti {
     void operator()(CURLM* multi) const { ::curl_multi_cleanup(multi); }
 };
-using Easy = std::unique_ptr<CURL, Free>;
+using Easy = std::unique_ptr<CURL, FreeByCurl>;
 using Multi = std::unique_ptr<CURLM, FreeMulti>;
-using Url = std::unique_ptr<CURLU, Free>;
-using Lines = std::unique_ptr<curl_slist, Free>;
+using Url = std::unique_ptr<CURLU, FreeByCurl>;
+using Lines = std::unique_ptr<curl_slist, FreeByCurl>;
 
 /// TLS may write to a connection that has ended, and the host would die of the signal: curl
 /// changes no signal handling in a process with threads.
@@ -76,7 +76,7 @@ std::string Part(Url const& url, CURLUPart part, unsigned flags = 0)
 {
     char* text = nullptr;
     ::curl_url_get(url.get(), part, &text, flags);
-    std::unique_ptr<char, Free> const owner(text);
+    std::unique_ptr<char, FreeByCurl> const owner(text);
     return text == nullptr ? std::string() : text;
 }
 
