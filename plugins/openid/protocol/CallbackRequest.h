@@ -10,7 +10,7 @@
 namespace Halvorix::OpenId {
 
 /// Of a request's head, in bytes.
-constexpr std::size_t LargestRequest = 16 * 1024;
+constexpr std::size_t LargestRequest = 16'384;
 constexpr std::size_t MostParameters = 20;
 constexpr char const* CallbackPath = "/callback";
 

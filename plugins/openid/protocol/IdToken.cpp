@@ -13,7 +13,7 @@ namespace Halvorix::OpenId {
 
 namespace {
 
-constexpr std::size_t LongestToken = 64 * 1024;
+constexpr std::size_t LongestToken = 65'536;
 /// So many keys are tried for a token that names none.
 constexpr std::size_t MostTries = 8;
 

@@ -65,7 +65,7 @@ private:
             asking = promise.get_future().share();
         }
         try {
-            Outcome<Value> const answer = ask();
+            Outcome<Value> answer = ask();
             Remember(answer, now);
             promise.set_value(answer);
             return answer;

@@ -11,7 +11,7 @@ namespace Halvorix::OpenId {
 namespace {
 
 /// A longer lifetime is cut: after a year a token is asked for anew.
-constexpr std::int64_t LongestLifetime = 366 * 24 * 3600;
+constexpr std::int64_t LongestLifetime = 366LL * 24 * 3600;
 constexpr std::int64_t LongestInterval = 300;
 
 Failure BrokenAnswer(Question const& question, std::string const& what)
