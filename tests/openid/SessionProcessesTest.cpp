@@ -228,7 +228,7 @@ TEST(SessionProcesses, ThatAreKilledLeaveAStoreThatOthersCanUse)
     for (int i = 0; i < 15; ++i) {
         int const before = world.provider->Count("refresh");
         Rig::Child child("RefreshesForEver", {world.provider->Issuer(), PathText(world.store),
-                                             PathText(childLog.parent_path())});
+                                              PathText(childLog.parent_path())});
         auto const deadline = SinceBoot() + std::chrono::seconds(30);
         while (world.provider->Count("refresh") < before + 2 && SinceBoot() < deadline)
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
