@@ -13,7 +13,7 @@ namespace Halvorix::OpenId {
 enum class HttpFailure {
     None,        ///< A server answered, whatever its status.
     Name,        ///< The host's name could not be looked up.
-    Connection,  ///< Refused, reset, or ended before the answer was whole.
+    Connection,  ///< Refused, reset, or ended before the answer was whole; or it is not HTTP.
     Certificate, ///< The server's certificate or the TLS handshake was refused.
     Proxy,       ///< The proxy wants credentials, or refused them.
     Timeout,     ///< No whole answer within the time limit.
@@ -22,7 +22,8 @@ enum class HttpFailure {
     Other,
 };
 
-/// Credentials for a proxy. An empty host or the port 0 fits any.
+/// Credentials for a proxy. An empty host or the port 0 fits any; on Windows every port fits, since
+/// the system does not tell which one it uses.
 struct ProxyCredential {
     std::string host;
     int port = 0;

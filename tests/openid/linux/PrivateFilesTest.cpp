@@ -217,6 +217,25 @@ TEST(ReadFile, TakesNeitherDeviceNorSocket)
     ::close(socket);
 }
 
+TEST(FileLock, EndsThoughAForkedChildLivesOn)
+{
+    TestFolder const folder;
+    std::string reason;
+    auto lock = FileLock::Acquire(folder / "lock", 0ms, reason);
+    ASSERT_NE(lock, nullptr) << reason;
+    pid_t const child = ::fork();
+    if (child == 0) {
+        ::sleep(60);
+        ::_exit(0);
+    }
+
+    lock.reset();
+
+    EXPECT_NE(FileLock::Acquire(folder / "lock", 0ms, reason), nullptr) << reason;
+    ::kill(child, SIGKILL);
+    ::waitpid(child, nullptr, 0);
+}
+
 TEST(KnownFolder, IsThatOfTheConvention)
 {
     std::string const data = Rig::Variable("XDG_DATA_HOME");

@@ -352,9 +352,14 @@ namespace {
 class SystemLock : public FileLock {
 public:
     explicit SystemLock(Descriptor aFile) : file(std::move(aFile)) {}
+    // By itself the lock would last as long as a child that the host has forked meanwhile, which
+    // has the same file open.
+    ~SystemLock() override { ::flock(file.Number(), LOCK_UN); }
+    SystemLock(SystemLock const&) = delete;
+    SystemLock& operator=(SystemLock const&) = delete;
 
 private:
-    Descriptor const file; // whose end is the lock's
+    Descriptor const file;
 };
 
 } // namespace
