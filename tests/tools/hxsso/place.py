@@ -1,0 +1,90 @@
+"""An installation with hxsso in it, a provider, and a user at the browser."""
+
+import json
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parents[3]
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(ROOT / "tests/openid/host"))
+
+import installation  # noqa: E402
+from installation import PATIENCE, User, wait_until, why_not  # noqa: E402,F401
+
+PROGRAMS = ("hxsso", "hxsso-doctor", "hxsso-plugin-loader")
+
+
+class Ended:
+    """How a command ended. Nothing that it wrote on standard error is lost."""
+
+    def __init__(self, words, completed):
+        self.words, self.status = words, completed.returncode
+        self.output = completed.stdout
+        self.errors = completed.stderr.decode("utf-8")
+
+    def __repr__(self):
+        return f"{self.words}: {self.status}\n--- output\n{self.output!r}\n--- errors\n{self.errors}"
+
+    @property
+    def text(self):
+        return self.output.decode("utf-8")
+
+    @property
+    def document(self):
+        return json.loads(self.output)
+
+    @property
+    def result(self):
+        return self.document["result"]
+
+
+class Place(installation.Installation):
+    def __init__(self, root, programs, emulator, provider):
+        super().__init__(root, programs, emulator, provider)
+        ending = ".exe" if self.is_windows else ""
+        for name in PROGRAMS:
+            shutil.copy(programs / (name + ending), root / "app")
+        self.hxsso = root / "app" / ("hxsso" + ending)
+
+    def words(self, *arguments):
+        """With them a command starts that trusts the provider; all that is between execs."""
+        words = [*self.emulator, str(self.hxsso), *arguments]
+        return self.provider.authority.trusted(words)
+
+    def run(self, *arguments, folder=None, **environment):
+        return Ended(arguments, subprocess.run(
+            self.words(*arguments), cwd=folder or self.root, stdin=subprocess.DEVNULL,
+            stdout=environment.pop("stdout", subprocess.PIPE), stderr=subprocess.PIPE,
+            env={**self.environment(), **environment}, timeout=PATIENCE, check=False))
+
+    def begin(self, *arguments, **more):
+        return subprocess.Popen(
+            self.words(*arguments), cwd=self.root, stdin=subprocess.DEVNULL,
+            stdout=subprocess.PIPE, stderr=subprocess.PIPE, env=self.environment(), **more)
+
+    def sign_in(self):
+        ended = self.run("login")
+        assert ended.status == 0, ended
+
+    def token(self, *arguments):
+        ended = self.run("token", *arguments)
+        assert ended.status == 0 and ended.errors == "", ended
+        return ended.text.removesuffix("\n")
+
+
+def failed(ended, status, error, remedy=None):
+    """Nothing on the standard output, and on the other one what is wrong and what to do."""
+    assert ended.status == status and ended.output == b"", ended
+    lines = ended.errors.replace("\r", "").splitlines()
+    assert any(re.search(error, line) for line in lines if line.startswith("hxsso: ")), ended
+    if remedy:
+        assert any(re.search(remedy, line) for line in lines if line.startswith("Fix: ")), ended
+    return ended
+
+
+def skip(reason):
+    print("skipped:", reason)
+    sys.exit(77)

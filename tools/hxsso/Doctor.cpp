@@ -1,0 +1,30 @@
+// hxsso-doctor lies beside this program, and looks at it.
+
+#include <SSOClientPrivate.h>
+
+#include "common/Utf8.h"
+#include "hxsso/Commands.h"
+#include "hxsso/System.h"
+#include "hxsso/Text.h"
+
+namespace Halvorix::HxSSO {
+
+int RunDoctor(Options const& options)
+{
+    std::filesystem::path const doctor = ProgramBeside("hxsso-doctor");
+    std::vector<std::string> arguments{"--exe", ProgramFile().u8string()};
+    std::string const config =
+        ToUtf8(SSOServices::SSOClientPrivate::GetSSOClientConfigFileOverride());
+    if (!config.empty())
+        arguments.insert(arguments.end(), {"--config", config});
+    arguments.insert(arguments.end(), options.rest.begin(), options.rest.end());
+    std::string reason;
+    int const status = RunProgram(doctor, arguments, reason);
+    if (status >= 0)
+        return status;
+    TellError(Failed(Status::Failed, Tools::Utf8(doctor) + " cannot be run: " + reason,
+                     "install hxsso-doctor beside this program"));
+    return static_cast<int>(Status::Failed);
+}
+
+} // namespace Halvorix::HxSSO

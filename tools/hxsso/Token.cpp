@@ -1,0 +1,160 @@
+// The one command that writes a secret. It is nowhere but in a Secret, which is wiped, and goes
+// past all buffers.
+
+#include <OAuth2Token.h>
+
+#include "common/Report.h"
+#include "hxsso/Commands.h"
+#include "hxsso/PluginTexts.h"
+#include "hxsso/SignOn.h"
+#include "hxsso/System.h"
+#include "hxsso/Text.h"
+
+namespace Halvorix::HxSSO {
+
+namespace {
+
+using namespace WebServices;
+
+constexpr std::int64_t LongestWait = 1'000'000'000;
+
+struct TokenAtHand {
+    OAuth2Token token;
+    std::int64_t expiresAt = 0; ///< seconds since 1970, 0 if nobody knows
+};
+
+/// Another process may renew it between the two questions.
+bool Ask(WebServicesManager& manager, OAuth2TokenSpec const& spec, TokenAtHand& found)
+{
+    if (!manager.GetOAuth2AccessToken(spec, found.token, nullptr, false))
+        return false;
+    for (int tries = 0; tries < 5; ++tries) {
+        OAuth2Token again;
+        found.expiresAt = manager.GetOAuth2TokenExpiryDate(spec);
+        if (!manager.GetOAuth2AccessToken(spec, again, nullptr, false))
+            return false;
+        if (again == found.token)
+            return true;
+        found.token = again;
+    }
+    return true;
+}
+
+bool EndsBefore(TokenAtHand const& found, std::int64_t time)
+{
+    return found.expiresAt != 0 && found.expiresAt < time;
+}
+
+/// Whole seconds; -1 if it is none.
+std::int64_t Seconds(std::string const& text)
+{
+    std::int64_t seconds = text.empty() ? -1 : 0;
+    for (char const digit : text) {
+        if (digit < '0' || digit > '9' || seconds > LongestWait)
+            return -1;
+        seconds = seconds * 10 + (digit - '0');
+    }
+    return seconds > LongestWait ? -1 : seconds;
+}
+
+/// As a text of JSON has it.
+void AppendEscaped(std::string& to, std::string const& text)
+{
+    static char const digits[] = "0123456789abcdef";
+    for (char const unit : text) {
+        auto const byte = static_cast<unsigned char>(unit);
+        if (byte == '"' || byte == '\\')
+            to += {'\\', unit};
+        else if (byte < 0x20 || byte == 0x7F)
+            to += {'\\', 'u', '0', '0', digits[byte >> 4], digits[byte & 15]};
+        else
+            to += unit;
+    }
+}
+
+/// The document with the token at its place, which jsoncpp does not get to see.
+void AppendDocument(std::string& to, Answer const& answer, std::string const& token)
+{
+    std::string const place = "\"token\" : \"";
+    std::string const document = Document("token", answer);
+    std::size_t const at = document.find(place) + place.size();
+    to += document.substr(0, at);
+    AppendEscaped(to, token);
+    to += document.substr(at);
+}
+
+Answer Found(Options const& options, TokenAtHand const& found)
+{
+    Answer answer;
+    answer.result["token"] = "";
+    answer.result["expiresAt"] = TimeOrNull(found.expiresAt);
+    answer.result["scope"] = TextOrNull(options.Value("--scope"));
+    return answer;
+}
+
+int WriteToken(Options const& options, TokenAtHand const& found)
+{
+    std::size_t const length = static_cast<std::size_t>(found.token.GetTokenSize());
+    constexpr std::size_t aroundIt = 64 * 1024, mostEscaped = 6;
+    Secret token(length * MostUtf8), output(length * MostUtf8 * mostEscaped + aroundIt);
+    AppendUtf8(token.text, found.token.GetToken(), length);
+    if (options.Has("--json")) {
+        AppendDocument(output.text, Found(options, found), token.text);
+    } else {
+        output.text += options.Has("--header") ? "Authorization: Bearer " : "";
+        output.text += token.text;
+        output.text += '\n';
+    }
+    if (Write(Stream::Output, output.text))
+        return static_cast<int>(Status::Done);
+    TellError(Failed(Status::Failed, "the token cannot be written to the standard output"));
+    return static_cast<int>(Status::Failed);
+}
+
+Answer Misuse(Options const& options)
+{
+    if (options.Has("--header") && options.Has("--json"))
+        return Failed(Status::WrongUse, "--header and --json do not go together", "give one");
+    if (options.Has("--min-valid") && Seconds(options.Value("--min-valid")) < 0)
+        return Failed(Status::WrongUse, "the value of --min-valid is no number of seconds",
+                      "give one up to " + std::to_string(LongestWait));
+    if (IsTerminal(Stream::Output) && !options.Has("--show"))
+        return Failed(Status::WrongUse, "a token is not written to a terminal",
+                      "pass it on, as in TOKEN=$(hxsso token), or give --show");
+    return {};
+}
+
+} // namespace
+
+int TellToken(Options const& options)
+{
+    // Not as a document, either: whoever reads that would have to look for a token in it.
+    Answer const misuse = Misuse(options);
+    if (misuse.status != Status::Done) {
+        TellError(misuse);
+        return static_cast<int>(misuse.status);
+    }
+    bool const asJson = options.Has("--json");
+    SignOn const session(options.Value("--server"));
+    if (session.Obstacle().status != Status::Done)
+        return Tell("token", session.Obstacle(), asJson);
+
+    OAuth2TokenSpec const spec(OAuth2TokenTypeDefault, ToWide(options.Value("--scope")).c_str());
+    TokenAtHand found;
+    bool isThere = Ask(session.Manager(), spec, found);
+    if (isThere && options.Has("--min-valid")) {
+        std::int64_t const needed = Now() + Seconds(options.Value("--min-valid"));
+        if (EndsBefore(found, needed))
+            isThere = session.Manager().RefreshOAuth2Token(spec, false) &&
+                      Ask(session.Manager(), spec, found);
+        if (isThere && EndsBefore(found, needed))
+            TellProgress(
+                "hxsso: the provider gives no token that lives so long; this one ends at " +
+                AsTime(found.expiresAt));
+    }
+    if (!isThere)
+        return Tell("token", session.Refusal("there is no such token"), asJson);
+    return WriteToken(options, found);
+}
+
+} // namespace Halvorix::HxSSO
