@@ -12,6 +12,8 @@ Answer Logout(Options const& options);
 Answer TellStatus(Options const& options);
 Answer WhoAmI(Options const& options);
 Answer ListServers(Options const& options);
+Answer Configure(Options const& options);
+Answer InstallForAll(Options const& options);
 
 /// Writes the token itself, and answers the exit status.
 int TellToken(Options const& options);

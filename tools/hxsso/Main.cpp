@@ -1,6 +1,7 @@
 // hxsso: signs a user in once, for every program and every shell.
 
 #include <exception>
+#include <filesystem>
 
 #include "hxsso/Commands.h"
 #include "hxsso/SignOn.h"
@@ -19,12 +20,18 @@ struct Entry {
 };
 
 constexpr Entry Entries[] = {
-    {"login", Login},   {"logout", Logout},       {"status", TellStatus},
-    {"whoami", WhoAmI}, {"servers", ListServers},
+    {"login", Login},           {"logout", Logout},       {"status", TellStatus},
+    {"whoami", WhoAmI},         {"servers", ListServers}, {"configure", Configure},
+    {"install", InstallForAll},
 };
 
-int RunCommand(Options const& options)
+int RunCommand(Options options)
 {
+    // As the user means it, before this process goes elsewhere.
+    if (options.Has("--folder"))
+        options.given["--folder"] =
+            std::filesystem::absolute(std::filesystem::u8path(options.Value("--folder")))
+                .u8string();
     BeginLibrary();
     if (options.command == "doctor")
         return RunDoctor(options);

@@ -23,6 +23,11 @@ std::vector<Command> const& Commands()
         {"token", {"--json", "--header", "--show"}, {"--server", "--scope", "--min-valid"}, {}},
         {"servers", {"--json"}, {}, {}},
         {"doctor", {}, {}, {}},
+        {"configure",
+         {"--json"},
+         {"--issuer", "--client-id", "--scopes", "--name", "--folder"},
+         {"--issuer", "--client-id"}},
+        {"install", {"--json", "--system", "--remove"}, {"--folder"}, {"--system"}},
     };
     return commands;
 }

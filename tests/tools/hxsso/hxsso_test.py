@@ -89,13 +89,15 @@ def NoPlugin(place, _provider):
 
 
 def NoServerApplication(place, _provider):
+    if place.is_windows:
+        skip("there hxsso itself is the server application")
     (place.root / "app/SSOClient.config").write_text("{}")
     (place.root / "server/HxSSO.exe").unlink()
     failed(place.run("token"), 3, "there is no sign-on plugin", "hxsso doctor")
 
 
 def ModuleThatIsNoPlugin(place, _provider):
-    library = next((place.root / "app").glob("*HxSSOServices*"))
+    library = next(place.home.glob("*HxSSOServices*"))
     place.module.write_bytes(library.read_bytes())
     failed(place.run("token"), 3, "there is no sign-on plugin", "hxsso doctor")
 
@@ -280,6 +282,8 @@ def JsonKeepsToItsSchema(place, provider):
         [server] = document("servers", status=0)["servers"]
         assert server["isDefault"] is True and server["loginName"] == "alice"
         assert document("logout", status=0)["loginName"] == "alice"
+    configure = ["configure", "--issuer", provider.issuer, "--client-id", "hxsso-test"]
+    assert document(*configure, status=0)["isChecked"] is True
     provider.misbehave("500", at="discovery")
     assert document("login", status=4) is None
 
@@ -528,7 +532,7 @@ def Doctor(place, provider):
     assert place.run("doctor", "--help").text.startswith("hxsso-doctor - ")
     place.module.unlink()
     assert place.run("doctor").status == 1
-    next((place.root / "app").glob("hxsso-doctor*")).unlink()
+    next(place.home.glob("hxsso-doctor*")).unlink()
     failed(place.run("doctor"), 5, "hxsso-doctor.* cannot be run", "beside")
     assert not provider.requests
 
@@ -544,8 +548,11 @@ def FilesOfTheCurrentFolderDoNotCount(place, _provider):
     (evil / "SSOVersionCompatibility.config").write_text(
         (evil / "SSOVersionCompatibility.config").read_text()
         .replace("%SSOServerAppPath%", place.native(evil, "/")))
-    for file in ("app/SSOClient.config", "server/HxSSO.exe"):
-        (place.root / file).unlink()
+    # Whatever leads to the right ones is gone.
+    (place.root / "app/SSOClient.config").unlink()
+    (place.root / "server/SSOVersionCompatibility.config").unlink()
+    if not place.is_windows:
+        (place.root / "server/HxSSO.exe").unlink()
     failed(place.run("status", folder=evil), 3, "there is no sign-on plugin")
 
 
@@ -606,6 +613,154 @@ def TextsOfAProviderCannotSteerATerminal(place, provider):
     assert place.run("whoami", "--json").result["loginName"] == "x\ny\x07"
 
 
+def configured(place, provider, *more, issuer=None, status=0):
+    ended = place.run("configure", "--issuer", issuer or provider.issuer,
+                      "--client-id", "hxsso-test", *more)
+    assert ended.status == status, ended
+    return ended
+
+
+def ConfigureMakesTheFile(place, provider):
+    place.settings.unlink()
+    ended = configured(place, provider)
+    assert ended.errors == "" and "Wrote " in ended.text and "answers as" in ended.text, ended
+    [(name, server)] = json.loads(place.settings.read_text())["servers"].items()
+    assert (name, server) == ("production", {
+        "issuer": provider.issuer, "clientId": "hxsso-test",
+        "scopes": "openid profile email offline_access"})
+    if not place.is_windows:
+        assert place.settings.stat().st_mode & 0o777 == 0o644
+    assert not list(place.settings.parent.glob("*.new"))
+    # The store is the usual one, in the user's home.
+    with User(place):
+        place.sign_in()
+    assert place.run("whoami").text == "alice\n"
+    errors = list(schema("HxSSOOpenID.schema.json").iter_errors(
+        json.loads(place.settings.read_text())))
+    assert not errors, errors
+
+
+def ConfigureKeepsWhatIsThere(place, provider):
+    place.settings.write_text("""{
+    // of the administrator
+    "servers": {"production": {"issuer": "https://old.example", "clientId": "old",
+        "scopes": "openid", "redirectPorts": [49152]}},
+    "timeouts": {"login": 20}, "store": %s}""" % json.dumps(place.native(place.store, "/")))
+    configured(place, provider, "--name", "Prüfung")
+    configured(place, provider)
+    text = place.settings.read_text(encoding="utf-8")
+    assert "// of the administrator" in text, text
+    document = json.loads(re.sub("//.*", "", text.replace("://", ":__")).replace(":__", "://"))
+    assert document["timeouts"] == {"login": 20}
+    assert document["servers"]["production"] == {
+        "issuer": provider.issuer, "clientId": "hxsso-test", "scopes": "openid",
+        "redirectPorts": [49152]}
+    assert document["servers"]["Prüfung"]["clientId"] == "hxsso-test"
+    assert place.run("status", "--server", "Prüfung").status == 1
+    configured(place, provider, "--scopes", "openid data:read")
+    assert "data:read" in place.settings.read_text()
+
+
+def ConfigureLeavesTheFileIfTheProviderIsNotRight(place, provider):
+    before = place.settings.read_bytes()
+    for issuer, pattern in ((provider.issuer + "/other", "status 404|is of the issuer"),
+                            (provider.issuer + "/", "is of the issuer"),
+                            ("https://localhost:1", "could not be reached")):
+        ended = configured(place, provider, issuer=issuer, status=4)
+        assert ended.output == b"" and "stays as it was" in ended.errors, ended
+        assert re.search(pattern, ended.errors), ended
+        assert place.settings.read_bytes() == before
+    place.settings.unlink()
+    configured(place, provider, issuer="https://localhost:1", status=4)
+    assert not place.settings.exists()
+    # What cannot be read is not replaced.
+    place.settings.write_text('{"servers": [')
+    ended = configured(place, provider, status=5)
+    assert "is not valid JSON" in ended.errors and place.settings.read_text() == '{"servers": ['
+
+
+def ConfigureElsewhere(place, provider):
+    (place.root / "other folder").mkdir()
+    ended = configured(place, provider, "--folder", "other folder")
+    assert "Not checked" in ended.text and not provider.requests, ended
+    assert (place.root / "other folder/HxSSOOpenID.json").exists()
+    ended = configured(place, provider, "--folder", "no folder", status=5)
+    assert "cannot be written" in ended.errors and "Fix: " in ended.errors, ended
+    place.module.unlink()
+    (place.root / "server/SSOVersionCompatibility.config").unlink()
+    ended = configured(place, provider, status=3)
+    assert "--folder" in ended.errors, ended
+
+
+def ConfigureTakesWhatTheSchemaTakes(place, _provider):
+    validator = schema("HxSSOOpenID.schema.json")
+    folder = place.root / "elsewhere"
+    folder.mkdir()
+    for issuer in ("https://login.example", "https://login.example/a/", "http://localhost:1/x",
+                   "http://127.0.0.1", "http://[::1]:1", "http://login.example", "login.example",
+                   "https://login.example/?x=1", "https://login.example#x", "https://me@login.example",
+                   "http://localhost.login.example", "https://", "https://a b", "file:///etc"):
+        document = {"servers": {"production": {"issuer": issuer, "clientId": "a"}}}
+        ended = place.run("configure", "--issuer", issuer, "--client-id", "a", "--folder",
+                          place.native(folder))
+        assert ended.status == (0 if validator.is_valid(document) else 2), (issuer, ended)
+    for scopes in ("openid", "openid  data:read", "a\tb", 'a"b', "a\\b", " ", "é"):
+        document = {"servers": {"production": {
+            "issuer": "https://login.example", "clientId": "a", "scopes": scopes}}}
+        ended = place.run("configure", "--issuer", "https://login.example", "--client-id", "a",
+                          "--scopes", scopes, "--folder", place.native(folder))
+        assert ended.status == (0 if validator.is_valid(document) else 2), (scopes, ended)
+    for words in (["--issuer", "https://login.example"], ["--client-id", "a"], []):
+        assert place.run("configure", *words).status == 2
+
+
+def InstallForTheWholeMachine(place, _provider):
+    server = place.native(place.root / "server")
+    if place.is_windows:
+        location = None
+    else:
+        location = place.root / "xdg/Halvorix/HxSSO/Location"
+        location.unlink()
+        location.parent.rmdir()
+        assert place.run("status").status == 3
+        failed(place.run("install", "--system"), 2, "is no sign-on folder", "--folder")
+    ended = place.run("install", "--system", "--folder", server)
+    assert ended.status == 0 and ended.errors == "", ended
+    assert "Wrote " in ended.text and "--remove" in ended.text, ended
+    if location:
+        assert location.read_text() == f"{place.root}/server\n"
+        assert location.stat().st_mode & 0o777 == 0o644
+    assert place.run("status").status == 1
+    # Once more is no harm, and it tells what was there.
+    ended = place.run("install", "--system", "--folder", "server/", "--json")
+    assert ended.status == 0 and ended.result["before"] == ended.result["now"] == server, ended
+    errors = list(schema("hxsso.schema.json").iter_errors(ended.document))
+    assert not errors, errors
+
+    failed(place.run("install", "--system", "--remove", "--folder", "elsewhere"), 2,
+           "names another folder")
+    ended = place.run("install", "--system", "--remove", "--folder", server)
+    assert ended.status == 0 and "Removed " in ended.text and server in ended.text, ended
+    if location:
+        assert not location.parent.parent.exists() and (place.root / "xdg").exists()
+    ended = place.run("install", "--system", "--remove", "--folder", server)
+    assert ended.status == 0 and "Nothing to do" in ended.text, ended
+    failed(place.run("install"), 2, "install needs --system")
+
+
+def InstallThatIsNotAllowed(place, _provider):
+    if place.is_windows:
+        skip("Wine lets everybody write the registry")
+    if os.geteuid() == 0:
+        (place.root / "file").write_text("in the way")
+        where = str(place.root / "file")
+    else:
+        where = "/proc"
+    ended = place.run("install", "--system", "--folder", str(place.root / "server"),
+                      XDG_CONFIG_DIRS=where)
+    failed(ended, 5, "cannot be written", "administrator")
+
+
 def completed(place, *words):
     """What bash offers in the place of the last word."""
     script = ('source "$1"; shift; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _hxsso; '
@@ -634,13 +789,11 @@ def CompletionInBash(place, provider):
     offered = {w for command in commands if command != "doctor"
                for w in completed(place, program, command, "--")}
     assert offered | {"--version"} == set(re.findall(r"^  (--[a-z-]+)", help_text, re.M))
+    takes_value = set(re.findall(r"^  (--[a-z-]+) [A-Z]", help_text, re.M))
     for command in commands:
-        if command != "doctor":
-            for option in completed(place, program, command, "--"):
-                ended = place.run(command, option, *["1"] * (option in (
-                    "--server", "--hint", "--scope", "--min-valid", "--issuer", "--client-id")),
-                    "--help")
-                assert ended.status == 0, ended
+        for option in completed(place, program, command, "--") if command != "doctor" else []:
+            ended = place.run(command, option, *["1"] * (option in takes_value), "--help")
+            assert ended.status == 0, ended
 
 
 def main():

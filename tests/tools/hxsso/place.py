@@ -14,8 +14,6 @@ sys.path.insert(0, str(ROOT / "tests/openid/host"))
 import installation  # noqa: E402
 from installation import PATIENCE, User, wait_until, why_not  # noqa: E402,F401
 
-PROGRAMS = ("hxsso", "hxsso-doctor", "hxsso-plugin-loader")
-
 
 class Ended:
     """How a command ended. Nothing that it wrote on standard error is lost."""
@@ -42,12 +40,20 @@ class Ended:
 
 
 class Place(installation.Installation):
+    """On Linux hxsso lies beside a host. On Windows, where it is the HxSSO.exe that the library
+    looks for, it lies in the sign-on folder, with a library of its own."""
+
     def __init__(self, root, programs, emulator, provider):
         super().__init__(root, programs, emulator, provider)
         ending = ".exe" if self.is_windows else ""
-        for name in PROGRAMS:
-            shutil.copy(programs / (name + ending), root / "app")
-        self.hxsso = root / "app" / ("hxsso" + ending)
+        self.home = root / ("server" if self.is_windows else "app")
+        self.hxsso = self.home / ("HxSSO.exe" if self.is_windows else "hxsso")
+        shutil.copy((programs.parent / "sign-on" if self.is_windows else programs) /
+                    ("hxsso" + ending), self.hxsso)
+        for name in ("hxsso-doctor", "hxsso-plugin-loader"):
+            shutil.copy(programs / (name + ending), self.home)
+        if self.is_windows:
+            shutil.copy(programs / "HxSSOServices.dll", self.home)
 
     def words(self, *arguments):
         """With them a command starts that trusts the provider; all that is between execs."""

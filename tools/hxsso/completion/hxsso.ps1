@@ -14,15 +14,19 @@ Register-ArgumentCompleter -Native -CommandName hxsso, hxsso.exe, HxSSO.exe -Scr
         whoami  = '--server', '--json', '--help'
         token   = '--server', '--scope', '--min-valid', '--header', '--show', '--json', '--help'
         servers = '--json', '--help'
+        configure = '--issuer', '--client-id', '--scopes', '--name', '--folder', '--json', '--help'
+        install = '--system', '--remove', '--folder', '--json', '--help'
         doctor  = '--config', '--search', '--load', '--log', '--timeout', '--verbose', '--json',
                   '--help', '--version'
     }
     $candidates = if ($words.Count -le 1) {
-        'login', 'logout', 'status', 'whoami', 'token', 'servers', 'doctor', '--help', '--version'
+        'login', 'logout', 'status', 'whoami', 'token', 'servers', 'doctor', 'configure',
+        'install', '--help', '--version'
     } elseif ($words[-1] -eq '--server') {
         # Asks no network.
         (& $words[0] servers --json 2> $null | ConvertFrom-Json).result.servers.server
-    } elseif ($words[-1] -in '--hint', '--scope', '--min-valid', '--config', '--search', '--timeout') {
+    } elseif ($words[-1] -in '--hint', '--scope', '--min-valid', '--issuer', '--client-id',
+        '--scopes', '--name', '--folder', '--config', '--search', '--timeout') {
         @()
     } else {
         $options[$words[1]]

@@ -1,5 +1,6 @@
 #include "hxsso/System.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -42,6 +43,11 @@ extern "C" void EndAtInterrupt(int number)
 
 std::vector<std::string> BeginProgram(int count, char** arguments)
 {
+    // A file that is opened must not become the output, if this process was given none: what is
+    // meant for that would stand in the file. So these cannot be written to.
+    for (int const standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (::fcntl(standard, F_GETFD) == -1)
+            ::open("/dev/null", standard == STDIN_FILENO ? O_WRONLY : O_RDONLY);
     // A reader that goes away is told by the write that fails.
     std::signal(SIGPIPE, SIG_IGN);
     if (count < 1)

@@ -1,0 +1,110 @@
+#include "hxsso/ConfigurationFile.h"
+
+#include <cerrno>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <system_error>
+#include <utility>
+
+#include <json/reader.h>
+#include <json/writer.h>
+
+namespace Halvorix::HxSSO {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::uintmax_t LargestFile = 1 << 20; // the plugin reads none that is larger
+
+bool Parse(std::string const& text, Json::Value& value)
+{
+    Json::CharReaderBuilder builder;
+    Json::CharReaderBuilder::strictMode(&builder.settings_);
+    builder["allowComments"] = true;
+    std::unique_ptr<Json::CharReader> const reader(builder.newCharReader());
+    try {
+        return reader->parse(text.data(), text.data() + text.size(), &value, nullptr);
+    } catch (Json::Exception const&) { // nested too deeply
+        return false;
+    }
+}
+
+} // namespace
+
+ConfigurationFile::ConfigurationFile(fs::path file) : path(std::move(file)) {}
+
+bool ConfigurationFile::Read(Json::Value& configuration, std::string& reason)
+{
+    std::error_code unknown;
+    configuration = Json::Value(Json::objectValue);
+    fs::file_status const status = fs::status(path, unknown);
+    if (status.type() == fs::file_type::not_found)
+        return true;
+    if (!fs::is_regular_file(status) || fs::file_size(path, unknown) > LargestFile) {
+        reason = "is no file of a configuration";
+        return false;
+    }
+    std::ifstream file(path, std::ios::binary);
+    std::string text{std::istreambuf_iterator<char>(file), {}};
+    if (!file) {
+        reason = "cannot be read";
+        return false;
+    }
+    if (!Parse(text, configuration) || !configuration.isObject()) {
+        reason = "is not valid JSON";
+        return false;
+    }
+    Json::Value& servers = configuration["servers"];
+    bool isGood = servers.isNull() || servers.isObject();
+    for (Json::Value const& server : isGood ? servers : Json::Value())
+        isGood = isGood && server.isObject();
+    if (!isGood)
+        reason = "has servers that are none";
+    else
+        before = std::move(text);
+    return isGood;
+}
+
+bool ConfigurationFile::Write(Json::Value const& configuration, std::string& reason) const
+{
+    Json::StreamWriterBuilder writer;
+    writer["indentation"] = "    ";
+    writer["emitUTF8"] = true;
+    writer["enableYAMLCompatibility"] = true; // no blank before a colon
+    return Replace(Json::writeString(writer, configuration) + '\n', reason);
+}
+
+bool ConfigurationFile::PutBack(std::string& reason) const
+{
+    if (before)
+        return Replace(*before, reason);
+    std::error_code error;
+    fs::remove(path, error);
+    reason = error ? error.message() : std::string();
+    return !error;
+}
+
+/// Beside it and renamed, so that no program reads half of it.
+bool ConfigurationFile::Replace(std::string const& text, std::string& reason) const
+{
+    fs::path other = path;
+    other += ".new";
+    std::error_code error;
+    errno = 0;
+    if (!(std::ofstream(other, std::ios::binary | std::ios::trunc) << text).flush())
+        error.assign(errno == 0 ? EIO : errno, std::generic_category());
+    // Every user's programs read it, whatever this user's files are like otherwise.
+    if (!error)
+        fs::permissions(other, fs::perms(0644), error);
+    if (!error)
+        fs::rename(other, path, error);
+    if (!error)
+        return true;
+    reason = error.message();
+    fs::remove(other, error);
+    return false;
+}
+
+} // namespace Halvorix::HxSSO

@@ -1,0 +1,136 @@
+// Writes the open plugin's configuration, and has the plugin itself check it.
+
+#include <algorithm>
+#include <regex>
+#include <utility>
+
+#include <SSOClientPrivate.h>
+
+#include "common/Utf8.h"
+#include "hxsso/Commands.h"
+#include "hxsso/ConfigurationFile.h"
+#include "hxsso/PluginLog.h"
+#include "hxsso/SignOn.h"
+#include "hxsso/Text.h"
+
+namespace Halvorix::HxSSO {
+
+namespace {
+
+namespace fs = std::filesystem;
+using SSOServices::SSOClientPrivate;
+
+constexpr char const* FileName = "HxSSOOpenID.json";
+constexpr char const* UsualName = "production";
+constexpr char const* UsualScopes = "openid profile email offline_access";
+
+/// As HxSSOOpenID.schema.json has them.
+constexpr char const* Issuers =
+    "(https://[^/?#@\\s]+|http://(localhost|127\\.[0-9]+\\.[0-9]+\\.[0-9]+|\\[::1\\])(:[0-9]+)?)"
+    "(/[^?#\\s]*)?";
+constexpr char const* Scopes = "[ !#-\\[\\]-~]+";
+
+bool Fits(std::string const& text, char const* rule)
+{
+    return text.size() < 2048 && std::regex_match(text, std::regex(rule));
+}
+
+Answer Misuse(Options const& options)
+{
+    if (!Fits(options.Value("--issuer"), Issuers))
+        return Failed(Status::WrongUse, "the value of --issuer is no address of a provider",
+                      "give it as the provider writes it, such as https://login.example, without "
+                      "a query; http is for a loopback address alone");
+    if (options.Has("--scopes") && !Fits(options.Value("--scopes"), Scopes))
+        return Failed(Status::WrongUse, "the value of --scopes has characters that no scope has",
+                      "separate the scopes by blanks, as in \"openid offline_access\"");
+    return {};
+}
+
+/// Without a load of the plugin, which reads its configuration then.
+fs::path FolderOfPlugin()
+{
+    return fs::u8path(ToUtf8(SSOClientPrivate::GetSSOClientPluginModule())).parent_path();
+}
+
+void PutServer(Json::Value& configuration, Options const& options, std::string const& name)
+{
+    Json::Value& server = configuration["servers"][name];
+    server["issuer"] = options.Value("--issuer");
+    server["clientId"] = options.Value("--client-id");
+    if (options.Has("--scopes"))
+        server["scopes"] = options.Value("--scopes");
+    else if (!server.isMember("scopes"))
+        server["scopes"] = UsualScopes;
+}
+
+/// The plugin reads the new file, and asks the provider for its description.
+Answer CheckByPlugin(std::string const& name)
+{
+    SignOn const session(name);
+    if (session.Obstacle().status != Status::Done)
+        return session.Obstacle();
+    if (!SSOClientPrivate::GetUrl(std::wstring(L"token")).empty())
+        return {};
+    return ReasonInPluginLog(Status::Provider,
+                             Failed(Status::Provider, "the provider cannot be asked",
+                                    "see that the issuer is right and can be reached"));
+}
+
+bool IsSame(fs::path const& left, fs::path const& right)
+{
+    std::error_code unknown;
+    return fs::equivalent(left, right, unknown);
+}
+
+} // namespace
+
+Answer Configure(Options const& options)
+{
+    Answer const misuse = Misuse(options);
+    if (misuse.status != Status::Done)
+        return misuse;
+    std::string const name = options.Has("--name") ? options.Value("--name") : UsualName;
+    fs::path const ofPlugin = FolderOfPlugin();
+    fs::path const folder =
+        options.Has("--folder") ? fs::u8path(options.Value("--folder")) : ofPlugin;
+    if (folder.empty()) {
+        Answer answer = NoPlugin();
+        answer.remedy += "; or name the folder by --folder";
+        return answer;
+    }
+
+    ConfigurationFile file(folder / FileName);
+    std::string reason;
+    Json::Value configuration;
+    if (!file.Read(configuration, reason))
+        return Failed(Status::Failed, Tools::Utf8(file.Path()) + " " + reason,
+                      "correct it, or remove it");
+    PutServer(configuration, options, name);
+    if (!file.Write(configuration, reason))
+        return Failed(Status::Failed, Tools::Utf8(file.Path()) + " cannot be written: " + reason,
+                      "run it as who may write there");
+
+    bool const isChecked = IsSame(folder, ofPlugin);
+    if (isChecked) {
+        Answer checked = CheckByPlugin(name);
+        if (checked.status != Status::Done) {
+            bool const isBack = file.PutBack(reason);
+            checked.error = Tools::Utf8(file.Path()) +
+                            (isBack ? " stays as it was: " : " cannot be put back: ") +
+                            checked.error;
+            return checked;
+        }
+    }
+    Answer answer;
+    answer.result["file"] = Tools::Utf8(file.Path());
+    answer.result["server"] = name;
+    answer.result["issuer"] = options.Value("--issuer");
+    answer.result["isChecked"] = isChecked;
+    answer.text = "Wrote " + Tools::Utf8(file.Path()) + '\n' +
+                  (isChecked ? "The provider answers as " + options.Value("--issuer") + '\n'
+                             : "Not checked at the provider: no plugin in that folder is in use\n");
+    return answer;
+}
+
+} // namespace Halvorix::HxSSO
