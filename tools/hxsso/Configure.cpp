@@ -35,7 +35,7 @@ bool Fits(std::string const& text, char const* rule)
     return text.size() < 2048 && std::regex_match(text, std::regex(rule));
 }
 
-Answer Misuse(Options const& options)
+Answer MisuseOfConfigure(Options const& options)
 {
     if (!Fits(options.Value("--issuer"), Issuers))
         return Failed(Status::WrongUse, "the value of --issuer is no address of a provider",
@@ -87,7 +87,7 @@ bool IsSame(fs::path const& left, fs::path const& right)
 
 Answer Configure(Options const& options)
 {
-    Answer const misuse = Misuse(options);
+    Answer const misuse = MisuseOfConfigure(options);
     if (misuse.status != Status::Done)
         return misuse;
     std::string const name = options.Has("--name") ? options.Value("--name") : UsualName;

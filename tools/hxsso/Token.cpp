@@ -111,7 +111,7 @@ int WriteToken(Options const& options, TokenAtHand const& found)
     return static_cast<int>(Status::Failed);
 }
 
-Answer Misuse(Options const& options)
+Answer MisuseOfToken(Options const& options)
 {
     if (options.Has("--header") && options.Has("--json"))
         return Failed(Status::WrongUse, "--header and --json do not go together", "give one");
@@ -129,7 +129,7 @@ Answer Misuse(Options const& options)
 int TellToken(Options const& options)
 {
     // Not as a document, either: whoever reads that would have to look for a token in it.
-    Answer const misuse = Misuse(options);
+    Answer const misuse = MisuseOfToken(options);
     if (misuse.status != Status::Done) {
         TellError(misuse);
         return static_cast<int>(misuse.status);

@@ -599,6 +599,26 @@ def NoSecretIsTold(place, provider):
         assert not any(secret in ended.errors for secret in secrets)
 
 
+def TokenIsWipedInMemory(place, _provider):
+    """At the end there is nothing of what hxsso makes of a token."""
+    if place.is_windows:
+        skip("the memory of another process is looked at on Linux alone")
+    import memory_at_end
+    with User(place):
+        place.sign_in()
+    token = place.token()
+    # As nobody else has it: the plugin and the library know the token alone.
+    texts = ["Bearer " + token[:20], token[-20:] + "\n", '"token" : "' + token[:20]]
+    for words in (["token"], ["token", "--header"], ["token", "--json"],
+                  ["token", "--min-valid", "60"]):
+        try:
+            output, count = memory_at_end.copies_at_end(
+                place.words(*words), place.hxsso, texts, cwd=place.root, env=place.environment())
+        except OSError as error:
+            skip(f"this machine permits no look at another process: {error}")
+        assert token.encode() in output and count == 0, (words, count)
+
+
 def TextsOfAProviderCannotSteerATerminal(place, provider):
     hostile.USERS["alice"] = {**hostile.USERS["alice"], "name": "A\x1b[31mB\nC\u202eD\u009bE",
                               "preferred_username": "x\ny\x07"}
