@@ -76,7 +76,7 @@ leg_package() {
     scripts/setup native windows docs || return
     local platform
     for platform in linux windows; do
-        build_for package $platform HxSSOServices hxsso-plugin-check hxsso-doctor || return
+        build_for package $platform HxSSOServices hxsso-plugin-check hxsso-doctor hxsso || return
     done
     say "package: the installed tree alone"
     count_report xargs -n 1 -P 2 tests/package/run <<<'linux windows'

@@ -358,6 +358,38 @@ def TwentyShellsMakeOneRefresh(place, provider):
         assert place.run("logout").status == 0
 
 
+def OneSignInForAll(place, provider):
+    """A sign-in in a shell; then hosts of two folders and twenty shells at once; and a sign-out."""
+    import shutil
+    provider.lifetime = 4
+    shutil.copytree(place.root / "app", place.root / "elsewhere")
+    with User(place):
+        place.sign_in()
+    first = place.start()
+    place.host = place.root / "elsewhere" / place.host.name
+    second = place.start()
+    try:
+        wait_until(lambda: not first.ask("IsOAuth2TokenAvailable"))
+        provider.lifetime = 3600
+        shells = [place.begin("token") for _ in range(20)]
+        for host in (first, second):
+            host.tell("GetOAuth2AccessToken", 1, "")
+        tokens = {host.answer()["token"] for host in (first, second)}
+        for shell in shells:
+            output, errors = shell.communicate(timeout=PATIENCE)
+            assert (shell.returncode, errors) == (0, b""), errors
+            tokens.add(output.decode().removesuffix("\n"))
+        assert len(tokens) == 1, tokens
+        assert provider.requests["authorization"] == 1, provider.requests
+        assert provider.requests["token"] == 2, "one sign-in and one refresh"
+        assert place.run("logout").status == 0
+        assert not first.ask("IsLoggedIn") and not second.ask("IsLoggedIn")
+        assert place.run("token").status == 1
+    finally:
+        first.close()
+        second.close()
+
+
 def OtherHostsSeeIt(place, provider):
     with User(place), place.start() as host:
         assert host.ask("IsLoggedIn") is False
