@@ -87,7 +87,7 @@ bool IsSame(fs::path const& left, fs::path const& right)
 
 Answer Configure(Options const& options)
 {
-    Answer const misuse = MisuseOfConfigure(options);
+    Answer misuse = MisuseOfConfigure(options);
     if (misuse.status != Status::Done)
         return misuse;
     std::string const name = options.Has("--name") ? options.Value("--name") : UsualName;

@@ -40,7 +40,7 @@ bool IsOneOf(std::vector<char const*> const& names, std::string const& name)
 void ReadOne(Options& options, Command const& command, std::vector<std::string> const& arguments,
              std::size_t& at)
 {
-    std::string const name = arguments[at];
+    std::string const& name = arguments[at];
     bool const takesValue = IsOneOf(command.withValue, name);
     if (name == "--help")
         options.help = true;

@@ -72,39 +72,38 @@ void AppendEscaped(std::string& to, std::string const& text)
     }
 }
 
-/// The document with the token at its place, which jsoncpp does not get to see.
-void AppendDocument(std::string& to, Answer const& answer, std::string const& token)
-{
-    std::string const place = "\"token\" : \"";
-    std::string const document = Document("token", answer);
-    std::size_t const at = document.find(place) + place.size();
-    to += document.substr(0, at);
-    AppendEscaped(to, token);
-    to += document.substr(at);
-}
+/// What stands before the token and behind it, which is all that jsoncpp gets to see.
+struct Surroundings {
+    std::string before, behind;
+};
 
-Answer Found(Options const& options, TokenAtHand const& found)
+Surroundings SurroundingsOf(Options const& options, TokenAtHand const& found)
 {
+    if (!options.Has("--json"))
+        return {options.Has("--header") ? "Authorization: Bearer " : "", "\n"};
     Answer answer;
     answer.result["token"] = "";
     answer.result["expiresAt"] = TimeOrNull(found.expiresAt);
     answer.result["scope"] = TextOrNull(options.Value("--scope"));
-    return answer;
+    std::string const document = Document("token", answer), place = "\"token\" : \"";
+    std::size_t const at = document.find(place) + place.size();
+    return {document.substr(0, at), document.substr(at)};
 }
 
 int WriteToken(Options const& options, TokenAtHand const& found)
 {
-    std::size_t const length = static_cast<std::size_t>(found.token.GetTokenSize());
-    constexpr std::size_t aroundIt = 64 * 1024, mostEscaped = 6;
-    Secret token(length * MostUtf8), output(length * MostUtf8 * mostEscaped + aroundIt);
+    constexpr std::size_t mostEscaped = 6;
+    Surroundings const around = SurroundingsOf(options, found);
+    auto const length = static_cast<std::size_t>(found.token.GetTokenSize());
+    Secret token(length * MostUtf8);
+    Secret output(around.before.size() + length * MostUtf8 * mostEscaped + around.behind.size());
     AppendUtf8(token.text, found.token.GetToken(), length);
-    if (options.Has("--json")) {
-        AppendDocument(output.text, Found(options, found), token.text);
-    } else {
-        output.text += options.Has("--header") ? "Authorization: Bearer " : "";
+    output.text += around.before;
+    if (options.Has("--json"))
+        AppendEscaped(output.text, token.text);
+    else
         output.text += token.text;
-        output.text += '\n';
-    }
+    output.text += around.behind;
     if (Write(Stream::Output, output.text))
         return static_cast<int>(Status::Done);
     TellError(Failed(Status::Failed, "the token cannot be written to the standard output"));

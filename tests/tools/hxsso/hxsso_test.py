@@ -17,7 +17,7 @@ import tempfile
 import time
 import urllib.parse
 
-from place import PATIENCE, ROOT, Place, User, failed, skip, wait_until, why_not
+from hxsso_place import PATIENCE, ROOT, Place, User, failed, skip, wait_until, why_not
 
 import hostile  # noqa: E402
 

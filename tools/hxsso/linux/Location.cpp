@@ -23,7 +23,7 @@ fs::path LocationFile()
         folders.erase(0, end == std::string::npos ? end : end + 1);
         if (!folder.is_absolute())
             continue;
-        fs::path const file = folder / "Halvorix/HxSSO/Location";
+        fs::path file = folder / "Halvorix/HxSSO/Location";
         std::error_code unknown;
         if (fs::exists(fs::symlink_status(file, unknown)))
             return file;

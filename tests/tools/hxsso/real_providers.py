@@ -1,0 +1,66 @@
+#!/usr/bin/env python3
+"""real_providers.py PROVIDER FOLDER [EMULATOR...]
+
+From nothing to a token in a shell and back, at a provider as others run them.
+"""
+
+import json
+import pathlib
+import sys
+import tempfile
+
+from hxsso_place import Place, User, failed, skip, why_not
+
+import glewlwyd  # noqa: E402
+import oidc_provider  # noqa: E402
+
+PROVIDERS = {"oidc-provider": (oidc_provider.OidcProvider, oidc_provider.why_missing),
+             "glewlwyd": (glewlwyd.Glewlwyd, glewlwyd.why_missing)}
+SCOPES = {"oidc-provider": "openid profile email offline_access data:read",
+          "glewlwyd": "openid profile email offline_access data:read data:write"}
+
+
+def there_and_back(place, provider):
+    # What a provider that compares ports asks of its administrator.
+    entry = provider.server_entry()
+    place.settings.write_text(json.dumps({"servers": {"production": {
+        **{key: entry[key] for key in entry if key == "redirectPorts"},
+        "issuer": "https://old.example", "clientId": "old"}}, "store": place.native(place.store, "/")}))
+    ended = place.run("configure", "--issuer", provider.issuer, "--client-id", "hxsso-test",
+                      "--scopes", SCOPES[provider.name])
+    assert ended.status == 0, ended
+
+    with User(place):
+        ended = place.run("login")
+        assert ended.status == 0 and ended.text.startswith("Signed in as Alice Ågren"), ended
+    assert place.run("status").status == 0
+    assert place.run("whoami", "--json").result["email"] == "alice@example.org"
+    token = place.token()
+    narrow = place.token("--scope", "data:read")
+    assert narrow != token and place.token("--scope", "data:read") == narrow
+    renewed = place.run("token", "--min-valid", "100000")
+    assert renewed.status == 0 and renewed.text.strip() != token, renewed
+    assert "lives so long" in renewed.errors, renewed
+
+    ended = place.run("logout")
+    assert ended.status == 0, ended
+    failed(place.run("token"), 1, "nobody is signed in")
+
+
+def main():
+    kind, why_missing = PROVIDERS[sys.argv[1]]
+    if reason := why_missing() or why_not():
+        skip(reason)
+    with tempfile.TemporaryDirectory() as folder:
+        root = pathlib.Path(folder).resolve()
+        with kind(root / "authority") as provider:
+            place = Place(root / "place", pathlib.Path(sys.argv[2]), sys.argv[3:], provider)
+            try:
+                there_and_back(place, provider)
+            except BaseException:
+                print(*place.log(), sep="\n")
+                raise
+
+
+if __name__ == "__main__":
+    main()
