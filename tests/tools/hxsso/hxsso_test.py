@@ -599,6 +599,12 @@ def InstalledAsPackagesDo(place, _provider):
     assert place.run("status").status == 1
     ended = place.run("doctor", "--verbose")
     assert ended.status == 0 and "share/HxSSOServices/SSOClient.config" in ended.text, ended
+    # In the sign-on folder it is a link.
+    link = place.root / "server/HxSSO.exe"
+    link.unlink()
+    link.symlink_to(place.hxsso)
+    place.hxsso = link
+    assert place.run("status").status == 1 and place.run("doctor").status == 0
 
 
 def OutputThatCannotBeWritten(place, _provider):
