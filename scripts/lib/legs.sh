@@ -10,7 +10,7 @@ leg_format() {
     scripts/setup native || return
     local files
     mapfile -t files < <(git ls-files --cached --others --exclude-standard \
-        include src tests examples tools bench | grep -E '\.(h|cpp)$' |
+        include src plugins tests examples tools bench | grep -E '\.(h|cpp)$' |
         while read -r file; do [[ ! -f $file ]] || echo "$file"; done)
     say "format: clang-format over ${#files[@]} files"
     ((${#files[@]})) || return
