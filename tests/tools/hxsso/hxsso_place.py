@@ -1,4 +1,6 @@
-"""An installation with hxsso in it, a provider, and a user at the browser."""
+"""What the tests of hxsso have in common: each script is started as
+SCRIPT CASE FOLDER [EMULATOR...] and runs one of its functions with the program of the build in
+FOLDER, in a whole installation, with a provider and a user at the browser."""
 
 import json
 import pathlib
@@ -6,6 +8,7 @@ import re
 import shutil
 import subprocess
 import sys
+import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parents[3]
 sys.dont_write_bytecode = True
@@ -13,6 +16,10 @@ sys.path.insert(0, str(ROOT / "tests/openid/host"))
 
 import installation  # noqa: E402
 from installation import PATIENCE, User, wait_until, why_not  # noqa: E402,F401
+
+import hostile  # noqa: E402
+
+PROGRAMS = pathlib.Path(sys.argv[2])
 
 
 class Ended:
@@ -94,3 +101,27 @@ def failed(ended, status, error, remedy=None):
 def skip(reason):
     print("skipped:", reason)
     sys.exit(77)
+
+
+def schema(name):
+    try:
+        import jsonschema
+    except ImportError:
+        skip("python3-jsonschema is not installed; scripts/setup native installs it")
+    document = json.loads((ROOT / "docs/schemas" / name).read_text())
+    jsonschema.Draft202012Validator.check_schema(document)
+    return jsonschema.Draft202012Validator(document)
+
+
+def run(cases):
+    if reason := why_not():
+        skip(reason)
+    with tempfile.TemporaryDirectory() as folder:
+        root = pathlib.Path(folder).resolve()
+        with hostile.HostileProvider(root / "authority") as provider:
+            place = Place(root / "place", PROGRAMS, sys.argv[3:], provider)
+            try:
+                cases[sys.argv[1]](place, provider)
+            except BaseException:
+                print(*place.log(), sep="\n")
+                raise
