@@ -28,11 +28,6 @@ Failure Local(std::string reason, std::string remedy)
     return failure;
 }
 
-struct Copy {
-    std::string stamp; ///< Of the file, before it was read.
-    std::optional<StoredLogin> login;
-};
-
 /// The login, or what is wrong with its file.
 struct Look {
     FileContent::State state = FileContent::State::Missing;
@@ -72,6 +67,11 @@ fs::path FreeName(fs::path const& file)
 } // namespace
 
 struct TokenStore::State {
+    struct Copy {
+        std::string stamp; ///< Of the file, before it was read.
+        std::optional<StoredLogin> login;
+    };
+
     StoreLocks locks;
     std::mutex mutex;
     std::map<fs::path, Copy> copies;
