@@ -29,23 +29,36 @@ TokenClock::TokenClock(std::function<std::int64_t()> wallClock,
 {
 }
 
+TokenClock::End const* TokenClock::Find(Ends const& known, StoredToken const& token) const
+{
+    for (End const& end : known)
+        if (!end.text->empty() && EqualSecrets(*end.text, *token.text))
+            return &end;
+    return nullptr;
+}
+
 void TokenClock::Received(std::string const& login, StoredToken const& token)
 {
     std::lock_guard<std::mutex> const guard(mutex);
-    ends[{login, token.type, token.scope}] = {token.text, sinceBoot() + seconds(LifetimeOf(token))};
+    Ends& known = ends[{login, token.type, token.scope}];
+    known[1] = known[0];
+    known[0] = {token.text, sinceBoot() + seconds(LifetimeOf(token))};
 }
 
 bool TokenClock::IsGood(std::string const& login, StoredToken const& token)
 {
     std::int64_t const lifetime = LifetimeOf(token);
     std::lock_guard<std::mutex> const guard(mutex);
-    End& end = ends[{login, token.type, token.scope}];
-    if (end.text->empty() || !EqualSecrets(*end.text, *token.text)) {
+    Ends& known = ends[{login, token.type, token.scope}];
+    End const* end = Find(known, token);
+    if (end == nullptr) {
         std::int64_t const left = token.receivedAt + lifetime - wallClock();
-        end = {token.text, sinceBoot() + seconds(std::clamp<std::int64_t>(left, 0, lifetime))};
+        known[1] = known[0];
+        known[0] = {token.text, sinceBoot() + seconds(std::clamp<std::int64_t>(left, 0, lifetime))};
+        end = &known[0];
     }
     milliseconds const margin = std::min(Early, milliseconds(seconds(lifetime)) / 2);
-    return end.at - sinceBoot() > margin;
+    return end->at - sinceBoot() > margin;
 }
 
 void TokenClock::Forget(std::string const& login)

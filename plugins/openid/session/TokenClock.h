@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -32,12 +33,17 @@ private:
         Secret text;
         std::chrono::milliseconds at{0};
     };
+    /// The newest first, and the one before it: a thread may still look at that one, which must
+    /// not be taken for one that was never seen.
+    using Ends = std::array<End, 2>;
     using Key = std::tuple<std::string, std::string, std::string>; // login, type, scope
+
+    End const* Find(Ends const& known, StoredToken const& token) const;
 
     std::function<std::int64_t()> const wallClock;
     std::function<std::chrono::milliseconds()> const sinceBoot;
     std::mutex mutex;
-    std::map<Key, End> ends;
+    std::map<Key, Ends> ends;
 };
 
 /// Seconds that a token lives; five minutes if it was not told.
