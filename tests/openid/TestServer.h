@@ -30,6 +30,9 @@ public:
         Socket& socket;
 
     private:
+        template <class Step>
+        bool Repeat(Step step);
+
         TestServer& server;
     };
     using Handler = std::function<void(Connection&)>;
