@@ -149,12 +149,52 @@ path SystemFolder(KNOWNFOLDERID const& identifier)
     return folder;
 }
 
+/// The place of the byte that is locked for a whole file: behind all that is ever written.
+OVERLAPPED LockedPlace()
+{
+    OVERLAPPED place{};
+    place.OffsetHigh = 0x40000000;
+    return place;
+}
+
+bool TakeLock(Handle const& file, std::chrono::milliseconds limit, std::string& reason)
+{
+    auto const deadline = std::chrono::steady_clock::now() + limit;
+    // The system can wait for a lock without an end or not at all.
+    for (auto pause = 1ms;; pause = std::min(pause * 2, 20ms)) {
+        OVERLAPPED place = LockedPlace();
+        if (::LockFileEx(file.Get(), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0,
+                         &place))
+            return true;
+        DWORD const error = ::GetLastError();
+        if (error != ERROR_LOCK_VIOLATION && error != ERROR_IO_PENDING) {
+            reason = ErrorText(error);
+            return false;
+        }
+        if (std::chrono::steady_clock::now() >= deadline) {
+            reason = "another process has held it for " + std::to_string(limit.count()) + " ms";
+            return false;
+        }
+        std::this_thread::sleep_for(pause);
+    }
+}
+
+/// Of a file that is locked; the end of its handle alone may take its time.
+void Unlock(Handle const& file)
+{
+    OVERLAPPED place = LockedPlace();
+    ::UnlockFileEx(file.Get(), 0, 1, 0, &place);
+}
+
 class SystemLock : public FileLock {
 public:
     explicit SystemLock(Handle aFile) : file(std::move(aFile)) {}
+    ~SystemLock() override { Unlock(file); }
+    SystemLock(SystemLock const&) = delete;
+    SystemLock& operator=(SystemLock const&) = delete;
 
 private:
-    Handle const file; // whose end is the lock's
+    Handle const file;
 };
 
 } // namespace
@@ -257,8 +297,15 @@ bool ReplacePrivateFile(path const& file, std::string const& bytes, std::string&
 bool AppendPrivateFile(path const& file, std::string const& bytes)
 {
     // Without the right to write elsewhere than at its end, wherever that is by then.
-    Handle const opened = Open(LongName(file), FILE_APPEND_DATA, AnybodyElse, OPEN_ALWAYS);
-    return opened && WriteAll(opened, bytes);
+    Handle const opened =
+        Open(LongName(file), FILE_APPEND_DATA | FILE_READ_DATA, AnybodyElse, OPEN_ALWAYS);
+    std::string reason;
+    // On Wine two processes may find the same end.
+    if (!opened || !TakeLock(opened, 1s, reason))
+        return false;
+    bool const isWritten = WriteAll(opened, bytes);
+    Unlock(opened);
+    return isWritten;
 }
 
 bool RemovePrivateFile(path const& file)
@@ -296,24 +343,8 @@ std::unique_ptr<FileLock> FileLock::Acquire(path const& file, std::chrono::milli
         reason = ErrorText(::GetLastError());
         return nullptr;
     }
-    auto const deadline = std::chrono::steady_clock::now() + limit;
-    // The system can wait for a lock without an end or not at all.
-    for (auto pause = 1ms;; pause = std::min(pause * 2, 20ms)) {
-        OVERLAPPED first{};
-        if (::LockFileEx(opened.Get(), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0,
-                         &first))
-            return std::make_unique<SystemLock>(std::move(opened));
-        DWORD const error = ::GetLastError();
-        if (error != ERROR_LOCK_VIOLATION && error != ERROR_IO_PENDING) {
-            reason = ErrorText(error);
-            return nullptr;
-        }
-        if (std::chrono::steady_clock::now() >= deadline) {
-            reason = "another process has held it for " + std::to_string(limit.count()) + " ms";
-            return nullptr;
-        }
-        std::this_thread::sleep_for(pause);
-    }
+    return TakeLock(opened, limit, reason) ? std::make_unique<SystemLock>(std::move(opened))
+                                           : nullptr;
 }
 
 } // namespace Halvorix::OpenId
