@@ -4,7 +4,7 @@
 #include <WebServicesConfiguration.h>
 #include <gmock/gmock.h>
 
-#include "openid/TestFolder.h"
+#include "openid/SessionWorld.h"
 #include "openid/interfaces/HostTexts.h"
 #include "openid/interfaces/Interfaces.h"
 
@@ -84,6 +84,24 @@ TEST_F(Interfaces, EqualConfigurationsAreOneObject)
     EXPECT_EQ(&client->GetConfiguration(), &client->GetConfiguration());
     EXPECT_EQ(session->ChosenServer().clientId, "mine");
     EXPECT_EQ(first.GetConsumerKey(nullptr, 0), 6) << "client: as it was when it was asked for";
+}
+
+TEST(InterfacesLogin, TheHostFinishesTheOneThatItInitiated)
+{
+    Rig::SessionWorld world;
+    auto const session = world.NewSession();
+    auto const host = MakeClient(session);
+    bool isFinished = true;
+    world.beforeBrowser = [&] { isFinished = host->CompleteLogin(); };
+    EXPECT_TRUE(MakeClientUI(session)->Login()) << world.LogText();
+    EXPECT_FALSE(isFinished) << "that sign-in is the user interface's";
+    EXPECT_EQ(world.LinesWith("Cannot sign in: no sign-in was begun, or it was ended"), 1);
+
+    wchar_t address[4096];
+    ASSERT_TRUE(host->InitiateLogin(address, 4096));
+    world.browser.Open(ToUtf8(address));
+    EXPECT_TRUE(host->CompleteLogin()) << world.LogText();
+    EXPECT_FALSE(host->CompleteLogin());
 }
 
 TEST(HostTexts, AreCutAndTerminated)

@@ -1,5 +1,6 @@
 // Signing in with the browser.
 
+#include <stdexcept>
 #include <string>
 #include <thread>
 
@@ -79,14 +80,14 @@ TEST(SessionLogin, LetsAHostOpenTheBrowserItself)
 {
     SessionWorld world;
     auto const session = world.NewSession();
-    auto const url = session->BeginLogin("");
-    ASSERT_TRUE(url);
+    auto const login = session->BeginLogin("");
+    ASSERT_TRUE(login);
     EXPECT_TRUE(session->IsLoginInProgress());
-    EXPECT_EQ(url->find("https://login.example/authorization?"), 0u);
-    world.browser.Open(*url);
-    ASSERT_TRUE(session->FinishLogin()) << world.LogText();
+    EXPECT_EQ(login->url->find("https://login.example/authorization?"), 0u);
+    world.browser.Open(*login->url);
+    ASSERT_TRUE(session->FinishLogin(*login)) << world.LogText();
     EXPECT_TRUE(session->IsLoggedIn());
-    EXPECT_FALSE(session->FinishLogin());
+    EXPECT_FALSE(session->FinishLogin(*login));
     EXPECT_THAT(world.LogText(),
                 HasSubstr("Cannot sign in: no sign-in was begun, or it was ended"));
 }
@@ -114,9 +115,50 @@ TEST(SessionLogin, IsOneAtATime)
     EXPECT_FALSE(session->BeginLogin(""));
     EXPECT_FALSE(session->LoginInBrowser(""));
     EXPECT_EQ(world.LinesWith("Cannot sign in: another sign-in is in progress. Fix: "), 2);
-    session->CancelLogin();
+    session->CancelAnyLogin();
     EXPECT_FALSE(session->IsLoginInProgress());
     EXPECT_TRUE(session->LoginInBrowser("")) << world.LogText();
+}
+
+TEST(SessionLogin, IsFinishedAndCancelledByWhoBeganIt)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    auto const first = session->BeginLogin("");
+    ASSERT_TRUE(first);
+    session->Logout();
+    auto const second = session->BeginLogin("");
+    ASSERT_TRUE(second);
+    session->CancelLogin(*first);
+    EXPECT_TRUE(session->IsLoginInProgress());
+    EXPECT_FALSE(session->FinishLogin(*first));
+    EXPECT_EQ(world.LinesWith("Cannot sign in: no sign-in was begun, or it was ended"), 1);
+    world.browser.Open(*second->url);
+    EXPECT_TRUE(session->FinishLogin(*second)) << world.LogText();
+}
+
+TEST(SessionLogin, ThatAnExceptionEndsIsInNobodysWay)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    world.beforeBrowser = [] { throw std::runtime_error("no browser"); };
+    EXPECT_THROW(session->LoginInBrowser(""), std::runtime_error);
+    EXPECT_FALSE(session->IsLoginInProgress());
+    world.beforeBrowser = nullptr;
+    for (std::string const broken : {"discovery", "token", "keys", "userinfo"}) {
+        // One of its own, which has not learnt anything yet.
+        auto const another = world.NewSession();
+        world.provider.Order([&](Behaviour& behaviour) {
+            behaviour.onRequest = [&](std::string const& endpoint) {
+                if (endpoint == broken)
+                    throw std::runtime_error(broken);
+            };
+        });
+        EXPECT_THROW(another->LoginInBrowser(""), std::runtime_error) << broken;
+        EXPECT_FALSE(another->IsLoginInProgress()) << broken;
+        world.provider.Order([](Behaviour& behaviour) { behaviour.onRequest = nullptr; });
+        EXPECT_TRUE(another->LoginInBrowser("")) << broken << '\n' << world.LogText();
+    }
 }
 
 TEST(SessionLogin, ThatNobodyFinishesGivesWayAfterItsTime)
@@ -134,9 +176,10 @@ TEST(SessionLogin, GivesUpAfterItsTime)
     SessionWorld world;
     world.configuration.loginTimeout = std::chrono::seconds(1);
     auto const session = world.NewSession();
-    ASSERT_TRUE(session->BeginLogin(""));
+    auto const login = session->BeginLogin("");
+    ASSERT_TRUE(login);
     auto const start = SinceBoot();
-    EXPECT_FALSE(session->FinishLogin());
+    EXPECT_FALSE(session->FinishLogin(*login));
     EXPECT_LT(SinceBoot() - start, milliseconds(5000));
     ExpectNobodySignedIn(world, *session, "Cannot sign in: the browser did not come back in time");
 }
@@ -145,14 +188,15 @@ TEST(SessionLogin, EndsAtOnceWhenTheHostSignsOut)
 {
     SessionWorld world;
     auto const session = world.NewSession();
-    ASSERT_TRUE(session->BeginLogin(""));
+    auto const login = session->BeginLogin("");
+    ASSERT_TRUE(login);
     milliseconds ended{0};
     std::thread host([&] {
         std::this_thread::sleep_for(milliseconds(200));
         EXPECT_FALSE(session->Logout()); // nobody was signed in
         ended = SinceBoot();
     });
-    EXPECT_FALSE(session->FinishLogin());
+    EXPECT_FALSE(session->FinishLogin(*login));
     auto const given = SinceBoot();
     host.join();
     EXPECT_LT(given - ended, milliseconds(1000));
@@ -264,7 +308,8 @@ TEST(SessionLogin, WithoutAConfigurationSaysWhy)
     EXPECT_THAT(Rig::ContentOf(folder / "HxSSOOpenID.log"),
                 HasSubstr("Error Cannot sign in: HxSSOOpenID.json is missing"));
 
-    EXPECT_FALSE(session.FinishLogin());
+    EXPECT_FALSE(session.FinishLogin({}));
+    session.CancelLogin({});
     EXPECT_FALSE(session.RestoreLogin());
     EXPECT_FALSE(session.Logout());
     EXPECT_FALSE(session.IsLoggedIn());

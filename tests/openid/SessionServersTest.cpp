@@ -64,10 +64,10 @@ TEST(SessionServers, AreAskedWithTheHostsClient)
     EXPECT_EQ(world.session->ChosenServer().clientId, "of-the-host");
     EXPECT_EQ(world.session->ChosenServer().scopes, "Data:Read openid profile");
     EXPECT_NE(world.session->StoreFile(0), before);
-    auto const url = world.session->BeginLogin("");
-    ASSERT_TRUE(url);
-    EXPECT_THAT(*url, HasSubstr("client_id=of-the-host"));
-    world.session->CancelLogin();
+    auto const login = world.session->BeginLogin("");
+    ASSERT_TRUE(login);
+    EXPECT_THAT(*login->url, HasSubstr("client_id=of-the-host"));
+    world.session->CancelLogin(*login);
     world.session->UseClient("", "");
     EXPECT_EQ(world.session->ChosenServer().clientId, "client-1");
     EXPECT_EQ(world.session->ChosenServer().scopes, "offline_access openid profile");
@@ -112,8 +112,8 @@ TEST(SessionServers, HaveAddressesInTheirPlaceThatAHostWants)
     EXPECT_EQ(world.session->Url("account"), "https://elsewhere.example/b");
     auto const login = world.session->BeginLogin("");
     ASSERT_TRUE(login);
-    EXPECT_EQ(login->find("https://elsewhere.example/a?"), 0u);
-    world.session->CancelLogin();
+    EXPECT_EQ(login->url->find("https://elsewhere.example/a?"), 0u);
+    world.session->CancelLogin(*login);
     EXPECT_TRUE(world.session->ClearUrlOverrides(0));
     EXPECT_EQ(world.session->Url("account"), "https://login.example/account");
     EXPECT_THAT(world.session->UrlOverrides(0), IsEmpty());

@@ -183,7 +183,7 @@ TEST(SessionThreads, AreAnsweredAtOnceWhileTheNetworkIsSlow)
         {"proxies", [&] { session->SetProxyCredential({}); }},
         {"events", [&] { session->Events().Dispatch(); }},
         {"log", [&] { session->Log().Info("a line"); }},
-        {"CancelLogin", [&] { session->CancelLogin(); }},
+        {"CancelAnyLogin", [&] { session->CancelAnyLogin(); }},
     };
     std::atomic<bool> isAnswered{false};
     std::thread host([&] {

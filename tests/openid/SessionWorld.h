@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -38,6 +39,8 @@ public:
         outside.send = [this](HttpRequest const& request) { return provider.Answer(request); };
         outside.openBrowser = [this](std::string const& url, std::string& reason) {
             reason = "there is none";
+            if (beforeBrowser)
+                beforeBrowser();
             return hasBrowser && browser.Open(url);
         };
         outside.wallClock = [this] { return WallClock() + wallOffset.load(); };
@@ -70,6 +73,7 @@ public:
     TestProvider provider;
     Halvorix::OpenId::PluginConfiguration configuration;
     std::atomic<bool> hasBrowser{true};
+    std::function<void()> beforeBrowser; ///< Called when a session wants to open it.
 
 private:
     std::atomic<std::int64_t> wallOffset{0};

@@ -4,6 +4,7 @@
 #include <limits>
 #include <list>
 #include <mutex>
+#include <utility>
 
 #include <plugin/Defaults.h>
 
@@ -15,6 +16,7 @@
 #include "openid/interfaces/TokenSpecs.h"
 #include "openid/interfaces/UrlCodes.h"
 #include "openid/platform/Files.h"
+#include "openid/session/AtEnd.h"
 
 namespace Halvorix::OpenId {
 
@@ -174,7 +176,7 @@ public:
     }
     bool CompleteLogin() override
     {
-        return Ask([](Session& session) { return session.FinishLogin(); });
+        return Ask([this](Session& session) { return session.FinishLogin(TakeBegun()); });
     }
     bool RestoreLogin() override
     {
@@ -370,20 +372,35 @@ private:
         bool const begun = Ask([&](Session& session) {
             if (buffer == nullptr || capacity < 1)
                 return false;
-            auto const address = session.BeginLogin(Given(loginHint));
-            if (!address)
+            auto login = session.BeginLogin(Given(loginHint));
+            if (!login)
                 return false;
-            if (CopyWhole(Secret(*address), buffer, capacity) > 0)
-                return true;
-            session.CancelLogin();
-            Report(session, "Cannot begin a sign-in",
-                   "the address does not fit into the program's buffer of " +
-                       std::to_string(capacity) + " characters",
-                   "pass one for at least " + std::to_string(address->size() + 1));
-            return false;
+            bool isTaken = false;
+            AtEnd const ending([&] {
+                if (!isTaken)
+                    session.CancelLogin(*login);
+            });
+            if (CopyWhole(login->url, buffer, capacity) == 0) {
+                Report(session, "Cannot begin a sign-in",
+                       "the address does not fit into the program's buffer of " +
+                           std::to_string(capacity) + " characters",
+                       "pass one for at least " + std::to_string(login->url->size() + 1));
+                return false;
+            }
+            std::lock_guard<std::mutex> const lock(mutex);
+            begun = std::move(*login);
+            isTaken = true;
+            return true;
         });
         status = begun ? 200 : 404;
         return begun;
+    }
+
+    /// The sign-in that InitiateLogin began last; it is finished once.
+    BegunLogin TakeBegun()
+    {
+        std::lock_guard<std::mutex> const lock(mutex);
+        return std::exchange(begun, BegunLogin());
     }
 
     TokenView StoredToken()
@@ -421,6 +438,7 @@ private:
     std::mutex mutex; ///< Of what follows.
     std::list<WebServicesConfiguration> configurations;
     WebServicesConfiguration const* given = nullptr; ///< The host's last one.
+    BegunLogin begun;
 };
 
 } // namespace

@@ -33,7 +33,7 @@ public:
     void Uninitialize() override
     {
         Ask([](Session& session) {
-            session.CancelLogin();
+            session.CancelAnyLogin();
             session.Events().Clear();
         });
     }

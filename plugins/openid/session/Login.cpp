@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "openid/protocol/Texts.h"
+#include "openid/session/AtEnd.h"
 #include "openid/session/SessionHidden.h"
 
 namespace Halvorix::OpenId {
@@ -27,19 +28,6 @@ Failure WasCancelled()
 {
     return Why(Failure::Kind::Cancelled, "the host ended it", "sign in again when it is wanted");
 }
-
-/// Does something at the end of a block, however that comes.
-template <class Action>
-class AtEnd {
-public:
-    explicit AtEnd(Action action) : action(std::move(action)) {}
-    ~AtEnd() { action(); }
-    AtEnd(AtEnd const&) = delete;
-    AtEnd& operator=(AtEnd const&) = delete;
-
-private:
-    Action action;
-};
 
 /// The provider's answer in the browser's address, with the code in it; wiped at its end.
 struct Response {
@@ -70,6 +58,8 @@ std::shared_ptr<PendingLogin> Session::Hidden::Reserve()
     std::lock_guard<std::mutex> const guard(mutex);
     if (pending && (pending->isAwaited || outside.sinceBoot() < pending->deadline))
         return nullptr;
+    if (pending)
+        pending->cancelled = true;
     abandoned = std::move(pending);
     pending = login;
     return login;
@@ -108,21 +98,19 @@ std::int32_t Session::Hidden::DefaultType()
     return defaultSpec.type;
 }
 
-std::shared_ptr<PendingLogin> Session::Hidden::Await()
+/// Whether this caller may finish it: only one may, and only while nobody has ended it.
+bool Session::Hidden::Await(std::shared_ptr<PendingLogin> const& login)
 {
     std::lock_guard<std::mutex> const guard(mutex);
-    if (!pending || pending->isAwaited || !pending->listener)
-        return nullptr;
-    pending->isAwaited = true;
-    return pending;
+    if (!login || pending != login || login->isAwaited)
+        return false;
+    login->isAwaited = true;
+    return true;
 }
 
-Outcome<StoredLogin> Session::Hidden::Complete(PendingLogin& login)
+Outcome<TokenAnswer> Session::Hidden::AskForTokens(PendingLogin& login)
 {
-    Provider& provider = *login.target.provider;
     RequestBounds const bounds(&login.cancelled, NetworkLimit());
-    std::string const redirectUri = login.listener->RedirectUri();
-
     auto waited = login.listener->Wait(
         login.secrets.state, std::max(login.deadline - outside.sinceBoot(), milliseconds(0)),
         &login.cancelled);
@@ -134,13 +122,16 @@ Outcome<StoredLogin> Session::Hidden::Complete(PendingLogin& login)
     if (!code)
         return code.Why();
     Secret const authorizationCode(std::move(*code));
+    return login.target.provider->ExchangeCode(*authorizationCode, login.listener->RedirectUri(),
+                                               login.secrets.verifier, &login.cancelled);
+}
 
-    auto answer = provider.ExchangeCode(*authorizationCode, redirectUri, login.secrets.verifier,
-                                        &login.cancelled);
-    if (!answer)
-        return answer.Why();
+Outcome<StoredLogin> Session::Hidden::Identify(PendingLogin& login, TokenAnswer answer)
+{
+    Provider& provider = *login.target.provider;
+    RequestBounds const bounds(&login.cancelled, NetworkLimit());
     auto const claims =
-        provider.Verify(*answer->idToken, login.secrets.nonce, {}, *answer->accessToken);
+        provider.Verify(*answer.idToken, login.secrets.nonce, {}, *answer.accessToken);
     if (!claims)
         return claims.Why();
 
@@ -150,7 +141,7 @@ Outcome<StoredLogin> Session::Hidden::Complete(PendingLogin& login)
     result.subject = TextMember(*claims, "sub");
     AddClaims(result.claims, *claims, true);
     if (!login.metadata.userinfoEndpoint.empty()) {
-        auto const userInfo = provider.UserInfo(*answer->accessToken, result.subject);
+        auto const userInfo = provider.UserInfo(*answer.accessToken, result.subject);
         if (userInfo)
             AddClaims(result.claims, *userInfo, false);
         else if (userInfo.Why().kind == Failure::Kind::OtherUser)
@@ -159,11 +150,11 @@ Outcome<StoredLogin> Session::Hidden::Complete(PendingLogin& login)
             log->Failed("The sign-in goes on without the claims of userinfo", userInfo.Why());
     }
     result.askedFor = NormalScope(login.target.server.scopes);
-    result.scopes = NormalScope(answer->scope);
+    result.scopes = NormalScope(answer.scope);
     result.signedInAt = outside.wallClock();
-    result.tokens.push_back(KeptToken(*answer, {DefaultType(), {}}, outside.wallClock()));
-    result.refreshToken = std::move(*answer->refreshToken);
-    result.idToken = std::move(*answer->idToken);
+    result.tokens.push_back(KeptToken(answer, {DefaultType(), {}}, outside.wallClock()));
+    result.refreshToken = std::move(*answer.refreshToken);
+    result.idToken = std::move(*answer.idToken);
     return result;
 }
 
@@ -189,7 +180,24 @@ void Session::Hidden::End(std::shared_ptr<PendingLogin> const& login)
         ended = std::move(pending);
 }
 
-std::optional<std::string> Session::BeginLogin(std::string const& loginHint)
+bool Session::Hidden::Conclude(PendingLogin& login, Outcome<StoredLogin> const& result)
+{
+    auto const committed = result ? Commit(login, *result) : Outcome<bool>(result.Why());
+    if (!committed) {
+        log->Failed(CannotSignIn, committed.Why());
+        return false;
+    }
+    log->Info("Signed in at " + result->issuer);
+    if (result->refreshToken->empty())
+        log->Info("The provider gave no refresh token, so that the sign-in ends with its access "
+                  "token. Most providers give one for the scope offline_access: add it to scopes "
+                  "in HxSSOOpenID.json");
+    events.Raise(Event::LoggedIn);
+    events.Raise(Event::TokenAcquired);
+    return true;
+}
+
+std::optional<BegunLogin> Session::BeginLogin(std::string const& loginHint)
 {
     if (!hidden->configuration) {
         hidden->log->Failed(CannotSignIn, hidden->configuration.Why());
@@ -213,52 +221,50 @@ std::optional<std::string> Session::BeginLogin(std::string const& loginHint)
         return std::nullopt;
     }
     isReady = true;
-    return std::move(*url);
+    return BegunLogin{Secret(std::move(*url)), login};
 }
 
-bool Session::FinishLogin()
+bool Session::FinishLogin(BegunLogin const& begun)
 {
-    auto const login = hidden->Await();
-    if (!login) {
+    auto const login = begun.login.lock();
+    if (!hidden->Await(login)) {
         hidden->log->Failed(CannotSignIn,
                             Why(Failure::Kind::Local, "no sign-in was begun, or it was ended",
                                 "begin one, and finish it once"));
         return false;
     }
     AtEnd const ending([&] { hidden->End(login); });
-    auto const result = hidden->Complete(*login);
-    auto const committed = result ? hidden->Commit(*login, *result) : Outcome<bool>(result.Why());
-    if (!committed) {
-        hidden->log->Failed(CannotSignIn, committed.Why());
-        return false;
-    }
-    hidden->log->Info("Signed in at " + result->issuer);
-    if (result->refreshToken->empty())
-        hidden->log->Info("The provider gave no refresh token, so that the sign-in ends with its "
-                          "access token. Most providers give one for the scope offline_access: "
-                          "add it to scopes in HxSSOOpenID.json");
-    hidden->events.Raise(Event::LoggedIn);
-    hidden->events.Raise(Event::TokenAcquired);
-    return true;
+    auto answer = hidden->AskForTokens(*login);
+    return hidden->Conclude(*login, answer ? hidden->Identify(*login, std::move(*answer))
+                                           : Outcome<StoredLogin>(answer.Why()));
 }
 
 bool Session::LoginInBrowser(std::string const& loginHint)
 {
-    auto const url = BeginLogin(loginHint);
-    if (!url)
+    auto const begun = BeginLogin(loginHint);
+    if (!begun)
         return false;
+    AtEnd const ending([&] { CancelLogin(*begun); });
     std::string reason;
-    if (!hidden->outside.openBrowser(*url, reason)) {
+    if (!hidden->outside.openBrowser(*begun->url, reason)) {
         hidden->log->Failed(CannotSignIn,
                             Why(Failure::Kind::Local, "no browser was started: " + reason,
                                 "set a default browser for this user"));
-        CancelLogin();
         return false;
     }
-    return FinishLogin();
+    return FinishLogin(*begun);
 }
 
-void Session::CancelLogin()
+void Session::CancelLogin(BegunLogin const& begun)
+{
+    auto const login = begun.login.lock();
+    if (!login)
+        return;
+    login->cancelled = true;
+    hidden->End(login);
+}
+
+void Session::CancelAnyLogin()
 {
     std::shared_ptr<PendingLogin> ended; // closes its listener after the mutex
     std::lock_guard<std::mutex> const guard(hidden->mutex);

@@ -42,7 +42,7 @@ std::string Session::EndSessionAddress()
 
 bool Session::Logout()
 {
-    CancelLogin();
+    CancelAnyLogin();
     Target const target = hidden->Chosen();
     if (!target)
         return false;

@@ -35,6 +35,15 @@ struct TokenView {
     bool usable = false;
 };
 
+struct PendingLogin;
+
+/// A sign-in that was begun. Its holder finishes and cancels this one, and never another that came
+/// after it.
+struct BegunLogin {
+    Secret url; ///< The authorization address.
+    std::weak_ptr<PendingLogin> login;
+};
+
 /// What a session asks of the world. Tests put others in their place.
 struct Outside {
     Provider::Send send = SendHttp;
@@ -76,11 +85,14 @@ public:
 
     // Signing in.
     bool LoginInBrowser(std::string const& loginHint);
-    /// The authorization address, with the listener open for FinishLogin. One login at a time.
-    std::optional<std::string> BeginLogin(std::string const& loginHint);
-    bool FinishLogin();
-    /// Ends one that is in progress, and waits for nothing.
-    void CancelLogin();
+    /// With the listener open for FinishLogin. One login at a time.
+    std::optional<BegunLogin> BeginLogin(std::string const& loginHint);
+    /// False for one that was ended, or is being finished already.
+    bool FinishLogin(BegunLogin const& begun);
+    /// Waits for nothing. Nothing happens if it was ended.
+    void CancelLogin(BegunLogin const& begun);
+    /// Ends the one that is in progress, whoever began it: for those who sign out.
+    void CancelAnyLogin();
     bool IsLoginInProgress() const;
     /// From the store, with a refresh if there is no token that is still good; never a browser.
     bool RestoreLogin();

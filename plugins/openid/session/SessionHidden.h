@@ -103,9 +103,14 @@ struct Session::Hidden {
     std::int32_t DefaultType();
     std::shared_ptr<PendingLogin> Reserve();
     Outcome<std::string> Prepare(PendingLogin& login, std::string const& loginHint);
-    std::shared_ptr<PendingLogin> Await();
-    Outcome<StoredLogin> Complete(PendingLogin& login);
+    bool Await(std::shared_ptr<PendingLogin> const& login);
+    Outcome<TokenAnswer> AskForTokens(PendingLogin& login);
+    /// Who signed in, by what the token endpoint gave.
+    Outcome<StoredLogin> Identify(PendingLogin& login, TokenAnswer answer);
     Outcome<bool> Commit(PendingLogin& login, StoredLogin const& result);
+    /// Keeps what a sign-in came to, and tells the log and the host.
+    bool Conclude(PendingLogin& login, Outcome<StoredLogin> const& result);
+    /// Makes room for the next one, if it is not there already.
     void End(std::shared_ptr<PendingLogin> const& login);
 
     // Logins.cpp
