@@ -223,14 +223,15 @@ TEST(SessionTokens, StayAsTheyAreWhileTheNetworkIsAway)
 
 TEST(SessionTokens, StayAsTheyAreOnAnErrorOfTheServer)
 {
-    for (int const status : {403, 404, 429, 500, 502, 503}) {
-        SignedIn world;
-        world.Pass(seconds(3600));
-        world.Refuse(status, "<html>");
-        EXPECT_EQ(world.Token(), "") << status;
-        EXPECT_EQ(world.LinesWith("Error Cannot get a new token: "), 1) << status;
-        world.ExpectStillSignedIn();
-    }
+    for (int const status : {400, 401, 403, 404, 429, 500, 502, 503})
+        for (char const* const body : {"<html>", "no", R"({"message": "invalid_grant"})"}) {
+            SignedIn world;
+            world.Pass(seconds(3600));
+            world.Refuse(status, body);
+            EXPECT_EQ(world.Token(), "") << status;
+            EXPECT_EQ(world.LinesWith("Error Cannot get a new token: "), 1) << status;
+            world.ExpectStillSignedIn();
+        }
 }
 
 TEST(SessionTokens, StayAsTheyAreOnErrorsThatAreNotTheTokens)
@@ -252,8 +253,8 @@ TEST(SessionTokens, SignOutWhenTheirRefreshTokenIsRefused)
         int status;
         char const* body;
     };
-    for (Sample const& sample : {Sample{400, R"({"error": "invalid_grant"})"}, Sample{400, ""},
-                                 Sample{401, ""}, Sample{401, "<html>no</html>"}}) {
+    for (Sample const& sample :
+         {Sample{400, R"({"error": "invalid_grant"})"}, Sample{400, ""}, Sample{401, ""}}) {
         SCOPED_TRACE(sample.body);
         SignedIn world;
         auto const another = world.NewSession();

@@ -73,13 +73,17 @@ ProviderError ReadError(HttpResponse const& response, Question const& question)
     return error;
 }
 
-Failure::Kind KindOfStatus(int status, bool hasCode)
+Failure::Kind KindOf(HttpResponse const& response, bool hasCode)
 {
+    int const status = response.status;
     if (status == 408 || status == 429 || status == 503)
         return Failure::Kind::Network;
-    // Without a code only these are the provider's own no. The others come from what stands
-    // before it, too, and must not sign anybody out.
-    if (status == 400 || status == 401 || (status < 500 && hasCode))
+    if (status < 500 && hasCode)
+        return Failure::Kind::Refused;
+    // Some providers say no by these alone. With a page or another's JSON they come from what
+    // stands before the provider, which must not sign anybody out.
+    bool const isEmpty = response.body.find_first_not_of(" \t\r\n") == std::string::npos;
+    if (isEmpty && (status == 400 || status == 401))
         return Failure::Kind::Refused;
     return Failure::Kind::Provider;
 }
@@ -94,7 +98,7 @@ Failure FailureOfStatus(HttpResponse const& response, Question const& question)
                             did + ", a redirect, which is never followed", CheckAddress);
     } else if (status >= 400 && status < 600) {
         ProviderError const error = ReadError(response, question);
-        Failure::Kind const kind = KindOfStatus(status, !error.code.empty());
+        Failure::Kind const kind = KindOf(response, !error.code.empty());
         if (!error.code.empty())
             did += ", " + error.code;
         if (!error.description.empty())

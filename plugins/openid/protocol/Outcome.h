@@ -13,10 +13,11 @@ struct Failure {
         Configuration, ///< This machine's files.
         Network,       ///< No answer; to be tried again later.
         Provider,      ///< An answer that breaks the standard, or a server's error.
-        Refused,       ///< The provider's no: invalid_grant, invalid_scope, access_denied, 4xx.
-        OtherUser,     ///< An answer about another user than the one who signed in.
-        Cancelled,     ///< By the host, or the time limit.
-        Local,         ///< The store, a port, the browser.
+        /// The provider's no: its error, such as invalid_grant, or a 400 or 401 without anything.
+        Refused,
+        OtherUser, ///< An answer about another user than the one who signed in.
+        Cancelled, ///< By the host, or the time limit.
+        Local,     ///< The store, a port, the browser.
     };
     Kind kind = Kind::Local;
     std::string reason;
