@@ -176,7 +176,7 @@ public:
     }
     bool CompleteLogin() override
     {
-        return Ask([this](Session& session) { return session.FinishLogin(TakeBegun()); });
+        return Ask([this](Session& session) { return session.FinishLogin(TakeInitiated()); });
     }
     bool RestoreLogin() override
     {
@@ -388,7 +388,7 @@ private:
                 return false;
             }
             std::lock_guard<std::mutex> const lock(mutex);
-            begun = std::move(*login);
+            initiated = std::move(*login);
             isTaken = true;
             return true;
         });
@@ -397,10 +397,10 @@ private:
     }
 
     /// The sign-in that InitiateLogin began last; it is finished once.
-    BegunLogin TakeBegun()
+    BegunLogin TakeInitiated()
     {
         std::lock_guard<std::mutex> const lock(mutex);
-        return std::exchange(begun, BegunLogin());
+        return std::exchange(initiated, BegunLogin());
     }
 
     TokenView StoredToken()
@@ -438,7 +438,7 @@ private:
     std::mutex mutex; ///< Of what follows.
     std::list<WebServicesConfiguration> configurations;
     WebServicesConfiguration const* given = nullptr; ///< The host's last one.
-    BegunLogin begun;
+    BegunLogin initiated;
 };
 
 } // namespace
