@@ -31,9 +31,24 @@ bool Parse(std::string const& text, Json::Value& value)
     }
 }
 
+/// Where links lead, even if nothing is there yet: packages keep the file in a folder for
+/// configuration, and the link to it is theirs.
+fs::path Followed(fs::path file)
+{
+    constexpr int most = 8; // a circle is an error of whoever writes to it
+    std::error_code isNone;
+    for (int links = 0; links < most; ++links) {
+        fs::path const target = fs::read_symlink(file, isNone);
+        if (isNone)
+            break;
+        file = file.parent_path() / target;
+    }
+    return file;
+}
+
 } // namespace
 
-ConfigurationFile::ConfigurationFile(fs::path file) : path(std::move(file)) {}
+ConfigurationFile::ConfigurationFile(fs::path const& file) : path(Followed(file)) {}
 
 bool ConfigurationFile::Read(Json::Value& configuration, std::string& reason)
 {

@@ -11,8 +11,9 @@ namespace Halvorix::HxSSO {
 /// HxSSOOpenID.json, which is replaced as a whole.
 class ConfigurationFile {
 public:
-    explicit ConfigurationFile(std::filesystem::path path);
+    explicit ConfigurationFile(std::filesystem::path const& file);
 
+    /// Links are followed.
     std::filesystem::path const& Path() const { return path; }
 
     /// What stands in it, or an empty object where there is none. False if it cannot be changed,

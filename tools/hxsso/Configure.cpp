@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <regex>
+#include <sstream>
 #include <utility>
 
 #include <SSOClientPrivate.h>
@@ -29,10 +30,28 @@ constexpr char const* Issuers =
     "(https://[^/?#@\\s]+|http://(localhost|127\\.[0-9]+\\.[0-9]+\\.[0-9]+|\\[::1\\])(:[0-9]+)?)"
     "(/[^?#\\s]*)?";
 constexpr char const* Scopes = "[ !#-\\[\\]-~]+";
+constexpr char const* Ports = "[1-9][0-9]{0,4}(,[1-9][0-9]{0,4})*";
+constexpr int HighestPort = 65535;
 
 bool Fits(std::string const& text, char const* rule)
 {
     return text.size() < 2048 && std::regex_match(text, std::regex(rule));
+}
+
+/// "49152,49153" as a list, and null for what is no such text.
+Json::Value PortsIn(std::string const& text)
+{
+    Json::Value ports;
+    if (!Fits(text, Ports))
+        return ports;
+    std::istringstream parts(text);
+    for (std::string part; std::getline(parts, part, ',');) {
+        int const port = std::stoi(part);
+        if (port > HighestPort)
+            return {};
+        ports.append(port);
+    }
+    return ports;
 }
 
 Answer MisuseOfConfigure(Options const& options)
@@ -44,6 +63,9 @@ Answer MisuseOfConfigure(Options const& options)
     if (options.Has("--scopes") && !Fits(options.Value("--scopes"), Scopes))
         return Failed(Status::WrongUse, "the value of --scopes has characters that no scope has",
                       "separate the scopes by blanks, as in \"openid offline_access\"");
+    if (options.Has("--redirect-ports") && PortsIn(options.Value("--redirect-ports")).isNull())
+        return Failed(Status::WrongUse, "the value of --redirect-ports is no list of ports",
+                      "write numbers from 1 to 65535 with commas between them, as in 49152,49153");
     return {};
 }
 
@@ -62,6 +84,20 @@ void PutServer(Json::Value& configuration, Options const& options, std::string c
         server["scopes"] = options.Value("--scopes");
     else if (!server.isMember("scopes"))
         server["scopes"] = UsualScopes;
+    if (options.Has("--redirect-ports"))
+        server["redirectPorts"] = PortsIn(options.Value("--redirect-ports"));
+}
+
+/// What the provider's administrator has to know of this client.
+std::string RedirectAddresses(Json::Value const& ports)
+{
+    if (!ports.isArray() || ports.empty())
+        return "Redirect address to register there: http://127.0.0.1/callback, with any port\n";
+    std::string text = "Redirect addresses to register there:";
+    for (Json::Value const& port : ports)
+        if (port.isInt())
+            text += " http://127.0.0.1:" + port.asString() + "/callback";
+    return text + '\n';
 }
 
 /// The plugin reads the new file, and asks the provider for its description.
@@ -127,9 +163,11 @@ Answer Configure(Options const& options)
     answer.result["server"] = name;
     answer.result["issuer"] = options.Value("--issuer");
     answer.result["isChecked"] = isChecked;
-    answer.text = "Wrote " + Tools::Utf8(file.Path()) + '\n' +
-                  (isChecked ? "The provider answers as " + options.Value("--issuer") + '\n'
-                             : "Not checked at the provider: no plugin in that folder is in use\n");
+    answer.text =
+        "Wrote " + Tools::Utf8(file.Path()) + '\n' +
+        (isChecked ? "The provider answers as " + options.Value("--issuer") + '\n'
+                   : "Not checked at the provider: no plugin in that folder is in use\n") +
+        RedirectAddresses(configuration["servers"][name]["redirectPorts"]);
     return answer;
 }
 

@@ -25,7 +25,7 @@ std::vector<Command> const& Commands()
         {"doctor", {}, {}, {}},
         {"configure",
          {"--json"},
-         {"--issuer", "--client-id", "--scopes", "--name", "--folder"},
+         {"--issuer", "--client-id", "--scopes", "--redirect-ports", "--name", "--folder"},
          {"--issuer", "--client-id"}},
         {"install", {"--json", "--system", "--remove"}, {"--folder"}, {"--system"}},
     };

@@ -61,7 +61,7 @@ def why_missing():
     return None
 
 
-def _free_ports(count):
+def free_ports(count):
     """Below those that the system gives to others, who could take one before it is used."""
     ports = []
     while len(ports) < count:
@@ -87,7 +87,7 @@ class Glewlwyd:
 
     def start(self):
         # It compares the port of a redirect address, and takes its own from its file.
-        self.port, *self.redirect_ports = _free_ports(4)
+        self.port, *self.redirect_ports = free_ports(4)
         self.issuer = f"https://localhost:{self.port}/api/oidc"
         self._folder = tempfile.TemporaryDirectory(prefix="glewlwyd-", dir=self.authority.folder)
         database, file = f"{self._folder.name}/glewlwyd.db", f"{self._folder.name}/glewlwyd.conf"

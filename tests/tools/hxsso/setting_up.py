@@ -7,6 +7,8 @@ import re
 
 from hxsso_place import User, failed, run, schema, skip
 
+from glewlwyd import free_ports
+
 
 def configured(place, provider, *more, issuer=None, status=0):
     ended = place.run("configure", "--issuer", issuer or provider.issuer,
@@ -19,6 +21,7 @@ def ConfigureMakesTheFile(place, provider):
     place.settings.unlink()
     ended = configured(place, provider)
     assert ended.errors == "" and "Wrote " in ended.text and "answers as" in ended.text, ended
+    assert "http://127.0.0.1/callback, with any port" in ended.text, ended
     [(name, server)] = json.loads(place.settings.read_text())["servers"].items()
     assert (name, server) == ("production", {
         "issuer": provider.issuer, "clientId": "hxsso-test",
@@ -54,6 +57,41 @@ def ConfigureKeepsWhatIsThere(place, provider):
     assert place.run("status", "--server", "Prüfung").status == 1
     configured(place, provider, "--scopes", "openid data:read")
     assert "data:read" in place.settings.read_text()
+
+
+def ConfigureSetsThePorts(place, provider):
+    [port] = free_ports(1)
+    ended = configured(place, provider, "--redirect-ports", f"{port},49153")
+    assert f"http://127.0.0.1:{port}/callback http://127.0.0.1:49153/callback" in ended.text, ended
+    configured(place, provider)
+    server = json.loads(place.settings.read_text())["servers"]["production"]
+    assert server["redirectPorts"] == [port, 49153], server
+    with User(place):
+        place.sign_in()
+    [parameters] = [seen for endpoint, seen in provider.seen if endpoint == "authorization"]
+    assert parameters["redirect_uri"] == f"http://127.0.0.1:{port}/callback", parameters
+    before = place.settings.read_bytes()
+    for ports in ("0", "65536", "49152,", ",", "49152;49153", "49152, 49153", "-1", "any"):
+        failed(place.run("configure", "--issuer", provider.issuer, "--client-id", "hxsso-test",
+                         "--redirect-ports", ports), 2, "--redirect-ports is no list of ports")
+    assert place.settings.read_bytes() == before
+
+
+def ConfigureFollowsALink(place, provider):
+    """As a package has it, which keeps the file in a folder for configuration."""
+    if place.is_windows:
+        skip("links are for administrators there")
+    place.settings.unlink()
+    other = place.root / "configuration"
+    place.settings.symlink_to(other / "HxSSOOpenID.json")
+    failed(place.run("configure", "--issuer", provider.issuer, "--client-id", "a"), 5,
+           re.escape(str(other)) + ".* cannot be written")
+    other.mkdir()
+    configured(place, provider, issuer="https://localhost:1", status=4)
+    assert not list(other.iterdir()) and place.settings.is_symlink()
+    ended = configured(place, provider)
+    assert f"Wrote {other}/HxSSOOpenID.json\n" in ended.text, ended
+    assert place.settings.is_symlink() and place.run("status").status == 1
 
 
 def ConfigureLeavesTheFileIfTheProviderIsNotRight(place, provider):

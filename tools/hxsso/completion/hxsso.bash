@@ -11,7 +11,7 @@ _hxsso()
     elif [[ $before == --server ]]; then
         # Asks no network.
         words=$("${COMP_WORDS[0]}" servers 2> /dev/null | sed -n 's/^[* ] \([^,]*\), .*/\1/p')
-    elif [[ $before == --@(hint|scope|min-valid|issuer|client-id|scopes|name) ]]; then
+    elif [[ $before == --@(hint|scope|min-valid|issuer|client-id|scopes|redirect-ports|name) ]]; then
         return
     elif [[ $before == --folder ]]; then
         mapfile -t COMPREPLY < <(compgen -d -- "$word")
@@ -21,7 +21,7 @@ _hxsso()
         login) words='--server --hint --no-browser --json --help' ;;
         logout | status | whoami) words='--server --json --help' ;;
         token) words='--server --scope --min-valid --header --show --json --help' ;;
-        configure) words='--issuer --client-id --scopes --name --folder --json --help' ;;
+        configure) words='--issuer --client-id --scopes --redirect-ports --name --folder --json --help' ;;
         install) words='--system --remove --folder --json --help' ;;
         servers) words='--json --help' ;;
         esac

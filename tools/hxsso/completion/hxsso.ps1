@@ -14,7 +14,8 @@ Register-ArgumentCompleter -Native -CommandName hxsso, hxsso.exe, HxSSO.exe -Scr
         whoami  = '--server', '--json', '--help'
         token   = '--server', '--scope', '--min-valid', '--header', '--show', '--json', '--help'
         servers = '--json', '--help'
-        configure = '--issuer', '--client-id', '--scopes', '--name', '--folder', '--json', '--help'
+        configure = '--issuer', '--client-id', '--scopes', '--redirect-ports', '--name', '--folder',
+                    '--json', '--help'
         install = '--system', '--remove', '--folder', '--json', '--help'
         doctor  = '--config', '--search', '--load', '--log', '--timeout', '--verbose', '--json',
                   '--help', '--version'
@@ -26,7 +27,7 @@ Register-ArgumentCompleter -Native -CommandName hxsso, hxsso.exe, HxSSO.exe -Scr
         # Asks no network.
         (& $words[0] servers --json 2> $null | ConvertFrom-Json).result.servers.server
     } elseif ($words[-1] -in '--hint', '--scope', '--min-valid', '--issuer', '--client-id',
-        '--scopes', '--name', '--folder', '--config', '--search', '--timeout') {
+        '--scopes', '--redirect-ports', '--name', '--folder', '--config', '--search', '--timeout') {
         @()
     } else {
         $options[$words[1]]
