@@ -125,6 +125,12 @@ NAMES = [
      tuple(names.LISTS),
      [r"^(\?IsLogEnabled@.*@Q(AE|EAA)_NXZ|_ZN8Halvorix.*12IsLogEnabledEv) is in the headers",
       r"^(\?IsLogEnabled@.*@Q(BE|EBA)_NXZ|_ZNK8Halvorix.*12IsLogEnabledEv) is in the list"]),
+    # Which Linux and MinGW decorate alike.
+    ("a result of another type", "WebServicesManager.h",
+     lambda text: changed(text, "bool IsLogEnabled() const;", "int IsLogEnabled() const;"),
+     MICROSOFT,
+     [r"^\?IsLogEnabled@.*@Q(BE|EBA)HXZ is in the headers",
+      r"^\?IsLogEnabled@.*@Q(BE|EBA)_NXZ is in the list"]),
 ]
 
 HEADERS = [
