@@ -9,6 +9,7 @@
 
 #include "discovery/Version.h"
 #include "discovery/VersionRange.h"
+#include "framework/ThisBuild.h"
 
 // The examples of docs/version-rules.md, held against the code.
 
@@ -26,7 +27,7 @@ Version Parsed(std::string const& text)
 std::vector<std::string> const& Page()
 {
     static std::vector<std::string> const lines = [] {
-        std::ifstream stream(HXSSO_VERSION_RULES_PAGE);
+        std::ifstream stream(Rig::SourceFile("docs/version-rules.md"));
         std::vector<std::string> read;
         for (std::string line; std::getline(stream, line);)
             read.push_back(line);

@@ -18,4 +18,7 @@ std::string BuildName();
 /// A module of this build that needs PluginDependency.
 std::filesystem::path DependentModule();
 
+/// A file or folder of the repository that it was built from.
+std::filesystem::path SourceFile(std::string const& relative);
+
 } // namespace Rig

@@ -9,6 +9,7 @@
 #include <NetworkCookie.h>
 #include <OAuth2Token.h>
 #include <SSOServicesPrivate.h>
+#include "framework/ThisBuild.h"
 
 // The documents of the plugin boundary, which check.py holds against their schemas, by the
 // functions that a plugin has for them too.
@@ -101,7 +102,7 @@ void ForEach(std::string const& folder, Look const& look)
 {
     for (Kind const& kind : Kinds) {
         int count = 0;
-        fs::path const place = fs::u8path(HXSSO_SAMPLES) / "documents" / kind.name / folder;
+        fs::path const place = Rig::SourceFile("tests/schemas/documents") / kind.name / folder;
         for (auto const& entry : fs::directory_iterator(place)) {
             SCOPED_TRACE(entry.path().u8string());
             look(kind, entry.path());

@@ -8,6 +8,7 @@
 #include "discovery/Lines.h"
 #include "discovery/Questions.h"
 #include "framework/Installation.h"
+#include "framework/ThisBuild.h"
 
 // The files that the schemas in docs/schemas are held against, read by the
 // library. check.py tells what their folders mean.
@@ -26,7 +27,7 @@ struct Sample {
 std::vector<Sample> Samples(std::string const& folder)
 {
     std::vector<Sample> samples;
-    for (auto const& entry : fs::directory_iterator(fs::u8path(HXSSO_SAMPLES) / folder)) {
+    for (auto const& entry : fs::directory_iterator(SourceFile("tests/schemas") / folder)) {
         std::ifstream stream(entry.path(), std::ios::binary);
         samples.push_back(
             {entry.path().filename().u8string(), {std::istreambuf_iterator<char>(stream), {}}});

@@ -1,6 +1,9 @@
 #include "support/Messages.h"
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <map>
 #include <regex>
 #include <set>
 #include <string>
@@ -8,138 +11,116 @@
 
 #include <gtest/gtest.h>
 
+#include "framework/ThisBuild.h"
+#include "support/TextConversion.h"
+
 using namespace Halvorix::SSOServices;
 using Halvorix::Log::LogLevel;
 
 namespace {
 
-struct Expected {
+struct Named {
     char const* name;
     Message message;
-    LogLevel level;
-    wchar_t const* text;
 };
 
-// Texts and levels are relied on by whoever reads logs, so they stand here once
-// more, to the letter. That none is left out, tests/docs/messages.py sees to.
-constexpr Expected AllMessages[] = {
-    // Errors.
-    {"NoSSOClientModule", Messages::NoSSOClientModule, LogLevel::Error,
-     L"Failed to obtain ISSOClientModule. ISSOClientFactory::GetSSOClientModule returned null."},
-    {"NoSSOServerManager", Messages::NoSSOServerManager, LogLevel::Error,
-     L"Failed to obtain ISSOServerManager. ISSOClientFactory::GetSSOServerManager returned null."},
-    {"NoSSOClient", Messages::NoSSOClient, LogLevel::Error,
-     L"Failed to obtain ISSOClient. ISSOClientFactory::GetSSOClient returned null."},
-    {"NoSSOClientUI", Messages::NoSSOClientUI, LogLevel::Error,
-     L"Failed to obtain ISSOClientUI. ISSOClientFactory::GetSSOClientUI returned null."},
-    {"NoSSOClientPrivate", Messages::NoSSOClientPrivate, LogLevel::Error,
-     L"Failed to obtain ISSOClientPrivate. ISSOClientFactory::GetSSOClientPrivate returned null."},
-    {"PluginNotFound", Messages::PluginNotFound, LogLevel::Error,
-     L"Client plugin module not found: %1%"},
-    {"PluginLoadFailed", Messages::PluginLoadFailed, LogLevel::Error,
-     L"Failed to load client plugin module %1%. Error: %2%"},
-    {"FactoryProcMissing", Messages::FactoryProcMissing, LogLevel::Error,
-     L"Failed to get factory proc from client plugin module %1%. Error: %2%"},
-    {"OpenSslModuleNotFound", Messages::OpenSslModuleNotFound, LogLevel::Error,
-     L"Openssl module not found: %1%"},
-    {"ConfigInvalid", Messages::ConfigInvalid, LogLevel::Error,
-     L"Failed to load client config file %1%. Invalid file format."},
-    {"ConfigOverrideMissing", Messages::ConfigOverrideMissing, LogLevel::Error,
-     L"Failed to find client config file override %1%"},
-    {"ConfigOverrideTooLate", Messages::ConfigOverrideTooLate, LogLevel::Error,
-     L"Failed to set client config file override %1% since client config file %2% is already "
-     L"loaded"},
-    {"ServerMissing", Messages::ServerMissing, LogLevel::Error,
-     L"Failed to find SSO server app %1% in the following paths:\n%2%"},
-    {"PluginMissing", Messages::PluginMissing, LogLevel::Error,
-     L"Failed to find compatible client plugin version for HxSSOServices version %1% in version "
-     L"compatibility file %2%"},
-    {"PluginMissingNoFile", Messages::PluginMissingNoFile, LogLevel::Error,
-     L"Failed to find compatible client plugin version for HxSSOServices version %1% since version "
-     L"compatibility file %2% is not found"},
-    {"OpenSslMissing", Messages::OpenSslMissing, LogLevel::Error,
-     L"Failed to find compatible openssl version for HxSSOServices version %1% in version "
-     L"compatibility file %2%"},
-    {"OpenSslMissingNoFile", Messages::OpenSslMissingNoFile, LogLevel::Error,
-     L"Failed to find compatible openssl version for HxSSOServices version %1% since version "
-     L"compatibility file %2% is not found"},
-    {"CompatibilityAbsent", Messages::CompatibilityAbsent, LogLevel::Error,
-     L"Version compatibility file %1% not found"},
-    {"CompatibilityListEmpty", Messages::CompatibilityListEmpty, LogLevel::Error,
-     L"Version compatibility list is empty under key %1% in version compatibility file %2%"},
-    {"CompatibilityInvalid", Messages::CompatibilityInvalid, LogLevel::Error,
-     L"Failed to load file %1%. Possibly json format is not valid."},
-    {"RangeInvalid", Messages::RangeInvalid, LogLevel::Error,
-     L"Invalid version range in 'compatibleSsoServicesVersion' object in version compatibility "
-     L"file %1%. Object ignored."},
-    {"RangeMissing", Messages::RangeMissing, LogLevel::Error,
-     L"Missing object 'compatibleSsoServicesVersion' in version compatibility file %1%. Object "
-     L"ignored."},
-    {"ModuleVersionBlank", Messages::ModuleVersionBlank, LogLevel::Error,
-     L"Blank or missing key 'version' in %1% in version compatibility file %2%. Object ignored."},
-    {"ModuleBlank", Messages::ModuleBlank, LogLevel::Error,
-     L"Blank or missing key 'module' in %1% in version compatibility file %2%. Object ignored."},
-    {"ModulePathBlank", Messages::ModulePathBlank, LogLevel::Error,
-     L"Blank or missing key 'modulePath' or 'modulePathWoW64' in %1% in version compatibility file "
-     L"%2%. Object ignored."},
-    {"CompatibilityOverrideMissing", Messages::CompatibilityOverrideMissing, LogLevel::Error,
-     L"Failed to find version compatibility file override %1%"},
-    {"CompatibilityMissing", Messages::CompatibilityMissing, LogLevel::Error,
-     L"Failed to find version compatibility file %1% in the following paths:\n%2%"},
-    // Warnings.
-    {"ConfigMissing", Messages::ConfigMissing, LogLevel::Warning,
-     L"Failed to find client config file %1% in the following paths:\n%2%"},
-    // Progress.
-    {"Banner", Messages::Banner, LogLevel::Info,
-     L"%1% module loaded (Version: %2% Config: %3% File: %4%)"},
-    {"PluginLoading", Messages::PluginLoading, LogLevel::Info,
-     L"Dynamically loading client plugin module %1%"},
-    {"PluginLoaded", Messages::PluginLoaded, LogLevel::Info,
-     L"Successfully loaded client plugin module %1%"},
-    {"FactoryProcGetting", Messages::FactoryProcGetting, LogLevel::Info,
-     L"Getting factory proc from client plugin module %1%"},
-    {"FactoryGetting", Messages::FactoryGetting, LogLevel::Info,
-     L"Getting factory from client plugin module %1%"},
-    {"ConfigLoading", Messages::ConfigLoading, LogLevel::Info, L"Loading client config file %1%"},
-    {"RegistryRead", Messages::RegistryRead, LogLevel::Info,
-     L"Getting HxSSO path from registry: %1%"},
-    {"RegistryUnavailable", Messages::RegistryUnavailable, LogLevel::Info,
-     L"Unable to get HxSSO path from registry, failed with error: %1%"},
-    {"ConfigOverrideSet", Messages::ConfigOverrideSet, LogLevel::Info,
-     L"Client config file override set to %1%"},
-    {"ConfigOverrideFound", Messages::ConfigOverrideFound, LogLevel::Info,
-     L"Found client config file override at %1%"},
-    {"ConfigSearching", Messages::ConfigSearching, LogLevel::Info,
-     L"Searching for client config file %1% in the following paths:\n%2%"},
-    {"ConfigFound", Messages::ConfigFound, LogLevel::Info, L"Found client config file at %1%"},
-    {"ServerSearching", Messages::ServerSearching, LogLevel::Info,
-     L"Searching for SSO server app %1% in the following paths:\n%2%"},
-    {"ServerFound", Messages::ServerFound, LogLevel::Info, L"Found SSO server app at %1%"},
-    {"PluginSearching", Messages::PluginSearching, LogLevel::Info,
-     L"Searching for compatible client plugin version for HxSSOServices version %1% in version "
-     L"compatibility file %2%"},
-    {"PluginFound", Messages::PluginFound, LogLevel::Info,
-     L"Found compatible client plugin for HxSSOServices version %1% in version compatibility file: "
-     L"%2%"},
-    {"OpenSslOverrideSearching", Messages::OpenSslOverrideSearching, LogLevel::Info,
-     L"Searching for openssl override in client config file %1%"},
-    {"OpenSslOverrideFound", Messages::OpenSslOverrideFound, LogLevel::Info,
-     L"Found openssl override in client config file %1% and using it: %2%"},
-    {"OpenSslOverrideNone", Messages::OpenSslOverrideNone, LogLevel::Info,
-     L"No openssl override specified in client config file %1%"},
-    {"OpenSslSearching", Messages::OpenSslSearching, LogLevel::Info,
-     L"Searching for compatible openssl version for HxSSOServices version %1% in version "
-     L"compatibility file %2%"},
-    {"OpenSslFound", Messages::OpenSslFound, LogLevel::Info,
-     L"Found compatible openssl version for HxSSOServices version %1% in version compatibility "
-     L"file: %2%"},
-    {"CompatibilityOverrideFound", Messages::CompatibilityOverrideFound, LogLevel::Info,
-     L"Found version compatibility file override at %1%"},
-    {"CompatibilitySearching", Messages::CompatibilitySearching, LogLevel::Info,
-     L"Searching for version compatibility file %1% in the following paths:\n%2%"},
-    {"CompatibilityFound", Messages::CompatibilityFound, LogLevel::Info,
-     L"Found version compatibility file at %1%"},
+#define NAMED(name)                                                                                \
+    Named { #name, Messages::name }
+
+// That none is left out, tests/docs/messages.py sees to.
+constexpr Named AllMessages[] = {
+    NAMED(Banner),
+    NAMED(PluginNotFound),
+    NAMED(PluginLoading),
+    NAMED(PluginLoadFailed),
+    NAMED(PluginLoaded),
+    NAMED(FactoryProcGetting),
+    NAMED(FactoryProcMissing),
+    NAMED(FactoryGetting),
+    NAMED(OpenSslModuleNotFound),
+    NAMED(NoSSOClientModule),
+    NAMED(NoSSOServerManager),
+    NAMED(NoSSOClient),
+    NAMED(NoSSOClientUI),
+    NAMED(NoSSOClientPrivate),
+    NAMED(ConfigOverrideFound),
+    NAMED(ConfigOverrideMissing),
+    NAMED(ConfigSearching),
+    NAMED(ConfigFound),
+    NAMED(ConfigMissing),
+    NAMED(ConfigLoading),
+    NAMED(ConfigInvalid),
+    NAMED(ConfigOverrideSet),
+    NAMED(ConfigOverrideTooLate),
+    NAMED(RegistryUnavailable),
+    NAMED(RegistryRead),
+    NAMED(ServerSearching),
+    NAMED(ServerFound),
+    NAMED(ServerMissing),
+    NAMED(CompatibilityOverrideFound),
+    NAMED(CompatibilityOverrideMissing),
+    NAMED(CompatibilitySearching),
+    NAMED(CompatibilityFound),
+    NAMED(CompatibilityMissing),
+    NAMED(CompatibilityAbsent),
+    NAMED(CompatibilityListEmpty),
+    NAMED(CompatibilityInvalid),
+    NAMED(ModuleBlank),
+    NAMED(ModulePathBlank),
+    NAMED(ModuleVersionBlank),
+    NAMED(RangeMissing),
+    NAMED(RangeInvalid),
+    NAMED(PluginSearching),
+    NAMED(PluginFound),
+    NAMED(PluginMissing),
+    NAMED(PluginMissingNoFile),
+    NAMED(OpenSslOverrideSearching),
+    NAMED(OpenSslOverrideFound),
+    NAMED(OpenSslOverrideNone),
+    NAMED(OpenSslSearching),
+    NAMED(OpenSslFound),
+    NAMED(OpenSslMissing),
+    NAMED(OpenSslMissingNoFile),
 };
+
+char const* NameOf(LogLevel level)
+{
+    switch (level) {
+    case LogLevel::Error:
+        return "error";
+    case LogLevel::Warning:
+        return "warning";
+    case LogLevel::Info:
+        return "info";
+    }
+    return "no level";
+}
+
+/// Level and text in one line.
+std::string AsTold(Message const& message)
+{
+    std::string line = NameOf(message.level) + std::string(": ") + WideToUtf8(message.text);
+    for (std::size_t at = line.find('\n'); at != std::string::npos; at = line.find('\n', at))
+        line.replace(at, 1, "\\n");
+    return line;
+}
+
+/// Of each message that tests/docs/messages.txt tells, the line with its level and text.
+std::map<std::string, std::string> Told()
+{
+    std::ifstream stream(Rig::SourceFile("tests/docs/messages.txt"));
+    std::map<std::string, std::string> told;
+    std::string name;
+    for (std::string line; std::getline(stream, line);) {
+        if (!line.empty() && line.find_first_of(":# ") == std::string::npos)
+            name = line;
+        for (LogLevel const level : {LogLevel::Error, LogLevel::Warning, LogLevel::Info}) {
+            if (line.rfind(NameOf(level) + std::string(": "), 0) == 0)
+                told[name] = line;
+        }
+    }
+    return told;
+}
 
 /// How many arguments a text takes: the highest of its placeholders.
 int Placeholders(std::wstring const& text)
@@ -167,36 +148,30 @@ std::wstring Filled(Message const& message)
 
 } // namespace
 
+// Texts and levels are relied on by whoever reads logs, so they stand there once more.
 TEST(Messages, HaveTheirTextsAndLevelsToTheLetter)
 {
-    for (Expected const& expected : AllMessages) {
-        EXPECT_EQ(std::wstring_view(expected.message.text), expected.text) << expected.name;
-        EXPECT_EQ(expected.message.level, expected.level) << expected.name;
-    }
-}
-
-TEST(Messages, HaveLevelsWithTheNumbersThatLoggersKnow)
-{
-    EXPECT_EQ(static_cast<int>(LogLevel::Error), 2);
-    EXPECT_EQ(static_cast<int>(LogLevel::Warning), 4);
-    EXPECT_EQ(static_cast<int>(LogLevel::Info), 8);
+    std::map<std::string, std::string> told = Told();
+    EXPECT_EQ(told.size(), std::size(AllMessages));
+    for (Named const& named : AllMessages)
+        EXPECT_EQ(AsTold(named.message), told[named.name]) << named.name;
 }
 
 TEST(Messages, SayNothingTwice)
 {
     std::set<std::wstring_view> texts;
-    for (Expected const& expected : AllMessages)
-        EXPECT_TRUE(texts.insert(expected.message.text).second) << expected.name;
+    for (Named const& named : AllMessages)
+        EXPECT_TRUE(texts.insert(named.message.text).second) << named.name;
 }
 
 TEST(Messages, TakeTheArgumentsOfTheirPlaceholders)
 {
-    for (Expected const& expected : AllMessages) {
-        SCOPED_TRACE(expected.name);
+    for (Named const& named : AllMessages) {
+        SCOPED_TRACE(named.name);
         std::wstring filled;
-        ASSERT_NO_THROW(filled = Filled(expected.message));
+        ASSERT_NO_THROW(filled = Filled(named.message));
         EXPECT_EQ(filled.find(L'%'), std::wstring::npos);
-        if (Placeholders(expected.message.text) > 0) {
+        if (Placeholders(named.message.text) > 0) {
             EXPECT_NE(filled.find(L"<one>"), std::wstring::npos);
         }
     }
