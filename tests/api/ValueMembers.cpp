@@ -5,6 +5,7 @@
 
 #include <SSOServicesPrivate.h>
 #include "framework/Secrets.h"
+#include "types/Values.h"
 
 using namespace Halvorix::WebServices;
 
@@ -399,15 +400,7 @@ namespace {
 
 NetworkCookie Cookie()
 {
-    NetworkCookie cookie;
-    cookie.SetName("n");
-    cookie.SetValue("v");
-    cookie.SetDomain(L"d");
-    cookie.SetPath(L"p");
-    cookie.SetSecure(true);
-    cookie.SetHttpOnly(true);
-    cookie.SetExpiryDate(-5000000007);
-    return cookie;
+    return HxSSOTest::Cookie({"n", "v", L"d", L"p", true, true, -5000000007});
 }
 
 std::string const filledCookie = "n=v;d;p;secure;httpOnly;-5000000007";

@@ -8,12 +8,10 @@
 
 #include <NetworkCookie.h>
 #include <SSOServicesPrivate.h>
-#include "support/GetterTexts.h"
+#include "types/Values.h"
 
-using Halvorix::WebServices::NetworkCookie;
-using Halvorix::WebServices::NetworkCookieJar;
+using namespace HxSSOTest;
 using namespace std::string_literals;
-using HxSSOTest::GetterText;
 using testing::EndsWith;
 using testing::StrEq;
 using testing::ThrowsMessage;
@@ -23,66 +21,13 @@ namespace {
 using Functions = SSOServicesPrivate;
 using Names = std::vector<std::string>;
 
-struct Fields {
-    std::string name;
-    std::string value;
-    std::wstring domain;
-    std::wstring path;
-    bool secure = false;
-    bool httpOnly = false;
-    long long expiryDate = 0;
-};
-
-// Counted, so that zero bytes count too.
-std::string Bytes(NetworkCookie const& cookie, int (NetworkCookie::*getter)(char*, int) const)
-{
-    std::string bytes(static_cast<std::size_t>((cookie.*getter)(nullptr, 0)), '\0');
-    if (!bytes.empty()) {
-        (cookie.*getter)(bytes.data(), static_cast<int>(bytes.size()));
-    }
-    return bytes;
-}
-
-std::string Name(NetworkCookie const& cookie) { return Bytes(cookie, &NetworkCookie::GetName); }
-
-void ExpectFields(NetworkCookie const& cookie, Fields const& fields)
-{
-    EXPECT_EQ(Name(cookie), fields.name);
-    EXPECT_EQ(Bytes(cookie, &NetworkCookie::GetValue), fields.value);
-    EXPECT_EQ(GetterText(cookie, &NetworkCookie::GetDomain), fields.domain);
-    EXPECT_EQ(GetterText(cookie, &NetworkCookie::GetPath), fields.path);
-    EXPECT_EQ(cookie.IsSecure(), fields.secure);
-    EXPECT_EQ(cookie.IsHttpOnly(), fields.httpOnly);
-    EXPECT_EQ(cookie.GetExpiryDate(), fields.expiryDate);
-}
-
-NetworkCookie Cookie(Fields const& fields)
-{
-    NetworkCookie cookie;
-    cookie.SetName(fields.name.c_str());
-    cookie.SetValue(fields.value.c_str());
-    cookie.SetDomain(fields.domain.c_str());
-    cookie.SetPath(fields.path.c_str());
-    cookie.SetSecure(fields.secure);
-    cookie.SetHttpOnly(fields.httpOnly);
-    cookie.SetExpiryDate(fields.expiryDate);
-    return cookie;
-}
-
-Fields const Old = {"old name", "old value", L"old domain", L"old path", true, true, 99};
-
-NetworkCookie Named(char const* name)
-{
-    NetworkCookie cookie;
-    cookie.SetName(name);
-    return cookie;
-}
+CookieFields const Old = {"old name", "old value", L"old domain", L"old path", true, true, 99};
 
 void Fill(NetworkCookieJar& jar, Names const& names)
 {
     jar.DeleteAll();
     for (std::string const& name : names) {
-        jar.AddCookie(Named(name.c_str()));
+        jar.AddCookie(Named(name));
     }
 }
 
@@ -107,13 +52,6 @@ NetworkCookie ReadCookie(std::string const& text)
     NetworkCookie cookie = Cookie(Old);
     EXPECT_TRUE(Functions::JsonToNetworkCookie(text.c_str(), cookie)) << text;
     return cookie;
-}
-
-Json::Value Value(std::string const& text)
-{
-    Json::Value value;
-    EXPECT_TRUE(Json::Reader().parse("[" + text + "]", value)) << text;
-    return value[0];
 }
 
 // Reads the same document as a text and as a value into jars that hold a cookie.
@@ -158,13 +96,14 @@ TEST(CookieJson, IsWrittenAsStyledText)
 
 TEST(CookieJson, ReadsBackWhatItWrote)
 {
-    for (Fields const& fields : {
-             Fields{},
+    for (CookieFields const& fields : {
+             CookieFields{},
              Old,
-             Fields{"n", "v", L"d", L"p", true, false, -1},
-             Fields{"n\xC3\xA9", "\xE2\x82\xAC", L"d\u00e9", L"/\u20ac", false, true, 5000000000},
-             Fields{" ", "a=b; c", L".example.org", L"/", false, false, LLONG_MAX},
-             Fields{"", "", L"", L"", false, false, LLONG_MIN},
+             CookieFields{"n", "v", L"d", L"p", true, false, -1},
+             CookieFields{"n\xC3\xA9", "\xE2\x82\xAC", L"d\u00e9", L"/\u20ac", false, true,
+                          5000000000},
+             CookieFields{" ", "a=b; c", L".example.org", L"/", false, false, LLONG_MAX},
+             CookieFields{"", "", L"", L"", false, false, LLONG_MIN},
          }) {
         ExpectFields(ReadCookie(Written(Cookie(fields))), fields);
     }
@@ -318,7 +257,7 @@ TEST(CookieJson, StoresWhatWasReadBeforeAnException)
         text += "}";
         NetworkCookie cookie = Cookie(Old);
         EXPECT_THROW(Functions::JsonToNetworkCookie(text.c_str(), cookie), Json::LogicError);
-        Fields expected = Old;
+        CookieFields expected = Old;
         if (failing > 0) {
             expected.name = "n";
         }
@@ -414,12 +353,12 @@ TEST(CookieJarJson, ReplacesOnlyItsOwnMemberOfAValue)
 
 TEST(CookieJarJson, ReadsBackWhatItWroteInOrder)
 {
-    std::vector<Fields> const cookies = {
+    std::vector<CookieFields> const cookies = {
         {"n\xC3\xA9", "v", L"d\u00e9", L"/", true, false, -1}, Old, {},
         {"a", "", L"", L"/\u20ac", false, true, 5000000000},   Old,
     };
     NetworkCookieJar jar;
-    for (Fields const& fields : cookies) {
+    for (CookieFields const& fields : cookies) {
         jar.AddCookie(Cookie(fields));
     }
     std::string text;

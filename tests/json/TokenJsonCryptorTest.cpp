@@ -14,11 +14,11 @@
 #include <OAuth2Token.h>
 #include <SSOServicesPrivate.h>
 #include <plugin/IRsaCryptor.h>
-#include "support/GetterTexts.h"
+#include "types/Values.h"
 
-using namespace Halvorix::WebServices;
+using Halvorix::WebServices::IRsaCryptor;
+using namespace HxSSOTest;
 using namespace std::string_literals;
-using HxSSOTest::GetterText;
 
 namespace {
 
@@ -96,21 +96,11 @@ std::shared_ptr<RecordingCryptor> Cryptor()
     return cryptor;
 }
 
-OAuth2TokenSpec Spec(std::int32_t type)
-{
-    return OAuth2TokenSpec(static_cast<OAuth2TokenType>(type), L"scope");
-}
+OAuth2TokenSpec Spec(std::int32_t type) { return OAuth2TokenSpec(Type(type), L"scope"); }
 
-OAuth2Token Token(std::wstring const& text, std::int32_t type)
+OAuth2Token TokenOfType(std::int32_t type, std::wstring const& text)
 {
-    OAuth2Token token;
-    Functions::Initialize(token, text, Spec(type));
-    return token;
-}
-
-std::wstring Text(OAuth2Token const& token)
-{
-    return std::wstring(token.GetToken(), static_cast<std::size_t>(token.GetTokenSize()));
+    return Token(text, Spec(type));
 }
 
 std::string const EncryptedKey = "EncryptedOAuth2AccessToken";
@@ -125,7 +115,7 @@ TEST(TokenEncryption, UsesTheRsaPairForTheDefaultType)
 {
     auto const cryptor = Cryptor();
     Json::Value json;
-    EXPECT_TRUE(Functions::OAuth2TokenToJson(Token(L"t\u00e9", 1), json, cryptor));
+    EXPECT_TRUE(Functions::OAuth2TokenToJson(TokenOfType(1, L"t\u00e9"), json, cryptor));
     ASSERT_EQ(cryptor->calls.size(), 1U);
     EXPECT_EQ(cryptor->calls[0].operation, "RsaEncrypt");
     EXPECT_EQ(cryptor->calls[0].input, "t\xC3\xA9");
@@ -138,7 +128,7 @@ TEST(TokenEncryption, UsesTheBufferPairForEveryOtherType)
         SCOPED_TRACE(type);
         auto const cryptor = Cryptor();
         Json::Value json;
-        EXPECT_TRUE(Functions::OAuth2TokenToJson(Token(L"t\u00e9", type), json, cryptor));
+        EXPECT_TRUE(Functions::OAuth2TokenToJson(TokenOfType(type, L"t\u00e9"), json, cryptor));
         ASSERT_EQ(cryptor->calls.size(), 1U);
         EXPECT_EQ(cryptor->calls[0].operation, "EncryptBuffer");
         EXPECT_EQ(cryptor->calls[0].input, "t\xC3\xA9");
@@ -153,7 +143,7 @@ TEST(TokenEncryption, TakesTheRsaCapacityFromTheCryptor)
         cryptor->maxBlockSize = size;
         cryptor->output = "";
         Json::Value json;
-        EXPECT_TRUE(Functions::OAuth2TokenToJson(Token(L"text", 1), json, cryptor));
+        EXPECT_TRUE(Functions::OAuth2TokenToJson(TokenOfType(1, L"text"), json, cryptor));
         ASSERT_EQ(cryptor->calls.size(), 1U);
         EXPECT_EQ(cryptor->calls[0].capacity, static_cast<Size>(size) + 1);
 
@@ -173,7 +163,7 @@ TEST(TokenEncryption, WritesTheOutputAsBase64InPlaceOfTheClearText)
         auto const cryptor = Cryptor();
         cryptor->output = "\0\xFF\n"s;
         std::string text = "old";
-        EXPECT_TRUE(Functions::OAuth2TokenToJson(Token(L"text", type), text, cryptor));
+        EXPECT_TRUE(Functions::OAuth2TokenToJson(TokenOfType(type, L"text"), text, cryptor));
         EXPECT_EQ(text, "{\n"
                         "\t\"EncryptedOAuth2AccessToken\" : \"AP8K\",\n"
                         "\t\"OAuth2TokenSpec\" : \n"
@@ -194,10 +184,10 @@ TEST(TokenEncryption, TakesNoMoreThanTheOutputLength)
     cryptor->output = "foobar";
     cryptor->claimedLength = 4;
     Json::Value json;
-    EXPECT_TRUE(Functions::OAuth2TokenToJson(Token(L"text", 1), json, cryptor));
+    EXPECT_TRUE(Functions::OAuth2TokenToJson(TokenOfType(1, L"text"), json, cryptor));
     EXPECT_EQ(json[EncryptedKey].asString(), "Zm9vYg==");
     cryptor->claimedLength = 0;
-    EXPECT_TRUE(Functions::OAuth2TokenToJson(Token(L"text", 1), json, cryptor));
+    EXPECT_TRUE(Functions::OAuth2TokenToJson(TokenOfType(1, L"text"), json, cryptor));
     EXPECT_EQ(json[EncryptedKey].asString(), "");
 }
 
@@ -207,9 +197,9 @@ TEST(TokenEncryption, TakesAnOutputAsLongAsTheCapacity)
     cryptor->maxBlockSize = 5;
     cryptor->output = "foobar";
     Json::Value json;
-    EXPECT_TRUE(Functions::OAuth2TokenToJson(Token(L"text", 1), json, cryptor));
+    EXPECT_TRUE(Functions::OAuth2TokenToJson(TokenOfType(1, L"text"), json, cryptor));
     EXPECT_EQ(json[EncryptedKey].asString(), "Zm9vYmFy");
-    EXPECT_TRUE(Functions::OAuth2TokenToJson(Token(L"abc", 2), json, cryptor));
+    EXPECT_TRUE(Functions::OAuth2TokenToJson(TokenOfType(2, L"abc"), json, cryptor));
     EXPECT_EQ(json[EncryptedKey].asString(), "Zm9vYmFy");
 }
 
@@ -217,7 +207,7 @@ TEST(TokenEncryption, KeepsOtherMembersOfAValue)
 {
     Json::Value json;
     json["other"] = 5;
-    EXPECT_TRUE(Functions::OAuth2TokenToJson(Token(L"text", 1), json, Cryptor()));
+    EXPECT_TRUE(Functions::OAuth2TokenToJson(TokenOfType(1, L"text"), json, Cryptor()));
     EXPECT_EQ(json.getMemberNames(),
               (Json::Value::Members{EncryptedKey, "OAuth2TokenSpec", "other"}));
 }
@@ -229,7 +219,7 @@ TEST(TokenEncryption, EncryptsNoBytesForAnEmptyToken)
         auto const cryptor = Cryptor();
         cryptor->output = "";
         Json::Value json;
-        EXPECT_TRUE(Functions::OAuth2TokenToJson(Token(L"", type), json, cryptor));
+        EXPECT_TRUE(Functions::OAuth2TokenToJson(TokenOfType(type, L""), json, cryptor));
         ASSERT_EQ(cryptor->calls.size(), 1U);
         EXPECT_EQ(cryptor->calls[0].input, "");
         EXPECT_EQ(cryptor->calls[0].capacity, type == 1 ? 245U : 0U);
@@ -247,15 +237,15 @@ TEST(TokenEncryption, LeavesTheTargetsWhenTheCryptorFails)
         json["other"] = 5;
         json[EncryptedKey] = "old";
         Json::Value const before = json;
-        EXPECT_FALSE(Functions::OAuth2TokenToJson(Token(L"text", type), json, cryptor));
+        EXPECT_FALSE(Functions::OAuth2TokenToJson(TokenOfType(type, L"text"), json, cryptor));
         EXPECT_EQ(json, before);
 
         Json::Value null;
-        EXPECT_FALSE(Functions::OAuth2TokenToJson(Token(L"text", type), null, cryptor));
+        EXPECT_FALSE(Functions::OAuth2TokenToJson(TokenOfType(type, L"text"), null, cryptor));
         EXPECT_TRUE(null.isNull());
 
         std::string text = "old";
-        EXPECT_FALSE(Functions::OAuth2TokenToJson(Token(L"text", type), text, cryptor));
+        EXPECT_FALSE(Functions::OAuth2TokenToJson(TokenOfType(type, L"text"), text, cryptor));
         EXPECT_EQ(text, "");
     }
 }
@@ -268,10 +258,10 @@ TEST(TokenEncryption, FailsWhenTheCryptorClaimsMoreThanItsCapacity)
             auto const cryptor = Cryptor();
             cryptor->claimedLength = claimed;
             Json::Value json;
-            EXPECT_FALSE(Functions::OAuth2TokenToJson(Token(L"text", type), json, cryptor));
+            EXPECT_FALSE(Functions::OAuth2TokenToJson(TokenOfType(type, L"text"), json, cryptor));
             EXPECT_TRUE(json.isNull());
             std::string text = "old";
-            EXPECT_FALSE(Functions::OAuth2TokenToJson(Token(L"text", type), text, cryptor));
+            EXPECT_FALSE(Functions::OAuth2TokenToJson(TokenOfType(type, L"text"), text, cryptor));
             EXPECT_EQ(text, "");
         }
     }
@@ -282,10 +272,10 @@ TEST(TokenEncryption, LetsAnExceptionOfTheCryptorPass)
     auto const cryptor = Cryptor();
     cryptor->throws = true;
     std::string text = "old";
-    EXPECT_THROW(Functions::OAuth2TokenToJson(Token(L"text", 1), text, cryptor),
+    EXPECT_THROW(Functions::OAuth2TokenToJson(TokenOfType(1, L"text"), text, cryptor),
                  std::runtime_error);
     EXPECT_EQ(text, "");
-    OAuth2Token token = Token(L"old", 1);
+    OAuth2Token token = TokenOfType(1, L"old");
     EXPECT_THROW(
         Functions::JsonToOAuth2Token(R"({"EncryptedOAuth2AccessToken":"Zm9v"})", token, cryptor),
         std::runtime_error);
@@ -297,16 +287,16 @@ TEST(TokenEncryption, WritesClearTextForAnEmptyPointer)
 {
     Json::Value with;
     Json::Value without;
-    EXPECT_TRUE(Functions::OAuth2TokenToJson(Token(L"text", 1), with, nullptr));
-    EXPECT_TRUE(Functions::OAuth2TokenToJson(Token(L"text", 1), without));
+    EXPECT_TRUE(Functions::OAuth2TokenToJson(TokenOfType(1, L"text"), with, nullptr));
+    EXPECT_TRUE(Functions::OAuth2TokenToJson(TokenOfType(1, L"text"), without));
     EXPECT_EQ(with, without);
     EXPECT_EQ(with[ClearKey].asString(), "text");
     EXPECT_FALSE(with.isMember(EncryptedKey));
 
     std::string text;
     std::string textWithout;
-    EXPECT_TRUE(Functions::OAuth2TokenToJson(Token(L"text", 1), text, nullptr));
-    EXPECT_TRUE(Functions::OAuth2TokenToJson(Token(L"text", 1), textWithout));
+    EXPECT_TRUE(Functions::OAuth2TokenToJson(TokenOfType(1, L"text"), text, nullptr));
+    EXPECT_TRUE(Functions::OAuth2TokenToJson(TokenOfType(1, L"text"), textWithout));
     EXPECT_EQ(text, textWithout);
 }
 
@@ -316,17 +306,17 @@ TEST(TokenEncryption, HoldsTheCryptorForTheCallOnly)
     Json::Value json;
     std::string text;
     OAuth2Token token;
-    Functions::OAuth2TokenToJson(Token(L"text", 1), json, cryptor);
+    Functions::OAuth2TokenToJson(TokenOfType(1, L"text"), json, cryptor);
     EXPECT_GT(cryptor->ownersDuringCall, 1);
     EXPECT_EQ(cryptor.use_count(), 1);
-    Functions::OAuth2TokenToJson(Token(L"text", 2), text, cryptor);
+    Functions::OAuth2TokenToJson(TokenOfType(2, L"text"), text, cryptor);
     EXPECT_EQ(cryptor.use_count(), 1);
     EXPECT_TRUE(Functions::JsonToOAuth2Token(json, token, cryptor));
     EXPECT_EQ(cryptor.use_count(), 1);
     EXPECT_TRUE(Functions::JsonToOAuth2Token(text.c_str(), token, cryptor));
     EXPECT_EQ(cryptor.use_count(), 1);
     cryptor->result = false;
-    EXPECT_FALSE(Functions::OAuth2TokenToJson(Token(L"text", 1), text, cryptor));
+    EXPECT_FALSE(Functions::OAuth2TokenToJson(TokenOfType(1, L"text"), text, cryptor));
     EXPECT_FALSE(Functions::JsonToOAuth2Token(json, token, cryptor));
     EXPECT_EQ(cryptor.use_count(), 1);
 }
@@ -383,7 +373,7 @@ TEST(TokenDecryption, ChoosesByTheSpecAsItNowStands)
          }) {
         SCOPED_TRACE(row.member);
         auto const cryptor = Cryptor();
-        OAuth2Token token = Token(L"old", row.before);
+        OAuth2Token token = TokenOfType(row.before, L"old");
         std::string const text = "{"s + row.member + R"("EncryptedOAuth2AccessToken":"Zm9v"})";
         EXPECT_TRUE(Functions::JsonToOAuth2Token(text.c_str(), token, cryptor));
         EXPECT_EQ(cryptor->CalledOperations(), Operations{row.operation});
@@ -412,7 +402,7 @@ TEST(TokenDecryption, CallsNobodyForAClearTextThatIsNoUtf8)
     Json::Value json;
     json[ClearKey] = "\xFF";
     json[EncryptedKey] = "Zm9v";
-    OAuth2Token token = Token(L"old", 1);
+    OAuth2Token token = TokenOfType(1, L"old");
     EXPECT_TRUE(Functions::JsonToOAuth2Token(json, token, cryptor));
     EXPECT_EQ(Text(token), L"");
     EXPECT_TRUE(cryptor->calls.empty());
@@ -424,7 +414,7 @@ TEST(TokenDecryption, IsCalledWithNoBytesForAnEmptyObject)
         SCOPED_TRACE(type);
         auto const cryptor = Cryptor();
         cryptor->output = "";
-        OAuth2Token token = Token(L"old", type);
+        OAuth2Token token = TokenOfType(type, L"old");
         EXPECT_TRUE(Functions::JsonToOAuth2Token("{}", token, cryptor));
         ASSERT_EQ(cryptor->calls.size(), 1U);
         EXPECT_EQ(cryptor->calls[0].operation, type == 1 ? "RsaDecrypt" : "DecryptBuffer");
@@ -449,7 +439,7 @@ TEST(TokenDecryption, StoresAnEmptyTextForOutputThatIsNoUtf8)
 {
     auto const cryptor = Cryptor();
     cryptor->output = "\xFF";
-    OAuth2Token token = Token(L"old", 1);
+    OAuth2Token token = TokenOfType(1, L"old");
     EXPECT_TRUE(
         Functions::JsonToOAuth2Token(R"({"EncryptedOAuth2AccessToken":"Zm9v"})", token, cryptor));
     EXPECT_EQ(Text(token), L"");
@@ -461,7 +451,7 @@ TEST(TokenDecryption, LeavesTheTextWhenTheCryptorFails)
         SCOPED_TRACE(type);
         auto const cryptor = Cryptor();
         cryptor->result = false;
-        OAuth2Token token = Token(L"old", 7);
+        OAuth2Token token = TokenOfType(7, L"old");
         Json::Value json;
         json["OAuth2TokenSpec"]["type"] = type;
         json[EncryptedKey] = "Zm9v";
@@ -479,7 +469,7 @@ TEST(TokenDecryption, FailsWhenTheCryptorClaimsMoreThanItsCapacity)
             SCOPED_TRACE(claimed);
             auto const cryptor = Cryptor();
             cryptor->claimedLength = claimed;
-            OAuth2Token token = Token(L"old", type);
+            OAuth2Token token = TokenOfType(type, L"old");
             EXPECT_FALSE(Functions::JsonToOAuth2Token(R"({"EncryptedOAuth2AccessToken":"Zm9v"})",
                                                       token, cryptor));
             EXPECT_EQ(Text(token), L"old");
@@ -490,7 +480,7 @@ TEST(TokenDecryption, FailsWhenTheCryptorClaimsMoreThanItsCapacity)
 TEST(TokenDecryption, DecodesBeforeItCallsAnybody)
 {
     auto const cryptor = Cryptor();
-    OAuth2Token token = Token(L"old", 1);
+    OAuth2Token token = TokenOfType(1, L"old");
     EXPECT_THROW(
         Functions::JsonToOAuth2Token(R"({"EncryptedOAuth2AccessToken":"Zm9v\n"})", token, cryptor),
         boost::archive::iterators::dataflow_exception);
@@ -504,7 +494,7 @@ TEST(TokenDecryption, DecodesBeforeItCallsAnybody)
 TEST(TokenDecryption, CallsNobodyForNothingToRead)
 {
     auto const cryptor = Cryptor();
-    OAuth2Token token = Token(L"old", 1);
+    OAuth2Token token = TokenOfType(1, L"old");
     EXPECT_FALSE(Functions::JsonToOAuth2Token(Json::Value(), token, cryptor));
     for (char const* text : {static_cast<char const*>(nullptr), "", "null", "{"}) {
         EXPECT_FALSE(Functions::JsonToOAuth2Token(text, token, cryptor));
@@ -515,7 +505,7 @@ TEST(TokenDecryption, CallsNobodyForNothingToRead)
 
 TEST(TokenDecryption, NeedsACryptor)
 {
-    OAuth2Token token = Token(L"old", 7);
+    OAuth2Token token = TokenOfType(7, L"old");
     EXPECT_FALSE(Functions::JsonToOAuth2Token(
         R"({"OAuth2TokenSpec":{"type":1},"EncryptedOAuth2AccessToken":"Zm9v"})", token, nullptr));
     EXPECT_EQ(Text(token), L"old");
@@ -556,7 +546,7 @@ TEST(TokenDecryption, ReadsBackWhatWasEncrypted)
     for (std::int32_t type : {1, 2}) {
         for (std::wstring const& text :
              {L"text"s, L"\u00e9\u20ac\0x"s, std::wstring(80, L'\u20ac')}) {
-            OAuth2Token const token = Token(text, type);
+            OAuth2Token const token = TokenOfType(type, text);
             std::string json;
             EXPECT_TRUE(Functions::OAuth2TokenToJson(token, json, cryptor));
             EXPECT_EQ(json.find("\"OAuth2AccessToken\""), std::string::npos);

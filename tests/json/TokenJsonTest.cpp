@@ -11,11 +11,10 @@
 
 #include <OAuth2Token.h>
 #include <SSOServicesPrivate.h>
-#include "support/GetterTexts.h"
+#include "types/Values.h"
 
-using namespace Halvorix::WebServices;
+using namespace HxSSOTest;
 using namespace std::string_literals;
-using HxSSOTest::GetterText;
 using testing::EndsWith;
 using testing::StrEq;
 using testing::ThrowsMessage;
@@ -23,20 +22,6 @@ using testing::ThrowsMessage;
 namespace {
 
 using Functions = SSOServicesPrivate;
-
-OAuth2TokenType Type(std::int32_t number) { return static_cast<OAuth2TokenType>(number); }
-
-Json::Value Value(std::string const& text)
-{
-    Json::Value value;
-    EXPECT_TRUE(Json::Reader().parse("[" + text + "]", value)) << text;
-    return value[0];
-}
-
-std::wstring Scope(OAuth2TokenSpec const& spec)
-{
-    return GetterText(spec, &OAuth2TokenSpec::GetScope);
-}
 
 std::string Written(OAuth2TokenSpec const& spec)
 {
@@ -50,13 +35,7 @@ bool IsLegacy(OAuth2TokenSpec const& spec)
     return Written(spec).find("\"legacy\" : true") != std::string::npos;
 }
 
-OAuth2TokenSpec OldSpec()
-{
-    OAuth2TokenSpec spec;
-    EXPECT_TRUE(
-        Functions::JsonToOAuth2TokenSpec(R"({"type":9,"scope":"old","legacy":true})", spec));
-    return spec;
-}
+OAuth2TokenSpec OldSpec() { return SpecOf(R"({"type":9,"scope":"old","legacy":true})"); }
 
 void ExpectSpec(OAuth2TokenSpec const& spec, std::int32_t type, std::wstring const& scope,
                 bool legacy)
@@ -80,19 +59,7 @@ OAuth2TokenSpec ReadSpec(std::string const& text)
     return fromText;
 }
 
-OAuth2Token Token(std::wstring const& text, OAuth2TokenSpec const& spec)
-{
-    OAuth2Token token;
-    Functions::Initialize(token, text, spec);
-    return token;
-}
-
 OAuth2Token OldToken() { return Token(L"old token", OldSpec()); }
-
-std::wstring Text(OAuth2Token const& token)
-{
-    return std::wstring(token.GetToken(), static_cast<std::size_t>(token.GetTokenSize()));
-}
 
 struct TokenReading {
     bool answer;

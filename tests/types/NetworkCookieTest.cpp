@@ -4,13 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <NetworkCookie.h>
-#include "support/GetterTexts.h"
 #include "support/GuardedBuffer.h"
+#include "types/Values.h"
 
-using Halvorix::WebServices::NetworkCookie;
+using namespace HxSSOTest;
 using namespace std::string_literals;
-using HxSSOTest::GetterText;
-using HxSSOTest::GuardedBuffer;
 
 namespace {
 
@@ -37,49 +35,13 @@ WideField const WideFields[] = {
     {"Path", &NetworkCookie::SetPath, &NetworkCookie::GetPath},
 };
 
-void Fill(NetworkCookie& cookie)
-{
-    cookie.SetName("name");
-    cookie.SetValue("value");
-    cookie.SetDomain(L"domain");
-    cookie.SetPath(L"/path");
-    cookie.SetSecure(true);
-    cookie.SetHttpOnly(true);
-    cookie.SetExpiryDate(5);
-}
-
-void ExpectFilled(NetworkCookie const& cookie)
-{
-    EXPECT_EQ(GetterText(cookie, &NetworkCookie::GetName), "name");
-    EXPECT_EQ(GetterText(cookie, &NetworkCookie::GetValue), "value");
-    EXPECT_EQ(GetterText(cookie, &NetworkCookie::GetDomain), L"domain");
-    EXPECT_EQ(GetterText(cookie, &NetworkCookie::GetPath), L"/path");
-    EXPECT_TRUE(cookie.IsSecure());
-    EXPECT_TRUE(cookie.IsHttpOnly());
-    EXPECT_EQ(cookie.GetExpiryDate(), 5);
-}
-
-void ExpectDefault(NetworkCookie const& cookie)
-{
-    EXPECT_EQ(cookie.GetName(nullptr, 0), 0);
-    EXPECT_EQ(cookie.GetValue(nullptr, 0), 0);
-    EXPECT_EQ(cookie.GetDomain(nullptr, 0), 0);
-    EXPECT_EQ(cookie.GetPath(nullptr, 0), 0);
-    EXPECT_FALSE(cookie.IsSecure());
-    EXPECT_FALSE(cookie.IsHttpOnly());
-    EXPECT_EQ(cookie.GetExpiryDate(), 0);
-}
+CookieFields const Filled = {"name", "value", L"domain", L"/path", true, true, 5};
 
 } // namespace
 
-TEST(NetworkCookie, StartsEmpty) { ExpectDefault(NetworkCookie()); }
+TEST(NetworkCookie, StartsEmpty) { ExpectFields(NetworkCookie(), {}); }
 
-TEST(NetworkCookie, KeepsEveryFieldApart)
-{
-    NetworkCookie cookie;
-    Fill(cookie);
-    ExpectFilled(cookie);
-}
+TEST(NetworkCookie, KeepsEveryFieldApart) { ExpectFields(Cookie(Filled), Filled); }
 
 TEST(NetworkCookie, FlagsAreIndependent)
 {
@@ -230,13 +192,12 @@ TEST(NetworkCookie, StoresCopiesOfTheArguments)
 
 TEST(NetworkCookie, CopiesAreIndependent)
 {
-    NetworkCookie original;
-    Fill(original);
+    NetworkCookie original = Cookie(Filled);
     NetworkCookie copy(original);
-    ExpectFilled(copy);
+    ExpectFields(copy, Filled);
     copy = NetworkCookie();
-    ExpectDefault(copy);
-    ExpectFilled(original);
+    ExpectFields(copy, {});
+    ExpectFields(original, Filled);
 
     EXPECT_EQ(&(copy = original), &copy);
     original.SetName("changed");
@@ -246,14 +207,13 @@ TEST(NetworkCookie, CopiesAreIndependent)
     original.SetSecure(false);
     original.SetHttpOnly(false);
     original.SetExpiryDate(0);
-    ExpectFilled(copy);
+    ExpectFields(copy, Filled);
 }
 
 TEST(NetworkCookie, SurvivesSelfAssignment)
 {
-    NetworkCookie cookie;
-    Fill(cookie);
+    NetworkCookie cookie = Cookie(Filled);
     NetworkCookie const& itself = cookie;
     EXPECT_EQ(&(cookie = itself), &cookie);
-    ExpectFilled(cookie);
+    ExpectFields(cookie, Filled);
 }

@@ -5,49 +5,16 @@
 #include <gtest/gtest.h>
 
 #include <OAuth2Token.h>
-#include <SSOServicesPrivate.h>
-#include "support/GetterTexts.h"
 #include "support/GuardedBuffer.h"
 #include "support/LocaleWithBlank.h"
+#include "types/Values.h"
 
-using namespace Halvorix::WebServices;
-using HxSSOTest::GetterText;
-using HxSSOTest::GuardedBuffer;
+using namespace HxSSOTest;
+using Halvorix::WebServices::OAuth2TokenTypeDefault;
 
 namespace {
 
-OAuth2TokenType Type(std::int32_t number) { return static_cast<OAuth2TokenType>(number); }
-
-std::wstring Scope(OAuth2TokenSpec const& spec)
-{
-    return GetterText(spec, &OAuth2TokenSpec::GetScope);
-}
-
 std::wstring NormalForm(wchar_t const* scope) { return Scope(OAuth2TokenSpec(Type(1), scope)); }
-
-// The only way to a legacy mark and to a scope that is not in normal form.
-OAuth2TokenSpec FromJson(char const* text)
-{
-    OAuth2TokenSpec spec;
-    EXPECT_TRUE(SSOServicesPrivate::JsonToOAuth2TokenSpec(text, spec));
-    return spec;
-}
-
-void ExpectEqual(OAuth2TokenSpec const& a, OAuth2TokenSpec const& b)
-{
-    EXPECT_TRUE(a == b);
-    EXPECT_TRUE(b == a);
-    EXPECT_FALSE(a != b);
-    EXPECT_FALSE(b != a);
-}
-
-void ExpectUnequal(OAuth2TokenSpec const& a, OAuth2TokenSpec const& b)
-{
-    EXPECT_FALSE(a == b);
-    EXPECT_FALSE(b == a);
-    EXPECT_TRUE(a != b);
-    EXPECT_TRUE(b != a);
-}
 
 } // namespace
 
@@ -57,7 +24,7 @@ TEST(OAuth2TokenSpec, HasTheDefaultTypeAndNoScope)
     EXPECT_EQ(spec.GetType(), 1);
     EXPECT_EQ(spec.GetType(), OAuth2TokenTypeDefault);
     EXPECT_EQ(spec.GetScope(nullptr, 0), 0);
-    ExpectEqual(spec, FromJson(R"({"type":1,"scope":"","legacy":false})"));
+    ExpectEqual(spec, SpecOf(R"({"type":1,"scope":"","legacy":false})"));
 }
 
 TEST(OAuth2TokenSpec, EqualsADefaultOneWhenBuiltWithItsValues)
@@ -142,7 +109,7 @@ TEST(OAuth2TokenSpec, KeepsWordsThatDifferOnlyByCase)
 
 TEST(OAuth2TokenSpec, TrimsByTheGlobalLocale)
 {
-    HxSSOTest::LocaleWithBlank const locale('x');
+    LocaleWithBlank const locale('x');
     EXPECT_EQ(NormalForm(L"xxbxax xcx xx"), L"bxa c");
     EXPECT_EQ(NormalForm(L"xxx"), L"");
 }
@@ -215,24 +182,24 @@ TEST(OAuth2TokenSpec, EqualityLooksAtTheType)
 
 TEST(OAuth2TokenSpec, EqualityLooksAtTheLegacyMark)
 {
-    OAuth2TokenSpec const legacy = FromJson(R"({"type":1,"scope":"a","legacy":true})");
-    OAuth2TokenSpec const modern = FromJson(R"({"type":1,"scope":"a","legacy":false})");
+    OAuth2TokenSpec const legacy = SpecOf(R"({"type":1,"scope":"a","legacy":true})");
+    OAuth2TokenSpec const modern = SpecOf(R"({"type":1,"scope":"a","legacy":false})");
     ExpectUnequal(legacy, modern);
-    ExpectEqual(legacy, FromJson(R"({"type":1,"scope":"A","legacy":true})"));
+    ExpectEqual(legacy, SpecOf(R"({"type":1,"scope":"A","legacy":true})"));
     ExpectEqual(modern, OAuth2TokenSpec(Type(1), L"a"));
 }
 
 TEST(OAuth2TokenSpec, EqualityLooksAtTheOrderOfStoredWords)
 {
-    OAuth2TokenSpec const read = FromJson(R"({"type":2,"scope":"b a"})");
+    OAuth2TokenSpec const read = SpecOf(R"({"type":2,"scope":"b a"})");
     EXPECT_EQ(Scope(read), L"b a");
     ExpectUnequal(read, OAuth2TokenSpec(Type(2), L"b a"));
-    ExpectEqual(read, FromJson(R"({"type":2,"scope":"B A"})"));
+    ExpectEqual(read, SpecOf(R"({"type":2,"scope":"B A"})"));
 }
 
 TEST(OAuth2TokenSpec, CopiesEverythingAsItStands)
 {
-    OAuth2TokenSpec const source = FromJson(R"({"type":5,"scope":" b  a ","legacy":true})");
+    OAuth2TokenSpec const source = SpecOf(R"({"type":5,"scope":" b  a ","legacy":true})");
     OAuth2TokenSpec const copy(source);
     OAuth2TokenSpec assigned(Type(9), L"old");
     EXPECT_EQ(&(assigned = source), &assigned);
@@ -240,7 +207,7 @@ TEST(OAuth2TokenSpec, CopiesEverythingAsItStands)
         EXPECT_EQ(spec->GetType(), 5);
         EXPECT_EQ(Scope(*spec), L" b  a ");
         ExpectEqual(*spec, source); // the legacy mark, too
-        ExpectUnequal(*spec, FromJson(R"({"type":5,"scope":" b  a ","legacy":false})"));
+        ExpectUnequal(*spec, SpecOf(R"({"type":5,"scope":" b  a ","legacy":false})"));
     }
 }
 
@@ -260,8 +227,8 @@ TEST(OAuth2TokenSpec, CopiesAreIndependent)
 
 TEST(OAuth2TokenSpec, SurvivesSelfAssignment)
 {
-    OAuth2TokenSpec spec = FromJson(R"({"type":5,"scope":"b a","legacy":true})");
+    OAuth2TokenSpec spec = SpecOf(R"({"type":5,"scope":"b a","legacy":true})");
     OAuth2TokenSpec const& itself = spec;
     EXPECT_EQ(&(spec = itself), &spec);
-    ExpectEqual(spec, FromJson(R"({"type":5,"scope":"b a","legacy":true})"));
+    ExpectEqual(spec, SpecOf(R"({"type":5,"scope":"b a","legacy":true})"));
 }

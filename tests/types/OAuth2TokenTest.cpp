@@ -4,47 +4,11 @@
 
 #include <OAuth2Token.h>
 #include <SSOServicesPrivate.h>
-#include "support/GetterTexts.h"
 #include "support/GuardedBuffer.h"
+#include "types/Values.h"
 
-using namespace Halvorix::WebServices;
+using namespace HxSSOTest;
 using namespace std::string_literals;
-using HxSSOTest::GetterText;
-using HxSSOTest::GuardedBuffer;
-
-namespace {
-
-OAuth2TokenType Type(std::int32_t number) { return static_cast<OAuth2TokenType>(number); }
-
-OAuth2Token Token(std::wstring const& text, OAuth2TokenSpec const& spec = OAuth2TokenSpec())
-{
-    OAuth2Token token;
-    SSOServicesPrivate::Initialize(token, text, spec);
-    return token;
-}
-
-std::wstring Scope(OAuth2TokenSpec const& spec)
-{
-    return GetterText(spec, &OAuth2TokenSpec::GetScope);
-}
-
-void ExpectEqual(OAuth2Token const& a, OAuth2Token const& b)
-{
-    EXPECT_TRUE(a == b);
-    EXPECT_TRUE(b == a);
-    EXPECT_FALSE(a != b);
-    EXPECT_FALSE(b != a);
-}
-
-void ExpectUnequal(OAuth2Token const& a, OAuth2Token const& b)
-{
-    EXPECT_FALSE(a == b);
-    EXPECT_FALSE(b == a);
-    EXPECT_TRUE(a != b);
-    EXPECT_TRUE(b != a);
-}
-
-} // namespace
 
 TEST(OAuth2Token, StartsEmptyWithADefaultSpec)
 {
@@ -122,9 +86,7 @@ TEST(OAuth2Token, CountsZeroUnitsOfItsText)
 
 TEST(OAuth2Token, IsFilledWithTextAndSpecAsTheyStand)
 {
-    OAuth2TokenSpec spec;
-    ASSERT_TRUE(SSOServicesPrivate::JsonToOAuth2TokenSpec(
-        R"({"type":-3,"scope":" b  a ","legacy":true})", spec));
+    OAuth2TokenSpec const spec = SpecOf(R"({"type":-3,"scope":" b  a ","legacy":true})");
     OAuth2Token token = Token(L"  old  ", OAuth2TokenSpec(Type(9), L"z"));
     SSOServicesPrivate::Initialize(token, L" \t new ", spec);
     EXPECT_EQ(token.GetToken(), L" \t new "s);
@@ -179,9 +141,7 @@ TEST(OAuth2Token, EqualityComparesBehindZeroUnits)
 
 TEST(OAuth2Token, EqualityLooksAtTheLegacyMarkOfTheSpec)
 {
-    OAuth2TokenSpec legacy;
-    ASSERT_TRUE(SSOServicesPrivate::JsonToOAuth2TokenSpec(R"({"type":1,"scope":"","legacy":true})",
-                                                          legacy));
+    OAuth2TokenSpec const legacy = SpecOf(R"({"type":1,"scope":"","legacy":true})");
     ExpectUnequal(Token(L"a", legacy), Token(L"a"));
     ExpectEqual(Token(L"a", legacy), Token(L"a", legacy));
 }
