@@ -7,6 +7,7 @@ one. Files in a folder of their own go there as they are, placeholders filled in
 case.json tells the rest, which rig.py does in this order:
 
     system             the only system on which this happens
+    copy               file: one of base/ that it is a copy of
     remove             files of base/ that are not there
     rename             old name: new name
     folders            that are made, empty

@@ -281,6 +281,8 @@ class Installation:
         system = "windows" if self.build.is_windows else "linux"
         if about.get("system", system) != system:
             skip("this happens on " + about["system"] + " only")
+        for relative, name in about.get("copy", {}).items():
+            self.replace(relative, self.path(name).read_bytes())
         for relative in about.get("remove", []):
             self.path(relative).unlink()
         for relative, name in about.get("rename", {}).items():
