@@ -21,15 +21,32 @@ using WebServicesUI::WebServicesUIManager;
 /// Far more than a provider's address has; the plugin does not cut one.
 constexpr int LongestAddress = 32 * 1024;
 
+/// Its end releases the plugin, and makes the library forget which file leads to it: nothing may
+/// be asked after that.
+class UserInterface {
+public:
+    UserInterface() = default;
+    UserInterface(UserInterface const&) = delete;
+    UserInterface& operator=(UserInterface const&) = delete;
+    ~UserInterface()
+    {
+        if (WebServicesUIManager::IsInitialized())
+            WebServicesUIManager::Uninitialize();
+    }
+
+    WebServicesUIManager& Begin()
+    {
+        WebServicesUIManager::Initialize(false);
+        return *WebServicesUIManager::GetInstance();
+    }
+};
+
 /// In the browser that the plugin opens.
-bool LoginInBrowser(std::string const& hint)
+bool LoginInBrowser(UserInterface& userInterface, std::string const& hint)
 {
     TellProgress("The browser opens; sign in there. Without a browser here: Ctrl-C, and "
                  "hxsso login --no-browser");
-    WebServicesUIManager::Initialize(false);
-    bool const done = WebServicesUIManager::GetInstance()->Login(ToWide(hint).c_str());
-    WebServicesUIManager::Uninitialize();
-    return done;
+    return userInterface.Begin().Login(ToWide(hint).c_str());
 }
 
 /// In one that the user opens.
@@ -63,6 +80,7 @@ Answer SignedIn(SignOn const& session, bool wasSignedIn)
 
 Answer Login(Options const& options)
 {
+    UserInterface userInterface; // ends after the session
     SignOn const session(options.Value("--server"));
     if (session.Obstacle().status != Status::Done)
         return session.Obstacle();
@@ -72,7 +90,7 @@ Answer Login(Options const& options)
     EndOnInterrupt("\nhxsso: the sign-in was ended\n");
     std::string const hint = options.Value("--hint");
     bool const done = options.Has("--no-browser") ? LoginAtAddress(session.Manager(), hint)
-                                                  : LoginInBrowser(hint);
+                                                  : LoginInBrowser(userInterface, hint);
     if (done)
         return SignedIn(session, false);
     return ReasonInPluginLog(Status::Provider,

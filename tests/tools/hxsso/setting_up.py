@@ -147,7 +147,7 @@ def ConfigureTakesWhatTheSchemaTakes(place, _provider):
         assert place.run("configure", *words).status == 2
 
 
-def InstalledAsPackagesDo(place, _provider):
+def InstalledAsPackagesDo(place, provider):
     """No settings beside the program: those of its own data folder lead to Location."""
     if place.is_windows:
         skip("the value Location stands in the registry, which others share")
@@ -158,6 +158,11 @@ def InstalledAsPackagesDo(place, _provider):
     assert place.run("status").status == 1
     ended = place.run("doctor", "--verbose")
     assert ended.status == 0 and "share/HxSSOServices/SSOClient.config" in ended.text, ended
+    with User(place):
+        ended = place.run("login")
+        assert ended.text.startswith("Signed in as Alice Ågren (alice"), ended
+        assert ended.text.endswith(f" at {provider.issuer}\n"), ended
+    assert place.run("logout").status == 0
     # In the sign-on folder it is a link.
     link = place.root / "server/HxSSO.exe"
     link.unlink()
