@@ -114,6 +114,16 @@ TEST_F(Proxy, ThatRefusesCredentialsIsTold)
     EXPECT_LE(seen.size(), 4u);
 }
 
+TEST_F(Proxy, ThatRefusesCredentialsAsAServerDoesIsTold)
+{
+    refusal = "401 Unauthorized";
+    HttpResponse const response = Ask({{"", 0, "user", "of the proxy"}});
+
+    EXPECT_EQ(response.failure, HttpFailure::Proxy) << response.reason;
+    EXPECT_EQ(response.reason, "the proxy answered with status 401");
+    EXPECT_LE(seen.size(), 3u);
+}
+
 TEST_F(Proxy, IsNotAskedForThisMachine)
 {
     TestServer const target(Rig::Answering(HttpAnswer("200 OK", "direct")));

@@ -304,6 +304,8 @@ HttpResponse Transfer::Answer(CURLcode result)
         Fail(response, HttpFailure::TooLarge, "the answer is too large");
     else if (WantsProxyCredential())
         Fail(response, HttpFailure::Proxy, "the proxy asks for credentials");
+    else if (proxyStatus == 401) // of proxies that take wrong ones for a server's
+        Fail(response, HttpFailure::Proxy, "the proxy answered with status 401");
     else if (result == CURLE_ABORTED_BY_CALLBACK)
         Fail(response, HttpFailure::Cancelled, "cancelled");
     else if (result != CURLE_OK)
