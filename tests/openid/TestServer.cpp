@@ -22,7 +22,7 @@ namespace {
 /// By the plugin's own socket, which is what makes the system's network usable.
 Tcp::acceptor Listening(asio::io_context& context)
 {
-    auto const socket = Halvorix::OpenId::NewListeningSocket();
+    auto const socket = Halvorix::OpenId::NewListeningSocket(false);
     Tcp::acceptor acceptor(context, Tcp::v4(),
                            static_cast<Tcp::acceptor::native_handle_type>(socket));
     acceptor.bind(Tcp::endpoint(asio::ip::address_v4::loopback(), 0));

@@ -4,8 +4,9 @@
 
 namespace Halvorix::OpenId {
 
-/// A TCP socket of IPv4, not bound yet, that no child process inherits. No other program can take
-/// over its port; one on which connections ended a moment ago is free. -1 if there is none.
-std::intptr_t NewListeningSocket();
+/// A TCP socket of IPv4 or IPv6, not bound yet, that no child process inherits. No other program
+/// can take over its port; one on which connections ended a moment ago is free. -1 if there is
+/// none.
+std::intptr_t NewListeningSocket(bool isIpv6);
 
 } // namespace Halvorix::OpenId

@@ -64,24 +64,14 @@ public:
     /// @param port 0 for one of the system's choice
     Error OpenAt(int port)
     {
-        Error error;
-        auto const handle = NewListeningSocket();
-        if (handle < 0)
-            return asio::error::no_descriptors;
-        acceptor.assign(tcp::v4(), static_cast<tcp::acceptor::native_handle_type>(handle), error);
-        if (!error)
-            acceptor.bind({asio::ip::address_v4::loopback(), static_cast<unsigned short>(port)},
-                          error);
-        if (!error)
-            acceptor.listen(asio::socket_base::max_listen_connections, error);
-        if (!error)
-            expected.host = "127.0.0.1:" + std::to_string(acceptor.local_endpoint(error).port());
-        redirectUri = "http://" + expected.host + CallbackPath;
-        if (error) {
-            Error ignored;
-            acceptor.close(ignored);
-        }
-        return error;
+        auto const number = static_cast<unsigned short>(port);
+        Error const error = Listen({asio::ip::address_v4::loopback(), number});
+        // A machine without IPv4 has no such address, or no socket for it.
+        if (error != boost::system::errc::address_not_available &&
+            error != asio::error::no_descriptors)
+            return error;
+        Error const instead = Listen({asio::ip::address_v6::loopback(), number});
+        return instead ? error : instead;
     }
 
     std::string const& RedirectUri() const override { return redirectUri; }
@@ -111,6 +101,30 @@ public:
 
 private:
     using Shared = std::shared_ptr<Connection>;
+
+    Error Listen(tcp::endpoint const& address)
+    {
+        Error error;
+        bool const isIpv6 = address.protocol() == tcp::v6();
+        auto const handle = NewListeningSocket(isIpv6);
+        if (handle < 0)
+            return asio::error::no_descriptors;
+        acceptor.assign(address.protocol(), static_cast<tcp::acceptor::native_handle_type>(handle),
+                        error);
+        if (!error)
+            acceptor.bind(address, error);
+        if (!error)
+            acceptor.listen(asio::socket_base::max_listen_connections, error);
+        if (!error)
+            expected.host = (isIpv6 ? "[::1]:" : "127.0.0.1:") +
+                            std::to_string(acceptor.local_endpoint(error).port());
+        redirectUri = "http://" + expected.host + CallbackPath;
+        if (error) {
+            Error ignored;
+            acceptor.close(ignored);
+        }
+        return error;
+    }
 
     template <class IsDone>
     void RunUntil(Clock::time_point end, IsDone isDone)

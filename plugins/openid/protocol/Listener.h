@@ -19,7 +19,7 @@ public:
     static Outcome<std::unique_ptr<Listener>> Open(std::vector<int> const& ports);
     virtual ~Listener() = default;
 
-    /// "http://127.0.0.1:PORT/callback"
+    /// "http://127.0.0.1:PORT/callback"; with [::1] on a machine without IPv4
     virtual std::string const& RedirectUri() const = 0;
     /// Answers requests until one to the redirect address has the right `state`, tells the browser
     /// what happened in a plain page, and closes. Requests that are wrong, larger than 16 KiB, or

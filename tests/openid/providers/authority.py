@@ -70,14 +70,16 @@ class Authority:
         file.write_bytes(certificate.public_bytes(serialization.Encoding.PEM))
 
     def certificate(self, kind="good"):
-        """Files of a server's certificate and key: good, expired, other-name or self-signed."""
+        """Files of a server's certificate and key: expired, other-name, self-signed, or of any
+        other kind, which is a good one of that name."""
         file, key_file = self.folder / f"{kind}.pem", self.folder / f"{kind}.key"
         if not file.exists():
             key = rsa.generate_private_key(65537, 2048)
             host = "elsewhere.example" if kind == "other-name" else "localhost"
             names = [x509.DNSName(host)]
             if kind != "other-name":
-                names.append(x509.IPAddress(ipaddress.ip_address("127.0.0.1")))
+                names += [x509.IPAddress(ipaddress.ip_address(address))
+                          for address in ("127.0.0.1", "::1")]
             itself = {"issuer": _name(host), "key": key} if kind == "self-signed" else {}
             certificate = self._sign(
                 _name(host), key.public_key(), days=-1 if kind == "expired" else 365, **itself,
@@ -98,10 +100,11 @@ class Authority:
 
     def trusted(self, command):
         """The command, in a namespace where the system's only authority is this one."""
-        return _with_bundle(self.bundle, command)
+        return with_bundle(self.bundle, command)
 
 
-def _with_bundle(bundle, command):
+def with_bundle(bundle, command):
+    """The command, in a namespace where this file is the system's store of authorities."""
     words = ["sh", "-c", 'mount --bind "$1" "$2" && shift 2 && exec "$@"',
              "sh", str(bundle), SYSTEM_BUNDLE]
     command = [str(word) for word in command]
@@ -117,7 +120,7 @@ def why_untrusted():
     """Why no command can be made to trust an authority of ours here; None if one can."""
     if not os.path.exists(SYSTEM_BUNDLE):
         return f"there is no {SYSTEM_BUNDLE} (package ca-certificates)"
-    trial = subprocess.run(_with_bundle(SYSTEM_BUNDLE, ["true"]), capture_output=True, text=True)
+    trial = subprocess.run(with_bundle(SYSTEM_BUNDLE, ["true"]), capture_output=True, text=True)
     if trial.returncode:
         return "this machine permits no mount namespace of one's own: " + trial.stderr.strip()
     return None

@@ -55,8 +55,8 @@ class HostileProvider:
     client_id = "hxsso-test"
     password = "wonderland"  # nobody asks for it
 
-    def __init__(self, folder, algorithm="RS256", lifetime=3600):
-        self.authority = Authority(folder)
+    def __init__(self, folder, algorithm="RS256", lifetime=3600, address="127.0.0.1"):
+        self.authority, self.address = Authority(folder), address
         self.algorithm, self.lifetime = algorithm, lifetime
         self.user = "alice"  # who agrees, unless a login_hint names another
         self.rotates = True             # refresh tokens
@@ -65,6 +65,7 @@ class HostileProvider:
         self.device_interval, self.device_lifetime = 1, 60
         self.requests = collections.Counter()  # by endpoint, and "token.GRANT"
         self.seen = []  # (endpoint, parameters) of every request, in order
+        self.heads = []  # the headers of every request, as a text
         self.bytes_of_endless = 0
         self.lock = threading.RLock()
         self._faults = []
@@ -122,6 +123,11 @@ class HostileProvider:
         """Another key, which alone is published from now on."""
         self._key_number += 1
         self._key = SigningKey(f"key-{self._key_number}", self.algorithm)
+
+    def renew_certificate(self):
+        """Another one of the same authority, for all connections from now on."""
+        self._server.context = self.authority.server_context(f"renewed-{time.monotonic_ns()}")
+        self._server.end_connections()
 
     def approve_device(self, user_code=None, denied=False):
         """As the user does with a browser; without a code all that wait."""

@@ -3,6 +3,7 @@
 import http.server
 import json
 import socket
+import socketserver
 import threading
 import urllib.parse
 
@@ -47,6 +48,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
             if endpoint == "token":
                 provider.requests[grant] += 1
             provider.seen.append((endpoint, parameters))
+            provider.heads.append(str(self.headers))
         fault = provider.take(faults.ANSWERS, at=grant) or \
             provider.take(faults.ANSWERS, at=endpoint)
         if fault in faults.STATUSES:
@@ -106,10 +108,16 @@ class Server(http.server.ThreadingHTTPServer):
     request_queue_size = 64
 
     def __init__(self, provider):
-        super().__init__(("127.0.0.1", 0), Handler)
+        self.address_family = socket.AF_INET6 if ":" in provider.address else socket.AF_INET
+        super().__init__((provider.address, 0), Handler)
         self.provider, self.stopping = provider, threading.Event()
         self.certificate, self.context = "good", provider.authority.server_context()
         self._connections = set()
+
+    def server_bind(self):
+        # Without a look for its name, which takes long where no name server answers.
+        socketserver.TCPServer.server_bind(self)
+        self.server_name, self.server_port = "localhost", self.server_address[1]
 
     def finish_request(self, request, client_address):
         # In the connection's own thread: a slow handshake holds up nobody else.

@@ -5,9 +5,10 @@
 
 namespace Halvorix::OpenId {
 
-std::intptr_t NewListeningSocket()
+std::intptr_t NewListeningSocket(bool isIpv6)
 {
-    int const descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, IPPROTO_TCP);
+    int const descriptor =
+        socket(isIpv6 ? AF_INET6 : AF_INET, SOCK_STREAM | SOCK_CLOEXEC, IPPROTO_TCP);
     // Two that listen are refused all the same. Without it the next login would find its port
     // taken for a minute.
     int const yes = 1;

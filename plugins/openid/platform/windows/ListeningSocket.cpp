@@ -17,7 +17,7 @@ namespace Halvorix::OpenId {
 
 FIRST static boost::asio::detail::winsock_init<>::manual const notByAsio;
 
-std::intptr_t NewListeningSocket()
+std::intptr_t NewListeningSocket(bool isIpv6)
 {
     // Stays started, as in any program that uses it.
     static bool const isStarted = [] {
@@ -26,8 +26,8 @@ std::intptr_t NewListeningSocket()
     }();
     if (!isStarted)
         return -1;
-    SOCKET const handle = WSASocketW(AF_INET, SOCK_STREAM, IPPROTO_TCP, nullptr, 0,
-                                     WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT);
+    SOCKET const handle = WSASocketW(isIpv6 ? AF_INET6 : AF_INET, SOCK_STREAM, IPPROTO_TCP, nullptr,
+                                     0, WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT);
     if (handle == INVALID_SOCKET)
         return -1;
     BOOL const yes = TRUE;
