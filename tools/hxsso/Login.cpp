@@ -76,6 +76,13 @@ Answer SignedIn(SignOn const& session, bool wasSignedIn)
     return answer;
 }
 
+/// A login that could not be written is of no use here.
+bool EndsWithThisProcess()
+{
+    Json::Value const stored = SessionState()["stored"];
+    return stored.isBool() && !stored.asBool();
+}
+
 } // namespace
 
 Answer Login(Options const& options)
@@ -91,6 +98,11 @@ Answer Login(Options const& options)
     std::string const hint = options.Value("--hint");
     bool const done = options.Has("--no-browser") ? LoginAtAddress(session.Manager(), hint)
                                                   : LoginInBrowser(userInterface, hint);
+    if (done && EndsWithThisProcess())
+        return ReasonInPluginLog(Status::Provider,
+                                 Failed(Status::Provider, "the login cannot be stored",
+                                        "see that this user may write to the plugin's store"),
+                                 "The login is known");
     if (done)
         return SignedIn(session, false);
     return ReasonInPluginLog(Status::Provider,

@@ -76,6 +76,23 @@ Answer AnswerOf(Status status, std::string const& error)
     return Failed(status, error.substr(0, at), error.substr(at + mark.size()));
 }
 
+bool IsFull(fs::path const& folder)
+{
+    constexpr std::uintmax_t lineWithoutDoubt = 4096;
+    std::error_code unknown;
+    fs::space_info const disk = fs::space(folder, unknown);
+    return !unknown && disk.capacity != 0 && disk.available < lineWithoutDoubt;
+}
+
+/// A disk that is full takes no line of the log either.
+Answer WithoutLine(Status status, Answer other)
+{
+    fs::path const folder = LogFile().parent_path();
+    if (status != Status::Provider || !IsFull(folder))
+        return other;
+    return Failed(status, "the disk of " + folder.u8string() + " is full", "make room on the disk");
+}
+
 } // namespace
 
 void PassOverPluginLog()
@@ -94,7 +111,7 @@ Answer ReasonInPluginLog(Status status, Answer other, std::string const& beginni
         if (!error.empty() && error.compare(0, beginning.size(), beginning) == 0)
             last = std::move(error);
     }
-    return last.empty() ? std::move(other) : AnswerOf(status, last);
+    return last.empty() ? WithoutLine(status, std::move(other)) : AnswerOf(status, last);
 }
 
 } // namespace Halvorix::HxSSO

@@ -143,6 +143,13 @@ void Session::Hidden::TellOnce(Account& account, Failure const& why)
     log->Failed("The stored login cannot be used", why);
 }
 
+bool Session::Hidden::IsUnsaved(Target const& target)
+{
+    Account& account = AccountOf(target);
+    std::lock_guard<std::mutex> const guard(mutex);
+    return account.unsaved.has_value();
+}
+
 void Session::Hidden::Keep(Target const& target, StoredLogin const& login)
 {
     auto const before = store.Read(login.issuer, login.clientId);

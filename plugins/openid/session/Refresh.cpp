@@ -104,6 +104,12 @@ Session::Hidden::RefreshUnderLock(Target const& target, TokenSpec const& spec, S
             SignOutRefused(target);
             return std::nullopt;
         }
+        // Else the token would be used up for all, and its successor known to nobody else.
+        auto const room = IsUnsaved(target) ? Outcome<bool>(true) : store.CheckRoom();
+        if (!room) {
+            Failed(target, spec, room.Why());
+            return std::nullopt;
+        }
         auto answer = target.provider->Refresh(*login->refreshToken, spec.scope);
         if (answer)
             return Accept(target, spec, std::move(*login), std::move(*answer));

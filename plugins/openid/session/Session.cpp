@@ -84,6 +84,7 @@ Json::Value Session::State()
         state["signedInAt"] = static_cast<Json::Int64>(login->signedInAt);
         state["scopes"] = login->scopes;
         state["refreshable"] = !login->refreshToken->empty();
+        state["stored"] = !hidden->IsUnsaved(target);
     }
     return state;
 }

@@ -111,7 +111,8 @@ public:
     /// tells how long a refresh token lives.
     std::int64_t LoginExpiryDate();
     /// For GetSessionState, without a secret: "server", "issuer", "clientId", "loggedIn" and
-    /// "loginInProgress"; of a login also "subject", "signedInAt", "scopes" and "refreshable".
+    /// "loginInProgress"; of a login also "subject", "signedInAt", "scopes", "refreshable"
+    /// and "stored": false if this process alone knows it.
     Json::Value State();
 
     // Tokens.

@@ -118,6 +118,8 @@ struct Session::Hidden {
     /// Who is signed in, by the store, or by memory where the store could not be written.
     std::optional<StoredLogin> Current(Target const& target);
     void TellOnce(Account& account, Failure const& why);
+    /// Whether this process alone knows the login.
+    bool IsUnsaved(Target const& target);
     /// Writes, under the store's lock; what cannot be written stays in memory, and is told.
     void Keep(Target const& target, StoredLogin const& login);
     /// Removes, under the store's lock, and tells the host.

@@ -230,6 +230,17 @@ Outcome<bool> TokenStore::Write(StoredLogin const& login)
     return true;
 }
 
+Outcome<bool> TokenStore::CheckRoom() const
+{
+    constexpr std::uintmax_t enough = 128 << 10;
+    std::error_code unknown;
+    fs::space_info const disk = fs::space(folder, unknown);
+    // Some file systems tell nothing of their size.
+    if (unknown || disk.capacity == 0 || disk.available >= enough)
+        return true;
+    return Local("the disk of " + PathText(folder) + " is full", "make room on the disk");
+}
+
 Outcome<bool> TokenStore::Remove(std::string const& issuer, std::string const& clientId)
 {
     fs::path const file = FileOf(issuer, clientId);

@@ -53,6 +53,8 @@ public:
                                              std::string const& clientId);
     /// Replaces the login; under the lock.
     Outcome<bool> Write(StoredLogin const& login);
+    /// Whether the disk has room for another login; not false where the system cannot tell.
+    Outcome<bool> CheckRoom() const;
     /// Removes the login's file, overwritten first; under the lock.
     Outcome<bool> Remove(std::string const& issuer, std::string const& clientId);
 
