@@ -20,6 +20,7 @@ import hostile  # noqa: E402
 import namespaces  # noqa: E402
 import orders  # noqa: E402
 import proxy  # noqa: E402
+import wine_prefix  # noqa: E402
 
 PROGRAMS = pathlib.Path(sys.argv[2])
 EMULATOR = sys.argv[3:]
@@ -204,9 +205,40 @@ def KeysAndCertificateChange(place, provider):
         assert provider.requests["authorization"] == 1
 
 
+def RegistryOfTheMachine(place, provider):
+    """Windows: Location leads to the plugin, and the authority of a company lies in the root
+    store."""
+    if not (place.is_windows and place.emulator):
+        skip("this is not Wine: the registry would be the user's own")
+
+    def has_plugin():
+        with place.start() as host:
+            return host.ask("Private.Ping")["result"]
+    with wine_prefix.own(place, place.root / "prefix") as (place.variables, registry):
+        client_config = place.root / "app/SSOClient.config"
+        client_config.write_text("{}")
+        assert not has_plugin(), "found without its value"
+        registry.set_location(place.root / "server")
+        place.bundle = authority.SYSTEM_BUNDLE
+        with place.start() as host:
+            fails_with_one_line(place, lambda: host.ask("UI.Login"), NOT_TRUSTED)
+        registry.trust(provider.authority.bundle)
+        with User(place), place.start() as host:
+            sign_in(host)
+            assert token(host, "data:read").count(".") == 2
+        found = [line for line in place.log() if "Getting HxSSO path from registry: " in line]
+        assert found and found[0].endswith(place.native(place.root / "server")), found
+
+        client_config.unlink()
+        assert not has_plugin(), "the value is asked for without an SSOClient.config"
+        client_config.write_text("{}")
+        registry.remove_location()
+        assert not has_plugin(), "found without its value"
+
+
 CASES = {each.__name__: each for each in (
     ProxyWithCredentials, AuthorityOfACompany, ProviderOnIpv6Alone, MachineWithIpv6Alone,
-    BrowserThatComesLate, KeysAndCertificateChange)}
+    BrowserThatComesLate, KeysAndCertificateChange, RegistryOfTheMachine)}
 
 # Not every machine has both names of itself.
 BOTH_NAMES = """hosts=$(mktemp)
