@@ -134,6 +134,21 @@ def signs_out(place):
         assert refreshed is not place.provider.revokes_for_public_clients, refreshed
 
 
+def account_is_removed(place):
+    """By the provider's administrator: the next refresh signs out all hosts, and says so."""
+    with place.start() as host, place.start_without_browser() as second:
+        sign_in(host)
+        assert second.ask("RestoreLogin") is True
+        kept = token_of(second)
+        place.provider.remove_account(place.provider.user)
+        assert token_of(host) == kept, "nobody can know yet"
+        refused_to(second, place)
+        [line] = place.logged("Signed out: ")
+        assert place.provider.issuer in line and "Fix: sign in again" in line, line
+        assert host.ask("IsLoggedIn") is False and host.ask("RestoreLogin") is False
+    assert place.sign_ins() == 1
+
+
 def chromium_signs_in(place):
     """A real browser shows the page that the listener answers with."""
     place.browser = chromium.script(place.root, place.provider.authority)
@@ -145,7 +160,8 @@ def chromium_signs_in(place):
 
 
 TESTS = {each.__name__: each
-         for each in (signs_in, rotates, reuse_is_told, signs_out, chromium_signs_in)}
+         for each in (signs_in, rotates, reuse_is_told, signs_out, account_is_removed,
+                      chromium_signs_in)}
 
 
 def main(test, provider_name, programs, *emulator):

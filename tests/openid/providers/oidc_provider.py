@@ -40,6 +40,11 @@ class OidcProvider:
     def stop(self):
         self._program.stop()
 
+    def remove_account(self, name):
+        self._program.process.stdin.write(name.encode() + b"\n")
+        self._program.process.stdin.flush()
+        assert self._program.first_json_line() == {"removed": True}
+
     def __enter__(self):
         return self.start()
 

@@ -97,9 +97,14 @@ def OneSignInForAll(place, provider):
         assert len(tokens) == 1, tokens
         assert provider.requests["authorization"] == 1, provider.requests
         assert provider.requests["token"] == 2, "one sign-in and one refresh"
+        assert provider.requests["token.refresh_token"] == 1
         assert place.run("logout").status == 0
-        assert not first.ask("IsLoggedIn") and not second.ask("IsLoggedIn")
-        assert place.run("token").status == 1
+        asked = provider.requests.total()
+        for host in (first, second):
+            assert host.ask("GetOAuth2AccessToken", 1, "") is None
+            assert host.ask("IsLoggedIn") is False and host.ask("RestoreLogin") is False
+        assert [place.run(word).status for word in ("token", "whoami", "status")] == [1, 1, 1]
+        assert provider.requests["revocation"] == 1 and provider.requests.total() == asked
     finally:
         first.close()
         second.close()

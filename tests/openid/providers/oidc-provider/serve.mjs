@@ -5,12 +5,14 @@
 //     certificate, key   files, for localhost
 //     lifetime  of access tokens, in seconds
 //
-// Prints a line of JSON with its address, and ends with its standard input.
+// Prints a line of JSON with its address, and ends with its standard input. A line there removes
+// the account that it names.
 
 import { generateKeyPairSync, randomBytes } from 'node:crypto';
 import { readFileSync } from 'node:fs';
 import { createServer } from 'node:https';
 import { join } from 'node:path';
+import { createInterface } from 'node:readline';
 import { pathToFileURL } from 'node:url';
 
 const settings = JSON.parse(process.argv[2]);
@@ -165,4 +167,6 @@ server.listen(0, '127.0.0.1', () => {
     provider.on('server_error', (_context, error) => console.error(error));
     console.log(JSON.stringify({ issuer, clientId: CLIENT }));
 });
-process.stdin.on('end', () => process.exit(0)).resume();
+createInterface({ input: process.stdin })
+    .on('line', (name) => console.log(JSON.stringify({ removed: delete USERS[name] })))
+    .on('close', () => process.exit(0));
