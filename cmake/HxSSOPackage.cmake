@@ -4,6 +4,11 @@ set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/HxSSOServices)
 set(data_dir ${CMAKE_INSTALL_DATADIR}/HxSSOServices)
 set(license_dir ${data_dir}/licenses)
 set(document_dir ${CMAKE_INSTALL_DATADIR}/doc/HxSSOServices)
+# Where the system's loader does not look: on Windows at the top, so that it is seen in the ZIP.
+set(sign_on_dir lib/HxSSO)
+if(WIN32)
+    set(sign_on_dir sign-on)
+endif()
 
 # --- Headers and library ----------------------------------------------------------
 

@@ -28,9 +28,9 @@ leg_format() {
 # The sources of the Linux build: those of another system do not compile here.
 leg_tidy() {
     scripts/setup native && configure linux || return
-    say "tidy: clang-tidy over src, examples, tools"
+    say "tidy: clang-tidy over src, plugins, examples, tools"
     rm -rf build/linux/tidy
-    count_sum scripts/lib/tidy.py --clean .deps/tidy-clean build/linux src examples tools
+    count_sum scripts/lib/tidy.py --clean .deps/tidy-clean build/linux src plugins examples tools
 }
 
 # Doxygen counts each warning as an error.
@@ -73,10 +73,10 @@ leg_msvc() {
 # The installed tree and the packages, as those use them who have nothing else. Both systems
 # at once, since each mostly waits for one process.
 leg_package() {
-    scripts/setup native windows docs || return
+    scripts/setup native windows docs openid || return
     local platform
     for platform in linux windows; do
-        build_for package $platform HxSSOServices hxsso-plugin-check hxsso-doctor hxsso || return
+        build_for package $platform HxSSOServices hxsso-plugin-check hxsso-doctor hxsso HxSSOOpenID || return
     done
     say "package: the installed tree alone"
     count_report xargs -n 1 -P 2 tests/package/run <<<'linux windows'

@@ -13,7 +13,7 @@ SamplesTest.cpp holds the reader to the same folders, and that of the open plugi
 tests/openid/ConfigurationSamplesTest.cpp. Of the documents of the plugin boundary
 the folder `written` has what the library writes, and `reader-only-read` what it has read of
 each document in `reader-only`. Checked besides: the examples and defaults in the schemas,
-and the files that the pages show.
+and the files that the pages show and the packages deliver.
 """
 
 import json
@@ -33,6 +33,8 @@ KINDS = {"SSOClient": "ssoServer", "SSOVersionCompatibility": "ssoClientPlugin",
          "HxSSOOpenID": "servers"}
 FOLDERS = {"accepted": True, "refused": False, "reader-only": False, "schema-only": True}
 PAGES = ("README.md", "docs/configuration-files.md", "docs/openid.md")
+DELIVERED = {"plugins/openid/HxSSOOpenID.json": "HxSSOOpenID",
+             "plugins/openid/SSOVersionCompatibility.config.in": "SSOVersionCompatibility"}
 # The documents of the plugin boundary. DocumentsTest.cpp reads and writes them.
 DOCUMENTS = ("OAuth2TokenSpec", "OAuth2Token", "NetworkCookie", "NetworkCookieJar")
 DOCUMENTS_PAGE = "docs/boundary-documents.md"
@@ -106,6 +108,12 @@ def check_pages(validators):
         yield f"{page}: {shown} files shown", shown > 0
 
 
+def check_delivered(validators):
+    for name, kind in DELIVERED.items():
+        why = problem(validators[kind], (ROOT / name).read_text(encoding="utf-8"))
+        yield name + (f" ({why})" if why else ""), not why
+
+
 def with_references(part, schemas):
     """A schema with those that it refers to in the place of the references."""
     if isinstance(part, dict):
@@ -140,6 +148,7 @@ def main():
         validators[kind] = jsonschema.Draft7Validator(schema)
         results += [*check_own_values(kind, schema), *check_samples(kind, validators[kind])]
     results += check_pages(validators)
+    results += check_delivered(validators)
     results += check_documents()
     for what, good in results:
         if not good:

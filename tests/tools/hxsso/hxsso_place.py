@@ -56,7 +56,7 @@ class Place(installation.Installation):
         self.home = root / ("server" if self.is_windows else "app")
         self.hxsso = self.home / ("HxSSO.exe" if self.is_windows else "hxsso")
         shutil.copy((programs.parent / "sign-on" if self.is_windows else programs) /
-                    ("hxsso" + ending), self.hxsso)
+                    self.hxsso.name, self.hxsso)
         for name in ("hxsso-doctor", "hxsso-plugin-loader"):
             shutil.copy(programs / (name + ending), self.home)
         if self.is_windows:
