@@ -107,8 +107,8 @@ def sum_up_run(case, tests, results):
 
 
 def sum_up_program(program, runs, folder, results):
-    if any(map(cannot_run, runs)):
-        results.skipped(program, runs[0].findtext("system-out", "").strip())
+    for case in filter(cannot_run, runs):
+        results.skipped(program, case.findtext("system-out", "").strip())
         return
     listed, known = set(), set()
     for case in runs:

@@ -26,7 +26,7 @@ import rig  # noqa: E402
 COUNT = int(sys.argv[1])
 BUILD = rig.Build(sys.argv[2], sys.argv[3:])
 # Programs of this build, without what makes them slow to copy and to read.
-HOST, ROW, DOCTOR = BUILD.host, BUILD.row, BUILD.doctor
+HOST, DOCTOR = BUILD.host, BUILD.doctor
 ONE_IN = 40  # is looked at by the doctor's own program too
 
 VERSIONS = ["10", "10.22", "10.22.0", "10.22.00", "10.22.00.1800", "10.22.0.1800", "10.22.00.1799"]
@@ -165,19 +165,16 @@ class Place:
         for name, folder in ((HOST, "app"), (BUILD.library, library)):
             os.link(originals / name, root / folder / name)
         self.host = str(root / "app" / HOST)
-        self.settings = {
-            "cwd": root / "work",
-            "env": dict(
-                os.environ,
-                # Boost makes a locale of this one in half the time of C.UTF-8.
-                LC_ALL="en_US.UTF-8",
-                HOME=str(root / "home"),
-                XDG_CONFIG_DIRS=str(root / "xdg"),
-                XDG_CONFIG_HOME="",
-                XDG_DATA_HOME="",
-            ),
+        self.variables = {
+            # Boost makes a locale of this one in half the time of C.UTF-8.
+            "LC_ALL": "en_US.UTF-8",
+            "HOME": str(root / "home"),
+            "XDG_CONFIG_DIRS": str(root / "xdg"),
+            "XDG_CONFIG_HOME": "",
+            "XDG_DATA_HOME": "",
         }
-        self.row = None
+        self.settings = {"cwd": root / "work", "env": dict(os.environ, **self.variables)}
+        self.row = rig.Row(BUILD, root / "row", **self.variables)
 
     def filled(self, text):
         return text.replace("{root}", BUILD.spelled(self.root))
@@ -202,9 +199,9 @@ class Place:
         ended = subprocess.run(
             [*BUILD.emulator, *command], timeout=100, check=False, **self.settings, **streams
         )
-        if BUILD.emulator and ended.returncode == rig.SKIPPED:
+        if BUILD.emulator and ended.returncode == rig.CANNOT_RUN:
             print("skipped: programs of this build do not run here", flush=True)
-            sys.exit(rig.SKIPPED)
+            sys.exit(rig.CANNOT_RUN)
         return ended
 
     def answers(self, choices):
@@ -227,11 +224,11 @@ class Place:
         return made
 
     def diagnosis(self, choices):
-        if self.row is None:
-            self.row = rig.Row(BUILD, self.originals / ROW, **self.settings)
-        status, output = self.row.run(*self.arguments(choices))
-        assert status in (0, 1), status
-        return json.loads(output)
+        # Those variables it has from its start, like the program: one that scripts/wine sets
+        # would be another here.
+        ended = self.row.run(BUILD.spelled(self.root / "work"), {}, *self.arguments(choices))
+        assert ended.status in (0, 1) and ended.errors == "", (ended.status, ended.errors)
+        return ended.document
 
     def program_diagnosis(self, choices):
         program = str(self.originals / DOCTOR)
@@ -240,8 +237,7 @@ class Place:
         return json.loads(ended.stdout)
 
     def close(self):
-        if self.row is not None:
-            self.row.close()
+        self.row.close()
 
 
 def chosen(document, key):
@@ -273,7 +269,7 @@ def compare(number, place):
 
 def prepare(folder):
     folder.mkdir()
-    for name in (DOCTOR, ROW, HOST, BUILD.library):
+    for name in (DOCTOR, HOST, BUILD.library):
         shutil.copy(BUILD.folder / name, folder / name)
         strip = shutil.which("strip")
         if strip is not None and not BUILD.is_windows:

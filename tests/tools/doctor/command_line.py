@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 """What the command line promises."""
 
 import os
@@ -125,7 +124,3 @@ def SupportFileSearchPaths(test):
     assert ended.last == rig.NOT_LOADED
     line_of(ended, "    %Nonsense%", "%Nonsense% stays as text")
     line_of(ended, "/app/../support  found")
-
-
-if __name__ == "__main__":
-    harness.run(globals())

@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 """What is told of what was found."""
 
 import ctypes
@@ -372,7 +371,3 @@ def ListsAsTheyWereSearched(test):
     variables = {one["name"]: one["value"] for one in document["program"]["pathVariables"]}
     assert variables["SSOServerAppPath"] == root + "/server"
     assert document["verdict"]["canWork"]
-
-
-if __name__ == "__main__":
-    harness.run(globals())

@@ -1,32 +1,30 @@
-"""What the tests of hxsso-doctor have in common: each script is started as
-SCRIPT TEST FOLDER [EMULATOR...] and runs one of its functions on the doctor in FOLDER."""
+"""What the scripts with tests of hxsso-doctor have in common. Each function whose name begins
+with a capital is a test."""
 
 import json
 import pathlib
-import sys
 import tempfile
 
-sys.dont_write_bytecode = True
-import rig  # noqa: E402
-from rig import skip  # noqa: E402,F401
+import rig
+from cases import CASES
+from rig import apart, skip  # noqa: F401
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1]))
-import elf  # noqa: E402
+import elf
 
-CASES = pathlib.Path(__file__).resolve().parent / "cases"
 COMPATIBILITY = "server/SSOVersionCompatibility.config"
 
 
 class Test:
-    def __init__(self, build, directory):
+    def __init__(self, build, directory, row):
         self.build = build
         self.directory = pathlib.Path(directory)
+        self.row = row
         self.count = 0
 
     def installation(self, case=None):
         """One of a case; what it is started with is remembered."""
         self.count += 1
-        made = rig.Installation(self.build, self.directory / str(self.count))
+        made = rig.Installation(self.build, self.directory / str(self.count), self.row)
         made.arguments = made.set_up(CASES / case) if case else []
         return made
 
@@ -59,8 +57,7 @@ def compatibility(place):
     return json.loads(place.path(COMPATIBILITY).read_text(encoding="utf-8"))
 
 
-def run(tests):
-    build = rig.Build(sys.argv[2], sys.argv[3:])
+def call(test, build, row):
     # In the build, for the links: these need one file system.
     with tempfile.TemporaryDirectory(dir=build.folder.parent, prefix="doctor-") as directory:
-        tests[sys.argv[1]](Test(build, directory))
+        test(Test(build, directory, row))

@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 """What runs of the plugin, and what is told of it."""
 
 import json
@@ -70,11 +69,7 @@ def ReasonOfALoadThatFails(test):
     ended = place.diagnose("--log")
     line_of(ended, "[error] Blank or missing key 'module' in ssoClientPlugin")
     line_of(ended, "wrong: ", "could not load the client plugin: it gives no factory")
-    place.script = test.installation("factory-throws").script
+    place.set_script({"GetSSOClientFactory": {"throw": "no service"}})
     problems = place.diagnose("--log", "--json").document["verdict"]["problems"]
     codes = {problem["code"] for problem in problems if problem["isFatal"]}
     assert codes == {"library-stops", "plugin-factory"}, codes
-
-
-if __name__ == "__main__":
-    harness.run(globals())

@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 """Programs that do not start, or not with the library."""
 
 import json
@@ -214,7 +213,3 @@ def SymbolsOfPreloadedModules(test):
     ended = place.diagnose(*library, environment=environment)
     if os.statvfs(program).f_flag & os.ST_NOSUID == 0:
         assert lacks in ended.output, ended.output
-
-
-if __name__ == "__main__":
-    harness.run(globals())

@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 """What the doctor says that one should do: it helps when it is done."""
 
 import json
@@ -254,7 +253,3 @@ def SettingsUnderOtherNames(test):
     os.rename(str(config) + ".json", config)
     shutil.copy(config, str(config) + ".bak")
     assert place.diagnose().problems == [rig.NOT_LOADED]
-
-
-if __name__ == "__main__":
-    harness.run(globals())

@@ -9,8 +9,11 @@ import pathlib
 import shutil
 import subprocess
 import sys
+import tempfile
 
-SKIPPED = 77
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1]))
+from shards import CANNOT_RUN, CannotRun, Skipped, apart, link, skip  # noqa: E402,F401
+
 WINE_I386 = pathlib.Path(__file__).resolve().parents[3] / ".deps/wine-i386/i386-windows"
 CAN_WORK = "sign-in can work"
 NOT_LOADED = "nothing wrong found; the plugin was not loaded (--load loads it)"
@@ -20,15 +23,18 @@ LOCATION_KEY = "HKLM\\SOFTWARE\\Halvorix\\Halvorix HxSSO"
 PR_CAPBSET_DROP, CAPABILITIES = 24, (1, 2)
 
 
-def skip(reason):
-    print("skipped:", reason)
-    sys.exit(SKIPPED)
-
-
 def obey_permissions():
     """In the child, before it becomes the doctor: root is denied what others are."""
     for capability in CAPABILITIES:
         ctypes.CDLL(None).prctl(PR_CAPBSET_DROP, capability, 0, 0, 0)
+
+
+def environment_with(variables):
+    """This process's without what would change the report."""
+    bare = dict(os.environ, LC_ALL="C.UTF-8")
+    for name in ("XDG_CONFIG_HOME", "XDG_DATA_HOME", "NO_COLOR", "COLUMNS"):
+        bare.pop(name, None)
+    return bare | variables
 
 
 def machine(file):
@@ -99,38 +105,61 @@ class Ended:
 
 
 class Row:
-    """The doctor, one run after the other in one process: a start costs more than what
-    it does."""
+    """The doctor, one run after the other in one process: a start costs more than what it
+    does. In a folder of its own: what lies beside a program is found by it."""
 
-    def __init__(self, build, program, **settings):
+    def __init__(self, build, folder, **environment):
+        self.build = build
+        self.folder = folder
+        self.environment = environment_with(environment)
+        self.process = None
+
+    def start(self):
+        for name in (self.build.row, self.build.loader):
+            link(self.build.folder / name, self.folder / name)
+        self.errors, self.known = tempfile.TemporaryFile(), 0
         self.process = subprocess.Popen(
-            [*build.emulator, str(program)],
+            [*self.build.emulator, str(self.folder / self.build.row)],
+            env=self.environment,
             stdin=subprocess.PIPE,
             stdout=subprocess.PIPE,
-            **settings,
+            stderr=self.errors,
+            preexec_fn=None if self.build.is_windows else obey_permissions,
         )
-        self.is_emulated = bool(build.emulator)
 
-    def run(self, *arguments):
-        """Exit status and output of one run."""
+    def run(self, directory, variables, *arguments):
+        """There, with these variables of the environment."""
+        if self.process is None:
+            self.start()
+        request = {"directory": directory, "environment": variables, "arguments": arguments}
         with contextlib.suppress(BrokenPipeError):  # one that has ended is told below
-            self.process.stdin.write(json.dumps(arguments).encode("utf-8") + b"\n")
+            self.process.stdin.write(json.dumps(request).encode("utf-8") + b"\n")
             self.process.stdin.flush()
         output = b""
         for line in self.process.stdout:
             if line.startswith(b"exit status "):
-                return int(line.split()[-1]), output
+                return Ended(subprocess.CompletedProcess(
+                    arguments, int(line.split()[-1]), output, self.told()))
             output += line
-        status = self.process.wait()
-        if self.is_emulated and status == SKIPPED:
-            print("skipped: programs of this build do not run here", flush=True)
-            sys.exit(SKIPPED)
-        raise AssertionError(f"the doctor ended with {status}: {output!r}")
+        status, self.process = self.process.wait(), None
+        if self.build.emulator and status == CANNOT_RUN:
+            raise CannotRun(self.told().decode())
+        raise AssertionError(f"the doctor ended with {status}: {output!r} {self.told()!r}")
+
+    def told(self):
+        """What it has written as errors since that was asked."""
+        self.errors.seek(self.known)
+        written = self.errors.read()
+        self.known += len(written)
+        return written
 
     def close(self):
+        if self.process is None:
+            return
         self.process.stdin.close()
         assert self.process.wait() == 0, "the doctor did not end well"
         self.process.stdout.close()
+        self.errors.close()
 
 
 class Installation:
@@ -138,14 +167,16 @@ class Installation:
     files, work/ is the current directory. Closed at the end, for what it has left in the
     system."""
 
-    def __init__(self, build, root):
+    def __init__(self, build, root, row=None):
         self.build = build
         self.root = pathlib.Path(os.path.realpath(root))
-        self.script, self.variables, self.denied, self.has_location = {}, {}, [], False
+        self.row = row
+        self.variables, self.denied, self.has_location = {}, [], False
         self.in_windows = []
         self.program = build.spelled(self.root / "app" / build.program)
         for folder in ("app", "server", "work", "doctor", "home", "xdg"):
             (self.root / folder).mkdir(parents=True)
+        self.set_script({})
         # On its own: what lies beside a program is found by it.
         self.place("doctor/" + build.doctor, build.doctor)
         self.place("doctor/" + build.loader, build.loader)
@@ -226,15 +257,8 @@ class Installation:
         return self
 
     def place(self, relative, name):
-        """A file of the build: a link to it, since some have many megabytes."""
-        target = self.path(relative)
-        target.parent.mkdir(parents=True, exist_ok=True)
-        target.unlink(missing_ok=True)
-        source = (self.build.folder / self.filled(name)).resolve()
-        try:
-            os.link(source, target)
-        except OSError:
-            shutil.copy(source, target)
+        """A file of the build."""
+        link(self.build.folder / self.filled(name), self.path(relative))
         return self
 
     def place_in_windows(self, relative, name):
@@ -268,13 +292,17 @@ class Installation:
             self.deny(relative)
         if "location" in about:
             self.leave_location(self.filled(about["location"]))
-        self.script = about.get("script", {})
+        self.set_script(about.get("script", {}))
         self.variables = dict(about.get("environment", {}))
         if "path" in about:
             folders = [self.build.spelled(self.path(folder)) for folder in about["path"]]
             self.variables["WINEPATH"] = ";".join(folders)
         self.program = self.filled(about.get("exe", "{root}/app/{program}"))
         return [self.filled(argument) for argument in about.get("arguments", [])]
+
+    def set_script(self, script):
+        """What the recording plugin does."""
+        (self.root / "script").write_text(json.dumps(script))
 
     def apply(self, case):
         about = json.loads((case / "case.json").read_text(encoding="utf-8"))
@@ -326,20 +354,15 @@ class Installation:
         self.write(relative, text)
 
     def environment(self, changes=None):
-        (self.root / "script").write_text(json.dumps(self.script))
-        environment = dict(
-            os.environ,
-            LC_ALL="C.UTF-8",
-            HOME=str(self.root / "home"),
-            XDG_CONFIG_DIRS=str(self.root / "xdg"),
-            HXSSO_PLUGIN_SCRIPT=self.build.spelled(self.root / "script"),
-            HXSSO_PLUGIN_RECORD=self.build.spelled(self.root / "record"),
-        )
-        for name in ("XDG_CONFIG_HOME", "XDG_DATA_HOME", "NO_COLOR", "COLUMNS"):
-            environment.pop(name, None)
-        environment.update(self.variables)
-        environment.update(changes or {})
-        return environment
+        return environment_with({**self.own_variables(), **self.variables, **(changes or {})})
+
+    def own_variables(self):
+        return {
+            "HOME": str(self.root / "home"),
+            "XDG_CONFIG_DIRS": str(self.root / "xdg"),
+            "HXSSO_PLUGIN_SCRIPT": self.build.spelled(self.root / "script"),
+            "HXSSO_PLUGIN_RECORD": self.build.spelled(self.root / "record"),
+        }
 
     def command(self, *arguments):
         return [*self.build.emulator, str(self.root / "doctor" / self.build.doctor), *arguments]
@@ -357,21 +380,21 @@ class Installation:
             check=False,
             preexec_fn=obey_permissions if self.denied else None,
         )
-        if self.build.emulator and process.returncode == SKIPPED:
-            print(process.stderr.decode())
-            sys.exit(SKIPPED)
+        if self.build.emulator and process.returncode == CANNOT_RUN:
+            raise CannotRun(process.stderr.decode())
         assert process.stdout or process.stderr, f"says nothing; status {process.returncode}"
         return Ended(process)
 
-    def row(self):
-        return Row(
-            self.build,
-            self.build.folder / self.build.row,
-            cwd=self.root / "work",
-            env=self.environment(),
-        )
+    def in_a_row(self, *arguments):
+        """The same in a process that has done so before."""
+        directory = self.build.spelled(self.root / "work")
+        return self.row.run(directory, self.own_variables(), *arguments)
 
     def diagnose(self, *arguments, environment=None):
         """The doctor on the program in app/, or on the one that the case names, if any."""
-        program = ["--exe", self.program] if self.program else []
-        return self.run(*program, *arguments, environment=environment)
+        if not self.program:
+            return self.run(*arguments, environment=environment)
+        arguments = ["--exe", self.program, *arguments]
+        if self.row and self.build.starts_slowly and not (environment or self.variables):
+            return self.in_a_row(*arguments)
+        return self.run(*arguments, environment=environment)

@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 """What counts as wrong, and what the last line names first."""
 
 import json
@@ -194,7 +193,3 @@ def OpenSslIsJudgedLast(test):
     ended = place.diagnose()
     assert ended.last.startswith("the chosen client plugin ") and "does not exist" in ended.last
     line_of(ended, "wrong: ", "entry 1 of openssl: version is an array where a text belongs")
-
-
-if __name__ == "__main__":
-    harness.run(globals())
