@@ -87,7 +87,71 @@ TEST(Learnt, TellsThatItCouldNotBeRenewed)
     EXPECT_EQ(*learnt.Get(0min, asked.Ask()), 1);
     asked.isDown = true;
     EXPECT_EQ(learnt.Renew(1min, asked.Ask()).Why().reason, "away");
+    // Else the second one that asks for new keys would take the old ones for them.
+    EXPECT_EQ(learnt.Renew(1min + 59s, asked.Ask()).Why().reason, "away");
+    EXPECT_EQ(asked.count, 2);
     EXPECT_EQ(*learnt.Get(2min, asked.Ask()), 1);
+}
+
+TEST(Learnt, IsRenewedForAllThatAskMeanwhile)
+{
+    Learnt<int> learnt;
+    EXPECT_EQ(*learnt.Get(0min, []() -> Outcome<int> { return 1; }), 1);
+    std::promise<void> asked, release;
+    auto first = std::async(std::launch::async, [&] {
+        return learnt.Renew(1min, [&]() -> Outcome<int> {
+            asked.set_value();
+            release.get_future().wait();
+            return 2;
+        });
+    });
+    asked.get_future().wait();
+    auto second = std::async(
+        std::launch::async, [&] { return learnt.Renew(1min, []() -> Outcome<int> { return 3; }); });
+    EXPECT_EQ(second.wait_for(100ms), std::future_status::timeout) << "it did not wait";
+    release.set_value();
+    EXPECT_EQ(*first.get(), 2);
+    EXPECT_EQ(*second.get(), 2);
+}
+
+TEST(Learnt, IsAskedByTheNextWhenTheFirstIsCancelled)
+{
+    Learnt<int> learnt;
+    std::promise<void> asked, release;
+    auto first = std::async(std::launch::async, [&] {
+        return learnt.Get(0min, [&]() -> Outcome<int> {
+            asked.set_value();
+            release.get_future().wait();
+            return Failure{Failure::Kind::Cancelled, "cancelled", "", "", 0};
+        });
+    });
+    asked.get_future().wait();
+    std::vector<std::future<Outcome<int>>> others;
+    std::atomic<int> count{0};
+    for (int i = 0; i < 4; ++i)
+        others.push_back(std::async(std::launch::async, [&] {
+            return learnt.Get(0min, [&]() -> Outcome<int> { return ++count; });
+        }));
+    EXPECT_EQ(others.back().wait_for(100ms), std::future_status::timeout) << "it did not wait";
+    release.set_value();
+    // Unless another was so quick that there is a value by now.
+    auto const own = first.get();
+    EXPECT_TRUE(own ? *own == 1 : own.Why().reason == "cancelled");
+    for (auto& other : others)
+        EXPECT_EQ(*other.get(), 1);
+}
+
+TEST(Learnt, IsNotTriedLessOftenBecauseOfOneThatWasCancelled)
+{
+    Learnt<int> learnt;
+    auto const cancelled = []() -> Outcome<int> {
+        return Failure{Failure::Kind::Cancelled, "cancelled", "", "", 0};
+    };
+    EXPECT_EQ(*learnt.Get(0min, []() -> Outcome<int> { return 1; }), 1);
+    EXPECT_FALSE(learnt.Renew(2min, cancelled));
+    EXPECT_EQ(*learnt.Renew(2min, []() -> Outcome<int> { return 2; }), 2);
+    EXPECT_EQ(*learnt.Get(70min, cancelled), 2);
+    EXPECT_EQ(*learnt.Get(70min, []() -> Outcome<int> { return 3; }), 3);
 }
 
 TEST(Learnt, IsAskedByOneThreadForAll)

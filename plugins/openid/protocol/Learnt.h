@@ -12,7 +12,8 @@
 namespace Halvorix::OpenId {
 
 /// Something that a provider tells and seldom changes. One thread asks, those that come meanwhile
-/// wait for the same answer, and no lock is held. Times are those of SinceBoot.
+/// wait for the same answer, and no lock is held. If the one that asks is cancelled, another of
+/// them asks. Times are those of SinceBoot.
 template <class Value>
 class Learnt {
 public:
@@ -22,26 +23,15 @@ public:
     /// tried once a minute.
     Outcome<Value> Get(std::chrono::milliseconds now, Ask const& ask)
     {
-        {
-            std::lock_guard const lock(mutex);
-            if (value && (now - learntAt < std::chrono::hours(1) || IsRecent(failedAt, now)))
-                return *value;
-        }
-        Outcome<Value> const answer = AskTogether(now, ask);
+        Outcome<Value> const answer = AskTogether(now, ask, false);
         std::lock_guard const lock(mutex);
         return !answer && value ? *value : answer;
     }
 
-    /// Asked anew at once, but at most once a minute.
+    /// Asked anew at once, but at most once a minute, in which all have the same answer.
     Outcome<Value> Renew(std::chrono::milliseconds now, Ask const& ask)
     {
-        {
-            std::lock_guard const lock(mutex);
-            if (value && IsRecent(renewedAt, now))
-                return *value;
-            renewedAt = now;
-        }
-        return AskTogether(now, ask);
+        return AskTogether(now, ask, true);
     }
 
 private:
@@ -52,26 +42,48 @@ private:
         return time && now - *time < std::chrono::minutes(1);
     }
 
-    Outcome<Value> AskTogether(std::chrono::milliseconds now, Ask const& ask)
+    /// One thread's own end, which says nothing to the others.
+    static bool IsCancelled(Outcome<Value> const& answer)
+    {
+        return !answer && answer.Why().kind == Failure::Kind::Cancelled;
+    }
+
+    /// What needs no question. Under the mutex.
+    std::optional<Outcome<Value>> Known(std::chrono::milliseconds now, bool isRenewal) const
+    {
+        if (isRenewal)
+            return IsRecent(renewedAt, now) ? renewed : std::nullopt;
+        if (value && (now - learntAt < std::chrono::hours(1) || IsRecent(failedAt, now)))
+            return *value;
+        return std::nullopt;
+    }
+
+    Outcome<Value> AskTogether(std::chrono::milliseconds now, Ask const& ask, bool isRenewal)
     {
         std::promise<Outcome<Value>> promise;
-        {
-            std::unique_lock lock(mutex);
-            if (asking.valid()) {
-                auto const others = asking;
-                lock.unlock();
-                return others.get();
-            }
-            asking = promise.get_future().share();
+        std::unique_lock lock(mutex);
+        for (;;) {
+            if (auto const known = Known(now, isRenewal))
+                return *known;
+            if (!asking.valid())
+                break;
+            auto const others = asking;
+            lock.unlock();
+            Outcome<Value> const answer = others.get();
+            if (!IsCancelled(answer))
+                return answer;
+            lock.lock();
         }
+        asking = promise.get_future().share();
+        lock.unlock();
         try {
             Outcome<Value> answer = ask();
-            Remember(answer, now);
+            Remember(answer, now, isRenewal);
             promise.set_value(answer);
             return answer;
         } catch (...) {
             {
-                std::lock_guard const lock(mutex);
+                std::lock_guard const again(mutex);
                 asking = {};
             }
             promise.set_exception(std::current_exception());
@@ -79,10 +91,16 @@ private:
         }
     }
 
-    void Remember(Outcome<Value> const& answer, std::chrono::milliseconds now)
+    void Remember(Outcome<Value> const& answer, std::chrono::milliseconds now, bool isRenewal)
     {
         std::lock_guard const lock(mutex);
         asking = {};
+        if (IsCancelled(answer))
+            return;
+        if (isRenewal) {
+            renewed = answer;
+            renewedAt = now;
+        }
         failedAt = answer ? Time() : now;
         if (!answer)
             return;
@@ -92,6 +110,7 @@ private:
 
     std::mutex mutex; ///< Of all that follows.
     std::optional<Value> value;
+    std::optional<Outcome<Value>> renewed; ///< The last renewal's.
     std::chrono::milliseconds learntAt{0};
     Time failedAt, renewedAt;
     std::shared_future<Outcome<Value>> asking;
