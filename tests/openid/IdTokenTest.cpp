@@ -31,12 +31,7 @@ TEST(IdToken, IsAcceptedWhereItHoldsWhatItMust)
         {"a type", [](Case& one) { one.header["typ"] = "jwt"; }, ""},
         {"a full type", [](Case& one) { one.header["typ"] = "application/JWT"; }, ""},
         {"a list of one audience", [](Case& one) { one.claims["aud"] = Texts({"client"}); }, ""},
-        {"several audiences",
-         [](Case& one) {
-             one.claims["aud"] = Texts({"other", "client"});
-             one.claims["azp"] = "client";
-         },
-         ""},
+        {"an authorized party", [](Case& one) { one.claims["azp"] = "client"; }, ""},
         {"at the end of its tolerance",
          [](Case& one) { one.claims["exp"] = Json::Int64(Now - 119); }, ""},
         {"from a clock that is fast",
@@ -144,11 +139,22 @@ TEST(IdToken, IsRefusedForItsClaims)
              one.claims["aud"].append(1);
          },
          "has an audience (aud) that is not a text"},
-        {"several and no authorized party",
+        {"another one beside",
          [](Case& one) {
              one.claims["aud"] = Texts({"client", "other"});
          },
-         "is for several clients and names no authorized party (azp)"},
+         "is also for \"other\" (aud), which could use it in this client's place"},
+        {"another one beside, and the authorized party",
+         [](Case& one) {
+             one.claims["aud"] = Texts({"other", "client"});
+             one.claims["azp"] = "client";
+         },
+         "is also for \"other\" (aud), which could use it in this client's place"},
+        {"an empty text beside",
+         [](Case& one) {
+             one.claims["aud"] = Texts({"client", ""});
+         },
+         "is also for \"\" (aud), which could use it in this client's place"},
         {"another authorized party", [](Case& one) { one.claims["azp"] = "other"; },
          "names another authorized party (azp) than the client \"client\""},
         {"an authorized party that is no text",

@@ -47,20 +47,25 @@ std::string CheckAudience(Json::Value const& claims, IdTokenExpectation const& e
 {
     Json::Value const& audience = claims["aud"];
     bool isForUs = audience == Json::Value(expected.clientId);
-    bool isForOthers = false;
+    std::optional<std::string> other;
     if (audience.isArray()) {
         for (Json::Value const& one : audience) {
             if (!one.isString())
                 return "has an audience (aud) that is not a text";
-            (one.asString() == expected.clientId ? isForUs : isForOthers) = true;
+            if (one.asString() == expected.clientId)
+                isForUs = true;
+            else
+                other = one.asString();
         }
     } else if (!audience.isString()) {
         return "has no audience (aud)";
     }
     if (!isForUs)
         return "is not for the client " + Quoted(expected.clientId) + " (aud)";
-    if (isForOthers && !claims.isMember("azp"))
-        return "is for several clients and names no authorized party (azp)";
+    // No other party is known here, so none is trusted with it (section 3.1.3.7).
+    if (other)
+        return "is also for " + Quoted(*other) +
+               " (aud), which could use it in this client's place";
     if (claims.isMember("azp") && claims["azp"] != Json::Value(expected.clientId))
         return "names another authorized party (azp) than the client " + Quoted(expected.clientId);
     return {};
