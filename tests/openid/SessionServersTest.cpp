@@ -127,8 +127,8 @@ TEST(SessionServers, RefuseAddressesThatWouldBeAskedWithSecrets)
     for (char const* const name : {"token", "jwks", "issuer", "Account", ""})
         EXPECT_FALSE(world.session->SetUrlOverrides(0, {{name, "https://elsewhere.example/"}}))
             << name;
-    for (char const* const url :
-         {"http://elsewhere.example/", "elsewhere.example", "", "file:///x"})
+    for (char const* const url : {"http://elsewhere.example/", "http://127.0.0.1/",
+                                  "http://localhost:8080/", "elsewhere.example", "", "file:///x"})
         EXPECT_FALSE(world.session->SetUrlOverrides(0, {{"account", url}})) << url;
     EXPECT_FALSE(world.session->SetUrlOverrides(3, good));
     EXPECT_FALSE(world.session->ClearUrlOverrides(-1));

@@ -165,7 +165,7 @@ std::map<std::string, std::string> Session::UrlOverrides(std::int32_t server) co
 bool Session::SetUrlOverrides(std::int32_t server, std::map<std::string, std::string> const& urls)
 {
     bool const areGood = std::all_of(urls.begin(), urls.end(), [](auto const& url) {
-        return MayBeOverridden(url.first) && IsSecureUrl(url.second);
+        return MayBeOverridden(url.first) && IsSecureUrl(url.second) && UsesTls(url.second);
     });
     if (!areGood || ServerName(server).empty())
         return false;
