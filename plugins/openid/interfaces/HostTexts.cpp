@@ -1,6 +1,7 @@
 #include "openid/interfaces/HostTexts.h"
 
 #include <memory>
+#include <string_view>
 
 #include <json/writer.h>
 
@@ -10,8 +11,9 @@ namespace Halvorix::OpenId {
 
 namespace {
 
+/// By reference to the end, since any copy of a secret would stay behind.
 template <class Unit>
-int Copy(std::basic_string<Unit> const& text, Unit* buffer, int capacity)
+int Copy(std::basic_string_view<Unit> text, Unit* buffer, int capacity)
 {
     if (buffer == nullptr)
         return static_cast<int>(text.size());
@@ -34,19 +36,20 @@ Unit* New(std::basic_string<Unit> const& text)
 
 int CopyText(std::string const& text, wchar_t* buffer, int capacity)
 {
-    return Copy(ToWide(text), buffer, capacity);
+    return Copy<wchar_t>(ToWide(text), buffer, capacity);
 }
 
 int CopyText(std::string const& text, char* buffer, int capacity)
 {
-    return Copy(text, buffer, capacity);
+    return Copy<char>(text, buffer, capacity);
 }
 
 int CopyWhole(Secret const& text, wchar_t* buffer, int capacity)
 {
     SSOServices::SecretText<wchar_t> const wide(ToWide(*text));
     bool const fits = capacity >= 1 && wide->size() < static_cast<std::size_t>(capacity);
-    return Copy(buffer == nullptr || fits ? *wide : std::wstring(), buffer, capacity);
+    std::wstring_view const whole = *wide;
+    return Copy(buffer == nullptr || fits ? whole : std::wstring_view(), buffer, capacity);
 }
 
 wchar_t* NewWideText(std::string const& text) { return New(ToWide(text)); }

@@ -9,6 +9,8 @@
 #include "framework/Secrets.h"
 #include "memory/FreedMemory.h"
 #include "openid/TestFolder.h"
+#include "openid/interfaces/HostTexts.h"
+#include "openid/protocol/Texts.h"
 #include "openid/session/ProxyCredentials.h"
 #include "openid/session/Requests.h"
 #include "openid/session/TokenClock.h"
@@ -111,6 +113,18 @@ TEST(SessionMemory, HasNoTokenOfAClockLeft)
         clock.Received("login", next);
         clock.Forget("login");
     });
+}
+
+TEST(SessionMemory, HasNothingLeftOfATokenForAHost)
+{
+    Secret const token(Token);
+    wchar_t large[256], small[4];
+    ExpectNothingLeft([&] {
+        EXPECT_EQ(CopyWhole(token, large, 256), static_cast<int>(token->size()));
+        EXPECT_EQ(CopyWhole(token, nullptr, 0), static_cast<int>(token->size()));
+        EXPECT_EQ(CopyWhole(token, small, 4), 0);
+    });
+    EXPECT_EQ(std::wstring(large), ToWide(*token));
 }
 
 TEST(SessionMemory, HasNothingLeftOfARequest)
