@@ -89,6 +89,23 @@ TEST_F(TokenEndpoint, Refreshes)
     EXPECT_THAT(*DecodeForm(fake.Requests("/token")[1].body), Contains(Pair("scope", "b a")));
 }
 
+TEST_F(TokenEndpoint, BoundsTheSizeOfATokenThatIsToBeKept)
+{
+    std::string const most(65'536, 'x');
+    for (char const* const member : {"access_token", "refresh_token", "id_token", "scope"}) {
+        Json::Value json;
+        json["access_token"] = "at";
+        json["token_type"] = "Bearer";
+        json[member] = most;
+        fake.Set("/token", FakeProvider::Json(json));
+        EXPECT_TRUE(provider.Refresh("rt", "")) << member;
+        json[member] = most + 'x';
+        EXPECT_EQ(RefreshFailure(FakeProvider::Json(json)).reason,
+                  std::string(Endpoint) + "answered with " + member +
+                      " that is longer than 64 KiB");
+    }
+}
+
 TEST_F(TokenEndpoint, BoundsALifetime)
 {
     for (auto const& [told, expected] : std::vector<std::pair<std::string, int>>{

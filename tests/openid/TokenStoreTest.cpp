@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -12,6 +13,7 @@
 #include "openid/Child.h"
 #include "openid/TestFolder.h"
 #include "openid/platform/Crypto.h"
+#include "openid/protocol/Texts.h"
 
 using namespace Halvorix::OpenId;
 using Rig::TestFolder;
@@ -107,6 +109,71 @@ TEST(TokenStore, GivesBackWhatWasWritten)
         EXPECT_EQ(login.tokens[0].receivedAt, 1'700'000'001);
         EXPECT_EQ(login.tokens[0].lifetime, 3600);
     }
+}
+
+/// What another process then reads.
+static std::optional<StoredLogin> ReadAnew(TestFolder const& folder)
+{
+    auto read = TokenStore(StoreIn(folder)).Read(Issuer, ClientId);
+    EXPECT_TRUE(read) << read.Why().reason;
+    return read ? *read : std::nullopt;
+}
+
+TEST(TokenStore, GivesBackTheDeepestClaimsThatAProviderMaySend)
+{
+    std::string text = "{}", reason;
+    StoredLogin login = NewLogin();
+    int depth = 0;
+    for (; login.claims = ParseJsonObject(text, reason), !login.claims.isNull(); ++depth) {
+        TestFolder const folder;
+        ASSERT_TRUE(TokenStore(StoreIn(folder)).Write(login));
+        auto const read = ReadAnew(folder);
+        ASSERT_TRUE(read) << depth;
+        EXPECT_EQ(read->claims, login.claims);
+        text = "{\"a\":" + text + '}';
+    }
+    EXPECT_EQ(depth, DeepestJson);
+}
+
+TEST(TokenStore, GivesBackTheLargestTokensThatAProviderMayGive)
+{
+    TestFolder const folder;
+    StoredLogin login = NewLogin();
+    std::string const most(65'536, 'x');
+    login.refreshToken = login.idToken = most;
+    login.tokens.resize(32, login.tokens[0]);
+    for (StoredToken& token : login.tokens)
+        token.text = most;
+    login.claims["large"] = std::string(1'000'000, 'x');
+    ASSERT_TRUE(TokenStore(StoreIn(folder)).Write(login));
+    auto const read = ReadAnew(folder);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->claims, login.claims);
+    EXPECT_EQ(read->tokens.size(), 32u);
+    EXPECT_EQ(*read->tokens[31].text, most);
+}
+
+TEST(TokenStore, ReadsAllThatItWrites)
+{
+    StoredLogin login = NewLogin();
+    constexpr std::size_t limit = 4 << 20;
+    bool isWritten = false, isRefused = false;
+    // What protects the document makes it larger.
+    for (std::size_t const spare : {8'000, 2'000, 1'000, 500, 0}) {
+        TestFolder const folder;
+        login.claims["large"] = std::string(limit - spare, 'x');
+        auto const written = TokenStore(StoreIn(folder)).Write(login);
+        (written ? isWritten : isRefused) = true;
+        if (!written) {
+            EXPECT_EQ(written.Why().reason, "The login is larger than 4194304 bytes");
+            continue;
+        }
+        auto const read = ReadAnew(folder);
+        ASSERT_TRUE(read) << spare;
+        EXPECT_EQ(read->claims, login.claims);
+    }
+    EXPECT_TRUE(isWritten);
+    EXPECT_TRUE(isRefused);
 }
 
 TEST(TokenStore, KeepsIssuersAndClientsApart)

@@ -67,11 +67,11 @@ bool HasHalfCharacter(Json::Value const& json)
     return false;
 }
 
-Json::CharReaderBuilder StrictBuilder()
+Json::CharReaderBuilder StrictBuilder(int deepest)
 {
     Json::CharReaderBuilder builder;
     Json::CharReaderBuilder::strictMode(&builder.settings_);
-    builder["stackLimit"] = 32;
+    builder["stackLimit"] = deepest;
     builder["rejectDupKeys"] = true;
     builder["failIfExtra"] = true;
     return builder;
@@ -79,9 +79,8 @@ Json::CharReaderBuilder StrictBuilder()
 
 } // namespace
 
-Json::Value ParseJsonObject(std::string_view text, std::string& reason)
+Json::Value ParseJsonObject(std::string_view text, std::string& reason, int deepest)
 {
-    static auto const& builder = *new Json::CharReaderBuilder(StrictBuilder());
     Json::Value json;
     try {
         // jsoncpp would hand on whatever bytes stand in a text.
@@ -98,7 +97,7 @@ Json::Value ParseJsonObject(std::string_view text, std::string& reason)
             reason = "is not valid JSON: it has a comment, or a slash outside of a text";
             return Json::Value();
         }
-        std::unique_ptr<Json::CharReader> const reader(builder.newCharReader());
+        std::unique_ptr<Json::CharReader> const reader(StrictBuilder(deepest).newCharReader());
         std::string errors;
         if (!reader->parse(text.data(), text.data() + text.size(), &json, &errors)) {
             reason = "is not valid JSON: " + FirstError(errors);

@@ -32,9 +32,11 @@ bool UsesTls(std::string const& url);
 /// Scheme, host and port are the same, as written in normal form.
 bool IsSameOrigin(std::string const& left, std::string const& right);
 
-/// A JSON object: strict (no comments, nothing behind it, no repeated key), at most 32 deep. Null
-/// for anything else, with the reason.
-Json::Value ParseJsonObject(std::string_view text, std::string& reason);
+/// How deep the JSON of others may be.
+constexpr int DeepestJson = 32;
+/// A JSON object: strict (no comments, nothing behind it, no repeated key). Null for anything else,
+/// with the reason.
+Json::Value ParseJsonObject(std::string_view text, std::string& reason, int deepest = DeepestJson);
 /// The member's text; empty if it is missing or no text.
 std::string TextMember(Json::Value const& object, char const* key);
 /// Overwrites all texts in it.

@@ -10,6 +10,8 @@ namespace Halvorix::OpenId {
 
 namespace {
 
+/// As an id_token at most. So large ones fit into the store by the dozen.
+constexpr std::size_t LongestText = 65'536;
 /// A longer lifetime is cut: after a year a token is asked for anew.
 constexpr std::int64_t LongestLifetime = 366LL * 24 * 3600;
 constexpr std::int64_t LongestInterval = 300;
@@ -49,15 +51,21 @@ std::optional<std::int64_t> ReadSeconds(Json::Value const& json, std::int64_t lo
     return static_cast<std::int64_t>(std::clamp(seconds, 1.0, static_cast<double>(longest)));
 }
 
-/// The first of these members that is there and not a text that can be sent; null if none.
-char const* FindNoText(Json::Value const& json, std::initializer_list<char const*> members)
+/// With the first of these members that is there and not a text that can be sent and kept; empty
+/// if there is none.
+std::string FindNoText(Json::Value const& json, std::initializer_list<char const*> members)
 {
     for (char const* const member : members) {
         Json::Value const& value = json[member];
-        if (!value.isNull() && (!value.isString() || !IsVisible(value.asString())))
-            return member;
+        if (value.isNull())
+            continue;
+        Secret const text(TextMember(json, member));
+        if (!value.isString() || !IsVisible(*text))
+            return std::string("with ") + member + " that is not a text";
+        if (text->size() > LongestText)
+            return std::string("with ") + member + " that is longer than 64 KiB";
     }
-    return nullptr;
+    return {};
 }
 
 } // namespace
@@ -65,9 +73,10 @@ char const* FindNoText(Json::Value const& json, std::initializer_list<char const
 Outcome<TokenAnswer> ReadTokenAnswer(Json::Value const& json, Question const& question,
                                      std::string const& scope)
 {
-    if (char const* const member =
-            FindNoText(json, {"access_token", "token_type", "refresh_token", "id_token", "scope"}))
-        return BrokenAnswer(question, std::string("with ") + member + " that is not a text");
+    std::string const fault =
+        FindNoText(json, {"access_token", "token_type", "refresh_token", "id_token", "scope"});
+    if (!fault.empty())
+        return BrokenAnswer(question, fault);
     TokenAnswer answer;
     answer.accessToken = TextMember(json, "access_token");
     answer.refreshToken = TextMember(json, "refresh_token");
@@ -93,9 +102,10 @@ Outcome<TokenAnswer> ReadTokenAnswer(Json::Value const& json, Question const& qu
 Outcome<DeviceAuthorization> ReadDeviceAuthorization(Json::Value const& json,
                                                      Question const& question)
 {
-    if (char const* const member = FindNoText(
-            json, {"device_code", "user_code", "verification_uri", "verification_uri_complete"}))
-        return BrokenAnswer(question, std::string("with ") + member + " that is not a text");
+    std::string const fault = FindNoText(
+        json, {"device_code", "user_code", "verification_uri", "verification_uri_complete"});
+    if (!fault.empty())
+        return BrokenAnswer(question, fault);
     DeviceAuthorization answer;
     answer.deviceCode = TextMember(json, "device_code");
     answer.userCode = TextMember(json, "user_code");

@@ -188,7 +188,8 @@ Outcome<StoredLogin> ReadLogin(std::string const& bytes)
     if (clear->empty())
         return Damage(reason.empty() ? "it is empty" : reason);
     SecretJson json;
-    json.value = ParseJsonObject(*clear, reason);
+    // What a provider gave lies in it one level deeper.
+    json.value = ParseJsonObject(*clear, reason, DeepestJson + 1);
     if (!json.value.isObject())
         return Damage("it is not valid JSON");
     Json::Value const& format = json.value["format"];

@@ -222,6 +222,10 @@ Outcome<bool> TokenStore::Write(StoredLogin const& login)
     if (!bytes)
         return Local("The login cannot be protected: " + bytes.Why().reason,
                      "see that this user's profile is loaded");
+    // It would be taken for damaged.
+    if ((*bytes)->size() > LargestLogin)
+        return Local("The login is larger than " + std::to_string(LargestLogin) + " bytes",
+                     "ask the provider's administrator for smaller tokens or fewer claims");
     state->Forget(file);
     std::string reason;
     if (!PreparePrivateFolder(folder, reason) || !ReplacePrivateFile(file, **bytes, reason))
