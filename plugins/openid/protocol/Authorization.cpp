@@ -119,16 +119,11 @@ Outcome<std::string> ReadAuthorizationResponse(Parameters const& response,
     return code;
 }
 
-std::string EndSessionUrl(Metadata const& metadata, Client const& client,
-                          std::string const& idToken)
+std::string EndSessionUrl(Metadata const& metadata, Client const& client)
 {
     if (metadata.endSessionEndpoint.empty())
         return {};
-    Parameters parameters;
-    if (!idToken.empty())
-        parameters.emplace_back("id_token_hint", idToken);
-    parameters.emplace_back("client_id", client.clientId);
-    return WithQuery(metadata.endSessionEndpoint, parameters);
+    return WithQuery(metadata.endSessionEndpoint, {{"client_id", client.clientId}});
 }
 
 } // namespace Halvorix::OpenId

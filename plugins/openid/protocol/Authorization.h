@@ -29,7 +29,8 @@ Outcome<std::string> ReadAuthorizationResponse(Parameters const& response,
                                                Metadata const& metadata, std::string const& issuer);
 
 /// The address that ends the provider's session (RP-Initiated Logout 1.0), empty if it has none.
-std::string EndSessionUrl(Metadata const& metadata, Client const& client,
-                          std::string const& idToken);
+/// Without the id_token, which is a secret and would stand in the browser's history, and without
+/// an address to come back to, where nobody listens.
+std::string EndSessionUrl(Metadata const& metadata, Client const& client);
 
 } // namespace Halvorix::OpenId

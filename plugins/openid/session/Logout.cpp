@@ -37,7 +37,7 @@ std::string Session::EndSessionAddress()
     std::string const overridden = hidden->Override(target.number, "end_session");
     if (!overridden.empty())
         metadata->endSessionEndpoint = overridden;
-    return EndSessionUrl(*metadata, target.provider->GetClient(), *login->idToken);
+    return EndSessionUrl(*metadata, target.provider->GetClient());
 }
 
 bool Session::Logout()
