@@ -79,9 +79,11 @@ Answer AnswerOf(Status status, std::string const& error)
 bool IsFull(fs::path const& folder)
 {
     constexpr std::uintmax_t lineWithoutDoubt = 4096;
-    std::error_code unknown;
-    fs::space_info const disk = fs::space(folder, unknown);
-    return !unknown && disk.capacity != 0 && disk.available < lineWithoutDoubt;
+    constexpr auto untold = static_cast<std::uintmax_t>(-1); // GCC's 0 on Windows
+    std::error_code error;
+    fs::space_info const disk = fs::space(folder, error);
+    bool const isTold = !error && disk.capacity != 0 && disk.capacity != untold;
+    return isTold && (disk.available < lineWithoutDoubt || disk.available == untold);
 }
 
 /// A disk that is full takes no line of the log either.

@@ -237,10 +237,12 @@ Outcome<bool> TokenStore::Write(StoredLogin const& login)
 Outcome<bool> TokenStore::CheckRoom() const
 {
     constexpr std::uintmax_t enough = 128 << 10;
-    std::error_code unknown;
-    fs::space_info const disk = fs::space(folder, unknown);
-    // Some file systems tell nothing of their size.
-    if (unknown || disk.capacity == 0 || disk.available >= enough)
+    constexpr auto untold = static_cast<std::uintmax_t>(-1);
+    std::error_code error;
+    fs::space_info const disk = fs::space(folder, error);
+    // Some file systems tell nothing of their size. GCC's library for Windows has no 0.
+    bool const isTold = !error && disk.capacity != 0 && disk.capacity != untold;
+    if (!isTold || (disk.available >= enough && disk.available != untold))
         return true;
     return Local("the disk of " + PathText(folder) + " is full", "make room on the disk");
 }

@@ -5,6 +5,7 @@ Hosts on a machine that is no laboratory: behind a proxy that wants credentials,
 of a company, without IPv4, at a provider that changes under way, with a browser that comes late.
 """
 
+import contextlib
 import json
 import pathlib
 import shutil
@@ -44,6 +45,16 @@ class Machine(Installation):
             self.bundle or self.provider.authority.bundle, [*self.emulator, str(self.host)])
 
 
+@contextlib.contextmanager
+def of_this_namespace(place):
+    """Wine's server, which has the sockets, would be on the machine as it is."""
+    if not place.is_windows:
+        yield
+        return
+    with wine_prefix.own(place, place.root / "prefix") as (place.variables, _):
+        yield
+
+
 def errors_of(place, before):
     return [line for line in lines_of(place, before) if line.startswith("Error ")]
 
@@ -63,7 +74,7 @@ def ProxyWithCredentials(place, provider):
     if reason := proxy.why_missing():
         skip(reason)
     if place.is_windows:
-        skip("Wine's WinHTTP takes what a proxy answers to CONNECT for the provider's TLS")
+        skip("Wine's WinHTTP goes past the proxy of the system's settings")
     with proxy.Proxy(place.root / "proxy") as between:
         place.variables = {"https_proxy": between.address(), "no_proxy": "", "NO_PROXY": ""}
         give = ("SetProxyAuthentication", "127.0.0.1", between.port, between.user)
@@ -127,7 +138,7 @@ def ProviderOnIpv6Alone(place, _provider):
 
 def MachineWithIpv6Alone(place, provider):
     """The browser comes back to ::1, for there is nothing else."""
-    with User(place) as user, place.start() as host:
+    with of_this_namespace(place), User(place) as user, place.start() as host:
         sign_in(host)
         assert token(host, "data:read").count(".") == 2
         [(_, at, status, page)] = user.visited
@@ -247,35 +258,41 @@ CASES = {each.__name__: each for each in (
     BrowserThatComesLate, KeysAndCertificateChange, RegistryOfTheMachine)}
 
 # Not every machine has both names of itself.
-BOTH_NAMES = """hosts=$(mktemp)
-printf '%s localhost\\n' 127.0.0.1 ::1 >"$hosts"
+NAMES = """hosts=$(mktemp)
+printf '%s localhost\\n' {} >"$hosts"
 mount --bind "$hosts" /etc/hosts
 rm "$hosts"
 """
-WITHOUT_IPV4 = BOTH_NAMES + """ip link set lo up
+WITHOUT_IPV4 = """ip link set lo up
 ! ip -4 addr show dev lo | grep -q inet || ip addr del 127.0.0.1/8 dev lo
+ip addr add fd00::6/128 dev lo nodad
 """
 
 
 def enter_ipv6(case):
-    if EMULATOR:
-        skip("Wine's WinHTTP looks for localhost at 127.0.0.1 alone")
-    alone = case == "MachineWithIpv6Alone"
-    if reason := namespaces.enter(["-m", "-n"] if alone else ["-m"],
-                                  WITHOUT_IPV4 if alone else BOTH_NAMES):
+    """The address of the provider."""
+    if case == "ProviderOnIpv6Alone":
+        if EMULATOR:
+            skip("Wine's WinHTTP looks for localhost at 127.0.0.1 alone where there is that, too")
+        address, kinds, set_up = "::1", ["-m"], NAMES.format("127.0.0.1 ::1")
+    else:
+        # libcurl takes localhost for ::1 whatever is written, and the C library ::1 for 127.0.0.1
+        # where Wine asks for that first.
+        address = "fd00::6" if EMULATOR else "::1"
+        kinds, set_up = ["-m", "-n"], NAMES.format(address) + WITHOUT_IPV4
+    if reason := namespaces.enter(kinds, set_up):
         skip(reason)
     try:
-        socket.create_server(("::1", 0), family=socket.AF_INET6).close()
+        socket.create_server((address, 0), family=socket.AF_INET6).close()
     except OSError as error:
         skip(f"this machine has no IPv6: {error}")
+    return address
 
 
 def main(case):
     if reason := why_not():
         skip(reason)
-    address = "::1" if "Ipv6" in case else "127.0.0.1"
-    if address == "::1":
-        enter_ipv6(case)
+    address = enter_ipv6(case) if "Ipv6" in case else "127.0.0.1"
     with tempfile.TemporaryDirectory() as folder:
         root = pathlib.Path(folder).resolve()
         with hostile.HostileProvider(root / "authority", address=address) as provider:

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """A machine that is no laboratory: two users, a full disk, a proxy, an account that is gone."""
 
+import contextlib
 import os
 import pathlib
 import subprocess
@@ -12,6 +13,7 @@ from hxsso_place import PATIENCE, Ended, User, failed, run, skip
 import browser  # noqa: E402
 import namespaces  # noqa: E402
 import proxy  # noqa: E402
+import wine_prefix  # noqa: E402
 
 
 class Person:
@@ -117,13 +119,16 @@ def fill(folder):
 
 
 def HomeOnAFullDisk(place, provider):
-    if place.is_windows:
-        skip("the disk of Wine's prefix is the machine's")
     disk = place.root / "disk"
     disk.mkdir()
     subprocess.run(["mount", "-t", "tmpfs", "-o", "size=1m,mode=700", "tmpfs", disk], check=True)
     try:
-        on_a_full_disk(place, provider, disk)
+        with contextlib.ExitStack() as until_the_end:
+            if place.is_windows:  # Wine's server opens the files, outside of this namespace
+                variables, _ = until_the_end.enter_context(
+                    wine_prefix.own(place, place.root / "prefix"))
+                os.environ.update(variables)
+            on_a_full_disk(place, provider, disk)
     finally:
         subprocess.run(["umount", disk], check=True)
 
@@ -159,7 +164,7 @@ def on_a_full_disk(place, provider, disk):
 def ProxyOfTheEnvironment(place, _provider):
     """hxsso asks nobody for credentials: they stand in the address of the proxy."""
     if place.is_windows:
-        skip("on Windows the proxy is that of the system's settings, and so are its credentials")
+        skip("on Windows the system's settings name the proxy, which Wine's WinHTTP goes past")
     if reason := proxy.why_missing():
         skip(reason)
     with proxy.Proxy(place.root / "proxy") as between, User(place):
@@ -202,7 +207,7 @@ def AccountThatIsGone(place, provider):
 
 
 if __name__ == "__main__":
-    if sys.argv[1] == "HomeOnAFullDisk" and not sys.argv[3:]:
+    if sys.argv[1] == "HomeOnAFullDisk":
         if why := namespaces.enter(["-m"], ":"):
             skip(why)
     run(globals())
