@@ -1,8 +1,10 @@
 # The sign-on folder: what a host finds by the value Location, whole, with hxsso in it under the
 # name that the library looks for, and the open plugin.
 
-configure_file(plugins/openid/SSOVersionCompatibility.config.in SSOVersionCompatibility.config @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/SSOVersionCompatibility.config DESTINATION ${sign_on_dir})
+# Not where tests run: the library looks into the current directory.
+configure_file(plugins/openid/SSOVersionCompatibility.config.in
+    sign-on/SSOVersionCompatibility.config @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/sign-on/SSOVersionCompatibility.config DESTINATION ${sign_on_dir})
 install(TARGETS HxSSOOpenID LIBRARY DESTINATION ${sign_on_dir})
 install(FILES plugins/openid/HxSSOOpenID.json DESTINATION ${data_dir})
 
