@@ -3,9 +3,10 @@
 #include <string>
 #include <vector>
 
-#include "framework/Installation.h"
+#include "framework/LogMessage.h"
+#include "framework/System.h"
 
-// The lines that discovery logs, as they are expected to the letter.
+// The lines that discovery logs, and what it throws, as they are expected to the letter.
 namespace Rig {
 
 using Text = std::string const&;
@@ -15,6 +16,10 @@ inline std::string const ServerFile = "{root}/server/SSOVersionCompatibility.con
 inline std::string const BareFile = "SSOVersionCompatibility.config";
 inline std::string const ExecutableFirst = "{root}/app\n{root}/lib";
 inline std::string const LibraryFirst = "{root}/lib\n{root}/app";
+
+inline std::string const RequiresObject =
+    "Json::LogicError: in Json::Value::resolveReference(key, end): requires objectValue";
+inline std::string const RequiresText = "Json::LogicError: Type is not convertible to string";
 
 inline LogMessage SearchesConfig(Text paths = ExecutableFirst)
 {

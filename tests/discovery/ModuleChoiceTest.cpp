@@ -4,8 +4,8 @@
 #include <gmock/gmock.h>
 
 #include "discovery/Lines.h"
-#include "discovery/Questions.h"
-#include "host/Expected.h"
+#include "discovery/Place.h"
+#include "framework/CompatibilityFor.h"
 
 using namespace Rig;
 using testing::AllOf;
@@ -24,11 +24,7 @@ std::string const PluginKey = "ssoClientPlugin";
 std::string const ExePath = "{root}/app/";
 // A name with the system's ending: some add it where it is missing.
 std::string const Chosen = ModuleName("Chosen");
-std::string const PlaceChosen = "Copy=rescue/" + ModuleName("RecordingPlugin") + ">app/" + Chosen;
 
-std::string const RequiresObject =
-    "Json::LogicError: in Json::Value::resolveReference(key, end): requires objectValue";
-std::string const RequiresText = "Json::LogicError: Type is not convertible to string";
 std::string const RequiresArray =
     "Json::LogicError: in Json::Value::operator[](ArrayIndex)const: requires arrayValue";
 // Versions of the JSON library name the failing function differently.
@@ -48,7 +44,7 @@ std::string Entry(std::string const& module, std::string const& version,
 }
 
 /// A server application beside a compatibility file of this content.
-class Choice : public Installation {
+class Choice : public Place {
 public:
     explicit Choice(std::string const& content)
     {
@@ -94,34 +90,6 @@ std::vector<LogMessage> Repeated(int count, std::vector<LogMessage> const& lines
 }
 
 } // namespace
-
-TEST(ModuleChoice, NamesThePluginWithoutLoadingIt)
-{
-    Installation installation;
-    installation.Complete().Remove("server/plugin");
-    std::string const plugin = "{root}/server/plugin/" + ModuleName("RecordingPlugin");
-    Asked const asked = Ask(installation, {"GetSSOClientPluginModule", "GetSSOClientPluginModule",
-                                           "Copy=rescue>server/plugin", "Load"});
-    EXPECT_THAT(asked.answers, ElementsAre(plugin, plugin));
-    EXPECT_THAT(asked.lines,
-                ElementsAreArray(RoadToFile() + std::vector<LogMessage>{SearchesModule(Plugin),
-                                                                        FindsPlugin(plugin)}));
-}
-
-TEST(ModuleChoice, NamesTheOpenSslModule)
-{
-    Installation installation;
-    installation.Complete();
-    std::string const module = "{root}/server/openssl/" + ModuleName("openssl");
-    Asked const asked = Ask(installation, {"GetOpenSslModule", "GetOpenSslModule", "Load"});
-    EXPECT_THAT(asked.answers, ElementsAre(module, module));
-    // The override is asked for before anything else is searched.
-    std::vector<LogMessage> lines = RoadToFile();
-    lines.insert(lines.begin() + 4, {SearchesOpenSslOverride(), MissesOpenSslOverride()});
-    EXPECT_THAT(asked.lines,
-                ElementsAreArray(lines + std::vector<LogMessage>{SearchesModule(OpenSsl),
-                                                                 FindsOpenSsl(module)}));
-}
 
 TEST(ModuleChoice, PrefersTheHighestVersionThatFits)
 {
@@ -278,9 +246,8 @@ TEST(ModuleChoice, SaysWhyItIgnoresAnEntry)
             refusals = refusals + expected.lines;
         }
         Choice choice(Group(key, entries + Entry(Chosen, R"("1")") + "]"));
-        Asked const asked = Ask(
-            choice, {key == OpenSsl ? "GetOpenSslModule" : "GetSSOClientPluginModule", PlaceChosen,
-                     key == OpenSsl ? "Rescue=server/SSOVersionCompatibility.config" : "Load"});
+        Found const asked =
+            Ask(choice, {key == OpenSsl ? "GetOpenSslModule" : "GetSSOClientPluginModule"});
         EXPECT_THAT(asked.answers, ElementsAre(ExePath + Chosen));
         std::vector<LogMessage> const end =
             refusals + std::vector<LogMessage>{key == OpenSsl ? FindsOpenSsl(ExePath + Chosen)
@@ -295,17 +262,6 @@ TEST(ModuleChoice, SaysWhyItIgnoresAnEntry)
     }
 }
 
-TEST(ModuleChoice, ReadsThePathForItsKindOfProcess)
-{
-    Choice choice("{}");
-    std::ofstream(choice.Path("server/SSOVersionCompatibility.config"))
-        << Group(PluginKey, R"([{"module": "m", "modulePath": "%ExePath%/64",
-            "modulePathWoW64": "%ExePath%/32", "version": "1",
-            "compatibleSsoServicesVersion": {"minVersion": "10"}}])");
-    EXPECT_THAT(Ask(choice, {"GetSSOClientPluginModule"}).answers,
-                ElementsAre(ExePath + (IsWoW64() ? "32/m" : "64/m")));
-}
-
 TEST(ModuleChoice, BlamesTheVersionForAPathOfNothingButSlashes)
 {
     for (char const* const path : {"/", "///", "\\\\\\\\"}) {
@@ -314,15 +270,12 @@ TEST(ModuleChoice, BlamesTheVersionForAPathOfNothingButSlashes)
                                            R"(", "version": "9",
             "compatibleSsoServicesVersion": {"minVersion": "1"}}, )" +
                                            Entry(Chosen, R"("1")") + "]"));
-        std::vector<std::string> questions{"GetSSOClientPluginModule"};
+        Found const asked = Ask(choice, {"GetSSOClientPluginModule"});
         // A root where there is one slash to it.
         if (!IsWindows()) {
-            EXPECT_THAT(Ask(choice, questions).answers, ElementsAre("/m"));
+            EXPECT_THAT(asked.answers, ElementsAre("/m"));
             continue;
         }
-        questions.push_back(PlaceChosen);
-        questions.emplace_back("Load");
-        Asked const asked = Ask(choice, questions);
         EXPECT_THAT(asked.answers, ElementsAre(ExePath + Chosen));
         EXPECT_THAT(asked.lines,
                     ElementsAreArray(RoadToFile() +
@@ -339,11 +292,10 @@ TEST(ModuleChoice, RepeatsItselfUntilItSucceeds)
     choice.File("better.config",
                 R"({"openssl": [{"module": "m", "modulePath": "x",
                     "compatibleSsoServicesVersion": {"minVersion": "1"}}]})");
-    Asked const asked =
+    Found const asked =
         Ask(choice, {"GetSSOClientPluginModule", "GetSSOClientPluginModule", "GetOpenSslModule",
                      "GetOpenSslModule", "Copy=better.config>server/SSOVersionCompatibility.config",
-                     "GetOpenSslModule", "GetOpenSslModule",
-                     "Rescue=server/SSOVersionCompatibility.config"});
+                     "GetOpenSslModule", "GetOpenSslModule"});
     EXPECT_THAT(asked.answers, ElementsAre("", "", "", "", "x/m", "x/m"));
     EXPECT_THAT(asked.lines,
                 ElementsAreArray(
@@ -364,8 +316,7 @@ TEST(ModuleChoice, MissesAGroupThatIsNotThere)
         std::string const plugin = ExePath + Chosen;
         Choice choice("{" + group + R"("ssoClientPlugin": [)" + Entry(Chosen, "1") +
                       R"(], "more": 1})");
-        Asked const asked =
-            Ask(choice, {"GetSSOClientPluginModule", "GetOpenSslModule", PlaceChosen, "Load"});
+        Found const asked = Ask(choice, {"GetSSOClientPluginModule", "GetOpenSslModule"});
         EXPECT_THAT(asked.answers, ElementsAre(plugin, ""));
         EXPECT_THAT(asked.lines,
                     ElementsAreArray(
@@ -379,8 +330,7 @@ TEST(ModuleChoice, MissesAGroupThatIsNotThere)
          {"{}", "null", R"({"openssl": []})", R"({"SSOClientPlugin": []})"}) {
         SCOPED_TRACE(content);
         Choice choice(content);
-        Asked const asked = Ask(
-            choice, {"GetSSOClientPluginModule", "Rescue=server/SSOVersionCompatibility.config"});
+        Found const asked = Ask(choice, {"GetSSOClientPluginModule"});
         EXPECT_THAT(asked.lines,
                     ElementsAreArray(RoadToFile() + std::vector<LogMessage>{SearchesModule(Plugin),
                                                                             HasNoModules(PluginKey),
@@ -396,16 +346,14 @@ TEST(ModuleChoice, RefusesAFileThatIsNoJson)
              "", "\r\n", "{", "not JSON", "\xEF\xBB\xBF{}", "{'openssl': []}"}) {
         SCOPED_TRACE(content);
         Choice choice(content);
-        Asked const asked = Ask(choice, {"GetSSOClientPluginModule", "GetSSOClientPluginModule",
-                                         "Rescue=server/SSOVersionCompatibility.config"});
+        Found const asked = Ask(choice, {"GetSSOClientPluginModule", "GetSSOClientPluginModule"});
         EXPECT_THAT(asked.answers, ElementsAre("", ""));
         EXPECT_THAT(asked.lines, ElementsAreArray(RoadToFile() + Repeated(2, refusal)));
     }
     Choice folder("{}");
     folder.Remove("server/SSOVersionCompatibility.config")
         .Folder("server/SSOVersionCompatibility.config");
-    Asked const asked =
-        Ask(folder, {"GetSSOClientPluginModule", "Rescue=server/SSOVersionCompatibility.config"});
+    Found const asked = Ask(folder, {"GetSSOClientPluginModule"});
     EXPECT_THAT(asked.answers, ElementsAre(""));
     EXPECT_THAT(asked.lines, ElementsAreArray(RoadToFile() + refusal));
 }
@@ -429,11 +377,10 @@ TEST(ModuleChoice, MustNotBeNestedDeeperThanAThousandTimes)
     bad.File("good.config", "{}");
     std::string const thrown = "Json::Exception: Exceeded stackLimit in readValue().";
     EXPECT_THAT(
-        Ask(bad,
-            {"GetSSOClientPluginModule", "GetOpenSslModule", "GetSessionState", "GetSessionState",
-             "Copy=good.config>server/SSOVersionCompatibility.config", "GetOpenSslModule"})
+        Ask(bad, {"GetSSOClientPluginModule", "GetOpenSslModule",
+                  "Copy=good.config>server/SSOVersionCompatibility.config", "GetOpenSslModule"})
             .answers,
-        ElementsAre(thrown, thrown, thrown, "", ""));
+        ElementsAre(thrown, thrown, ""));
 }
 
 TEST(ModuleChoice, ThrowsWhatTheJsonLibraryThrowsForAWrongType)
@@ -475,16 +422,15 @@ TEST(ModuleChoice, ThrowsWhatTheJsonLibraryThrowsForAWrongType)
         Choice choice(content);
         choice.File("good.config", R"({"ssoClientPlugin": [{"module": "m", "modulePath": "x",
             "compatibleSsoServicesVersion": {"minVersion": "1"}}]})");
-        // Read anew each time; the load is not tried again.
-        Asked const asked =
-            Ask(choice, {"GetSSOClientPluginModule", "GetSSOClientPluginModule", "GetSessionState",
-                         "Threaded", "Copy=good.config>server/SSOVersionCompatibility.config",
-                         "GetSSOClientPluginModule", "Release",
-                         "Rescue=server/SSOVersionCompatibility.config"});
+        // Read anew each time.
+        Found const asked = Ask(choice, {"GetSSOClientPluginModule", "GetSSOClientPluginModule",
+                                         "Copy=good.config>server/SSOVersionCompatibility.config",
+                                         "GetSSOClientPluginModule"});
         auto const throws = AllOf(StartsWith("Json::LogicError: "), EndsWith(thrown));
-        EXPECT_THAT(asked.answers, ElementsAre(throws, throws, throws, "", "x/m"));
+        EXPECT_THAT(asked.answers, ElementsAre(throws, throws, "x/m"));
         EXPECT_THAT(asked.lines,
-                    ElementsAreArray(RoadToFile() + Repeated(2, {SearchesModule(Plugin)})));
+                    ElementsAreArray(RoadToFile() + Repeated(3, {SearchesModule(Plugin)}) +
+                                     std::vector<LogMessage>{FindsPlugin("x/m")}));
     }
     Choice openssl(Group(OpenSsl, "[5]"));
     EXPECT_THAT(Ask(openssl, {"GetSSOClientPluginModule", "GetOpenSslModule"}).answers,
@@ -497,10 +443,9 @@ TEST(ModuleChoice, ThrowsWhatTheJsonLibraryThrowsForAWrongType)
 
 TEST(ModuleChoice, LooksInTheConfiguredFolderAfterTheServerApplications)
 {
-    Installation installation;
-    installation.ServerApp("lib").Compatibility(CompatibilityFor("RecordingPlugin"), "other");
-    installation.Plugin("RecordingPlugin", "lib/plugin");
-    installation.ClientConfig(
+    Place place;
+    place.ServerApp("lib").Compatibility(CompatibilityFor("RecordingPlugin"), "other");
+    place.ClientConfig(
         R"({"ssoServer": {"VersionCompatibilityConfigfilePath": "%ExePath%\\..//other/"}})");
     std::string const plugin = "{root}/lib/plugin/" + ModuleName("RecordingPlugin");
     std::string const file = "{root}/app/../other/" + BareFile;
@@ -511,16 +456,15 @@ TEST(ModuleChoice, LooksInTheConfiguredFolderAfterTheServerApplications)
                                        SearchesServer(),
                                        FindsServer("{root}/lib/HxSSO.exe"),
                                        SearchesCompatibility("{root}/lib")};
-    Asked const asked = Ask(installation, {"GetSSOClientPluginModule", "Load"});
+    Found const asked = Ask(place, {"GetSSOClientPluginModule"});
     EXPECT_THAT(asked.answers, ElementsAre(plugin));
     EXPECT_THAT(asked.lines,
                 ElementsAreArray(road + std::vector<LogMessage>{FindsCompatibility(file),
                                                                 SearchesModule(Plugin, file),
                                                                 FindsPlugin(plugin)}));
     // Nobody looks at it if there is one beside the server application.
-    installation.Compatibility(Group(PluginKey, "[" + Entry("a", "1") + "]"), "lib");
-    EXPECT_THAT(Ask(installation, {"GetSSOClientPluginModule"}).answers,
-                ElementsAre(ExePath + "a"));
+    place.Compatibility(Group(PluginKey, "[" + Entry("a", "1") + "]"), "lib");
+    EXPECT_THAT(Ask(place, {"GetSSOClientPluginModule"}).answers, ElementsAre(ExePath + "a"));
 }
 
 TEST(ModuleChoice, TakesTheConfiguredPlaceForAFolder)
@@ -531,10 +475,10 @@ TEST(ModuleChoice, TakesTheConfiguredPlaceForAFolder)
           R"("VersionCompatibilityConfigFilePath": "{root}/other")",
           R"("VersionCompatibilityConfigfilePath": "%Unknown%/other")"}) {
         SCOPED_TRACE(key);
-        Installation installation;
-        installation.ServerApp("lib").Compatibility("{}", "other");
-        installation.ClientConfig(std::string(R"({"ssoServer": {)") + key + "}}");
-        Asked const asked = Ask(installation, {"GetSSOClientPluginModule", "Rescue"});
+        Place place;
+        place.ServerApp("lib").Compatibility("{}", "other");
+        place.ClientConfig(std::string(R"({"ssoServer": {)") + key + "}}");
+        Found const asked = Ask(place, {"GetSSOClientPluginModule"});
         EXPECT_THAT(asked.lines,
                     ElementsAre(SearchesConfig(), FindsConfig(), LoadsConfig(), HasNoLocation(),
                                 SearchesServer(), FindsServer("{root}/lib/HxSSO.exe"),
@@ -547,11 +491,11 @@ TEST(ModuleChoice, TakesTheConfiguredPlaceForAFolder)
 
 TEST(ModuleChoice, SearchesWithoutAServerApplication)
 {
-    Installation installation;
-    installation.Compatibility(Group(PluginKey, "[" + Entry(Chosen, "1") + "]"), "other")
+    Place place;
+    place.Compatibility(Group(PluginKey, "[" + Entry(Chosen, "1") + "]"), "other")
         .ClientConfig(R"({"ssoServer": {"VersionCompatibilityConfigfilePath": "{root}/other"}})");
     std::string const file = "{root}/other/" + BareFile;
-    Asked const asked = Ask(installation, {"GetSSOClientPluginModule", PlaceChosen, "Load"});
+    Found const asked = Ask(place, {"GetSSOClientPluginModule"});
     EXPECT_THAT(asked.answers, ElementsAre(ExePath + Chosen));
     // Each resolution of the variable asks anew: for the line, for the first
     // attempt and for the second, which alone can hit.
@@ -567,9 +511,9 @@ TEST(ModuleChoice, SearchesWithoutAServerApplication)
 
 TEST(ModuleChoice, SearchesForTheFileOnce)
 {
-    Installation installation;
-    Asked const asked = Ask(installation, {"GetSSOClientPluginModule", "GetSSOClientPluginModule",
-                                           "GetOpenSslModule", "Rescue"});
+    Place place;
+    Found const asked =
+        Ask(place, {"GetSSOClientPluginModule", "GetSSOClientPluginModule", "GetOpenSslModule"});
     EXPECT_THAT(asked.answers, ElementsAre("", "", ""));
     std::vector<LogMessage> const server{SearchesServer(), MissesServer()};
     std::vector<LogMessage> const plugin{SearchesModule(Plugin, BareFile), HasNoCompatibility(),
@@ -589,9 +533,9 @@ TEST(ModuleChoice, ReadsTheFileFromTheCurrentDirectory)
 {
     std::string const content = Group(PluginKey, "[" + Entry(Chosen, "1") + "]");
     // With no configured folder this is the second place.
-    Installation second;
+    Place second;
     second.ServerApp("lib").Compatibility(content, "work");
-    std::vector<std::string> const questions{"GetSSOClientPluginModule", PlaceChosen, "Load"};
+    std::vector<std::string> const questions{"GetSSOClientPluginModule"};
     std::vector<LogMessage> const hit{SearchesModule(Plugin, BareFile),
                                       FindsPlugin(ExePath + Chosen)};
     EXPECT_THAT(
@@ -602,7 +546,7 @@ TEST(ModuleChoice, ReadsTheFileFromTheCurrentDirectory)
                                                  FindsCompatibility(BareFile)} +
                          hit));
     // With one, a search that missed leaves the bare name.
-    Installation missed;
+    Place missed;
     missed.ServerApp("lib")
         .Compatibility(content, "work")
         .ClientConfig(R"({"ssoServer": {"VersionCompatibilityConfigfilePath": "{root}/other"}})");
@@ -618,10 +562,9 @@ TEST(ModuleChoice, ReadsTheFileFromTheCurrentDirectory)
 TEST(ModuleChoice, NoticesThatTheFileIsGone)
 {
     Choice choice("{}");
-    Asked const asked =
+    Found const asked =
         Ask(choice, {"GetSSOClientPluginModule", "Remove=server/SSOVersionCompatibility.config",
-                     "GetSSOClientPluginModule", "GetOpenSslModule",
-                     "Rescue=server/SSOVersionCompatibility.config"});
+                     "GetSSOClientPluginModule", "GetOpenSslModule"});
     EXPECT_THAT(asked.lines,
                 ElementsAreArray(
                     RoadToFile() +
@@ -655,29 +598,24 @@ TEST(ModuleChoice, PrefersTheOpenSslOfTheClientConfiguration)
         if (std::size_t const at = expected.find("/{root}");
             at != std::string::npos && !IsWindows())
             expected.erase(at, 1);
-        Installation installation;
-        installation.Complete().ClientConfig(
-            R"({"ssoServer": {"searchPaths": "{root}/server"}, "openssl": {)" +
-            std::string(openssl) + "}}");
-        Asked const asked = Ask(installation, {"GetOpenSslModule", "GetOpenSslModule", "Load"});
+        Choice choice(CompatibilityFor("RecordingPlugin"));
+        choice.ClientConfig(R"({"ssoServer": {"searchPaths": "{root}/server"}, "openssl": {)" +
+                            std::string(openssl) + "}}");
+        Found const asked = Ask(choice, {"GetOpenSslModule", "GetOpenSslModule"});
         EXPECT_THAT(asked.answers, ElementsAre(expected, expected));
         EXPECT_THAT(asked.lines,
                     ElementsAre(SearchesConfig(), FindsConfig(), LoadsConfig(), HasNoLocation(),
                                 SearchesOpenSslOverride(), FindsOpenSslOverride(expected)));
-        // The plugin hears of it though there is no such file.
-        EXPECT_EQ(asked.outcome.Called("ISSOClientModule::SetOpenSslModule(\"" + expected + "\")"),
-                  1);
-        EXPECT_EQ(asked.outcome.LoggedAt(Error, "Openssl module not found: " + expected), 1);
     }
 }
 
 TEST(ModuleChoice, LooksForTheServerApplicationFromTheOpenSslOfTheConfiguration)
 {
-    Installation installation;
-    installation.Complete().ClientConfig(
+    Choice choice(CompatibilityFor("RecordingPlugin"));
+    choice.ClientConfig(
         R"({"ssoServer": {"searchPaths": "{root}/server"},
             "openssl": {"moduleName": "m", "modulePath": "%SSOServerAppPath%/x"}})");
-    Asked const asked = Ask(installation, {"GetOpenSslModule", "Load"});
+    Found const asked = Ask(choice, {"GetOpenSslModule"});
     EXPECT_THAT(asked.answers, ElementsAre("{root}/server/x/m"));
     EXPECT_THAT(asked.lines,
                 ElementsAre(SearchesConfig(), FindsConfig(), LoadsConfig(), HasNoLocation(),
@@ -694,11 +632,10 @@ TEST(ModuleChoice, NeedsBothKeysOfAnOpenSslOverride)
           R"({"moduleName": "m", "modulePath": ""})", R"({"moduleName": "", "modulePath": "x"})",
           R"({"moduleName": null, "modulePath": "x"})", "{}", "null"}) {
         SCOPED_TRACE(openssl);
-        Installation installation;
-        installation.Complete().ClientConfig(
-            R"({"ssoServer": {"searchPaths": "{root}/server"}, "openssl": )" +
-            std::string(openssl) + "}");
-        Asked const asked = Ask(installation, {"GetOpenSslModule", "Load"});
+        Choice choice(CompatibilityFor("RecordingPlugin"));
+        choice.ClientConfig(R"({"ssoServer": {"searchPaths": "{root}/server"}, "openssl": )" +
+                            std::string(openssl) + "}");
+        Found const asked = Ask(choice, {"GetOpenSslModule"});
         EXPECT_THAT(asked.answers, ElementsAre("{root}/server/openssl/" + ModuleName("openssl")));
         EXPECT_THAT(asked.lines, Contains(SearchesOpenSslOverride()));
         EXPECT_THAT(asked.lines, Contains(MissesOpenSslOverride()));
@@ -707,10 +644,10 @@ TEST(ModuleChoice, NeedsBothKeysOfAnOpenSslOverride)
 
 TEST(ModuleChoice, PassesTheOpenSslOverrideOverWithoutAConfiguration)
 {
-    Installation installation;
-    installation.Complete().ClientConfig("{").ServerApp("lib");
-    installation.Compatibility(CompatibilityFor("RecordingPlugin"), "lib");
-    Asked const asked = Ask(installation, {"GetOpenSslModule", "Rescue=lib/" + BareFile});
+    Place place;
+    place.ClientConfig("{").ServerApp("lib");
+    place.Compatibility(CompatibilityFor("RecordingPlugin"), "lib");
+    Found const asked = Ask(place, {"GetOpenSslModule"});
     std::string const file = "{root}/lib/" + BareFile;
     std::string const module = "{root}/lib/openssl/" + ModuleName("openssl");
     EXPECT_THAT(asked.answers, ElementsAre(module));

@@ -157,16 +157,6 @@ void ExpectNoSecretIn(Outcome const& outcome)
 
 } // namespace
 
-bool operator==(LogMessage const& left, LogMessage const& right)
-{
-    return left.level == right.level && left.text == right.text;
-}
-
-std::ostream& operator<<(std::ostream& out, LogMessage const& line)
-{
-    return out << '[' << line.level << "] " << line.text;
-}
-
 Json::Value Outcome::operator[](std::string const& name) const
 {
     auto const found = values.find(name);
@@ -391,16 +381,6 @@ std::string Installation::WithRoot(std::string content) const
 std::string Installation::WithoutRoot(std::string text) const
 {
     return Replaced(text, root.generic_u8string(), "{root}");
-}
-
-std::string CompatibilityFor(std::string const& plugin)
-{
-    std::string const range =
-        R"("compatibleSsoServicesVersion": {"minVersion": "10.22", "maxVersion": "10.22.00.1800"})";
-    return R"({"ssoClientPlugin": [{"module": ")" + ModuleName(plugin) +
-           R"(", "modulePath": "%SSOServerAppPath%/plugin", "version": "1.0", )" + range +
-           R"(}], "openssl": [{"module": ")" + ModuleName("openssl") +
-           R"(", "modulePath": "%SSOServerAppPath%/openssl", "version": "3.0", )" + range + "}]}";
 }
 
 } // namespace Rig

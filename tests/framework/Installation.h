@@ -9,20 +9,11 @@
 #include <json/value.h>
 #include <json/writer.h> // tests print values
 
+#include "framework/CompatibilityFor.h"
+#include "framework/LogMessage.h"
 #include "framework/System.h"
 
 namespace Rig {
-
-struct LogMessage {
-    int level;
-    std::string text;
-};
-bool operator==(LogMessage const& left, LogMessage const& right);
-std::ostream& operator<<(std::ostream& out, LogMessage const& line);
-
-constexpr int Error = 2;
-constexpr int Warning = 4;
-constexpr int Info = 8;
 
 /// What came of a run. In all texts the installation's own directory reads
 /// "{root}".
@@ -112,9 +103,5 @@ private:
     std::map<std::string, std::string> environment;
     Json::Value script{Json::objectValue};
 };
-
-/// A compatibility file whose only plugin is the rig's in %SSOServerAppPath%,
-/// with an OpenSSL module that may be missing.
-std::string CompatibilityFor(std::string const& plugin);
 
 } // namespace Rig

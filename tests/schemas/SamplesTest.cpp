@@ -6,8 +6,7 @@
 #include <json/reader.h>
 
 #include "discovery/Lines.h"
-#include "discovery/Questions.h"
-#include "framework/Installation.h"
+#include "discovery/Place.h"
 #include "framework/ThisBuild.h"
 
 // The files that the schemas in docs/schemas are held against, read by the
@@ -43,27 +42,28 @@ bool BeginsWith(std::string const& text, std::string const& beginning)
     return text.compare(0, beginning.size(), beginning) == 0;
 }
 
-bool Threw(Asked const& asked)
+bool Threw(Found const& asked)
 {
     return std::any_of(asked.answers.begin(), asked.answers.end(),
                        [](std::string const& answer) { return BeginsWith(answer, "Json::"); });
 }
 
-bool HasLine(Asked const& asked, int level, std::string const& beginning)
+bool HasLine(Found const& asked, int level, std::string const& beginning)
 {
     return std::any_of(asked.lines.begin(), asked.lines.end(), [&](LogMessage const& line) {
         return line.level == level && BeginsWith(line.text, beginning);
     });
 }
 
-Asked ReadClientConfig(std::string const& content)
+Found ReadClientConfig(std::string const& content)
 {
-    Installation installation;
-    installation.ClientConfig(content);
-    return Ask(installation, {"GetSSOServerAppPath", "Rescue"});
+    Place place;
+    place.ClientConfig(content);
+    return Ask(place, {"GetSSOServerAppPath", "GetSSOServerName", "GetSSOServerProcessName",
+                       "GetOpenSslModule"});
 }
 
-bool IsClientConfigRefused(Asked const& asked)
+bool IsClientConfigRefused(Found const& asked)
 {
     return Threw(asked) || HasLine(asked, Error, "Failed to load client config file");
 }
@@ -97,34 +97,26 @@ void ExpectClientConfigsAreRead(std::string const& folder)
 {
     for (Sample const& sample : Samples("SSOClient/" + folder)) {
         SCOPED_TRACE(sample.name);
-        Asked const asked = ReadClientConfig(sample.content);
+        Found const asked = ReadClientConfig(sample.content);
         EXPECT_FALSE(IsClientConfigRefused(asked));
         Values const values(sample.content);
         EXPECT_TRUE(HasLine(asked, Info, "Searching for SSO server app " + values.appName + " in"));
-        Outcome const& outcome = asked.outcome;
-        EXPECT_EQ(
-            outcome.Called("ISSOServerManager::SetSSOServerName(\"" + values.serverName + "\")"),
-            1);
-        EXPECT_EQ(outcome.Called("ISSOServerManager::SetSSOServerProcessName(\"" +
-                                 values.processName + "\")"),
-                  1);
-        EXPECT_EQ(outcome.LoggedAt(Info, MissesOpenSslOverride().text) == 0, values.hasOpenSsl);
+        EXPECT_THAT(asked.answers, testing::ElementsAre(testing::_, values.serverName,
+                                                        values.processName, testing::_));
+        EXPECT_EQ(asked.Logged(MissesOpenSslOverride()) == 0, values.hasOpenSsl);
     }
 }
 
-Asked ReadCompatibility(std::string const& content)
+Found ReadCompatibility(std::string const& content)
 {
-    Installation installation;
-    installation.Complete().Compatibility(content);
-    // The plugin that the samples want chosen; where none is, another file comes
-    // to the rescue of the log.
-    std::string const place = "Copy=rescue/" + ModuleName("RecordingPlugin") + ">app/Chosen.dll";
-    return Ask(installation, {"GetSSOClientPluginModule", "GetOpenSslModule", place,
-                              "Rescue=server/SSOVersionCompatibility.config"});
+    Place place;
+    place.ClientConfig(R"({"ssoServer": {"searchPaths": "{root}/server"}})");
+    place.ServerApp().Compatibility(content);
+    return Ask(place, {"GetSSOClientPluginModule", "GetOpenSslModule"});
 }
 
 /// What is said of the file itself: no plugin may fit, and no OpenSSL be listed.
-bool IsCompatibilityRefused(Asked const& asked)
+bool IsCompatibilityRefused(Found const& asked)
 {
     for (char const* const beginning :
          {"Failed to load file ", "Blank or missing key ", "Missing object ",
@@ -139,7 +131,7 @@ void ExpectCompatibilitiesAreRead(std::string const& folder)
 {
     for (Sample const& sample : Samples("SSOVersionCompatibility/" + folder)) {
         SCOPED_TRACE(sample.name);
-        Asked const asked = ReadCompatibility(sample.content);
+        Found const asked = ReadCompatibility(sample.content);
         EXPECT_FALSE(IsCompatibilityRefused(asked));
         ASSERT_FALSE(asked.answers.empty());
         EXPECT_EQ(asked.answers[0], "{root}/app/Chosen.dll");
