@@ -30,6 +30,8 @@ Json::Value MakeConfiguration(JsonMaker& maker)
             server["redirectPorts"].append(maker.Seldom() ? maker.Odd()
                                                           : Json::Value(maker.Byte() * 300));
         if (maker.Seldom())
+            server["deviceLogin"] = maker.Seldom() ? maker.Odd() : Json::Value(true);
+        if (maker.Seldom())
             server[maker.Text()] = maker.Odd();
         json["servers"][maker.Text()] = maker.Seldom() ? maker.Odd() : server;
     }

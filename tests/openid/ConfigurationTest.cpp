@@ -22,7 +22,8 @@ std::string const Complete = R"({
             "clientId": "desktop",
             "scopes": "openid profile offline_access",
             "redirectPorts": [49152, 49153],
-            "accountUrl": "https://login.example/account"
+            "accountUrl": "https://login.example/account",
+            "deviceLogin": true
         },
         "test": {"issuer": "http://localhost:8080", "clientId": "desktop-test"}
     },
@@ -66,6 +67,7 @@ TEST(Configuration, IsReadWhole)
     EXPECT_EQ(production.scopes, "offline_access openid profile");
     EXPECT_THAT(production.redirectPorts, ElementsAre(49152, 49153));
     EXPECT_EQ(production.accountUrl, "https://login.example/account");
+    EXPECT_TRUE(production.deviceLogin);
     EXPECT_EQ(configuration.servers.at("test").issuer, "http://localhost:8080");
     EXPECT_EQ(configuration.loginTimeout, std::chrono::seconds(120));
     EXPECT_EQ(configuration.networkTimeout, std::chrono::seconds(5));
@@ -80,6 +82,7 @@ TEST(Configuration, HasDefaults)
     EXPECT_EQ(server.scopes, "openid");
     EXPECT_THAT(server.redirectPorts, IsEmpty());
     EXPECT_EQ(server.accountUrl, "");
+    EXPECT_FALSE(server.deviceLogin);
     EXPECT_EQ(configuration.loginTimeout, std::chrono::seconds(300));
     EXPECT_EQ(configuration.networkTimeout, std::chrono::seconds(30));
     EXPECT_EQ(configuration.store, KnownFolder("LocalAppData") / "HxSSO" / "OpenID");
@@ -160,6 +163,8 @@ TEST(Configuration, RefusesAddressesThatAreNotSecure)
                       "servers.production.issuer is not an https address");
     ExpectRefused(WithServer(Least + R"(, "accountUrl": "http://login.example")"),
                   "servers.production.accountUrl is not an https address");
+    ExpectRefused(WithServer(Least + R"(, "deviceLogin": "true")"),
+                  "servers.production.deviceLogin is neither true nor false");
 }
 
 TEST(Configuration, RefusesScopesWithForeignCharacters)

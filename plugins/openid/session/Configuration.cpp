@@ -168,6 +168,15 @@ std::string AccountUrl(Json::Value const& server, std::string const& place)
     return url;
 }
 
+bool DeviceLogin(Json::Value const& server, std::string const& place)
+{
+    Json::Value const& permits = server["deviceLogin"];
+    if (server.isMember("deviceLogin") && !permits.isBool())
+        throw Wrong{Join(place, "deviceLogin") + " is neither true nor false",
+                    "write true or false, without quotes"};
+    return permits.asBool();
+}
+
 void ReadServers(Json::Value const& root, PluginConfiguration& configuration)
 {
     if (!root.isMember("servers"))
@@ -180,8 +189,9 @@ void ReadServers(Json::Value const& root, PluginConfiguration& configuration)
             throw Wrong{"a server has an empty name", "name it, for instance production"};
         std::string const place = Join("servers", name);
         Json::Value const& server = Object(servers[name], place);
-        RemarkUnknownKeys(server, {"issuer", "clientId", "scopes", "redirectPorts", "accountUrl"},
-                          place, configuration);
+        RemarkUnknownKeys(
+            server, {"issuer", "clientId", "scopes", "redirectPorts", "accountUrl", "deviceLogin"},
+            place, configuration);
         ServerConfiguration& read = configuration.servers[name];
         read.issuer = Issuer(server, place);
         read.clientId = RequiredText(server, "clientId", place,
@@ -189,6 +199,7 @@ void ReadServers(Json::Value const& root, PluginConfiguration& configuration)
         read.scopes = Scopes(server, place, configuration);
         read.redirectPorts = Ports(server, place);
         read.accountUrl = AccountUrl(server, place);
+        read.deviceLogin = DeviceLogin(server, place);
     }
 }
 

@@ -15,6 +15,8 @@ struct ServerConfiguration {
     std::string issuer, clientId, scopes = "openid";
     std::vector<int> redirectPorts; ///< Empty: any.
     std::string accountUrl;         ///< May be empty.
+    /// Where there is no browser, Login may sign in on another device instead.
+    bool deviceLogin = false;
 };
 
 /// HxSSOOpenID.json, checked.
