@@ -175,19 +175,82 @@ TEST_F(DeviceAsked, GivesCodesAndAddresses)
     std::string const uri = R"("verification_uri":"https://idp.example/d")";
     fake.Set("/device", Body(codes + uri + R"(,"expires_in":"60"})"));
     EXPECT_EQ(provider.AuthorizeDevice("openid")->interval, seconds(5));
-    for (std::string const& body :
-         {std::string("{}"), R"({"user_code":"u","expires_in":60,)" + uri + "}",
-          R"({"device_code":"dc","expires_in":60,)" + uri + "}", codes + uri + "}",
-          codes + R"("expires_in":60})",
-          codes + R"("expires_in":60,"verification_uri":"http://idp.example/d"})",
-          codes + R"("expires_in":60,"interval":"often",)" + uri + "}",
-          codes + R"("expires_in":60,"verification_uri_complete":"file:///etc/passwd",)" + uri +
-              "}"}) {
+}
+
+TEST_F(DeviceAsked, RefusesWhatAUserCannotBeShown)
+{
+    std::string const uri = R"("verification_uri":"https://idp.example/d")";
+    std::string const rest = R"("device_code":"dc","expires_in":60,)" + uri;
+    auto const coded = [&](std::string const& code) {
+        return R"({"user_code":")" + code + "\"," + rest + "}";
+    };
+    fake.Set("/device", Body(coded(std::string(64, 'A'))));
+    ASSERT_TRUE(provider.AuthorizeDevice("openid"));
+    std::string const codes = R"({"device_code":"dc","user_code":"u","expires_in":60,)";
+    std::string const noCodes = "without the codes of a sign-in on another device";
+    std::string const noText = "that is not a text";
+    std::string const untypable = "with a code (user_code) that nobody can type";
+    std::string const noHttps = "with an address to sign in at that is not https";
+    for (auto const& [body, reason] : std::vector<std::pair<std::string, std::string>>{
+             {"{}", noCodes},
+             {R"({"user_code":"u","expires_in":60,)" + uri + "}", noCodes},
+             {"{" + rest + "}", noCodes},
+             {coded(""), noCodes},
+             {coded(std::string(65, 'A')), untypable},
+             {coded(" A"), untypable},
+             {coded("A "), untypable},
+             {coded(R"(A\nhttps://evil.example)"), "with user_code " + noText},
+             {coded(R"(\u001b[2J)"), "with user_code " + noText},
+             {coded(R"(\u202eA)"), "with user_code " + noText},
+             {R"({"user_code":7,)" + rest + "}", "with user_code " + noText},
+             {R"({"device_code":"dc","user_code":"u",)" + uri + "}",
+              "without the lifetime of its codes (expires_in)"},
+             {R"({"device_code":"dc","user_code":"u","expires_in":"soon",)" + uri + "}",
+              "without the lifetime of its codes (expires_in)"},
+             {codes + R"("interval":"often",)" + uri + "}",
+              "with an interval that is not a number"},
+             {R"({"device_code":"dc","user_code":"u","expires_in":60})", noHttps},
+             {codes + R"("verification_uri":"http://idp.example/d"})", noHttps},
+             {codes + R"("verification_uri":"javascript:alert"})", noHttps},
+             {codes + R"("verification_uri":"https://idp.example@evil.example/"})", noHttps},
+             {codes + R"("verification_uri":"https://idp.example/d d"})", noHttps},
+             // Another program at this machine is not this provider.
+             {codes + R"("verification_uri":"http://127.0.0.1:1/d"})", noHttps},
+             {codes + R"("verification_uri":"https://idp.example/)" + std::string(9000, 'x') +
+                  "\"}",
+              noHttps},
+             {codes + R"("verification_uri_complete":"file:///etc/passwd",)" + uri + "}", noHttps},
+             {codes + R"("verification_uri_complete":["x"],)" + uri + "}",
+              "with verification_uri_complete " + noText}}) {
         fake.Set("/device", Body(body));
         auto const refused = provider.AuthorizeDevice("openid");
         ASSERT_FALSE(refused) << body;
         EXPECT_EQ(refused.Why().kind, Failure::Kind::Provider) << body;
+        EXPECT_EQ(refused.Why().reason,
+                  "the device endpoint https://idp.example/tenant/device answered " + reason)
+            << body;
+        EXPECT_FALSE(refused.Why().remedy.empty()) << body;
     }
+}
+
+TEST_F(DeviceAsked, TakesPlainHttpOfAProviderAtThisMachine)
+{
+    Client client = TheClient();
+    client.issuer = "http://127.0.0.1:8080";
+    Json::Value json;
+    json["issuer"] = client.issuer;
+    for (char const* const name :
+         {"authorization_endpoint", "token_endpoint", "jwks_uri", "device_authorization_endpoint"})
+        json[name] = client.issuer + "/x";
+    Provider local(client, [&](HttpRequest const& request) {
+        return request.method == "GET"
+                   ? FakeProvider::Json(json)
+                   : Body(R"({"device_code":"dc","user_code":"u","expires_in":60,)"
+                          R"("verification_uri":"http://127.0.0.1:8080/d"})");
+    });
+    auto const answer = local.AuthorizeDevice("openid");
+    ASSERT_TRUE(answer) << answer.Why().reason;
+    EXPECT_EQ(answer->verificationUri, "http://127.0.0.1:8080/d");
 }
 
 TEST_F(DeviceAsked, IsPolledUntilItIsDone)
@@ -200,11 +263,15 @@ TEST_F(DeviceAsked, IsPolledUntilItIsDone)
     EXPECT_EQ(provider.PollDevice("dc").Why().code, "slow_down");
     fake.Set("/token", Body(R"({"access_token":"at","token_type":"Bearer","id_token":"it"})"));
     answer = provider.PollDevice("dc");
+    ASSERT_TRUE(answer) << answer.Why().reason;
     EXPECT_EQ(*answer->accessToken, "at");
     EXPECT_THAT(
         *DecodeForm(fake.Requests("/token")[2].body),
         UnorderedElementsAre(Pair("grant_type", "urn:ietf:params:oauth:grant-type:device_code"),
                              Pair("device_code", "dc"), Pair("client_id", "client")));
+    fake.Set("/token", Body(R"({"access_token":"at","token_type":"Bearer"})"));
+    EXPECT_EQ(provider.PollDevice("dc").Why().reason,
+              "the provider https://idp.example/tenant gave tokens, but no id_token");
 }
 
 TEST_F(ProviderAsked, ByManyThreadsAtOnceLearnsOnce)

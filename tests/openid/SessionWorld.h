@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <thread>
 #include <utility>
 
 #include "openid/TestBrowser.h"
@@ -44,8 +45,13 @@ public:
             return hasBrowser && browser.Open(url);
         };
         outside.wallClock = [this] { return WallClock() + wallOffset.load(); };
-        outside.sinceBoot = [this] {
-            return SinceBoot() + std::chrono::milliseconds(passed.load());
+        outside.sinceBoot = [this] { return SinceBoot() + Passed(); };
+        outside.canShowBrowser = [this] { return hasScreen.load(); };
+        outside.sleep = [this](std::chrono::milliseconds time) {
+            if (sleepsInNoTime)
+                passed += time.count();
+            else
+                std::this_thread::sleep_for(time);
         };
         return std::make_shared<Session>(configuration, std::move(log), std::move(outside));
     }
@@ -56,6 +62,8 @@ public:
         passed += std::chrono::milliseconds(time).count();
         wallOffset += time.count();
     }
+    /// How much has gone by so, or while a session slept.
+    std::chrono::milliseconds Passed() const { return std::chrono::milliseconds(passed.load()); }
     /// Somebody sets the clock.
     void Jump(std::chrono::seconds time) { wallOffset += time.count(); }
 
@@ -72,7 +80,7 @@ public:
     TestFolder folder;
     TestProvider provider;
     Halvorix::OpenId::PluginConfiguration configuration;
-    std::atomic<bool> hasBrowser{true};
+    std::atomic<bool> hasBrowser{true}, hasScreen{true}, sleepsInNoTime{false};
     std::function<void()> beforeBrowser; ///< Called when a session wants to open it.
 
 private:

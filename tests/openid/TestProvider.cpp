@@ -124,6 +124,8 @@ HttpResponse TestProvider::Answer(HttpRequest const& request)
                 return UserInfo(header.second);
     if (endpoint == "revocation")
         return Revoke(AsMap(request.body));
+    if (endpoint == "device" && now.hasDevices)
+        return Device(AsMap(request.body));
     return AsResponse(404, std::string());
 }
 
@@ -137,6 +139,8 @@ HttpResponse TestProvider::Discovery() const
     json["jwks_uri"] = issuer + "/keys";
     json["revocation_endpoint"] = issuer + "/revocation";
     json["end_session_endpoint"] = issuer + "/end_session";
+    if (behaviour.hasDevices)
+        json["device_authorization_endpoint"] = issuer + "/device";
     json["id_token_signing_alg_values_supported"].append("RS256");
     json["code_challenge_methods_supported"].append("S256");
     json["authorization_response_iss_parameter_supported"] = true;
@@ -178,7 +182,7 @@ std::string TestProvider::IdToken(std::string const& subject, std::string const&
     Json::Value claims;
     claims["iss"] = issuer;
     claims["sub"] = subject;
-    claims["aud"] = "client-1";
+    claims["aud"] = behaviour.clientOfIdToken;
     claims["iat"] = static_cast<Json::Int64>(WallClock());
     claims["exp"] = static_cast<Json::Int64>(WallClock() + 600);
     claims["name"] = "Alice";
@@ -215,6 +219,8 @@ HttpResponse TestProvider::Token(Parameters const& form)
         return Error("invalid_client");
     if (Find(form, "grant_type") == "authorization_code")
         return Exchange(form);
+    if (Find(form, "grant_type") == "urn:ietf:params:oauth:grant-type:device_code")
+        return PollDevice(form);
     ++counts["refresh"];
     if (behaviour.refreshStatus != 0)
         return AsResponse(behaviour.refreshStatus, behaviour.refreshBody);
@@ -234,6 +240,40 @@ HttpResponse TestProvider::Exchange(Parameters const& form)
         json["id_token"] =
             IdToken(Subject, behaviour.nonce.empty() ? code->second.nonce : behaviour.nonce);
     codes.erase(code);
+    return AsResponse(200, json);
+}
+
+HttpResponse TestProvider::Device(Parameters const& form)
+{
+    Json::Value json;
+    std::string const code = NewSecret("device_code");
+    devices[code] = Find(form, "scope");
+    json["device_code"] = code;
+    json["user_code"] = "WDJB-MJHT";
+    json["verification_uri"] = issuer + "/verify";
+    json["verification_uri_complete"] = issuer + "/verify?user_code=WDJB-MJHT";
+    json["expires_in"] = behaviour.deviceLifetime;
+    json["interval"] = behaviour.deviceInterval;
+    return AsResponse(200, json);
+}
+
+HttpResponse TestProvider::PollDevice(Parameters const& form)
+{
+    ++counts["poll"];
+    if (!behaviour.devicePolls.empty()) {
+        std::string const error = behaviour.devicePolls.front();
+        behaviour.devicePolls.pop_front();
+        HttpResponse failed;
+        failed.failure = HttpFailure::Timeout;
+        return error == "timeout" ? failed : Error(error.c_str());
+    }
+    auto const device = devices.find(Find(form, "device_code"));
+    if (device == devices.end())
+        return Error("invalid_grant");
+    Json::Value json = NewTokens(device->second, ++families);
+    devices.erase(device);
+    if (behaviour.givesIdToken)
+        json["id_token"] = IdToken(Subject, behaviour.nonce);
     return AsResponse(200, json);
 }
 

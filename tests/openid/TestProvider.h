@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <deque>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -30,12 +31,17 @@ public:
         std::string subjectOfUserinfo; ///< If it is to be another one.
         std::string subjectOfRefresh;  ///< Of the id_token that a refresh then gives.
         std::string nonce;             ///< If it is to be another one.
+        std::string clientOfIdToken = "client-1";
         bool givesIdToken = true, givesRefreshToken = true, rotates = true;
         int lifetime = 3600; ///< 0: not told.
         /// Scopes that it knows; a refresh for others is refused, by an error or its status alone.
         std::set<std::string> scopes{"openid", "profile", "offline_access", "data:read",
                                      "Data:Read"};
         bool refusesScopesByStatusAlone = false;
+        bool hasDevices = false; ///< The device grant.
+        int deviceInterval = 5, deviceLifetime = 600;
+        /// What polls get before the tokens: an error each, or "timeout" for no answer.
+        std::deque<std::string> devicePolls;
         /// Called once a request is in hand, before it is answered.
         std::function<void(std::string const& endpoint)> onRequest;
     };
@@ -50,14 +56,14 @@ public:
     std::string Redirect(std::string const& authorizationUrl);
 
     /// How often an endpoint was asked: "discovery", "keys", "token", "refresh", "userinfo",
-    /// "revocation".
+    /// "revocation", "device", "poll".
     int Count(std::string const& endpoint) const;
     /// How often a refresh token came that had been used before.
     int Reuses() const;
     /// All that it gave out and was given, to be looked for in files and memory: tokens, codes,
     /// verifiers, states.
     std::set<std::string> Secrets() const;
-    /// The same, with its kind: "access_token", "refresh_token", "id_token", "code".
+    /// The same, with its kind: "access_token", "refresh_token", "id_token", "code", "device_code".
     std::string Last(std::string const& kind) const;
     /// Refuses all tokens that it has given so far.
     void RevokeAll();
@@ -79,6 +85,8 @@ private:
     Response Keys() const;
     Response Token(Parameters const& form);
     Response Exchange(Parameters const& form);
+    Response Device(Parameters const& form);
+    Response PollDevice(Parameters const& form);
     Response Refresh(Parameters const& form);
     Response UserInfo(std::string const& authorization) const;
     Response Revoke(Parameters const& form);
@@ -92,6 +100,7 @@ private:
     std::map<std::string, int> counts;
     std::map<std::string, Code> codes;
     std::map<std::string, RefreshToken> refreshTokens;
+    std::map<std::string, std::string> devices; // the scope by the device code
     std::set<int> revokedFamilies;
     std::set<std::string> accessTokens, secrets;
     std::map<std::string, std::string> last;

@@ -9,6 +9,7 @@ with status 77 and a line that says why where the provider cannot be had.
 import pathlib
 import sys
 import tempfile
+import time
 
 HERE = pathlib.Path(__file__).resolve().parent
 sys.path[:0] = [str(HERE / "host"), str(HERE / "providers")]
@@ -149,6 +150,46 @@ def account_is_removed(place):
     assert place.sign_ins() == 1
 
 
+def other_device(place):
+    """The user signs in and agrees in a browser that knows nothing of the host."""
+    with place.start_without_browser() as host, place.start_without_browser() as second:
+        begun = host.ask("InitiateLogin.device", 17_000)
+        assert begun["result"] is True, begun
+        address, code, *complete = begun["text"].split("\n")
+        assert address.startswith("https://localhost:") and len(complete) == 1, begun
+        began = time.monotonic()
+        host.begin("CompleteLogin")
+        if place.provider.name == "glewlwyd":
+            # While the user has not agreed, it tells who asks too often to slow down.
+            place.provider.seem_polled(3)
+            time.sleep(2.5)
+        user = Browser(str(place.provider.authority.bundle), place.provider.user,
+                       place.provider.password)
+        _, status, page = user.visit(complete[0])
+        assert status == 200, page
+        assert host.ask("await") is True, place.log()
+        if place.provider.name == "glewlwyd":
+            assert time.monotonic() - began > 6, "it was not told to slow down"
+        assert not place.logged(" Error "), place.log()
+        assert not place.logged(code), place.log()
+        assert host.ask("GetUserNameW") == "Alice Ågren"
+        assert second.ask("RestoreLogin") is True and token_of(second) == token_of(host)
+        assert second.ask("RefreshOAuth2Token.spec", 1, "data:read") is True
+        assert host.ask("Logout") is True
+
+
+def other_device_denied(place):
+    with place.start_without_browser() as host:
+        begun = host.ask("InitiateLogin.device", 17_000)
+        host.begin("CompleteLogin")
+        user = Browser(str(place.provider.authority.bundle), place.provider.user,
+                       place.provider.password)
+        user.presses = "abort"
+        user.visit(begun["text"].split("\n")[2])
+        assert host.ask("await") is False and host.ask("IsLoggedIn") is False
+        assert place.logged("Cannot sign in", "access_denied", "and agree"), place.log()
+
+
 def chromium_signs_in(place):
     """A real browser shows the page that the listener answers with."""
     place.browser = chromium.script(place.root, place.provider.authority)
@@ -161,7 +202,7 @@ def chromium_signs_in(place):
 
 TESTS = {each.__name__: each
          for each in (signs_in, rotates, reuse_is_told, signs_out, account_is_removed,
-                      chromium_signs_in)}
+                      other_device, other_device_denied, chromium_signs_in)}
 
 
 def main(test, provider_name, programs, *emulator):

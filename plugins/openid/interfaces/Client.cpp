@@ -1,6 +1,7 @@
 // What is behind WebServicesManager.
 
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <list>
 #include <mutex>
@@ -42,6 +43,20 @@ bool IsLoginPast(Session& session)
 {
     std::int64_t const date = session.LoginExpiryDate();
     return date != 0 && date <= WallClock();
+}
+
+/// The number for InitiateLogin that asks for a sign-in on another device.
+constexpr int OnAnotherDevice = 1;
+
+/// What a host shows, a line each: the address, and for another device the code and, if there is
+/// one, the address that has the code in it.
+Secret TextToShow(BegunLogin const& login)
+{
+    std::string text = *login.url;
+    for (std::string const& line : {login.userCode, login.urlWithCode})
+        if (!line.empty())
+            text += '\n' + line;
+    return Secret(std::move(text));
 }
 
 class OpenIdClient : public OnSession<SSOClientDefaults> {
@@ -149,10 +164,12 @@ public:
         error = begun ? LoginErrorEx() : error;
         return begun;
     }
-    bool InitiateLogin(wchar_t const* loginHint, int, wchar_t* buffer, int capacity,
+    bool InitiateLogin(wchar_t const* loginHint, int where, wchar_t* buffer, int capacity,
                        LoginError& error, int& value) override
     {
-        bool const begun = Initiate(loginHint, buffer, capacity, value);
+        bool const begun = where == OnAnotherDevice
+                               ? InitiateBy(&Session::BeginDeviceLogin, buffer, capacity, value)
+                               : Initiate(loginHint, buffer, capacity, value);
         error = begun ? LoginError() : error;
         return begun;
     }
@@ -369,10 +386,17 @@ private:
 
     bool Initiate(wchar_t const* loginHint, wchar_t* buffer, int capacity, int& status)
     {
+        return InitiateBy([&](Session& session) { return session.BeginLogin(Given(loginHint)); },
+                          buffer, capacity, status);
+    }
+
+    template <class Begin>
+    bool InitiateBy(Begin const& begin, wchar_t* buffer, int capacity, int& status)
+    {
         bool const begun = Ask([&](Session& session) {
             if (buffer == nullptr || capacity < 1)
                 return false;
-            auto login = session.BeginLogin(Given(loginHint));
+            auto login = std::invoke(begin, session);
             if (!login)
                 return false;
             bool isTaken = false;
@@ -380,11 +404,12 @@ private:
                 if (!isTaken)
                     session.CancelLogin(*login);
             });
-            if (CopyWhole(login->url, buffer, capacity) == 0) {
+            Secret const text = TextToShow(*login);
+            if (CopyWhole(text, buffer, capacity) == 0) {
                 Report(session, "Cannot begin a sign-in",
                        "the address does not fit into the program's buffer of " +
                            std::to_string(capacity) + " characters",
-                       "pass one for at least " + std::to_string(login->url->size() + 1));
+                       "pass one for at least " + std::to_string(text->size() + 1));
                 return false;
             }
             std::lock_guard<std::mutex> const lock(mutex);

@@ -11,6 +11,9 @@ namespace Halvorix::OpenId {
 /// that gets the address as its only argument instead. False and a reason if nothing was started.
 bool OpenInBrowser(std::string const& url, std::string& reason);
 
+/// Whether there is a screen for it: on Linux a display, or a browser that the environment names.
+bool CanShowBrowser();
+
 /// Time that passed since the machine started, sleep included; no clock that is set moves it.
 std::chrono::milliseconds SinceBoot();
 /// Seconds since 1970, UTC, by the system's clock.

@@ -45,6 +45,18 @@ Failure Missing(Client const& client, std::string const& what)
     return failure;
 }
 
+/// A sign-in's tokens, or that nobody knows whose they are.
+Outcome<TokenAnswer> WithIdToken(Outcome<TokenAnswer> answer, Client const& client)
+{
+    if (!answer || !answer->idToken->empty())
+        return answer;
+    Failure failure;
+    failure.kind = Failure::Kind::Provider;
+    failure.reason = "the provider " + ForLog(client.issuer) + " gave tokens, but no id_token";
+    failure.remedy = "ask the provider's administrator to let the client have the scope openid";
+    return failure;
+}
+
 } // namespace
 
 Provider::Provider(Client identity, Send sender)
@@ -150,15 +162,7 @@ Outcome<TokenAnswer> Provider::ExchangeCode(std::string const& code, std::string
     parameters.emplace_back("code", code);
     parameters.emplace_back("redirect_uri", redirectUri);
     parameters.emplace_back("code_verifier", verifier);
-    auto answer = AskTokens(std::move(parameters), client.scopes, cancelled);
-    if (answer && answer->idToken->empty()) {
-        Failure failure;
-        failure.kind = Failure::Kind::Provider;
-        failure.reason = "the provider " + ForLog(client.issuer) + " gave tokens, but no id_token";
-        failure.remedy = "ask the provider's administrator to let the client have the scope openid";
-        return failure;
-    }
-    return answer;
+    return WithIdToken(AskTokens(std::move(parameters), client.scopes, cancelled), client);
 }
 
 Outcome<TokenAnswer> Provider::Refresh(std::string const& refreshToken, std::string const& scope)
@@ -176,7 +180,7 @@ Outcome<TokenAnswer> Provider::PollDevice(std::string const& deviceCode)
     Parameters parameters = NewParameters();
     parameters.emplace_back("grant_type", "urn:ietf:params:oauth:grant-type:device_code");
     parameters.emplace_back("device_code", deviceCode);
-    return AskTokens(std::move(parameters), client.scopes, nullptr);
+    return WithIdToken(AskTokens(std::move(parameters), client.scopes, nullptr), client);
 }
 
 Outcome<DeviceAuthorization> Provider::AuthorizeDevice(std::string const& scope)

@@ -68,6 +68,19 @@ std::string FindNoText(Json::Value const& json, std::initializer_list<char const
     return {};
 }
 
+/// A code that a person reads on one device and enters on another.
+bool CanBeTyped(std::string const& code)
+{
+    constexpr std::size_t longest = 64;
+    return !code.empty() && code.size() <= longest && code.front() != ' ' && code.back() != ' ';
+}
+
+/// Plain http at this machine is for a provider that runs there itself.
+bool MayBeOpened(std::string const& address, Question const& question)
+{
+    return IsSecureUrl(address) && (UsesTls(address) || !UsesTls(question.url));
+}
+
 } // namespace
 
 Outcome<TokenAnswer> ReadTokenAnswer(Json::Value const& json, Question const& question,
@@ -111,10 +124,13 @@ Outcome<DeviceAuthorization> ReadDeviceAuthorization(Json::Value const& json,
     answer.userCode = TextMember(json, "user_code");
     answer.verificationUri = TextMember(json, "verification_uri");
     answer.verificationUriComplete = TextMember(json, "verification_uri_complete");
-    if (answer.deviceCode->empty() || answer.userCode.empty() || answer.userCode.size() > 64)
+    if (answer.deviceCode->empty() || answer.userCode.empty())
         return BrokenAnswer(question, "without the codes of a sign-in on another device");
-    if (!IsSecureUrl(answer.verificationUri) ||
-        (!answer.verificationUriComplete.empty() && !IsSecureUrl(answer.verificationUriComplete)))
+    if (!CanBeTyped(answer.userCode))
+        return BrokenAnswer(question, "with a code (user_code) that nobody can type");
+    std::string const& complete = answer.verificationUriComplete;
+    if (!MayBeOpened(answer.verificationUri, question) ||
+        (!complete.empty() && !MayBeOpened(complete, question)))
         return BrokenAnswer(question, "with an address to sign in at that is not https");
     auto const lifetime = ReadSeconds(json["expires_in"], LongestLifetime);
     if (!lifetime)

@@ -1,4 +1,4 @@
-// Signing in: the authorization code with PKCE in the system's browser.
+// Signing in: the authorization code with PKCE in the system's browser, and what every sign-in has.
 
 #include <algorithm>
 #include <utility>
@@ -24,11 +24,6 @@ Failure Why(Failure::Kind kind, std::string reason, std::string remedy)
     return failure;
 }
 
-Failure WasCancelled()
-{
-    return Why(Failure::Kind::Cancelled, "the host ended it", "sign in again when it is wanted");
-}
-
 /// The provider's answer in the browser's address, with the code in it; wiped at its end.
 struct Response {
     Parameters parameters;
@@ -40,6 +35,11 @@ struct Response {
 };
 
 } // namespace
+
+Failure WasCancelled()
+{
+    return Why(Failure::Kind::Cancelled, "the host ended it", "sign in again when it is wanted");
+}
 
 PendingLogin::~PendingLogin()
 {
@@ -65,13 +65,8 @@ std::shared_ptr<PendingLogin> Session::Hidden::Reserve()
     return login;
 }
 
-Outcome<std::string> Session::Hidden::Prepare(PendingLogin& login, std::string const& loginHint)
+Outcome<BegunLogin> Session::Hidden::Prepare(PendingLogin& login, std::string const& loginHint)
 {
-    std::string reason;
-    if (!PreparePrivateFolder(store.Folder(), reason))
-        return Why(Failure::Kind::Local,
-                   "the store's folder " + PathText(store.Folder()) + " cannot be used: " + reason,
-                   "see that this user may write there, or set store in HxSSOOpenID.json");
     RequestBounds const bounds(&login.cancelled, NetworkLimit());
     auto metadata = login.target.provider->Discover();
     if (!metadata)
@@ -88,8 +83,10 @@ Outcome<std::string> Session::Hidden::Prepare(PendingLogin& login, std::string c
     login.metadata = std::move(*metadata);
     login.secrets = NewAuthorizationSecrets();
     login.listener = std::move(*listener);
-    return AuthorizationUrl(login.metadata, login.target.provider->GetClient(),
-                            login.listener->RedirectUri(), login.secrets, loginHint);
+    BegunLogin begun;
+    begun.url = AuthorizationUrl(login.metadata, login.target.provider->GetClient(),
+                                 login.listener->RedirectUri(), login.secrets, loginHint);
+    return begun;
 }
 
 std::int32_t Session::Hidden::DefaultType()
@@ -197,31 +194,42 @@ bool Session::Hidden::Conclude(PendingLogin& login, Outcome<StoredLogin> const& 
     return true;
 }
 
-std::optional<BegunLogin> Session::BeginLogin(std::string const& loginHint)
+std::optional<BegunLogin> Session::Hidden::Begin(Preparation const& prepare)
 {
-    if (!hidden->configuration) {
-        hidden->log->Failed(CannotSignIn, hidden->configuration.Why());
+    if (!configuration) {
+        log->Failed(CannotSignIn, configuration.Why());
         return std::nullopt;
     }
-    auto const login = hidden->Reserve();
+    auto const login = Reserve();
     if (!login) {
-        hidden->log->Failed(CannotSignIn,
-                            Why(Failure::Kind::Local, "another sign-in is in progress",
-                                "finish it in the browser, or sign out to end it"));
+        log->Failed(CannotSignIn, Why(Failure::Kind::Local, "another sign-in is in progress",
+                                      "finish it in the browser, or sign out to end it"));
         return std::nullopt;
     }
     bool isReady = false;
     AtEnd const ending([&] {
         if (!isReady)
-            hidden->End(login);
+            End(login);
     });
-    auto url = hidden->Prepare(*login, loginHint);
-    if (!url) {
-        hidden->log->Failed(CannotSignIn, url.Why());
+    std::string reason;
+    auto begun =
+        PreparePrivateFolder(store.Folder(), reason)
+            ? prepare(*login)
+            : Why(Failure::Kind::Local,
+                  "the store's folder " + PathText(store.Folder()) + " cannot be used: " + reason,
+                  "see that this user may write there, or set store in HxSSOOpenID.json");
+    if (!begun) {
+        log->Failed(CannotSignIn, begun.Why());
         return std::nullopt;
     }
+    begun->login = login;
     isReady = true;
-    return BegunLogin{Secret(std::move(*url)), login};
+    return std::move(*begun);
+}
+
+std::optional<BegunLogin> Session::BeginLogin(std::string const& loginHint)
+{
+    return hidden->Begin([&](PendingLogin& login) { return hidden->Prepare(login, loginHint); });
 }
 
 bool Session::FinishLogin(BegunLogin const& begun)
@@ -234,25 +242,32 @@ bool Session::FinishLogin(BegunLogin const& begun)
         return false;
     }
     AtEnd const ending([&] { hidden->End(login); });
-    auto answer = hidden->AskForTokens(*login);
+    auto answer = login->device ? hidden->PollForTokens(*login) : hidden->AskForTokens(*login);
     return hidden->Conclude(*login, answer ? hidden->Identify(*login, std::move(*answer))
                                            : Outcome<StoredLogin>(answer.Why()));
 }
 
 bool Session::LoginInBrowser(std::string const& loginHint)
 {
-    auto const begun = BeginLogin(loginHint);
-    if (!begun)
-        return false;
-    AtEnd const ending([&] { CancelLogin(*begun); });
+    bool const permitsDevice = hidden->Chosen().server.deviceLogin;
+    if (permitsDevice && !hidden->outside.canShowBrowser())
+        return LoginOnDevice();
     std::string reason;
-    if (!hidden->outside.openBrowser(*begun->url, reason)) {
-        hidden->log->Failed(CannotSignIn,
-                            Why(Failure::Kind::Local, "no browser was started: " + reason,
-                                "set a default browser for this user"));
-        return false;
+    bool isEnded = false;
+    {
+        auto const begun = BeginLogin(loginHint);
+        if (!begun)
+            return false;
+        AtEnd const ending([&] { CancelLogin(*begun); });
+        if (hidden->outside.openBrowser(*begun->url, reason))
+            return FinishLogin(*begun);
+        isEnded = begun->login.expired();
     }
-    return FinishLogin(*begun);
+    if (permitsDevice && !isEnded)
+        return LoginOnDevice();
+    hidden->log->Failed(CannotSignIn, Why(Failure::Kind::Local, "no browser was started: " + reason,
+                                          "set a default browser for this user"));
+    return false;
 }
 
 void Session::CancelLogin(BegunLogin const& begun)

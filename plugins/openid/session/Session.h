@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 
 #include <json/value.h>
 
@@ -40,7 +41,9 @@ struct PendingLogin;
 /// A sign-in that was begun. Its holder finishes and cancels this one, and never another that came
 /// after it.
 struct BegunLogin {
-    Secret url; ///< The authorization address.
+    Secret url;              ///< The authorization address, or the one to open on another device.
+    std::string userCode;    ///< To be entered on the other device; empty for one in a browser.
+    std::string urlWithCode; ///< The other device's address with the code in it; may be empty.
     std::weak_ptr<PendingLogin> login;
 };
 
@@ -48,8 +51,12 @@ struct BegunLogin {
 struct Outside {
     Provider::Send send = SendHttp;
     std::function<bool(std::string const& url, std::string& reason)> openBrowser = OpenInBrowser;
+    std::function<bool()> canShowBrowser = CanShowBrowser;
     std::function<std::int64_t()> wallClock = WallClock;
     std::function<std::chrono::milliseconds()> sinceBoot = SinceBoot;
+    std::function<void(std::chrono::milliseconds)> sleep = [](std::chrono::milliseconds time) {
+        std::this_thread::sleep_for(time);
+    };
 };
 
 /// What the interfaces share: the login at the chosen server, its tokens and the providers. Any
@@ -84,9 +91,12 @@ public:
     bool ClearUrlOverrides(std::int32_t server);
 
     // Signing in.
+    /// Where no browser can be shown, on another device if the configuration permits it.
     bool LoginInBrowser(std::string const& loginHint);
     /// With the listener open for FinishLogin. One login at a time.
     std::optional<BegunLogin> BeginLogin(std::string const& loginHint);
+    /// On another device (RFC 8628), with its address and code.
+    std::optional<BegunLogin> BeginDeviceLogin();
     /// False for one that was ended, or is being finished already.
     bool FinishLogin(BegunLogin const& begun);
     /// Waits for nothing. Nothing happens if it was ended.
@@ -145,6 +155,9 @@ public:
     LogFile& Log();
 
 private:
+    /// With address and code in the log, where the user has to look for them.
+    bool LoginOnDevice();
+
     struct Hidden;
     std::unique_ptr<Hidden> const hidden;
 };

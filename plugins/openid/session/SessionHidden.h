@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "openid/protocol/Authorization.h"
+#include "openid/protocol/DeviceGrant.h"
 #include "openid/protocol/Listener.h"
 #include "openid/session/ProxyCredentials.h"
 #include "openid/session/Requests.h"
@@ -36,12 +38,19 @@ struct Target {
     std::string Key() const { return server.issuer + '\n' + server.clientId; }
 };
 
+/// A sign-in on another device.
+struct PendingDevice {
+    Secret code;
+    DevicePolling polling;
+};
+
 /// A login that is on its way.
 struct PendingLogin {
     Target target;
     Metadata metadata;
-    AuthorizationSecrets secrets;
-    std::unique_ptr<Listener> listener;
+    AuthorizationSecrets secrets; ///< Empty on another device, whose grant has neither of them.
+    std::unique_ptr<Listener> listener;  ///< In a browser.
+    std::optional<PendingDevice> device; ///< On another device.
     std::chrono::milliseconds deadline{0};
     std::atomic<bool> cancelled{false};
     bool isAwaited = false; ///< Under the session's mutex.
@@ -102,7 +111,9 @@ struct Session::Hidden {
     // Login.cpp
     std::int32_t DefaultType();
     std::shared_ptr<PendingLogin> Reserve();
-    Outcome<std::string> Prepare(PendingLogin& login, std::string const& loginHint);
+    using Preparation = std::function<Outcome<BegunLogin>(PendingLogin&)>;
+    std::optional<BegunLogin> Begin(Preparation const& prepare);
+    Outcome<BegunLogin> Prepare(PendingLogin& login, std::string const& loginHint);
     bool Await(std::shared_ptr<PendingLogin> const& login);
     Outcome<TokenAnswer> AskForTokens(PendingLogin& login);
     /// Who signed in, by what the token endpoint gave.
@@ -112,6 +123,10 @@ struct Session::Hidden {
     bool Conclude(PendingLogin& login, Outcome<StoredLogin> const& result);
     /// Makes room for the next one, if it is not there already.
     void End(std::shared_ptr<PendingLogin> const& login);
+
+    // DeviceLogin.cpp
+    Outcome<BegunLogin> PrepareDevice(PendingLogin& login);
+    Outcome<TokenAnswer> PollForTokens(PendingLogin& login);
 
     // Logins.cpp
     Account& AccountOf(Target const& target);
@@ -142,6 +157,8 @@ struct Session::Hidden {
     void Failed(Target const& target, TokenSpec const& spec, Failure const& why);
 };
 
+/// That a sign-in was ended by the host.
+Failure WasCancelled();
 /// A token that a provider gave, as it is kept.
 StoredToken KeptToken(TokenAnswer const& answer, TokenSpec const& spec, std::int64_t now);
 /// Puts a token into the place of the one for the same spec.

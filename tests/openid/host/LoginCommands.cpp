@@ -107,6 +107,15 @@ void AddLogin(Commands& commands)
                                                    capacity, error, value);
         return to.With(begun, error, value);
     };
+    commands["InitiateLogin.device"] = [](Arguments& in) {
+        int const capacity = in.Number();
+        Initiated to(capacity);
+        LoginError error{};
+        int value = -1;
+        bool const begun = Manager().InitiateLogin(in.WideRest().c_str(), 1, to.buffer.data(),
+                                                   capacity, error, value);
+        return to.With(begun, error, value);
+    };
     commands["InitiateLogin.errorEx"] = [](Arguments& in) {
         int const capacity = in.Number();
         Initiated to(capacity);

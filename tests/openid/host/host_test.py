@@ -632,7 +632,7 @@ def NoErrorOfTheLibrary(place, _provider):
     assert any("module loaded (Version" in line for line in place.log())
 
 
-def main():
+def main(cases):
     if reason := why_not():
         skip(reason)
     with tempfile.TemporaryDirectory() as folder:
@@ -640,11 +640,11 @@ def main():
         with hostile.HostileProvider(root / "authority") as provider:
             place = Installation(root / "place", PROGRAMS, EMULATOR, provider)
             try:
-                globals()[sys.argv[1]](place, provider)
+                cases[sys.argv[1]](place, provider)
             except BaseException:
                 print(*place.log(), sep="\n")
                 raise
 
 
 if __name__ == "__main__":
-    main()
+    main(globals())

@@ -81,6 +81,7 @@ OPERATIONS = [
     ("InitiateLogin 20", {"result": False, "text": ""}, SAME),
     ("InitiateLogin.error 20", {"result": False, "text": "", "error": 2, "value": 404}, SAME),
     ("InitiateLogin.number 20 bob", {"result": False, "text": "", "error": 2, "value": 404}, SAME),
+    ("InitiateLogin.device 20", {"result": False, "text": "", "error": 2, "value": 404}, SAME),
     ("InitiateLogin.errorEx 20 bob", {"result": False, "text": "", "error": 7, "value": 404},
      SAME),
     ("CompleteLogin", False, SAME),

@@ -32,11 +32,14 @@ class Page(html.parser.HTMLParser):
     def __init__(self, text):
         super().__init__()
         self.action, self.method, self.fields, self.words = None, "get", {}, []
+        self.buttons = {}  # all that have a name, also those that stand outside
         self._inside, self._hidden, self._submitted = False, 0, False
         self.feed(text)
 
     def handle_starttag(self, tag, attributes):
         attributes = dict(attributes)
+        if tag == "button" and attributes.get("name"):
+            self.buttons[attributes["name"]] = attributes.get("value", "")
         if tag == "form" and self.action is None:
             self._inside, self.action = True, attributes.get("action", "")
             self.method = attributes.get("method", "get").lower()
@@ -63,6 +66,7 @@ class Browser:
     def __init__(self, authority=None, user="alice", password="wonderland", cookies=None,
                  trace=None):
         self.user, self.password, self.trace = user, password, trace
+        self.presses = None  # a button that is pressed where there is one of this name
         self.cookies = http.cookiejar.LWPCookieJar(cookies)
         if cookies and os.path.exists(cookies):
             self.cookies.load(ignore_discard=True)
@@ -107,6 +111,8 @@ class Browser:
                 return at, status, " ".join(page.words)
             else:
                 at, status, kind, text = self._submit(at, page)
+                if self.presses in page.buttons:
+                    return at, status, text
         raise RuntimeError(f"more than {PAGES} pages, the last one {at.partition('?')[0]}")
 
     def _submit(self, at, page):
@@ -116,6 +122,8 @@ class Browser:
                 fields[name] = self.user
             elif name == "password":
                 fields[name] = self.password
+        if self.presses in page.buttons:
+            fields[self.presses] = page.buttons[self.presses]
         target = urllib.parse.urljoin(at, page.action or at)
         query = urllib.parse.urlencode(fields)
         if page.method == "post":

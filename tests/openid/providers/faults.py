@@ -6,10 +6,11 @@ TOKEN     how the id_token is made
 TOKENS    what else the token endpoint gives
 USERINFO  the claims of userinfo
 DISCOVERY what the provider says of itself
+DEVICE    address and code for another device
 ANSWERS   the answer of any endpoint, which is named with it
 CERTIFICATES
 
-The first six are functions that change pairs of name and value, so that a name may stand
+The first seven are functions that change pairs of name and value, so that a name may stand
 twice.
 """
 
@@ -122,6 +123,18 @@ DISCOVERY = {
     "discovery-authorization-endpoint-file":
         setting("authorization_endpoint", "file:///etc/passwd"),
     "discovery-jwks-missing": without("jwks_uri"),
+    "discovery-device-missing": without("device_authorization_endpoint"),
+}
+
+DEVICE = {
+    "device-uri-http": setting("verification_uri", "http://other.example/device"),
+    "device-uri-loopback": setting("verification_uri", "http://127.0.0.1:1/device"),
+    "device-uri-complete-script": setting("verification_uri_complete", "javascript:alert(1)"),
+    "device-code-lines": setting("user_code", "A\nhttps://other.example"),
+    "device-code-long": setting("user_code", "A" * 65),
+    "device-code-missing": without("device_code"),
+    "device-expiry-missing": without("expires_in"),
+    "device-interval-text": setting("interval", "often"),
 }
 
 STATUSES = {
@@ -154,7 +167,7 @@ ANSWERS = (*STATUSES, *BODIES, *STREAMS)
 CERTIFICATES = ("expired", "other-name", "self-signed")
 
 # All that need no endpoint with them.
-NAMES = (*RESPONSE, *CLAIMS, *TOKEN, *TOKENS, *USERINFO, *DISCOVERY,
+NAMES = (*RESPONSE, *CLAIMS, *TOKEN, *TOKENS, *USERINFO, *DISCOVERY, *DEVICE,
          *(f"certificate-{kind}" for kind in CERTIFICATES))
 
 

@@ -126,6 +126,17 @@ class Glewlwyd:
         return {"issuer": self.issuer, "clientId": self.client_id, "scopes": scopes,
                 "redirectPorts": self.redirect_ports}
 
+    def seem_polled(self, seconds):
+        """As if all devices that wait had asked so many seconds from now: the next time is too
+        soon for them."""
+        with sqlite3.connect(f"{self._folder.name}/glewlwyd.db", timeout=10) as connection:
+            changed = connection.execute(
+                "UPDATE gpo_device_authorization SET gpoda_last_check = ? WHERE gpoda_status < 2",
+                (int(time.time()) + seconds,)).rowcount
+        connection.close()
+        if changed != 1:
+            raise RuntimeError(f"glewlwyd: {changed} devices wait")
+
     # ----- by its own interface, as an administrator does
 
     def _set_up(self):

@@ -364,10 +364,10 @@ class HostileProvider:
                 "polled_at": time.monotonic() - 60, "answer": None,
                 "ends_at": time.monotonic() + self.device_lifetime}
         page = self.issuer + "/verify"
-        return self._json([
+        return self._json(self._changed(faults.DEVICE, [
             ("device_code", code), ("user_code", user_code), ("verification_uri", page),
             ("verification_uri_complete", f"{page}?user_code={user_code}"),
-            ("expires_in", self.device_lifetime), ("interval", self.device_interval)])
+            ("expires_in", self.device_lifetime), ("interval", self.device_interval)]))
 
     def verify(self, parameters, _bearer):
         """The page that a user of the device grant opens."""

@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <ctime>
+#include <iterator>
 #include <linux/close_range.h>
 #include <vector>
 
@@ -129,6 +130,15 @@ bool OpenInBrowser(std::string const& url, std::string& reason)
     if (error != 0)
         reason = file + ": " + ErrorText(error);
     return error == 0;
+}
+
+bool CanShowBrowser()
+{
+    constexpr char const* variables[] = {"DISPLAY", "WAYLAND_DISPLAY", "HXSSO_OPENID_BROWSER"};
+    return std::any_of(std::begin(variables), std::end(variables), [](char const* name) {
+        char const* const value = ::secure_getenv(name);
+        return value != nullptr && *value != '\0';
+    });
 }
 
 std::chrono::milliseconds SinceBoot()

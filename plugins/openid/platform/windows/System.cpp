@@ -128,6 +128,8 @@ bool OpenInBrowser(std::string const& url, std::string& reason)
     return error == 0;
 }
 
+bool CanShowBrowser() { return true; } // the shell tells when it is asked
+
 std::chrono::milliseconds SinceBoot() { return std::chrono::milliseconds(::GetTickCount64()); }
 
 std::int64_t WallClock() { return std::time(nullptr); }
