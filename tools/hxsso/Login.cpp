@@ -1,5 +1,7 @@
 // Signing in and out.
 
+#include <sstream>
+#include <string>
 #include <vector>
 
 #include <WebServicesUIManager.h>
@@ -41,25 +43,70 @@ public:
     }
 };
 
-/// In the browser that the plugin opens.
-bool LoginInBrowser(UserInterface& userInterface, std::string const& hint)
+Answer NobodySignedIn()
 {
-    TellProgress("The browser opens; sign in there. Without a browser here: Ctrl-C, and "
-                 "hxsso login --no-browser");
-    return userInterface.Begin().Login(ToWide(hint).c_str());
+    return ReasonInPluginLog(Status::Provider,
+                             Failed(Status::Provider, "nobody signed in",
+                                    "try again; the plugin's log tells the reason"));
+}
+
+/// In the browser that the plugin opens.
+Answer LoginInBrowser(UserInterface& userInterface, std::string const& hint)
+{
+    TellProgress("The browser opens; sign in there. Without a browser here, as over SSH: Ctrl-C, "
+                 "and hxsso login --device");
+    return userInterface.Begin().Login(ToWide(hint).c_str()) ? Answer() : NobodySignedIn();
 }
 
 /// In one that the user opens.
-bool LoginAtAddress(WebServicesManager& manager, std::string const& hint)
+Answer LoginAtAddress(WebServicesManager& manager, std::string const& hint)
 {
     std::vector<wchar_t> address(LongestAddress);
     LoginErrorEx error = LoginErrorEx::Preset;
     int value = 0;
     if (!manager.InitiateLogin(ToWide(hint).c_str(), address.data(), LongestAddress, error, value))
-        return false;
+        return NobodySignedIn();
     TellProgress("Open this address in a browser on this machine, to which it comes back:");
     TellProgress(ToUtf8(address.data()));
-    return manager.CompleteLogin();
+    return manager.CompleteLogin() ? Answer() : NobodySignedIn();
+}
+
+/// What the open plugin gives for another device: the address, the code, and perhaps an address
+/// with the code in it.
+std::vector<std::string> LinesForDevice(std::wstring const& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(ToUtf8(text));
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+/// On any device, such as a telephone, while this one waits.
+Answer LoginOnDevice(WebServicesManager& manager, std::string const& hint)
+{
+    constexpr int onAnotherDevice = 1;
+    std::vector<wchar_t> text(LongestAddress);
+    LoginError error = LoginError::Preset;
+    int value = 0;
+    if (!manager.InitiateLogin(ToWide(hint).c_str(), onAnotherDevice, text.data(), LongestAddress,
+                               error, value))
+        return NobodySignedIn();
+    auto const lines = LinesForDevice(text.data());
+    // Another plugin may take no notice of the number.
+    if (lines.size() < 2)
+        return Failed(Status::Provider, "the sign-on plugin offers no sign-in on another device",
+                      "run 'hxsso login' where there is a browser");
+    TellProgress("On any device with a browser, open this address:");
+    TellProgress(lines[0]);
+    TellProgress("and enter this code:");
+    TellProgress(lines[1]);
+    if (lines.size() > 2)
+        TellProgress("or open this one, which has the code in it:");
+    for (std::size_t i = 2; i < lines.size(); ++i)
+        TellProgress(lines[i]);
+    TellProgress("Waiting; Ctrl-C ends the sign-in");
+    return manager.CompleteLogin() ? Answer() : NobodySignedIn();
 }
 
 Answer SignedIn(SignOn const& session, bool wasSignedIn)
@@ -87,6 +134,8 @@ bool EndsWithThisProcess()
 
 Answer Login(Options const& options)
 {
+    if (options.Has("--device") && options.Has("--no-browser"))
+        return Failed(Status::WrongUse, "--device and --no-browser do not go together", "give one");
     UserInterface userInterface; // ends after the session
     SignOn const session(options.Value("--server"));
     if (session.Obstacle().status != Status::Done)
@@ -96,18 +145,18 @@ Answer Login(Options const& options)
         return SignedIn(session, true);
     EndOnInterrupt("\nhxsso: the sign-in was ended\n");
     std::string const hint = options.Value("--hint");
-    bool const done = options.Has("--no-browser") ? LoginAtAddress(session.Manager(), hint)
-                                                  : LoginInBrowser(userInterface, hint);
-    if (done && EndsWithThisProcess())
+    WebServicesManager& manager = session.Manager();
+    Answer const answer = options.Has("--device")       ? LoginOnDevice(manager, hint)
+                          : options.Has("--no-browser") ? LoginAtAddress(manager, hint)
+                                                        : LoginInBrowser(userInterface, hint);
+    if (answer.status != Status::Done)
+        return answer;
+    if (EndsWithThisProcess())
         return ReasonInPluginLog(Status::Provider,
                                  Failed(Status::Provider, "the login cannot be stored",
                                         "see that this user may write to the plugin's store"),
                                  "The login is known");
-    if (done)
-        return SignedIn(session, false);
-    return ReasonInPluginLog(Status::Provider,
-                             Failed(Status::Provider, "nobody signed in",
-                                    "try again; the plugin's log tells the reason"));
+    return SignedIn(session, false);
 }
 
 Answer Logout(Options const& options)

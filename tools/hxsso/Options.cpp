@@ -16,7 +16,7 @@ struct Command {
 std::vector<Command> const& Commands()
 {
     static std::vector<Command> const commands{
-        {"login", {"--json", "--no-browser"}, {"--server", "--hint"}, {}},
+        {"login", {"--json", "--no-browser", "--device"}, {"--server", "--hint"}, {}},
         {"logout", {"--json"}, {"--server"}, {}},
         {"status", {"--json"}, {"--server"}, {}},
         {"whoami", {"--json"}, {"--server"}, {}},

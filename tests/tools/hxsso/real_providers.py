@@ -9,10 +9,11 @@ import pathlib
 import sys
 import tempfile
 
-from hxsso_place import Place, User, failed, skip, why_not
+from hxsso_place import PATIENCE, Place, User, failed, skip, why_not
 
 import glewlwyd  # noqa: E402
 import oidc_provider  # noqa: E402
+from browser import Browser  # noqa: E402
 
 PROVIDERS = {"oidc-provider": (oidc_provider.OidcProvider, oidc_provider.why_missing),
              "glewlwyd": (glewlwyd.Glewlwyd, glewlwyd.why_missing)}
@@ -43,6 +44,21 @@ def there_and_back(place, provider):
     ended = place.run("logout")
     assert ended.status == 0, ended
     failed(place.run("token"), 1, "nobody is signed in")
+
+    # And without a browser here.
+    process = place.begin("login", "--device")
+    address = ""
+    while "code=" not in address:
+        address = process.stderr.readline().decode().strip()
+        assert address, process.communicate()
+    somewhere = Browser(str(provider.authority.bundle), provider.user, provider.password)
+    _, status, page = somewhere.visit(address)
+    assert status == 200, page
+    output, errors = process.communicate(timeout=PATIENCE)
+    assert process.returncode == 0, (output, errors)
+    assert output.decode().startswith("Signed in as Alice Ågren"), output
+    assert place.token("--scope", "data:read")
+    assert place.run("logout").status == 0
 
 
 def main():

@@ -233,7 +233,7 @@ def NobodyComesBack(place, _provider):
 def NoBrowserAtAll(place, _provider):
     ended = place.run("login", HXSSO_OPENID_BROWSER=place.native(place.root / "none"))
     failed(ended, 4, "no browser was started")
-    assert "--no-browser" in ended.errors, ended
+    assert "--device" in ended.errors, ended
 
 
 if __name__ == "__main__":

@@ -18,7 +18,7 @@ _hxsso()
         return
     else
         case ${COMP_WORDS[1]} in
-        login) words='--server --hint --no-browser --json --help' ;;
+        login) words='--server --hint --no-browser --device --json --help' ;;
         logout | status | whoami) words='--server --json --help' ;;
         token) words='--server --scope --min-valid --header --show --json --help' ;;
         configure) words='--issuer --client-id --scopes --redirect-ports --name --folder --json --help' ;;

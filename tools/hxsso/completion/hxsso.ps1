@@ -8,7 +8,7 @@ Register-ArgumentCompleter -Native -CommandName hxsso, hxsso.exe, HxSSO.exe -Scr
     # The word that is being written may be among them.
     if ($wordToComplete -ne '') { $words = @($words | Select-Object -SkipLast 1) }
     $options = @{
-        login   = '--server', '--hint', '--no-browser', '--json', '--help'
+        login   = '--server', '--hint', '--no-browser', '--device', '--json', '--help'
         logout  = '--server', '--json', '--help'
         status  = '--server', '--json', '--help'
         whoami  = '--server', '--json', '--help'
