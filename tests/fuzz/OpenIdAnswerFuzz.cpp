@@ -73,7 +73,11 @@ void CheckDevice(DeviceAuthorization const& answer)
 {
     Holds(!answer.deviceCode->empty() && !answer.userCode.empty(), "there are codes");
     Holds(IsVisible(answer.userCode) && answer.userCode.size() <= 64, "a person can type it");
-    Holds(IsSecureUrl(answer.verificationUri), "the address is proper", answer.verificationUri);
+    Holds(answer.userCode.front() != ' ' && answer.userCode.back() != ' ', "it is seen whole");
+    std::string const &address = answer.verificationUri, &complete = answer.verificationUriComplete;
+    Holds(IsSecureUrl(address) && UsesTls(address), "the address is proper", address);
+    Holds(complete.empty() || (IsSecureUrl(complete) && UsesTls(complete)),
+          "the address with the code is proper", complete);
     Holds(answer.lifetime.count() >= 1 && answer.lifetime.count() <= LongestLife, "it ends");
     Holds(answer.interval.count() >= 1 && answer.interval.count() <= 300, "it is asked seldom");
 }
