@@ -14,6 +14,7 @@
 #include "api/MemberWalk.h"
 #include "framework/HostProgram.h"
 #include "framework/Installation.h"
+#include "framework/Scripts.h"
 #include "framework/Secrets.h"
 
 using namespace Halvorix::WebServices;
@@ -33,45 +34,40 @@ namespace {
 
 std::wstring Wide(std::string const& text) { return std::wstring(text.begin(), text.end()); }
 
-HOST_PROGRAM(AsksForTheProductName)
+HOST_PROGRAM(AsksForProductNames)
 {
-    std::wstring const name = SSOClientPrivate::GetProductName();
-    report("size", name.size());
-    report("begin", Shown(name.substr(0, 6)));
+    Rig::WithEachScript(arguments, [&](std::string const& prefix) {
+        std::wstring const name = SSOClientPrivate::GetProductName();
+        report(prefix + "size", name.size());
+        report(prefix + "begin", Shown(name.substr(0, 6)));
+    });
 }
-
-struct ProductName {
-    char const* name;
-    char const* action;
-    int size;
-    char const* begin; // up to the terminator, with it
-};
 
 } // namespace
 
-class ProductNameAnswered : public testing::TestWithParam<ProductName> {};
-
-TEST_P(ProductNameAnswered, CountsBySignAlone)
+TEST(SSOClientPrivate, CountsTheProductNameBySignAlone)
 {
-    Installation installation;
-    Outcome const outcome = installation.Complete()
-                                .Script("ISSOClientModule::GetProductName", GetParam().action)
-                                .Run("AsksForTheProductName");
-    EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
-    EXPECT_EQ(outcome["size"], GetParam().size);
-    EXPECT_EQ(outcome["begin"], GetParam().begin);
-    EXPECT_EQ(outcome.Called("ISSOClientModule::GetProductName(256)"), 1);
+    struct {
+        char const* action;
+        int size;
+        char const* begin; // up to the terminator, with it
+    } const cases[] = {{R"({"text": "Mercy"})", 256, R"('Mercy\0')"},
+                       {R"({"text": "Mercy", "answer": 1})", 256, R"('Mercy\0')"},
+                       {R"({"text": "Mercy", "answer": 2000})", 256, R"('Mercy\0')"},
+                       {R"({"text": "Mercy", "answer": 0})", 0, "''"},
+                       {R"({"text": "Mercy", "answer": -1})", 0, "''"}};
+    std::vector<std::string> actions;
+    for (auto const& one : cases)
+        actions.emplace_back(one.action);
+    Outcome const outcome =
+        Rig::RunWithActions("AsksForProductNames", {"ISSOClientModule::GetProductName"}, actions);
+    for (std::size_t i = 0; i < actions.size(); ++i) {
+        std::string const prefix = std::to_string(i) + ".";
+        EXPECT_EQ(outcome[prefix + "size"], cases[i].size) << actions[i];
+        EXPECT_EQ(outcome[prefix + "begin"], cases[i].begin) << actions[i];
+    }
+    EXPECT_EQ(outcome.Called("ISSOClientModule::GetProductName(256)"), 5);
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    SSOClientPrivate, ProductNameAnswered,
-    testing::Values(
-        ProductName{"AsItIs", R"({"text": "Mercy"})", 256, R"('Mercy\0')"},
-        ProductName{"TooSmall", R"({"text": "Mercy", "answer": 1})", 256, R"('Mercy\0')"},
-        ProductName{"TooLarge", R"({"text": "Mercy", "answer": 2000})", 256, R"('Mercy\0')"},
-        ProductName{"Zero", R"({"text": "Mercy", "answer": 0})", 0, "''"},
-        ProductName{"Negative", R"({"text": "Mercy", "answer": -1})", 0, "''"}),
-    [](auto const& info) { return std::string(info.param.name); });
 
 namespace {
 
@@ -282,75 +278,6 @@ TEST(SSOServerManager, AppliesTheRuleOfTextBuffersToThePluginsFiles)
     EXPECT_EQ(outcome["capacity0"], "0, untouched");
     EXPECT_EQ(outcome["capacity-1"], "0, untouched");
 }
-
-namespace {
-
-HOST_PROGRAM(LogsOut)
-{
-    WebServicesManager::Initialize();
-    NetworkCookie cookie;
-    cookie.SetName("mine");
-    NetworkCookieJar jar;
-    jar.AddCookie(cookie);
-    Room<wchar_t> room(10);
-    report.Try("call", [&] {
-        bool const answer = WebServicesManager::GetInstance()->InitiateLogout(
-            room.Data(), room.Capacity(), jar, nullptr);
-        report("answer", answer);
-    });
-    report("room", room.Text());
-    report("jar", Shown(jar));
-}
-
-struct LogoutAnswer {
-    char const* name;
-    char const* action;
-    char const* call;
-    bool answer; // if the call returned
-    char const* jar;
-};
-
-char const* const mine = "[mine=;;;;;0]";
-
-} // namespace
-
-class LogoutAnswered : public testing::TestWithParam<LogoutAnswer> {};
-
-TEST_P(LogoutAnswered, IsReadAsTold)
-{
-    Installation installation;
-    Outcome const outcome = installation.Complete()
-                                .Script("ISSOClient::InitiateLogout", GetParam().action)
-                                .Run("LogsOut");
-    EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
-    EXPECT_THAT(outcome["call"].asString(), testing::MatchesRegex(GetParam().call));
-    if (outcome["call"] == "returned") {
-        EXPECT_EQ(outcome["answer"], GetParam().answer);
-    }
-    EXPECT_EQ(outcome["jar"], GetParam().jar);
-    EXPECT_EQ(outcome["room"], R"('\0')");
-    EXPECT_EQ(outcome.Called(R"(ISSOClient::InitiateLogout("", 10, true, 0))"), 1);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    WebServicesManager, LogoutAnswered,
-    testing::Values(LogoutAnswer{"Cookies", R"({"text": "{\"Cookies\": [{\"Name\": \"a\"}]}"})",
-                                 "returned", true, "[a=;;;;;0]"},
-                    LogoutAnswer{"NoCookies", R"({"text": "{}"})", "returned", true, "[]"},
-                    // Unlike a token, cookies need not come.
-                    LogoutAnswer{"TrueWithoutAText", R"({"text": null})", "returned", true, mine},
-                    LogoutAnswer{"FalseWithoutAText", R"({"answer": 0, "text": null})", "returned",
-                                 false, mine},
-                    LogoutAnswer{"EmptyText", R"({"text": ""})", "returned", false, mine},
-                    LogoutAnswer{"NotJson", R"({"text": "no document"})", "returned", false, mine},
-                    LogoutAnswer{"NullDocument", R"({"text": "null"})", "returned", false, mine},
-                    // The jar is emptied before the document is looked at.
-                    LogoutAnswer{"WrongCookie",
-                                 R"({"text": "{\"Cookies\": [{\"Name\": \"a\"}, 1]}"})",
-                                 "threw .*requires objectValue or nullValue", false, "[a=;;;;;0]"},
-                    LogoutAnswer{"PluginThrows", R"({"throw": "no logout today"})",
-                                 "threw no logout today", false, mine}),
-    [](auto const& info) { return std::string(info.param.name); });
 
 namespace {
 

@@ -255,54 +255,6 @@ TEST(TokenRoad, BringsTheTokenFromAColdStart)
                                 outcome["callback"].asString() + ", true)"));
 }
 
-struct TokenAnswer {
-    char const* name;
-    char const* action;
-    char const* call;  // how the host's call ended
-    bool answer;       // what it answered, if it returned
-    char const* token; // text and type afterwards
-};
-
-class TokenAnswered : public testing::TestWithParam<TokenAnswer> {};
-
-TEST_P(TokenAnswered, IsReadAsTold)
-{
-    Installation installation;
-    installation.Complete().Script("ISSOClient::GetOAuth2AccessToken", GetParam().action);
-    Outcome const outcome = installation.Run("AsksForATokenFromACold");
-    EXPECT_EQ(outcome.ending.status, 0) << outcome.errors;
-    EXPECT_THAT(outcome["call"].asString(), testing::MatchesRegex(GetParam().call));
-    if (outcome["call"] == "returned") {
-        EXPECT_EQ(outcome["answer"], GetParam().answer);
-    }
-    EXPECT_EQ(outcome["token"], GetParam().token);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    TokenRoad, TokenAnswered,
-    testing::Values(
-        TokenAnswer{"TrueWithoutAText", R"({"text": null})", "returned", false, "before|1"},
-        TokenAnswer{"FalseWithoutAText", R"({"answer": 0, "text": null})", "returned", false,
-                    "before|1"},
-        TokenAnswer{"NotJson", R"({"text": "no document"})", "returned", false, "before|1"},
-        TokenAnswer{"Empty", R"({"text": ""})", "returned", false, "before|1"},
-        TokenAnswer{"NullDocument", R"({"text": "null"})", "returned", false, "before|1"},
-        TokenAnswer{"SpecAlone", R"({"text": "{\"OAuth2TokenSpec\": {\"type\": 4}}"})", "returned",
-                    false, "before|4"},
-        TokenAnswer{"WrongRoot", R"({"text": "[1]"})",
-                    "threw .*requires objectValue or nullValue.*", false, "before|1"},
-        TokenAnswer{
-            "WrongType",
-            R"({"text": "{\"OAuth2AccessToken\": [], \"OAuth2TokenSpec\": {\"type\": 5}}"})",
-            "threw .*not convertible to string.*", false, "before|5"},
-        TokenAnswer{"BadBase64",
-                    R"({"text": "{\"OAuth2AccessToken\": \"x\",
-                        \"EncryptedOAuth2AccessToken\": \"?\"}"})",
-                    "threw attempt to decode a value not in base64 char set", false, "before|1"},
-        TokenAnswer{"PluginThrows", R"({"throw": "no token today"})", "threw no token today", false,
-                    "before|1"}),
-    [](auto const& info) { return std::string(info.param.name); });
-
 TEST(TokenRoad, AnswersFalseWithoutAPlugin)
 {
     Installation installation;
