@@ -15,7 +15,7 @@ constexpr char const* UserAgent = "HxSSOOpenID";
 constexpr char const* NotSecureAddress =
     "the address is neither https nor http at this machine, or has a user's name in it";
 /// Of all headers of an answer together.
-constexpr std::size_t MaxHeaderBytes = 64 * 1024;
+constexpr std::size_t MaxHeaderBytes = std::size_t{64} * 1024;
 
 /// A failure in place of an answer: nothing is left of what came before it.
 void Fail(HttpResponse& response, HttpFailure failure, std::string reason);
