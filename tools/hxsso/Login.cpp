@@ -146,9 +146,9 @@ Answer Login(Options const& options)
     EndOnInterrupt("\nhxsso: the sign-in was ended\n");
     std::string const hint = options.Value("--hint");
     WebServicesManager& manager = session.Manager();
-    Answer const answer = options.Has("--device")       ? LoginOnDevice(manager, hint)
-                          : options.Has("--no-browser") ? LoginAtAddress(manager, hint)
-                                                        : LoginInBrowser(userInterface, hint);
+    Answer answer = options.Has("--device")       ? LoginOnDevice(manager, hint)
+                    : options.Has("--no-browser") ? LoginAtAddress(manager, hint)
+                                                  : LoginInBrowser(userInterface, hint);
     if (answer.status != Status::Done)
         return answer;
     if (EndsWithThisProcess())

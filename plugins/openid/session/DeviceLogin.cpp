@@ -25,7 +25,7 @@ Outcome<BegunLogin> Session::Hidden::PrepareDevice(PendingLogin& login)
     auto metadata = provider.Discover();
     if (!metadata)
         return metadata.Why();
-    auto device = provider.AuthorizeDevice(login.target.server.scopes);
+    auto const device = provider.AuthorizeDevice(login.target.server.scopes);
     if (!device)
         return device.Why();
     BegunLogin begun;
@@ -38,7 +38,7 @@ Outcome<BegunLogin> Session::Hidden::PrepareDevice(PendingLogin& login)
     milliseconds const now = outside.sinceBoot();
     login.deadline = std::min<milliseconds>(login.deadline, now + device->lifetime);
     login.metadata = std::move(*metadata);
-    login.device = PendingDevice{std::move(device->deviceCode), {device->interval, now}};
+    login.device = PendingDevice{device->deviceCode, {device->interval, now}};
     return begun;
 }
 
