@@ -69,7 +69,7 @@ private:
                 break;
             auto const others = asking;
             lock.unlock();
-            Outcome<Value> const answer = others.get();
+            Outcome<Value> answer = others.get();
             if (!IsCancelled(answer))
                 return answer;
             lock.lock();
