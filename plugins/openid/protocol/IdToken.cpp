@@ -148,4 +148,11 @@ Outcome<Json::Value> VerifyIdToken(std::string const& token, IdTokenExpectation 
     return claims;
 }
 
+Json::Value UnverifiedClaims(std::string const& token)
+{
+    auto const parts = Split(token);
+    std::string reason;
+    return parts ? ReadPart(parts->claims, reason) : Json::Value();
+}
+
 } // namespace Halvorix::OpenId

@@ -40,4 +40,7 @@ Outcome<Json::Value> VerifyIdToken(std::string const& token, IdTokenExpectation 
                                    std::vector<SigningKey> const& keys,
                                    std::function<std::vector<SigningKey>()> const& renewKeys);
 
+/// What a token says, verified by nobody; null if it cannot be read.
+Json::Value UnverifiedClaims(std::string const& token);
+
 } // namespace Halvorix::OpenId

@@ -57,6 +57,15 @@ Outcome<TokenAnswer> WithIdToken(Outcome<TokenAnswer> answer, Client const& clie
     return failure;
 }
 
+/// Without keys nobody can say that a token is bad: whatever the key set's address answered, it is
+/// to be tried again later.
+Failure NotVerified(Failure why)
+{
+    if (why.kind != Failure::Kind::Cancelled)
+        why.kind = Failure::Kind::Network;
+    return why;
+}
+
 } // namespace
 
 Provider::Provider(Client identity, Send sender)
@@ -148,8 +157,6 @@ Outcome<TokenAnswer> Provider::AskTokens(Parameters parameters, std::string cons
         WipeJson(*json);
     SSOServices::Wipe(response.body);
     WipeParameters(parameters);
-    if (answer)
-        answer->receivedAt = SinceBoot();
     return answer;
 }
 
@@ -172,7 +179,7 @@ Outcome<TokenAnswer> Provider::Refresh(std::string const& refreshToken, std::str
     parameters.emplace_back("refresh_token", refreshToken);
     if (!scope.empty())
         parameters.emplace_back("scope", scope);
-    return AskTokens(std::move(parameters), scope.empty() ? client.scopes : scope, nullptr);
+    return AskTokens(std::move(parameters), scope, nullptr);
 }
 
 Outcome<TokenAnswer> Provider::PollDevice(std::string const& deviceCode)
@@ -211,7 +218,7 @@ Outcome<Json::Value> Provider::Verify(std::string const& idToken, std::string co
     auto const ask = [this] { return AskKeys(); };
     auto const present = keys.Get(SinceBoot(), ask);
     if (!present)
-        return present.Why();
+        return NotVerified(present.Why());
     IdTokenExpectation expected;
     expected.issuer = client.issuer;
     expected.clientId = client.clientId;
@@ -224,7 +231,7 @@ Outcome<Json::Value> Provider::Verify(std::string const& idToken, std::string co
     auto const renew = [&] {
         auto renewed = keys.Renew(SinceBoot(), ask);
         if (!renewed)
-            noKeys = renewed.Why();
+            noKeys = NotVerified(renewed.Why());
         return renewed ? *renewed : *present;
     };
     auto claims = VerifyIdToken(idToken, expected, *present, renew);

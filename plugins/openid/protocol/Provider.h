@@ -40,9 +40,8 @@ using Secret = SSOServices::SecretText<char>;
 struct TokenAnswer {
     Secret accessToken, refreshToken, idToken; ///< Empty where there is none.
     std::string tokenType;                     ///< "Bearer"
-    std::string scope;                         ///< Granted; as asked for if it is not told.
-    std::chrono::seconds lifetime{0};          ///< 0: not told.
-    std::chrono::milliseconds receivedAt{0};   ///< By SinceBoot.
+    std::string scope; ///< Granted; as asked for if it is not told, empty if none was named.
+    std::chrono::seconds lifetime{0}; ///< 0: not told.
 };
 
 /// Address and code of the device grant (RFC 8628).
@@ -75,7 +74,7 @@ public:
     Outcome<TokenAnswer> PollDevice(std::string const& deviceCode);
     Outcome<DeviceAuthorization> AuthorizeDevice(std::string const& scope);
     /// Verified claims of an id_token by this provider's keys, which are asked anew at most once
-    /// a minute for an unknown key id.
+    /// a minute for an unknown key id. Kind Network while they cannot be had.
     Outcome<Json::Value> Verify(std::string const& idToken, std::string const& nonce,
                                 std::string const& subject, std::string const& accessToken);
     /// The claims about the user; those of another subject are refused. An empty object if the

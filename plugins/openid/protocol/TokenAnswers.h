@@ -9,8 +9,7 @@
 
 namespace Halvorix::OpenId {
 
-/// The tokens of a token endpoint's answer (RFC 6749, section 5.1). When it came is for the
-/// caller to fill in.
+/// The tokens of a token endpoint's answer (RFC 6749, section 5.1).
 /// @param scope what was asked for
 Outcome<TokenAnswer> ReadTokenAnswer(Json::Value const& json, Question const& question,
                                      std::string const& scope);
