@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "openid/platform/System.h"
 #include "support/SecretText.h"
 
 namespace Halvorix::OpenId {
@@ -29,28 +30,39 @@ struct OwnRequest {
 
 } // namespace
 
-RequestBounds::RequestBounds(std::atomic<bool> const* cancelled, std::chrono::milliseconds limit)
-    : cancelled(cancelled), limit(limit), outer(current)
+RequestBounds::RequestBounds(std::atomic<bool> const* cancelled, Limit limit,
+                             std::optional<Limit> limitOfAll)
+    : cancelled(cancelled), limit(limit),
+      deadline(limitOfAll ? std::optional<Limit>(SinceBoot() + *limitOfAll) : std::nullopt),
+      outer(current)
 {
     current = this;
 }
 
 RequestBounds::~RequestBounds() { current = outer; }
 
-void RequestBounds::Apply(HttpRequest& request)
+bool RequestBounds::Apply(HttpRequest& request)
 {
     if (current == nullptr)
-        return;
+        return true;
     if (request.cancelled == nullptr)
         request.cancelled = current->cancelled;
     request.timeout = std::min(request.timeout, current->limit);
+    if (current->deadline)
+        request.timeout = std::min(request.timeout, *current->deadline - SinceBoot());
+    return request.timeout > Limit(0);
 }
 
 HttpResponse SendWithin(HttpRequest const& request, Provider::Send const& send,
                         ProxyCredentials const& proxies)
 {
     OwnRequest own(request);
-    RequestBounds::Apply(own.request);
+    if (!RequestBounds::Apply(own.request)) {
+        HttpResponse late;
+        late.failure = HttpFailure::Timeout;
+        late.reason = "the requests before it took all the time";
+        return late;
+    }
     own.request.proxyCredentials = proxies.All();
     return send(own.request);
 }

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <optional>
 
 #include "openid/platform/Http.h"
 #include "openid/protocol/Provider.h"
@@ -13,17 +14,23 @@ namespace Halvorix::OpenId {
 /// make several, of which their caller knows nothing.
 class RequestBounds {
 public:
-    RequestBounds(std::atomic<bool> const* cancelled, std::chrono::milliseconds limit);
+    using Limit = std::chrono::milliseconds;
+
+    /// @param limit of each request
+    /// @param limitOfAll from now on; once it is over, none is sent
+    RequestBounds(std::atomic<bool> const* cancelled, Limit limit,
+                  std::optional<Limit> limitOfAll = std::nullopt);
     ~RequestBounds();
     RequestBounds(RequestBounds const&) = delete;
     RequestBounds& operator=(RequestBounds const&) = delete;
 
-    /// The calling thread's bounds, in place of wider ones.
-    static void Apply(HttpRequest& request);
+    /// The calling thread's bounds, in place of wider ones. False if no time is left.
+    static bool Apply(HttpRequest& request);
 
 private:
     std::atomic<bool> const* const cancelled;
-    std::chrono::milliseconds const limit;
+    Limit const limit;
+    std::optional<Limit> const deadline; ///< By SinceBoot.
     RequestBounds const* const outer;
 };
 
