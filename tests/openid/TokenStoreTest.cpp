@@ -323,6 +323,38 @@ TEST(TokenStore, SetsAsideUnderItsOwnLock)
     EXPECT_THAT(Look(store), HasSubstr("was set aside as "));
 }
 
+TEST(TokenStore, RemovesWhatWasSetAsideButNotTheLoginsOfOthers)
+{
+    TestFolder const folder;
+    TokenStore store(StoreIn(folder));
+    ASSERT_TRUE(store.Write(NewLogin()));
+    auto const file = store.FileOf(Issuer, ClientId);
+    auto const aside = [&](std::string const& ending) {
+        return fs::path(file) += ".damaged-" + ending;
+    };
+    fs::copy_file(file, aside("1"));
+    Rig::WriteTo(aside("2"), "damaged");
+    StoredLogin login = NewLogin();
+    login.clientId = "other";
+    ASSERT_TRUE(store.Write(login));
+    auto const others = store.FileOf(Issuer, "other");
+    fs::copy_file(others, aside("3"));
+    fs::rename(others, fs::path(others) += ".damaged-1");
+    fs::create_directories(aside("4"));
+
+    std::vector<fs::path> left;
+    auto const tokens = store.RemoveSetAside(Issuer, ClientId, left);
+    EXPECT_TRUE(left.empty());
+    ASSERT_EQ(tokens.size(), 1u);
+    EXPECT_EQ(*tokens[0], *NewLogin().refreshToken);
+    EXPECT_FALSE(fs::exists(aside("1")));
+    EXPECT_FALSE(fs::exists(aside("2")));
+    EXPECT_TRUE(fs::exists(aside("3")));
+    EXPECT_TRUE(fs::exists(aside("4")));
+    EXPECT_TRUE(fs::exists(fs::path(others) += ".damaged-1"));
+    EXPECT_EQ(Look(store), "signed in as alice-1");
+}
+
 TEST(TokenStore, TellsWhereItCannotWrite)
 {
     TestFolder const folder;

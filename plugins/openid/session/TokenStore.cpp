@@ -54,10 +54,32 @@ Look LookAt(fs::path const& file, std::string const& issuer, std::string const& 
     return look;
 }
 
+/// An error that may be gone the next time: it does not say that nobody is signed in.
+Failure CannotBeRead(fs::path const& file, std::string const& reason)
+{
+    return Local(PathText(file) + " cannot be read for now: " + reason,
+                 "see that the disk works and the process has handles left");
+}
+
+constexpr char const* SetAsideEnding = ".damaged-";
+
+std::vector<fs::path> FilesSetAside(fs::path const& file)
+{
+    std::string const start = PathText(file.filename()) + SetAsideEnding;
+    std::vector<fs::path> files;
+    std::error_code error;
+    for (fs::directory_iterator entry(file.parent_path(), error), end; !error && entry != end;
+         entry.increment(error))
+        if (PathText(entry->path().filename()).compare(0, start.size(), start) == 0 &&
+            !fs::is_directory(entry->symlink_status(error)))
+            files.push_back(entry->path());
+    return files;
+}
+
 fs::path FreeName(fs::path const& file)
 {
     for (int number = 1;; ++number) {
-        fs::path const name = fs::path(file) += ".damaged-" + std::to_string(number);
+        fs::path const name = fs::path(file) += SetAsideEnding + std::to_string(number);
         std::error_code error;
         if (!fs::exists(fs::symlink_status(name, error)))
             return name;
@@ -179,8 +201,7 @@ Outcome<std::optional<StoredLogin>> TokenStore::State::ReadAnew(fs::path const& 
         // nothing is decided by it.
         if (!locks.IsMine(file) && FindLast(file, login))
             return login;
-        return Local(PathText(file) + " cannot be read for now: " + look.reason,
-                     "see that the disk works and the process has handles left");
+        return CannotBeRead(file, look.reason);
     case FileContent::State::Refused:
         break;
     }
@@ -201,7 +222,9 @@ Outcome<std::optional<StoredLogin>> TokenStore::State::SetAside(fs::path const& 
     Look look = LookAt(file, issuer, clientId);
     if (look.state == FileContent::State::Read)
         return std::optional<StoredLogin>(std::move(look.login));
-    if (look.state != FileContent::State::Refused)
+    if (look.state == FileContent::State::Failed)
+        return CannotBeRead(file, look.reason);
+    if (look.state == FileContent::State::Missing)
         return std::optional<StoredLogin>();
     fs::path const aside = FreeName(file);
     if (!RenameFile(file, aside)) {
@@ -226,11 +249,11 @@ Outcome<bool> TokenStore::Write(StoredLogin const& login)
     if ((*bytes)->size() > LargestLogin)
         return Local("The login is larger than " + std::to_string(LargestLogin) + " bytes",
                      "ask the provider's administrator for smaller tokens or fewer claims");
-    state->Forget(file);
     std::string reason;
     if (!PreparePrivateFolder(folder, reason) || !ReplacePrivateFile(file, **bytes, reason))
         return Local(PathText(file) + " cannot be written: " + reason,
                      "make room on the disk, and let this user write there");
+    state->Forget(file);
     return true;
 }
 
@@ -254,6 +277,25 @@ Outcome<bool> TokenStore::Remove(std::string const& issuer, std::string const& c
     if (!RemovePrivateFile(file))
         return Local(PathText(file) + " cannot be removed", "remove it");
     return true;
+}
+
+std::vector<Secret> TokenStore::RemoveSetAside(std::string const& issuer,
+                                               std::string const& clientId,
+                                               std::vector<fs::path>& left)
+{
+    std::vector<Secret> tokens;
+    for (fs::path const& file : FilesSetAside(FileOf(issuer, clientId))) {
+        // Also one that others may open, for which it was set aside.
+        Secret const bytes(ReadFile(file, LargestLogin).bytes);
+        auto const login = ReadLogin(*bytes);
+        if (login && (login->issuer != issuer || login->clientId != clientId))
+            continue;
+        if (login)
+            tokens.push_back(login->refreshToken);
+        if (!RemovePrivateFile(file))
+            left.push_back(file);
+    }
+    return tokens;
 }
 
 Outcome<std::unique_ptr<TokenStore::Lock>> TokenStore::Acquire(std::string const& issuer,

@@ -46,9 +46,10 @@ public:
     /// Where the login of this issuer and client lies; told to hosts.
     std::filesystem::path FileOf(std::string const& issuer, std::string const& clientId) const;
 
-    /// No value if nobody is signed in. A damaged, foreign or newer file is set aside (never
-    /// deleted), counts as signed out, and is told as a failure once. A copy that was read is
-    /// used again while the file's time and size are the same; under the lock it is read anew.
+    /// No value if nobody is signed in. A damaged, foreign or newer file is set aside (not
+    /// deleted), counts as signed out, and is told as a failure once. Also fails while the file
+    /// cannot be read. A copy that was read is used again while the file's time and size are the
+    /// same; under the lock it is read anew.
     Outcome<std::optional<StoredLogin>> Read(std::string const& issuer,
                                              std::string const& clientId);
     /// Replaces the login; under the lock.
@@ -57,6 +58,12 @@ public:
     Outcome<bool> CheckRoom() const;
     /// Removes the login's file, overwritten first; under the lock.
     Outcome<bool> Remove(std::string const& issuer, std::string const& clientId);
+    /// Removes what was set aside of this login, overwritten first; under the lock. A file in which
+    /// the login of another provider or client can be read stays.
+    /// @param left the files that could not be removed
+    /// @return the refresh tokens that could be read
+    std::vector<Secret> RemoveSetAside(std::string const& issuer, std::string const& clientId,
+                                       std::vector<std::filesystem::path>& left);
 
     /// Held for as long as it lives.
     class Lock {
