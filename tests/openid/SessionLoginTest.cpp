@@ -270,6 +270,70 @@ TEST(SessionLogin, RefusesUserinfoAboutAnotherUser)
     ExpectNobodySignedIn(world, *session, "answered about another user (sub)");
 }
 
+TEST(SessionLogin, CountsTheEndOfATokenFromItsReceipt)
+{
+    SessionWorld world;
+    world.provider.Order([&](Behaviour& behaviour) {
+        behaviour.onRequest = [&](std::string const& endpoint) {
+            if (endpoint == "userinfo")
+                world.Pass(std::chrono::seconds(100));
+        };
+    });
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    EXPECT_NEAR(static_cast<double>(session->TokenAtHand({1, ""}).expiryDate),
+                static_cast<double>(WallClock() + 3600), 5);
+    world.Pass(std::chrono::seconds(3600 - 100 - 65));
+    EXPECT_TRUE(session->TokenAtHand({1, ""}).usable);
+    world.Pass(std::chrono::seconds(6));
+    EXPECT_FALSE(session->TokenAtHand({1, ""}).usable);
+}
+
+TEST(SessionLogin, RevokesTheOneThatItTakesThePlaceOf)
+{
+    struct Sample {
+        char const *subject, *session;
+        bool isRevoked;
+    };
+    // Tokens of one session at the provider may be one grant: they end together.
+    for (Sample const& sample :
+         {Sample{"bob-2", "", true}, Sample{"bob-2", "first", true}, Sample{"alice-1", "", false},
+          Sample{"alice-1", "first", false}, Sample{"alice-1", "second", true}}) {
+        SCOPED_TRACE(std::string(sample.subject) + ' ' + sample.session);
+        SessionWorld world;
+        auto const session = world.NewSession();
+        auto const signIn = [&](std::string const& subject, std::string const& sid) {
+            world.provider.Order([&](Behaviour& behaviour) {
+                behaviour.subject = subject;
+                if (!sid.empty())
+                    behaviour.idTokenClaims["sid"] = sid;
+            });
+            EXPECT_TRUE(session->LoginInBrowser("")) << world.LogText();
+            return world.provider.Last("refresh_token");
+        };
+        std::string const old = signIn("alice-1", "first");
+        world.provider.Order([](Behaviour& behaviour) { behaviour.idTokenClaims.clear(); });
+        std::string const present = signIn(sample.subject, sample.session);
+        EXPECT_EQ(world.provider.IsGood(old), !sample.isRevoked);
+        EXPECT_TRUE(world.provider.IsGood(present));
+        EXPECT_EQ(session->Claims()["sub"], sample.subject);
+    }
+}
+
+TEST(SessionLogin, IsDoneWhateverBecomesOfTheRevocationOfTheOneBefore)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    world.provider.Order([](Behaviour& behaviour) {
+        behaviour.subject = "bob-2";
+        behaviour.revocationStatus = 503;
+    });
+    EXPECT_TRUE(session->LoginInBrowser(""));
+    EXPECT_EQ(session->Claims()["sub"], "bob-2");
+    EXPECT_EQ(world.LinesWith("The refresh token was forgotten, but not revoked: "), 1);
+}
+
 TEST(SessionLogin, GoesOnWithoutUserinfo)
 {
     SessionWorld world;

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 #include "openid/SessionWorld.h"
+#include "openid/platform/Files.h"
 
 using namespace Halvorix::OpenId;
 using Rig::SessionWorld;
@@ -15,11 +16,18 @@ using std::chrono::milliseconds;
 using std::chrono::seconds;
 using testing::HasSubstr;
 
+namespace fs = std::filesystem;
+
 namespace {
 
 using Behaviour = TestProvider::Behaviour;
 
 TokenSpec const All{1, ""};
+
+fs::path SetAside(Session const& session, int number)
+{
+    return fs::path(session.StoreFile(0)) += ".damaged-" + std::to_string(number);
+}
 
 } // namespace
 
@@ -102,4 +110,67 @@ TEST(SessionLogout, LeavesOtherServersSignedIn)
     EXPECT_FALSE(session->Logout());
     ASSERT_TRUE(session->SelectServer(0));
     EXPECT_TRUE(session->IsLoggedIn());
+}
+
+TEST(SessionLogout, AlsoForgetsAndRevokesWhatWasSetAside)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    std::string const first = world.provider.Last("refresh_token");
+    // As one that others could open, and another one that nobody can read.
+    fs::rename(session->StoreFile(0), SetAside(*session, 1));
+    Rig::WriteTo(SetAside(*session, 2), "damaged");
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    std::string const second = world.provider.Last("refresh_token");
+    ASSERT_TRUE(world.provider.IsGood(first));
+    EXPECT_TRUE(session->Logout());
+    EXPECT_FALSE(world.provider.IsGood(first));
+    EXPECT_FALSE(world.provider.IsGood(second));
+    for (int const number : {1, 2})
+        EXPECT_FALSE(fs::exists(SetAside(*session, number)));
+    EXPECT_EQ(world.LinesWith("Error "), 0) << world.LogText();
+}
+
+TEST(SessionLogout, ForgetsWhatWasSetAsideAlsoIfNobodyIsSignedIn)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    std::string reason;
+    ASSERT_TRUE(ReplacePrivateFile(session->StoreFile(0), "damaged", reason));
+    EXPECT_FALSE(session->Logout());
+    EXPECT_EQ(world.LinesWith("Error The stored login cannot be used: "), 1);
+    EXPECT_FALSE(fs::exists(SetAside(*session, 1)));
+    EXPECT_EQ(world.LinesWith("Cannot sign out"), 0) << world.LogText();
+}
+
+TEST(SessionLogout, TellsWhatWasSetAsideAndCannotBeRemoved)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    Rig::WriteTo(SetAside(*session, 1), "damaged");
+    // In the way of its removal.
+    fs::create_directories((SetAside(*session, 1) += ".gone") / "something");
+    EXPECT_TRUE(session->Logout());
+    EXPECT_FALSE(session->IsLoggedIn());
+    EXPECT_EQ(world.LinesWith("Error A login that was set aside stays in the store: "), 1);
+    EXPECT_THAT(world.LogText(), HasSubstr(".damaged-1 cannot be removed. Fix: remove it"));
+}
+
+TEST(SessionLogout, ThatFailsLeavesTheLogin)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    auto const inTheWay = fs::path(session->StoreFile(0)) += ".gone";
+    fs::create_directories(inTheWay / "something");
+    EXPECT_FALSE(session->Logout());
+    EXPECT_EQ(world.LinesWith("Error Cannot sign out: "), 1);
+    EXPECT_TRUE(session->IsLoggedIn());
+    EXPECT_FALSE(session->AccessToken(All).text->empty());
+    EXPECT_EQ(world.provider.Count("revocation"), 0);
+    fs::remove_all(inTheWay);
+    EXPECT_TRUE(session->Logout());
 }

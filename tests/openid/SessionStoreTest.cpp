@@ -1,6 +1,7 @@
 // What becomes of a session whose store is damaged, in use, or not to be written.
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <thread>
 
@@ -79,20 +80,77 @@ TEST(SessionStore, ThatCannotBeWrittenLeavesTheLoginToThisProcess)
     EXPECT_EQ(*another->AccessToken(All).text, world.provider.Last("access_token"));
 }
 
+TEST(SessionStore, ThatCannotBeWrittenIsFoundOutBeforeTheRefreshTokenIsUsed)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    std::string const first = world.provider.Last("access_token");
+    InTheWay way(session->StoreFile(0));
+    EXPECT_FALSE(session->RefreshToken(All));
+    EXPECT_EQ(*session->AccessToken(All).text, first); // which is still good
+    EXPECT_EQ(world.LinesWith("Error Cannot get a new token: "), 1);
+    EXPECT_THAT(world.LogText(), HasSubstr(" cannot be written: "));
+    EXPECT_THAT(world.LogText(),
+                HasSubstr("Fix: make room on the disk, and let this user write there"));
+    world.Pass(seconds(3600));
+    EXPECT_EQ(*session->AccessToken(All).text, "");
+    EXPECT_TRUE(session->IsLoggedIn());
+    EXPECT_EQ(world.provider.Count("refresh"), 0);
+    way.Remove();
+    world.Pass(seconds(6));
+    std::string const token = *session->AccessToken(All).text;
+    EXPECT_EQ(token, world.provider.Last("access_token"));
+    EXPECT_EQ(world.provider.Count("refresh"), 1);
+    EXPECT_EQ(world.provider.Reuses(), 0);
+}
+
 TEST(SessionStore, ThatCannotBeWrittenDoesNotLoseARotatedToken)
 {
     SessionWorld world;
     auto const session = world.NewSession();
     ASSERT_TRUE(session->LoginInBrowser(""));
-    InTheWay way(session->StoreFile(0));
+    std::unique_ptr<InTheWay> way;
+    // It turns out while the provider answers.
+    world.provider.Order([&](TestProvider::Behaviour& behaviour) {
+        behaviour.onRequest = [&](std::string const& endpoint) {
+            if (endpoint == "token" && !way)
+                way = std::make_unique<InTheWay>(session->StoreFile(0));
+        };
+    });
     for (int i = 0; i < 3; ++i) {
         world.Pass(seconds(3600));
         std::string const token = *session->AccessToken(All).text;
         EXPECT_EQ(token, world.provider.Last("access_token"));
     }
     EXPECT_EQ(world.provider.Reuses(), 0);
-    way.Remove();
+    EXPECT_EQ(world.LinesWith("Error The login is known to this process alone, until it ends: "),
+              1);
+    way->Remove();
     EXPECT_TRUE(session->Logout());
+    EXPECT_FALSE(session->IsLoggedIn());
+}
+
+TEST(SessionStore, FromWhichARefusedLoginCannotBeRemovedSparesTheProvider)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    auto const inTheWay = fs::path(session->StoreFile(0)) += ".gone";
+    fs::create_directories(inTheWay / "something");
+    world.provider.RevokeAll();
+    for (int times = 1; times <= 2; ++times) {
+        world.Pass(seconds(3600));
+        for (int i = 0; i < 5; ++i)
+            EXPECT_EQ(*session->AccessToken(All).text, "");
+        EXPECT_EQ(world.provider.Count("refresh"), times);
+        EXPECT_EQ(world.LinesWith("Error The refused login stays in the store: "), times);
+    }
+    EXPECT_EQ(world.LinesWith("Error Signed out: "), 0);
+    fs::remove_all(inTheWay);
+    world.Pass(seconds(6));
+    EXPECT_EQ(*session->AccessToken(All).text, "");
+    EXPECT_EQ(world.LinesWith("Error Signed out: "), 1);
     EXPECT_FALSE(session->IsLoggedIn());
 }
 

@@ -154,6 +154,7 @@ TEST(SessionThreads, SignInOneAtATime)
 TEST(SessionThreads, AreAnsweredAtOnceWhileTheNetworkIsSlow)
 {
     SessionWorld world;
+    world.configuration.servers["production"].scopes = "data:read offline_access openid";
     auto const session = world.NewSession();
     ASSERT_TRUE(session->LoginInBrowser(""));
     TokenSpec const data{1, "data:read"};

@@ -25,6 +25,12 @@ TokenSpec const All{1, ""};
 struct SignedIn : SessionWorld {
     std::shared_ptr<Session> session = NewSession();
     SignedIn() { EXPECT_TRUE(session->LoginInBrowser("")) << LogText(); }
+    explicit SignedIn(std::string const& scopes)
+    {
+        configuration.servers["production"].scopes = scopes;
+        session = NewSession();
+        EXPECT_TRUE(session->LoginInBrowser("")) << LogText();
+    }
     explicit SignedIn(int lifetime)
     {
         provider.Order([&](Behaviour& behaviour) { behaviour.lifetime = lifetime; });
@@ -153,7 +159,7 @@ TEST(SessionTokens, KeepTheRefreshTokenWhereNoNewOneComes)
 
 TEST(SessionTokens, AreKeptByTypeAndScopeWhoseCaseCounts)
 {
-    SignedIn world;
+    SignedIn world("Data:Read data:read offline_access openid");
     std::string const all = world.Token();
     std::string const data = world.Token({1, "data:read"});
     std::string const otherCase = world.Token({1, "Data:Read"});
@@ -178,13 +184,15 @@ TEST(SessionTokens, OfAllScopesNeedNoTokenOfTheirOwn)
     EXPECT_EQ(world.Refreshes(), 0);
 }
 
-TEST(SessionTokens, OfAScopeThatIsNotGrantedAreNotToBeHad)
+TEST(SessionTokens, OfAScopeThatTheProviderRefusesAreNotToBeHad)
 {
     for (bool const byStatusAlone : {false, true}) {
         SignedIn world;
-        world.provider.Order(
-            [&](Behaviour& behaviour) { behaviour.refusesScopesByStatusAlone = byStatusAlone; });
-        TokenView const view = world.session->AccessToken({1, "all:secrets"});
+        world.provider.Order([&](Behaviour& behaviour) {
+            behaviour.scopes.erase("profile");
+            behaviour.refusesScopesByStatusAlone = byStatusAlone;
+        });
+        TokenView const view = world.session->AccessToken({1, "profile"});
         EXPECT_TRUE(view.text->empty());
         EXPECT_FALSE(view.usable);
         EXPECT_EQ(world.LinesWith("Error Cannot get a new token: "), 1) << world.LogText();

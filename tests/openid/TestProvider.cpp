@@ -16,8 +16,6 @@ using namespace Halvorix::OpenId;
 
 namespace {
 
-constexpr char const* Subject = "alice-1";
-
 HttpResponse AsResponse(int status, std::string body)
 {
     HttpResponse response;
@@ -93,6 +91,7 @@ HttpResponse TestProvider::Answer(HttpRequest const& request)
     {
         std::lock_guard<std::mutex> const guard(mutex);
         ++counts[endpoint];
+        timeouts[endpoint] = request.timeout;
         now = behaviour;
     }
     if (now.onRequest)
@@ -103,8 +102,12 @@ HttpResponse TestProvider::Answer(HttpRequest const& request)
         failed.reason = "connection refused";
         return failed;
     }
-    auto const until = SinceBoot() + (endpoint == "token" ? now.delay : now.delay * 0);
-    while (SinceBoot() < until) {
+    auto const start = SinceBoot();
+    while (endpoint == "token" && SinceBoot() - start < now.delay) {
+        if (SinceBoot() - start >= request.timeout) {
+            failed.failure = HttpFailure::Timeout;
+            return failed;
+        }
         if (request.cancelled != nullptr && *request.cancelled) {
             failed.failure = HttpFailure::Cancelled;
             return failed;
@@ -149,6 +152,8 @@ HttpResponse TestProvider::Discovery() const
 
 HttpResponse TestProvider::Keys() const
 {
+    if (behaviour.keysStatus != 0)
+        return AsResponse(behaviour.keysStatus, std::string());
     Json::Value json;
     json["keys"].append(SigningKey::Shared(SigningKey::Kind::Rsa).PublicJwk("key-1"));
     return AsResponse(200, json);
@@ -187,7 +192,9 @@ std::string TestProvider::IdToken(std::string const& subject, std::string const&
     claims["exp"] = static_cast<Json::Int64>(WallClock() + 600);
     claims["name"] = "Alice";
     if (!nonce.empty())
-        claims["nonce"] = nonce;
+        claims["nonce"] = last["nonce"] = nonce;
+    for (std::string const& name : behaviour.idTokenClaims.getMemberNames())
+        claims[name] = behaviour.idTokenClaims[name];
     std::string token =
         SignToken(SigningKey::Shared(SigningKey::Kind::Rsa), "RS256", header, claims);
     secrets.insert(token);
@@ -237,8 +244,8 @@ HttpResponse TestProvider::Exchange(Parameters const& form)
         return Error("invalid_grant");
     Json::Value json = NewTokens(code->second.scope, ++families);
     if (behaviour.givesIdToken)
-        json["id_token"] =
-            IdToken(Subject, behaviour.nonce.empty() ? code->second.nonce : behaviour.nonce);
+        json["id_token"] = IdToken(behaviour.subject,
+                                   behaviour.nonce.empty() ? code->second.nonce : behaviour.nonce);
     codes.erase(code);
     return AsResponse(200, json);
 }
@@ -273,7 +280,7 @@ HttpResponse TestProvider::PollDevice(Parameters const& form)
     Json::Value json = NewTokens(device->second, ++families);
     devices.erase(device);
     if (behaviour.givesIdToken)
-        json["id_token"] = IdToken(Subject, behaviour.nonce);
+        json["id_token"] = IdToken(behaviour.subject, behaviour.nonce);
     return AsResponse(200, json);
 }
 
@@ -299,6 +306,8 @@ HttpResponse TestProvider::Refresh(Parameters const& form)
         refreshTokens[json["refresh_token"].asString()].scope = old.scope;
     if (!behaviour.rotates)
         json.removeMember("refresh_token");
+    if (!behaviour.scopeOfRefresh.empty())
+        json["scope"] = behaviour.scopeOfRefresh;
     if (!behaviour.subjectOfRefresh.empty())
         json["id_token"] = IdToken(behaviour.subjectOfRefresh, {});
     return AsResponse(200, json);
@@ -311,7 +320,8 @@ HttpResponse TestProvider::UserInfo(std::string const& authorization) const
     if (authorization.substr(0, 7) != "Bearer " || accessTokens.count(authorization.substr(7)) == 0)
         return AsResponse(401, std::string());
     Json::Value json;
-    json["sub"] = behaviour.subjectOfUserinfo.empty() ? Subject : behaviour.subjectOfUserinfo;
+    json["sub"] =
+        behaviour.subjectOfUserinfo.empty() ? behaviour.subject : behaviour.subjectOfUserinfo;
     json["email"] = "alice@login.example";
     json["iss"] = "https://elsewhere.example";
     return AsResponse(200, json);
@@ -332,6 +342,21 @@ int TestProvider::Count(std::string const& endpoint) const
     std::lock_guard<std::mutex> const guard(mutex);
     auto const found = counts.find(endpoint);
     return found == counts.end() ? 0 : found->second;
+}
+
+std::chrono::milliseconds TestProvider::TimeoutOf(std::string const& endpoint) const
+{
+    std::lock_guard<std::mutex> const guard(mutex);
+    auto const found = timeouts.find(endpoint);
+    return found == timeouts.end() ? std::chrono::milliseconds(0) : found->second;
+}
+
+bool TestProvider::IsGood(std::string const& refreshToken) const
+{
+    std::lock_guard<std::mutex> const guard(mutex);
+    auto const found = refreshTokens.find(refreshToken);
+    return found != refreshTokens.end() && !found->second.isUsed &&
+           revokedFamilies.count(found->second.family) == 0;
 }
 
 int TestProvider::Reuses() const

@@ -21,9 +21,11 @@ class TestProvider {
 public:
     /// What it does wrong, or otherwise than most; set under its lock by Order.
     struct Behaviour {
-        bool isAway = false; ///< Nobody answers.
+        bool isAway = false;             ///< Nobody answers.
+        std::string subject = "alice-1"; ///< Who signs in.
         /// Of all answers of the token endpoint.
         std::chrono::milliseconds delay{0};
+        int keysStatus = 0; ///< The key set's answer, in place of its own.
         /// The token endpoint's answer, in place of its own, to refreshes.
         int refreshStatus = 0;
         std::string refreshBody;
@@ -32,6 +34,8 @@ public:
         std::string subjectOfRefresh;  ///< Of the id_token that a refresh then gives.
         std::string nonce;             ///< If it is to be another one.
         std::string clientOfIdToken = "client-1";
+        Json::Value idTokenClaims;  ///< In place of its own, in all id_tokens.
+        std::string scopeOfRefresh; ///< What a refresh is told to have granted.
         bool givesIdToken = true, givesRefreshToken = true, rotates = true;
         int lifetime = 3600; ///< 0: not told.
         /// Scopes that it knows; a refresh for others is refused, by an error or its status alone.
@@ -58,12 +62,17 @@ public:
     /// How often an endpoint was asked: "discovery", "keys", "token", "refresh", "userinfo",
     /// "revocation", "device", "poll".
     int Count(std::string const& endpoint) const;
+    /// The time limit of the last request of an endpoint.
+    std::chrono::milliseconds TimeoutOf(std::string const& endpoint) const;
+    /// Whether a refresh token may still be used.
+    bool IsGood(std::string const& refreshToken) const;
     /// How often a refresh token came that had been used before.
     int Reuses() const;
     /// All that it gave out and was given, to be looked for in files and memory: tokens, codes,
     /// verifiers, states.
     std::set<std::string> Secrets() const;
-    /// The same, with its kind: "access_token", "refresh_token", "id_token", "code", "device_code".
+    /// The same, with its kind: "access_token", "refresh_token", "id_token", "code", "device_code",
+    /// "nonce".
     std::string Last(std::string const& kind) const;
     /// Refuses all tokens that it has given so far.
     void RevokeAll();
@@ -98,6 +107,7 @@ private:
     mutable std::mutex mutex; // Of what follows.
     Behaviour behaviour;
     std::map<std::string, int> counts;
+    std::map<std::string, std::chrono::milliseconds> timeouts;
     std::map<std::string, Code> codes;
     std::map<std::string, RefreshToken> refreshTokens;
     std::map<std::string, std::string> devices; // the scope by the device code

@@ -125,6 +125,7 @@ Outcome<TokenAnswer> Session::Hidden::AskForTokens(PendingLogin& login)
 
 Outcome<StoredLogin> Session::Hidden::Identify(PendingLogin& login, TokenAnswer answer)
 {
+    StoredToken const token = TakeToken(login.target, {DefaultType(), {}}, answer);
     Provider& provider = *login.target.provider;
     RequestBounds const bounds(&login.cancelled, NetworkLimit());
     auto const claims =
@@ -149,7 +150,7 @@ Outcome<StoredLogin> Session::Hidden::Identify(PendingLogin& login, TokenAnswer 
     result.askedFor = NormalScope(login.target.server.scopes);
     result.scopes = NormalScope(answer.scope);
     result.signedInAt = outside.wallClock();
-    result.tokens.push_back(KeptToken(answer, {DefaultType(), {}}, outside.wallClock()));
+    result.tokens.push_back(token);
     result.refreshToken = std::move(*answer.refreshToken);
     result.idToken = std::move(*answer.idToken);
     return result;
@@ -157,15 +158,20 @@ Outcome<StoredLogin> Session::Hidden::Identify(PendingLogin& login, TokenAnswer 
 
 Outcome<bool> Session::Hidden::Commit(PendingLogin& login, StoredLogin const& result)
 {
-    auto const lock = Lock(login.target);
-    if (!lock)
-        return lock.Why();
-    // A host that signs out raises the flag before it asks for this lock, and removes what
-    // was written until then.
-    if (login.cancelled)
-        return WasCancelled();
-    clock.Received(login.target.Key(), result.tokens.front());
-    Keep(login.target, result);
+    std::optional<StoredLogin> replaced;
+    {
+        auto const lock = Lock(login.target);
+        if (!lock)
+            return lock.Why();
+        // A host that signs out raises the flag before it asks for this lock, and removes what
+        // was written until then.
+        if (login.cancelled)
+            return WasCancelled();
+        replaced = Current(login.target);
+        Keep(login.target, result);
+    }
+    if (replaced)
+        RevokeReplaced(login.target, *replaced, result);
     return true;
 }
 

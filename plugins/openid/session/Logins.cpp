@@ -1,6 +1,5 @@
 // Who is signed in: what the store says, and what it could not be told.
 
-#include <algorithm>
 #include <utility>
 
 #include "openid/platform/Crypto.h"
@@ -26,69 +25,19 @@ std::string StateOf(std::optional<StoredLogin> const& login)
     return Sha2(256, *text);
 }
 
-/// About the provider's answer itself, or of use only once.
+/// About the sign-in and the provider's answer itself.
 bool IsOfProtocol(std::string const& claim)
 {
-    for (char const* const name :
-         {"iss", "sub", "aud", "azp", "exp", "iat", "nbf", "jti", "auth_time", "acr", "amr", "sid"})
+    for (char const* const name : {"iss", "sub", "aud", "azp", "exp", "iat", "nbf", "jti",
+                                   "auth_time", "nonce", "acr", "amr", "sid"})
         if (claim == name)
             return true;
     return false;
 }
 
-bool IsOfOneAnswer(std::string const& claim)
-{
-    return claim == "nonce" || claim == "at_hash" || claim == "c_hash";
-}
+bool IsOfOneAnswer(std::string const& claim) { return claim == "at_hash" || claim == "c_hash"; }
 
 } // namespace
-
-StoredToken KeptToken(TokenAnswer const& answer, TokenSpec const& spec, std::int64_t now)
-{
-    StoredToken token;
-    token.type = std::to_string(spec.type);
-    token.scope = spec.scope;
-    token.text = answer.accessToken;
-    token.receivedAt = now;
-    // A provider's number may be anything; ten years are as good as for ever.
-    token.lifetime = std::clamp<std::int64_t>(answer.lifetime.count(), 0, 10 * 365 * 86'400LL);
-    return token;
-}
-
-void PutToken(StoredLogin& login, StoredToken token)
-{
-    // Hosts may ask for any number of scopes, and the file has to stay small: the oldest goes.
-    constexpr std::size_t most = 32;
-    auto& tokens = login.tokens;
-    tokens.erase(std::remove_if(tokens.begin(), tokens.end(),
-                                [&](StoredToken const& other) {
-                                    return other.type == token.type && other.scope == token.scope;
-                                }),
-                 tokens.end());
-    if (tokens.size() == most)
-        tokens.erase(std::min_element(tokens.begin(), tokens.end(),
-                                      [](StoredToken const& left, StoredToken const& right) {
-                                          return left.receivedAt < right.receivedAt;
-                                      }));
-    tokens.push_back(std::move(token));
-}
-
-StoredToken const* FindToken(StoredLogin const& login, TokenSpec const& spec)
-{
-    std::string const type = std::to_string(spec.type);
-    for (StoredToken const& token : login.tokens)
-        if (token.type == type && token.scope == spec.scope)
-            return &token;
-    return nullptr;
-}
-
-TokenSpec NormalSpec(TokenSpec const& spec, StoredLogin const& login)
-{
-    TokenSpec normal{spec.type, NormalScope(spec.scope)};
-    if (normal.scope == login.askedFor || normal.scope == login.scopes)
-        normal.scope.clear();
-    return normal;
-}
 
 void AddClaims(Json::Value& claims, Json::Value const& newer, bool isIdToken)
 {
@@ -108,27 +57,46 @@ Account& Session::Hidden::AccountOf(Target const& target)
     return *account;
 }
 
-std::optional<StoredLogin> Session::Hidden::Current(Target const& target)
+Outcome<std::optional<StoredLogin>> Session::Hidden::Look(Target const& target)
 {
     auto read = store.Read(target.server.issuer, target.server.clientId);
-    Account& account = AccountOf(target);
     if (!read) {
-        TellOnce(account, read.Why());
-        return std::nullopt;
+        // A damaged store is set aside by now, and counts as nobody.
+        Failure const why = read.Why();
+        read = store.Read(target.server.issuer, target.server.clientId);
+        if (!read)
+            return read.Why();
+        if (!*read)
+            log->Failed("The stored login cannot be used", why);
     }
     std::optional<StoredLogin> login = std::move(*read);
+    Account& account = AccountOf(target);
     std::lock_guard<std::mutex> const guard(mutex);
     account.told.clear();
-    if (account.unsaved && account.unsavedOver == StateOf(login))
+    account.stored = StateOf(login);
+    if (account.unsaved && account.unsavedOver.value_or(*account.stored) == *account.stored) {
         login = account.unsaved;
-    else
+        account.unsavedOver = account.stored;
+    } else {
         account.unsaved.reset();
+    }
     // Another process may have signed in or out.
     std::string const now = login ? IdentityOf(*login) : std::string();
     if (account.seen && *account.seen != now)
         events.Raise(login ? Event::LoggedIn : Event::LoggedOut);
     account.seen = now;
     return login;
+}
+
+std::optional<StoredLogin> Session::Hidden::Current(Target const& target)
+{
+    auto looked = Look(target);
+    if (looked)
+        return std::move(*looked);
+    Account& account = AccountOf(target);
+    TellOnce(account, looked.Why());
+    std::lock_guard<std::mutex> const guard(mutex);
+    return account.unsaved;
 }
 
 /// Hosts ask often, and the same cause is worth one line.
@@ -150,42 +118,68 @@ bool Session::Hidden::IsUnsaved(Target const& target)
     return account.unsaved.has_value();
 }
 
-void Session::Hidden::Keep(Target const& target, StoredLogin const& login)
+Outcome<bool> Session::Hidden::MakeSureOfStore(Target const& target, StoredLogin const& login)
 {
-    auto const before = store.Read(login.issuer, login.clientId);
-    auto const written = store.Write(login);
-    if (!written)
-        log->Failed("The login is known to this process alone, until it ends", written.Why());
+    auto written = store.CheckRoom();
+    if (written)
+        written = store.Write(login);
     Account& account = AccountOf(target);
     std::lock_guard<std::mutex> const guard(mutex);
-    account.seen = IdentityOf(login);
-    account.unsaved.reset();
+    if (written)
+        account.unsaved.reset();
+    else if (account.unsaved)
+        return true;
+    return written;
+}
+
+void Session::Hidden::Keep(Target const& target, StoredLogin const& login)
+{
+    auto const written = store.Write(login);
+    std::optional<std::string> there;
     if (!written) {
-        account.unsaved = login;
-        account.unsavedOver = StateOf(before ? *before : std::nullopt);
+        auto const read = store.Read(login.issuer, login.clientId);
+        there = read ? std::optional<std::string>(StateOf(*read)) : std::nullopt;
     }
+    Account& account = AccountOf(target);
+    bool isNews = false;
+    {
+        std::lock_guard<std::mutex> const guard(mutex);
+        account.seen = IdentityOf(login);
+        isNews = !written && !account.unsaved;
+        account.unsaved.reset();
+        if (written) {
+            account.stored = StateOf(login);
+        } else {
+            account.unsaved = login;
+            account.unsavedOver = there ? there : account.stored;
+        }
+    }
+    if (isNews)
+        log->Failed("The login is known to this process alone, until it ends", written.Why());
 }
 
 Outcome<bool> Session::Hidden::Forget(Target const& target)
 {
     auto removed = store.Remove(target.server.issuer, target.server.clientId);
+    if (!removed)
+        return removed;
     clock.Forget(target.Key());
     Account& account = AccountOf(target);
     std::lock_guard<std::mutex> const guard(mutex);
     account.unsaved.reset();
     account.failures.clear();
-    if (removed) {
-        account.seen = std::string();
-        events.Raise(Event::LoggedOut);
-    }
+    account.seen = std::string();
+    events.Raise(Event::LoggedOut);
     return removed;
 }
 
 Outcome<std::unique_ptr<TokenStore::Lock>> Session::Hidden::Lock(Target const& target)
 {
-    // As long as another process may take for the requests of a refresh, and a little.
+    // Longer than another process may have it, by what the files take.
     return store.Acquire(target.server.issuer, target.server.clientId,
-                         2 * NetworkLimit() + std::chrono::seconds(5));
+                         LimitUnderLock() + std::chrono::seconds(5));
 }
+
+std::chrono::milliseconds Session::Hidden::LimitUnderLock() const { return 2 * NetworkLimit(); }
 
 } // namespace Halvorix::OpenId

@@ -1,5 +1,6 @@
 // Signing out.
 
+#include "openid/protocol/Texts.h"
 #include "openid/session/SessionHidden.h"
 
 namespace Halvorix::OpenId {
@@ -8,6 +9,8 @@ namespace {
 
 /// The user waits, and the store forgets the token in any case.
 constexpr std::chrono::milliseconds LimitForRevocation{5'000};
+
+constexpr char const* CannotSignOut = "Cannot sign out";
 
 /// Makes refreshes that are on their way give up for as long as it lives: they hold the lock.
 class Ending {
@@ -22,6 +25,45 @@ private:
 };
 
 } // namespace
+
+/// Who signs out wants no token of his to be left, not even in a file that nobody could use.
+std::vector<Secret> Session::Hidden::ForgetSetAside(Target const& target)
+{
+    std::vector<std::filesystem::path> left;
+    auto tokens = store.RemoveSetAside(target.server.issuer, target.server.clientId, left);
+    for (auto const& file : left) {
+        Failure why;
+        why.reason = PathText(file) + " cannot be removed";
+        why.remedy = "remove it";
+        log->Failed("A login that was set aside stays in the store", why);
+    }
+    return tokens;
+}
+
+void Session::Hidden::Revoke(Target const& target, std::vector<Secret> const& refreshTokens)
+{
+    RequestBounds const bounds(nullptr, LimitForRevocation, LimitForRevocation);
+    for (Secret const& token : refreshTokens) {
+        if (token->empty())
+            continue;
+        auto const revoked = target.provider->Revoke(*token, "refresh_token");
+        if (!revoked)
+            log->Failed("The refresh token was forgotten, but not revoked", revoked.Why());
+    }
+}
+
+/// Tokens of one session at the provider may be one grant there, and the end of an old one would
+/// be the end of the new one: then it is left to expire.
+void Session::Hidden::RevokeReplaced(Target const& target, StoredLogin const& replaced,
+                                     StoredLogin const& login)
+{
+    std::string const session = TextMember(replaced.claims, "sid");
+    std::string const newSession = TextMember(login.claims, "sid");
+    bool const areApart = replaced.subject != login.subject ||
+                          (!session.empty() && !newSession.empty() && session != newSession);
+    if (areApart)
+        Revoke(target, {replaced.refreshToken});
+}
 
 std::string Session::EndSessionAddress()
 {
@@ -46,31 +88,32 @@ bool Session::Logout()
     Target const target = hidden->Chosen();
     if (!target)
         return false;
-    std::optional<StoredLogin> login;
+    bool isSignedOut = false;
+    std::vector<Secret> tokens;
     {
         Ending const ending(hidden->AccountOf(target));
         auto const lock = hidden->Lock(target);
         if (!lock) {
-            hidden->log->Failed("Cannot sign out", lock.Why());
+            hidden->log->Failed(CannotSignOut, lock.Why());
             return false;
         }
-        login = hidden->Current(target);
-        if (!login)
-            return false;
-        auto const removed = hidden->Forget(target);
+        auto const login = hidden->Look(target);
+        auto const removed = !login   ? Outcome<bool>(login.Why())
+                             : *login ? hidden->Forget(target)
+                                      : Outcome<bool>(false);
         if (!removed) {
-            hidden->log->Failed("Cannot sign out", removed.Why());
+            hidden->log->Failed(CannotSignOut, removed.Why());
             return false;
         }
+        isSignedOut = *removed;
+        tokens = hidden->ForgetSetAside(target);
+        if (isSignedOut)
+            tokens.push_back((*login)->refreshToken);
     }
-    hidden->log->Info("Signed out at " + target.server.issuer);
-    if (login->refreshToken->empty())
-        return true;
-    RequestBounds const bounds(nullptr, LimitForRevocation);
-    auto const revoked = target.provider->Revoke(*login->refreshToken, "refresh_token");
-    if (!revoked)
-        hidden->log->Failed("The refresh token was forgotten, but not revoked", revoked.Why());
-    return true;
+    if (isSignedOut)
+        hidden->log->Info("Signed out at " + target.server.issuer);
+    hidden->Revoke(target, tokens);
+    return isSignedOut;
 }
 
 } // namespace Halvorix::OpenId

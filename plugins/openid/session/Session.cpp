@@ -53,8 +53,11 @@ bool Session::IsLoggedIn()
 Json::Value Session::Claims()
 {
     Target const target = hidden->Chosen();
-    auto const login = target ? hidden->Current(target) : std::nullopt;
-    return login ? login->claims : Json::Value();
+    auto login = target ? hidden->Current(target) : std::nullopt;
+    if (!login)
+        return Json::Value();
+    login->claims.removeMember("nonce"); // of the sign-in, not of the user
+    return login->claims;
 }
 
 std::int64_t Session::LoginExpiryDate()

@@ -65,9 +65,12 @@ struct Account {
     std::atomic<bool> isEnding{false};
 
     // Under the session's mutex.
-    /// What could not be written, and the state of the store that it stands for.
+    /// The state of the store when it was last read or written; no value before.
+    std::optional<std::string> stored;
+    /// What could not be written, and the state of the store that it stands for. Without a value
+    /// that is the state in which the store is found next.
     std::optional<StoredLogin> unsaved;
-    std::string unsavedOver;
+    std::optional<std::string> unsavedOver;
     /// Who was signed in when it was last looked at; empty for nobody, no value before.
     std::optional<std::string> seen;
     /// What was logged of the store last.
@@ -130,37 +133,62 @@ struct Session::Hidden {
 
     // Logins.cpp
     Account& AccountOf(Target const& target);
-    /// Who is signed in, by the store, or by memory where the store could not be written.
+    /// Who is signed in, by the store, or by memory where the store could not be written. Fails
+    /// while the store cannot be read: then nobody knows.
+    Outcome<std::optional<StoredLogin>> Look(Target const& target);
+    /// The same for what is asked without the store's lock: a failure is told, and memory counts.
     std::optional<StoredLogin> Current(Target const& target);
     void TellOnce(Account& account, Failure const& why);
     /// Whether this process alone knows the login.
     bool IsUnsaved(Target const& target);
+    /// Before a refresh token is used up, under the store's lock: writes the login as it is. A
+    /// login that is known to this process alone may go on without.
+    Outcome<bool> MakeSureOfStore(Target const& target, StoredLogin const& login);
     /// Writes, under the store's lock; what cannot be written stays in memory, and is told.
     void Keep(Target const& target, StoredLogin const& login);
-    /// Removes, under the store's lock, and tells the host.
+    /// Removes, under the store's lock, and tells the host. What cannot be removed stays known.
     Outcome<bool> Forget(Target const& target);
     Outcome<std::unique_ptr<TokenStore::Lock>> Lock(Target const& target);
+    /// For all requests of one who has the store's lock.
+    std::chrono::milliseconds LimitUnderLock() const;
+
+    // LoginTokens.cpp
+    /// The token of an answer that came just now: its end counts from here.
+    StoredToken TakeToken(Target const& target, TokenSpec const& spec, TokenAnswer const& answer);
 
     // Refresh.cpp
     /// A new token, or the one that somebody else got meanwhile.
     /// @param known the token that will not do, if it is more than its end that is wrong with it
-    std::optional<StoredToken> Refresh(Target const& target, TokenSpec const& spec,
+    std::optional<StoredToken> Refresh(Target const& target, TokenSpec const& asked,
                                        Secret const& known);
-    std::optional<StoredToken> RefreshUnderLock(Target const& target, TokenSpec const& spec,
+    std::optional<StoredToken> RefreshUnderLock(Target const& target, TokenSpec const& asked,
                                                 Secret const& known);
-    std::optional<StoredToken> Accept(Target const& target, TokenSpec const& spec,
+    /// Whether the refresh token may be used up for it.
+    Outcome<bool> MayRefresh(Target const& target, TokenSpec const& spec, StoredLogin const& login);
+    std::optional<StoredToken> Accept(Target const& target, TokenSpec const& asked,
                                       StoredLogin login, TokenAnswer answer);
+    /// Takes over what a refresh's id_token says, or tells why the answer is not to be used.
+    std::optional<Failure> TakeIdToken(Target const& target, TokenAnswer const& answer,
+                                       StoredLogin& login);
     bool IsScopeAtFault(Target const& target, TokenSpec const& spec, StoredLogin const& login,
                         Failure const& why);
-    void SignOutRefused(Target const& target);
-    bool FailedJustNow(Target const& target, TokenSpec const& spec);
-    void Failed(Target const& target, TokenSpec const& spec, Failure const& why);
+    void SignOutRefused(Target const& target, TokenSpec const& asked);
+    bool FailedJustNow(Target const& target, TokenSpec const& asked);
+    void Failed(Target const& target, TokenSpec const& asked, Failure const& why);
+    /// None of the questions of the next seconds is passed on.
+    void Pause(Target const& target, TokenSpec const& asked);
+
+    // Logout.cpp
+    /// Under the store's lock. Answers the refresh tokens that could be read.
+    std::vector<Secret> ForgetSetAside(Target const& target);
+    /// At best effort; what fails is told.
+    void Revoke(Target const& target, std::vector<Secret> const& refreshTokens);
+    void RevokeReplaced(Target const& target, StoredLogin const& replaced,
+                        StoredLogin const& login);
 };
 
 /// That a sign-in was ended by the host.
 Failure WasCancelled();
-/// A token that a provider gave, as it is kept.
-StoredToken KeptToken(TokenAnswer const& answer, TokenSpec const& spec, std::int64_t now);
 /// Puts a token into the place of the one for the same spec.
 void PutToken(StoredLogin& login, StoredToken token);
 /// Null if there is none.
@@ -168,6 +196,11 @@ StoredToken const* FindToken(StoredLogin const& login, TokenSpec const& spec);
 /// The spec in normal form, with an empty scope where it is all that the login asked for or was
 /// granted: that needs no token of its own.
 TokenSpec NormalSpec(TokenSpec const& spec, StoredLogin const& login);
+/// Whether a refresh may ask for it: for nothing that the login was not granted.
+bool IsGranted(TokenSpec const& spec, StoredLogin const& login);
+/// Under which spec a new token is kept, by the scope that the provider says it has (empty if it
+/// is not told). A narrower one for all of the login narrows the login.
+TokenSpec GrantedSpec(TokenSpec const& spec, std::string const& granted, StoredLogin& login);
 /// Claims of a user with newer ones in their place: those of an id_token about the protocol stay
 /// out of what userinfo may say, and what serves a single answer alone is dropped.
 void AddClaims(Json::Value& claims, Json::Value const& newer, bool isIdToken);

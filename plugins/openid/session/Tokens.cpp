@@ -26,7 +26,7 @@ bool Session::RestoreLogin()
         std::any_of(login->tokens.begin(), login->tokens.end(), [&](StoredToken const& token) {
             return hidden->clock.IsGood(target.Key(), token);
         });
-    return hasGoodToken || hidden->Refresh(target, NormalSpec(DefaultSpec(), *login), Secret());
+    return hasGoodToken || hidden->Refresh(target, DefaultSpec(), Secret());
 }
 
 TokenView Session::AccessToken(TokenSpec const& asked)
@@ -35,10 +35,9 @@ TokenView Session::AccessToken(TokenSpec const& asked)
     if (stored.usable)
         return stored;
     Target const target = hidden->Chosen();
-    auto const login = target ? hidden->Current(target) : std::nullopt;
-    if (!login)
+    if (!target || !hidden->Current(target))
         return {};
-    auto const token = hidden->Refresh(target, NormalSpec(asked, *login), Secret());
+    auto const token = hidden->Refresh(target, asked, Secret());
     return token ? View(*token, true) : TokenView();
 }
 
@@ -48,9 +47,8 @@ bool Session::RefreshToken(TokenSpec const& asked)
     auto const login = target ? hidden->Current(target) : std::nullopt;
     if (!login)
         return false;
-    TokenSpec const spec = NormalSpec(asked, *login);
-    auto const* const known = FindToken(*login, spec);
-    return hidden->Refresh(target, spec, known != nullptr ? known->text : Secret()).has_value();
+    auto const* const known = FindToken(*login, NormalSpec(asked, *login));
+    return hidden->Refresh(target, asked, known != nullptr ? known->text : Secret()).has_value();
 }
 
 TokenView Session::TokenAtHand(TokenSpec const& asked)

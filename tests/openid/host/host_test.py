@@ -561,7 +561,7 @@ def RefusedScopeDoesNotSignOut(place, _provider):
         sign_in(host)
         assert token(host, "unknown:scope") is None
         assert host.ask("IsLoggedIn") is True and token(host, "data:read").count(".") == 2
-        assert any("invalid_scope" in line and has_remedy(line) for line in place.log())
+        assert any("was not granted the scope" in line and has_remedy(line) for line in place.log())
 
 
 def LeavesAtOnceDuringASlowRequest(place, provider):

@@ -77,11 +77,14 @@ CHILD_PROGRAM(SignsInOnAFullDisk)
     world.Pass(seconds(3600));
     EXPECT_STEP(GetsANewToken(*session, world), 7);
     EXPECT_STEP(world.NewSession()->IsLoggedIn(), 8);
-    // And none: what lies there stays whole.
+    // And none: what lies there stays whole, and its refresh token is not used up.
     EXPECT_STEP(limit(full), 9);
     world.Pass(seconds(3600));
-    EXPECT_STEP(GetsANewToken(*session, world), 10);
+    EXPECT_STEP(session->AccessToken(All).text->empty(), 10);
     EXPECT_STEP(world.NewSession()->IsLoggedIn(), 11);
+    EXPECT_STEP(limit(all), 14);
+    world.Pass(seconds(6));
+    EXPECT_STEP(GetsANewToken(*session, world), 15);
     EXPECT_STEP(world.provider.Reuses() == 0, 12);
     EXPECT_STEP(world.LinesWith("known to this process alone") == 0, 13); // no room for it either
     return 0;
@@ -105,9 +108,9 @@ TEST(StoreOnBadDisk, ThatIsReadOnlyIsToldAndSignsNobodyOut)
     ASSERT_TRUE(session->LoginInBrowser(""));
     world.Pass(seconds(3600));
     ASSERT_EQ(::chmod(session->StoreFolder().c_str(), 0500), 0);
-    session->AccessToken(All);
+    EXPECT_TRUE(session->AccessToken(All).text->empty());
     EXPECT_TRUE(session->IsLoggedIn());
-    EXPECT_EQ(world.provider.Reuses(), 0);
+    EXPECT_EQ(world.provider.Count("refresh"), 0);
     ASSERT_EQ(::chmod(session->StoreFolder().c_str(), 0700), 0);
     world.Pass(seconds(3600));
     EXPECT_FALSE(session->AccessToken(All).text->empty());
