@@ -27,7 +27,7 @@ def FormsOfAToken(place, provider):
         assert claims_of(narrow)["scope"] == "data:read" and narrow != token
         assert place.token("--scope", "data:read") == narrow
         assert place.run("token", "--scope", "data:read", "--json").result["scope"] == "data:read"
-        failed(place.run("token", "--scope", "unknown:scope"), 4, "invalid_scope")
+        failed(place.run("token", "--scope", "unknown:scope"), 4, "was not granted the scope")
         assert place.run("status").status == 0, "a scope that is refused signs out"
 
 
