@@ -533,7 +533,7 @@ def HostileProviderAtRefresh(place, provider):
     place.configure(timeouts={"login": 20, "network": 4})
     # After a failure a token of the same scope is not asked for again at once.
     scopes = ["data:read", "data:write", "data:read data:write", "email", "profile",
-              "email profile", "data:read email"]
+              "email profile", "data:read email", "data:write email"]
     with User(place), place.start() as host:
         sign_in(host)
         def check(_fault, _at, pattern, before):
