@@ -8,6 +8,7 @@
 #include <boost/asio/buffer.hpp>
 
 #include "openid/TestServer.h"
+#include "openid/platform/HttpParts.h"
 
 namespace Halvorix::OpenId {
 
@@ -163,6 +164,54 @@ TEST(Http, AsksForNoCredentialsOfTheUser)
     EXPECT_EQ(response.failure, HttpFailure::None) << response.reason;
     EXPECT_EQ(response.status, 401);
     EXPECT_EQ(server.Count(), 1);
+}
+
+TEST(Http, GivesAServerNoCredentialsForAProxy)
+{
+    std::string seen;
+    TestServer const server([&](TestServer::Connection& connection) {
+        std::string request;
+        while (!(request = connection.Request()).empty()) {
+            seen += request;
+            connection.Send("HTTP/1.1 407 Proxy Authentication Required\r\n"
+                            "Proxy-Authenticate: Basic realm=\"x\"\r\nContent-Length: 0\r\n\r\n");
+        }
+    });
+    HttpRequest request = Get(server.Url());
+    request.proxyCredentials = {{"", 0, "user", "of the proxy"},
+                                {"127.0.0.1", server.Port(), "user", "of the proxy"}};
+    HttpResponse const response = SendHttp(request);
+
+    EXPECT_EQ(response.failure, HttpFailure::Proxy) << response.reason;
+    EXPECT_THAT(seen, HasSubstr("GET / HTTP/1.1\r\n"));
+    EXPECT_THAT(seen, Not(HasSubstr("Authorization")));
+}
+
+TEST(Http, ChoosesTheCredentialsThatFitAProxyBest)
+{
+    HttpRequest request;
+    auto const userFor = [&](std::string const& host, int port) {
+        ProxyCredential const* const chosen = CredentialFor(request, host, port);
+        return chosen == nullptr ? "none" : chosen->user;
+    };
+    request.proxyCredentials = {{"", 0, "of any", ""},
+                                {"", 3128, "of a port", ""},
+                                {"proxy.example", 0, "of a host", ""},
+                                {"Proxy.Example", 3128, "of host and port", ""},
+                                {"proxy.example", 3128, "of one that came later", ""}};
+
+    EXPECT_EQ(userFor("proxy.example", 3128), "of host and port");
+    EXPECT_EQ(userFor("PROXY.example", 8080), "of a host");
+    EXPECT_EQ(userFor("other.example", 3128), "of a port");
+    EXPECT_EQ(userFor("other.example", 8080), "of any");
+    // A port that is not known.
+    EXPECT_EQ(userFor("proxy.example", 0), "of a host");
+    EXPECT_EQ(userFor("other.example", 0), "of any");
+
+    request.proxyCredentials.erase(request.proxyCredentials.begin());
+    request.proxyCredentials.erase(request.proxyCredentials.begin() + 1);
+    EXPECT_EQ(userFor("proxy.example", 0), "of host and port");
+    EXPECT_EQ(userFor("proxy.example", 8080), "none");
 }
 
 TEST(Http, FollowsNoRedirect)

@@ -106,15 +106,29 @@ void CheckWhole(HttpResponse& response)
         Fail(response, HttpFailure::Connection, "the answer ended early");
 }
 
+int ProxyFit(std::string const& host, int port, std::string const& proxyHost, int proxyPort)
+{
+    bool const isForHost = host.empty() || SmallLetters(host) == SmallLetters(proxyHost);
+    bool const isForPort = port == 0 || proxyPort == 0 || port == proxyPort;
+    if (!isForHost || !isForPort)
+        return 0;
+    // Those of one port may be meant for another than the unknown one.
+    int const byPort = port == 0 ? 2 : proxyPort == 0 ? 1 : 3;
+    return host.empty() ? byPort : byPort + 3;
+}
+
 ProxyCredential const* CredentialFor(HttpRequest const& request, std::string const& host, int port)
 {
-    auto const fits = [&](ProxyCredential const& credential) {
-        return (credential.host.empty() || SmallLetters(credential.host) == SmallLetters(host)) &&
-               (credential.port == 0 || port == 0 || credential.port == port);
-    };
-    auto const found =
-        std::find_if(request.proxyCredentials.begin(), request.proxyCredentials.end(), fits);
-    return found == request.proxyCredentials.end() ? nullptr : &*found;
+    ProxyCredential const* best = nullptr;
+    int bestFit = 0;
+    for (ProxyCredential const& credential : request.proxyCredentials) {
+        int const fit = ProxyFit(credential.host, credential.port, host, port);
+        if (fit > bestFit) {
+            best = &credential;
+            bestFit = fit;
+        }
+    }
+    return best;
 }
 
 } // namespace Halvorix::OpenId

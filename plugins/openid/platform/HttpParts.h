@@ -33,7 +33,12 @@ void AddHeaderLine(HttpResponse& response, std::string_view line);
 /// Judges a whole answer: one that ended before the length that it gave, or a proxy's question.
 void CheckWhole(HttpResponse& response);
 
-/// The credentials for a proxy; null if there are none. The port 0 is an unknown one.
+/// How well credentials with this host and port fit a proxy: for its host and port, else for its
+/// host, else for any, in which names in small and capital letters are the same. The proxy's port
+/// 0 is an unknown one. 0 if they do not fit, else the better the more.
+int ProxyFit(std::string const& host, int port, std::string const& proxyHost, int proxyPort);
+
+/// The credentials that fit a proxy best; null if none do. The port 0 is an unknown one.
 ProxyCredential const* CredentialFor(HttpRequest const& request, std::string const& host, int port);
 
 } // namespace Halvorix::OpenId

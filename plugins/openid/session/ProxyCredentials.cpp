@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "openid/platform/Crypto.h"
+#include "openid/platform/HttpParts.h"
 
 namespace Halvorix::OpenId {
 
@@ -33,19 +34,13 @@ ProxyCredential ProxyCredentials::InClear(Kept const& kept)
 std::optional<ProxyCredential> ProxyCredentials::Find(std::string const& host, int port) const
 {
     std::lock_guard<std::mutex> const guard(mutex);
-    Kept const* found = nullptr;
-    for (Kept const& kept : all) {
-        bool const fits =
-            (kept.host.empty() || kept.host == host) && (kept.port == 0 || kept.port == port);
-        bool const isExact = kept.host == host && kept.port == port;
-        if (isExact || (fits && found == nullptr))
-            found = &kept;
-        if (isExact)
-            break;
-    }
-    if (found == nullptr)
+    auto const fit = [&](Kept const& kept) { return ProxyFit(kept.host, kept.port, host, port); };
+    auto const best =
+        std::max_element(all.begin(), all.end(),
+                         [&](Kept const& one, Kept const& other) { return fit(one) < fit(other); });
+    if (best == all.end() || fit(*best) == 0)
         return std::nullopt;
-    return InClear(*found);
+    return InClear(*best);
 }
 
 std::vector<ProxyCredential> ProxyCredentials::All() const

@@ -15,7 +15,7 @@ class ProxyCredentials {
 public:
     /// In place of one for the same host and port.
     void Set(ProxyCredential credential);
-    /// The one for this host and port, else one that fits any.
+    /// The one that fits this host and port best.
     std::optional<ProxyCredential> Find(std::string const& host, int port) const;
     /// All of them; the caller wipes the passwords.
     std::vector<ProxyCredential> All() const;

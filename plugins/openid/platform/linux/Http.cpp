@@ -106,10 +106,11 @@ ProxyCredential const* CredentialFor(HttpRequest const& request)
     Url const proxy = ProxyOfEnvironment();
     if (!proxy)
         return nullptr;
-    // 1080 is where curl looks for a proxy that has no port.
+    // Where curl looks for a proxy that has no port.
+    int const usual = Part(proxy, CURLUPART_SCHEME) == "https" ? 443 : 1080;
     std::string const port = Part(proxy, CURLUPART_PORT);
     return OpenId::CredentialFor(request, Part(proxy, CURLUPART_HOST),
-                                 port.empty() ? 1080 : std::atoi(port.c_str()));
+                                 port.empty() ? usual : std::atoi(port.c_str()));
 }
 
 /// One request, once.

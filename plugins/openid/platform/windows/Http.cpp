@@ -6,6 +6,8 @@
 #include "openid/platform/windows/HttpError.h"
 #include "openid/platform/windows/RequestSignals.h"
 
+#include <wincrypt.h>
+
 #include <algorithm>
 
 namespace Halvorix::OpenId {
@@ -80,6 +82,7 @@ private:
     bool Open();
     void SetProtocols();
     bool AddHeaders();
+    bool IsFromServer() const;
     bool GiveCredential();
     End Ask();
     End TakeHead();
@@ -238,9 +241,24 @@ Transfer::End Transfer::Ask()
     return end == End::Done && response.status != 407 ? TakeBody() : end;
 }
 
+/// Whether an answer is the server's own: to the system a 407 is a proxy's, wherever it comes from.
+/// A proxy is asked over https alone, and its own answer comes before there is a certificate.
+bool Transfer::IsFromServer() const
+{
+    CERT_CONTEXT const* certificate = nullptr;
+    DWORD size = sizeof certificate;
+    ::WinHttpQueryOption(handle.get(), WINHTTP_OPTION_SERVER_CERT_CONTEXT,
+                         static_cast<void*>(&certificate), &size);
+    if (certificate != nullptr)
+        ::CertFreeCertificateContext(certificate);
+    return target.isPlain || certificate != nullptr;
+}
+
 /// Whether a proxy that asked for credentials gets some.
 bool Transfer::GiveCredential()
 {
+    if (IsFromServer())
+        return false;
     // The system tells the name of the proxy, and not its port.
     ProxyCredential const* const credential =
         CredentialFor(request, Utf8From(signals->ServerName()), 0);
