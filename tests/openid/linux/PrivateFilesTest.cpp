@@ -10,8 +10,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
+#include <future>
 #include <set>
+#include <thread>
 
 #include "framework/Variable.h"
 #include "openid/TestFolder.h"
@@ -41,6 +44,15 @@ FileContent ReadAtOnce(FileContent (*read)(path const&, std::size_t), path const
     FileContent content = read(file, 100);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 1s);
     return content;
+}
+
+/// By this process.
+long TimesOpened(path const& file)
+{
+    std::error_code gone;
+    return std::count_if(
+        std::filesystem::directory_iterator("/proc/self/fd"), {},
+        [&](auto const& entry) { return read_symlink(entry.path(), gone) == file; });
 }
 
 } // namespace
@@ -234,6 +246,30 @@ TEST(FileLock, EndsThoughAForkedChildLivesOn)
     EXPECT_NE(FileLock::Acquire(folder / "lock", 0ms, reason), nullptr) << reason;
     ::kill(child, SIGKILL);
     ::waitpid(child, nullptr, 0);
+}
+
+TEST(FileLock, IsThatOfItsName)
+{
+    TestFolder const folder;
+    std::string reason;
+    auto lock = FileLock::Acquire(folder / "lock", 0ms, reason);
+    ASSERT_NE(lock, nullptr) << reason;
+    auto waiting = std::async(std::launch::async, [&] {
+        std::string why;
+        return FileLock::Acquire(folder / "lock", 30s, why);
+    });
+    while (TimesOpened(folder / "lock") < 2)
+        std::this_thread::sleep_for(1ms);
+
+    // Somebody tidies up while the second one waits.
+    WriteTo(folder / "another", "");
+    rename(folder / "another", folder / "lock");
+    lock.reset();
+
+    auto const second = waiting.get();
+    EXPECT_NE(second, nullptr);
+    EXPECT_EQ(FileLock::Acquire(folder / "lock", 0ms, reason), nullptr);
+    EXPECT_EQ(reason, "another process has held it for 0 ms");
 }
 
 TEST(KnownFolder, IsThatOfTheConvention)

@@ -24,6 +24,7 @@ using namespace std::chrono_literals;
 constexpr int Openly = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 constexpr mode_t Private = 0600;
 constexpr mode_t ForOthers = 0077;
+constexpr off_t MostErased = 16 << 20;
 constexpr char const* NotRegular = "it is not a regular file";
 
 FileContent Refused(std::string reason)
@@ -121,9 +122,9 @@ bool IsAt(path const& file, Descriptor const& opened)
            named.st_dev == own.st_dev && named.st_ino == own.st_ino;
 }
 
-bool TakeLock(Descriptor const& opened, std::chrono::milliseconds limit, std::string& reason)
+bool TakeLock(Descriptor const& opened, std::chrono::steady_clock::time_point deadline,
+              std::chrono::milliseconds limit, std::string& reason)
 {
-    auto const deadline = std::chrono::steady_clock::now() + limit;
     // The system can wait for a lock without an end or not at all.
     for (auto pause = 1ms;; pause = std::min(pause * 2, 20ms)) {
         if (::flock(opened.Number(), LOCK_EX | LOCK_NB) == 0)
@@ -142,17 +143,22 @@ bool TakeLock(Descriptor const& opened, std::chrono::milliseconds limit, std::st
 
 path Beside(path const& file, char const* ending) { return path(file) += ending; }
 
-/// The file in which a replacement is written, locked: it has one name, so that what a killed
-/// process left is used again, and two writers take turns.
-Descriptor OpenReplacement(path const& file, std::string& reason)
+/// A file that is locked and still has its name. Another one may have been put in its place while
+/// this one waited: a lock on what is not there any more would keep nobody out.
+Descriptor OpenLocked(path const& file, int how, std::chrono::milliseconds limit,
+                      std::string& reason)
 {
+    auto const deadline = std::chrono::steady_clock::now() + limit;
     for (;;) {
-        Descriptor opened = OpenPrivate(file, O_WRONLY, reason);
-        if (!opened || !TakeLock(opened, std::chrono::seconds(5), reason))
+        Descriptor opened = OpenPrivate(file, how, reason);
+        if (!opened || !TakeLock(opened, deadline, limit, reason))
             return Descriptor();
-        // Else the one before has renamed it meanwhile.
         if (IsAt(file, opened))
             return opened;
+        if (std::chrono::steady_clock::now() >= deadline) {
+            reason = "others put another file in its place again and again";
+            return Descriptor();
+        }
     }
 }
 
@@ -170,7 +176,9 @@ void Overwrite(path const& file)
     struct stat status {};
     if (!opened || ::fstat(opened.Number(), &status) != 0 || !S_ISREG(status.st_mode))
         return;
-    std::string const zeros(static_cast<std::size_t>(status.st_size), '\0');
+    // What is larger than any of ours need not fit into memory.
+    std::string const zeros(static_cast<std::size_t>(std::min<off_t>(status.st_size, MostErased)),
+                            '\0');
     if (WriteAll(opened, zeros.data(), zeros.size()))
         ::fsync(opened.Number());
 }
@@ -281,8 +289,10 @@ bool PreparePrivateFolder(path const& given, std::string& reason)
         ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct stat status {};
     if (!opened || ::fstat(opened.Number(), &status) != 0) {
-        bool const isLink = std::filesystem::is_symlink(std::filesystem::symlink_status(folder));
-        reason = isLink ? "it is a symbolic link" : ErrorText(errno);
+        int const error = errno;
+        std::error_code unknown;
+        reason = std::filesystem::is_symlink(folder, unknown) ? "it is a symbolic link"
+                                                              : ErrorText(error);
     } else if (status.st_uid != ::geteuid()) {
         reason = "it belongs to another user";
     } else if ((status.st_mode & ForOthers) != 0 && ::fchmod(opened.Number(), 0700) != 0) {
@@ -296,7 +306,8 @@ bool PreparePrivateFolder(path const& given, std::string& reason)
 bool ReplacePrivateFile(path const& file, std::string const& bytes, std::string& reason)
 {
     path const replacement = Beside(file, ".new");
-    Descriptor const opened = OpenReplacement(replacement, reason);
+    // It has one name, so that what a killed process left is used again, and writers take turns.
+    Descriptor const opened = OpenLocked(replacement, O_WRONLY, std::chrono::seconds(5), reason);
     if (!opened)
         return false;
     if (::ftruncate(opened.Number(), 0) == 0 && WriteAll(opened, bytes.data(), bytes.size()) &&
@@ -367,10 +378,8 @@ private:
 std::unique_ptr<FileLock> FileLock::Acquire(path const& file, std::chrono::milliseconds limit,
                                             std::string& reason)
 {
-    Descriptor opened = OpenPrivate(file, O_RDWR, reason);
-    return opened && TakeLock(opened, limit, reason)
-               ? std::make_unique<SystemLock>(std::move(opened))
-               : nullptr;
+    Descriptor opened = OpenLocked(file, O_RDWR, limit, reason);
+    return opened ? std::make_unique<SystemLock>(std::move(opened)) : nullptr;
 }
 
 } // namespace Halvorix::OpenId

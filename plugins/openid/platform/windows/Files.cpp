@@ -21,6 +21,8 @@ using namespace std::chrono_literals;
 // FileRenameInfoEx, which the headers of MinGW-w64 hide.
 constexpr auto RenameInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(22);
 constexpr DWORD AnybodyElse = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+// A lock file with another in its place would keep nobody out.
+constexpr DWORD NobodyRemoves = FILE_SHARE_READ | FILE_SHARE_WRITE;
 
 /// The name in the form that may be longer than 260 characters, and in which "NUL" is a file.
 std::wstring LongName(path const& file)
@@ -53,11 +55,11 @@ bool IsPassing(DWORD error)
            error == ERROR_LOCK_VIOLATION;
 }
 
-/// Tries something until it works or fails for a reason that does not pass, for two seconds.
+/// Tries something until it works or fails for a reason that does not pass.
 template <class Action>
-bool Persistently(Action action)
+bool Persistently(Action action, std::chrono::milliseconds limit = 2s)
 {
-    auto const deadline = std::chrono::steady_clock::now() + 2s;
+    auto const deadline = std::chrono::steady_clock::now() + limit;
     while (!action()) {
         DWORD const error = ::GetLastError();
         if (!IsPassing(error) || std::chrono::steady_clock::now() >= deadline) {
@@ -130,7 +132,9 @@ void Overwrite(std::wstring const& name)
     LARGE_INTEGER size{};
     if (!file || !::GetFileSizeEx(file.Get(), &size))
         return;
-    if (WriteAll(file, std::string(static_cast<std::size_t>(size.QuadPart), '\0')))
+    // What is larger than any of ours need not fit into memory.
+    auto const erased = static_cast<std::size_t>(std::min<long long>(size.QuadPart, 16 << 20));
+    if (WriteAll(file, std::string(erased, '\0')))
         ::FlushFileBuffers(file.Get());
 }
 
@@ -338,11 +342,20 @@ std::string FileStamp(path const& file)
 std::unique_ptr<FileLock> FileLock::Acquire(path const& file, std::chrono::milliseconds limit,
                                             std::string& reason)
 {
-    Handle opened = Open(LongName(file), GENERIC_READ | GENERIC_WRITE, AnybodyElse, OPEN_ALWAYS);
-    if (!opened) {
+    std::wstring const name = LongName(file);
+    HANDLE handle = INVALID_HANDLE_VALUE;
+    bool const isOpened = Persistently(
+        [&] {
+            handle = ::CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, NobodyRemoves,
+                                   nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+            return handle != INVALID_HANDLE_VALUE;
+        },
+        std::min<std::chrono::milliseconds>(limit, 2s));
+    if (!isOpened) {
         reason = ErrorText(::GetLastError());
         return nullptr;
     }
+    Handle opened(handle);
     return TakeLock(opened, limit, reason) ? std::make_unique<SystemLock>(std::move(opened))
                                            : nullptr;
 }
