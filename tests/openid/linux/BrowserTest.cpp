@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <fcntl.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -127,6 +128,25 @@ TEST_F(BrowserScript, ThatCannotRunIsTold)
     EXPECT_FALSE(OpenInBrowser(Url, reason));
     EXPECT_THAT(reason, HasSubstr("is not there or cannot be run"));
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
+}
+
+TEST_F(BrowserScript, ThatCannotRunIsToldThoughSignalsComeIn)
+{
+    WriteTo(folder / "text", "no program");
+    permissions(folder / "text", std::filesystem::perms::owner_all);
+    Rig::SetVariable("HXSSO_OPENID_BROWSER", (folder / "text").string());
+    auto const before = ::signal(SIGALRM, [](int) {});
+    itimerval const often{{0, 3000}, {0, 3000}};
+    itimerval const never{};
+    int untold = 0;
+
+    ::setitimer(ITIMER_REAL, &often, nullptr);
+    for (int i = 0; i < 20; ++i)
+        untold += OpenInBrowser(Url, reason) ? 1 : 0;
+    ::setitimer(ITIMER_REAL, &never, nullptr);
+    ::signal(SIGALRM, before);
+
+    EXPECT_EQ(untold, 0);
 }
 
 TEST_F(BrowserScript, IsFoundInThePathAndNotInTheCurrentFolder)

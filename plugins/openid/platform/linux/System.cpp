@@ -74,9 +74,15 @@ int AnswerFrom(Descriptor const& answers)
 {
     int error = 0;
     // Another thread's new process may hold the other end, so not without a limit.
+    auto const deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
     pollfd ready{answers.Number(), POLLIN, 0};
-    if (::poll(&ready, 1, 5000) <= 0 ||
-        ::read(answers.Number(), &error, sizeof error) != sizeof error)
+    int found = -1;
+    // A signal ends the call, whatever its handler was set up with.
+    do
+        found = ::poll(&ready, 1, 1000);
+    while (found <= 0 && (found == 0 || errno == EINTR) &&
+           std::chrono::steady_clock::now() < deadline);
+    if (found <= 0 || ::read(answers.Number(), &error, sizeof error) != sizeof error)
         return 0;
     return error;
 }
