@@ -65,6 +65,13 @@ public:
         return io.stopped() ? received : "nothing within ten seconds";
     }
 
+    /// Until there is something to read.
+    void WaitForPage()
+    {
+        Error ignored;
+        socket.wait(tcp::socket::wait_read, ignored);
+    }
+
     std::string Ask(std::string const& bytes)
     {
         Send(bytes);
@@ -87,8 +94,9 @@ struct ListenerAsked : testing::Test {
         ASSERT_TRUE(opened) << opened.Why().reason;
         listener = std::move(*opened);
         port = PortOf(*listener);
-        answer = std::async(std::launch::async,
-                            [this, limit] { return listener->Wait("right", limit, &cancelled); });
+        answer = std::async(std::launch::async, [this, limit] {
+            return listener->Wait("right", limit, &cancelled, {});
+        });
     }
 
     std::string Request(std::string const& target, std::string const& method = "GET") const
@@ -289,7 +297,7 @@ TEST(Listener, KeepsABrowserThatComesBeforeAnybodyWaits)
     Peer browser(port);
     browser.Send("GET /callback?state=right HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(port) +
                  "\r\n\r\n");
-    EXPECT_TRUE((*opened)->Wait("right", 10s, nullptr));
+    EXPECT_TRUE((*opened)->Wait("right", 10s, nullptr, {}));
     EXPECT_THAT(browser.Receive(), StartsWith("HTTP/1.1 200 "));
 }
 
@@ -326,10 +334,11 @@ TEST(Listener, CanHaveItsPortAgainForTheNextLogin)
         browser->Send(request);
         // A browser closes as soon as it has the page, or after we have.
         auto closing = std::async(std::launch::async, [&] {
+            browser->WaitForPage();
             std::this_thread::sleep_for(i == 1 ? 600ms : 0ms);
             browser.reset();
         });
-        EXPECT_TRUE((*opened)->Wait("right", 10s, nullptr));
+        EXPECT_TRUE((*opened)->Wait("right", 10s, nullptr, {}));
     }
 }
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <list>
 #include <optional>
+#include <utility>
 
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
@@ -74,12 +75,16 @@ public:
         return instead ? error : instead;
     }
 
+    ~LoopbackListener() override { SSOServices::Wipe(expected.state); }
+
     std::string const& RedirectUri() const override { return redirectUri; }
 
     Outcome<Parameters> Wait(std::string const& state, std::chrono::milliseconds limit,
-                             std::atomic<bool> const* cancelled) override
+                             std::atomic<bool> const* cancelled,
+                             std::function<void(Peer const&)> const& tell) override
     {
         expected.state = state;
+        tellOfPeer = tell;
         auto const isCancelled = [cancelled] { return cancelled && *cancelled; };
         RunUntil(Clock::now() + limit, [&] { return response || isCancelled(); });
         Error ignored;
@@ -155,11 +160,22 @@ private:
         });
     }
 
+    /// Whether a connection may be this user's browser. Another user may have read the address of
+    /// the sign-in, and with it the state.
+    bool IsWelcome(tcp::socket& socket)
+    {
+        Peer const peer = PeerOf(static_cast<std::intptr_t>(socket.native_handle()));
+        if (peer.user != Peer::User::This && tellOfPeer)
+            std::exchange(tellOfPeer, nullptr)(peer);
+        return peer.user != Peer::User::Other;
+    }
+
     void Read(Shared const& connection)
     {
         connection->socket.async_read_some(
             asio::buffer(connection->chunk), [this, connection](Error error, std::size_t size) {
-                if (error)
+                // Not before something comes: the system takes a while to tell.
+                if (error || (connection->head.empty() && !IsWelcome(connection->socket)))
                     return Drop(connection);
                 connection->head.append(connection->chunk.data(), size);
                 std::size_t const end = connection->head.find("\r\n\r\n");
@@ -231,6 +247,7 @@ private:
     bool isAccepting = false;
     Clock::time_point acceptAgain;
     std::list<Shared> connections;
+    std::function<void(Peer const&)> tellOfPeer; // empty once it has been called
     ExpectedCallback expected;
     std::string redirectUri;
     std::optional<Parameters> response;

@@ -2,10 +2,12 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "openid/platform/Peer.h"
 #include "openid/protocol/Outcome.h"
 #include "openid/protocol/Texts.h"
 
@@ -25,9 +27,12 @@ public:
     /// what happened in a plain page, and closes. Requests that are wrong, larger than 16 KiB, or
     /// slower than five seconds are refused, and go on beside each other: none keeps the right one
     /// waiting.
+    /// A connection of another user is closed without an answer, where the system tells its user.
+    /// @param tell hears of the first one that is not known to be this user's; may be empty
     /// @return the response's parameters, at most 20 of them
     virtual Outcome<Parameters> Wait(std::string const& state, std::chrono::milliseconds limit,
-                                     std::atomic<bool> const* cancelled) = 0;
+                                     std::atomic<bool> const* cancelled,
+                                     std::function<void(Peer const&)> const& tell) = 0;
 };
 
 } // namespace Halvorix::OpenId

@@ -105,12 +105,26 @@ bool Session::Hidden::Await(std::shared_ptr<PendingLogin> const& login)
     return true;
 }
 
+/// Of a connection to the listener that is not known to be this user's.
+void Session::Hidden::TellOf(Peer const& peer)
+{
+    if (peer.user == Peer::User::Untold)
+        log->Failed("The sign-in takes connections of any user of this machine",
+                    Why(Failure::Kind::Local, peer.reason,
+                        "let this process read it, so that those of others are closed"));
+    else
+        log->Failed("A connection was closed without an answer, and the sign-in goes on",
+                    Why(Failure::Kind::Local, peer.reason,
+                        "run the browser on this machine and as the host's user; if it does, "
+                        "another user tries to take part in the sign-in"));
+}
+
 Outcome<TokenAnswer> Session::Hidden::AskForTokens(PendingLogin& login)
 {
     RequestBounds const bounds(&login.cancelled, NetworkLimit());
     auto waited = login.listener->Wait(
         login.secrets.state, std::max(login.deadline - outside.sinceBoot(), milliseconds(0)),
-        &login.cancelled);
+        &login.cancelled, [this](Peer const& peer) { TellOf(peer); });
     if (!waited)
         return waited.Why();
     Response const response{std::move(*waited)};

@@ -118,6 +118,7 @@ struct Session::Hidden {
     std::optional<BegunLogin> Begin(Preparation const& prepare);
     Outcome<BegunLogin> Prepare(PendingLogin& login, std::string const& loginHint);
     bool Await(std::shared_ptr<PendingLogin> const& login);
+    void TellOf(Peer const& peer);
     Outcome<TokenAnswer> AskForTokens(PendingLogin& login);
     /// Who signed in, by what the token endpoint gave.
     Outcome<StoredLogin> Identify(PendingLogin& login, TokenAnswer answer);

@@ -56,8 +56,8 @@ TEST(Listener, WaitsForHandlesWithoutBeingBusy)
     std::future<Outcome<Parameters>> answer;
     {
         NoMoreHandles const none;
-        answer =
-            std::async(std::launch::async, [&] { return (*opened)->Wait("right", 30s, nullptr); });
+        answer = std::async(std::launch::async,
+                            [&] { return (*opened)->Wait("right", 30s, nullptr, {}); });
         std::clock_t const start = std::clock();
         EXPECT_EQ(answer.wait_for(1s), std::future_status::timeout);
         EXPECT_LT(static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC, 0.1);
