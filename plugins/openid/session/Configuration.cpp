@@ -137,7 +137,7 @@ std::string Scopes(Json::Value const& server, std::string const& place,
         throw Wrong{where + " has characters that a scope cannot have",
                     "separate the scopes by single blanks"};
     std::string const scopes = NormalScope(text);
-    std::string const withOpenId = NormalScope(text + " openid");
+    std::string withOpenId = NormalScope(text + " openid");
     if (scopes != withOpenId)
         configuration.remarks.push_back(where + " lacks openid, which is asked for all the same");
     return withOpenId;
@@ -273,7 +273,7 @@ Outcome<PluginConfiguration> ParseConfiguration(std::string const& text, std::st
     try {
         PluginConfiguration configuration = Read(text);
         for (std::string& remark : configuration.remarks)
-            remark = name + ": " + remark;
+            remark.insert(0, name + ": ");
         return configuration;
     } catch (Wrong const& wrong) {
         Failure failure;

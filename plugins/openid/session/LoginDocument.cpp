@@ -36,7 +36,7 @@ struct SecretJson {
 /// Unlike a string stream's, a buffer that leaves nothing behind when it grows.
 class SecretBuffer : public std::streambuf {
 public:
-    Secret Release() { return std::move(text); }
+    Secret Release() { return text; }
 
 protected:
     std::streamsize xsputn(char const* bytes, std::streamsize count) override

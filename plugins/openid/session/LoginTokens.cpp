@@ -41,7 +41,7 @@ StoredToken Session::Hidden::TakeToken(Target const& target, TokenSpec const& sp
     token.text = answer.accessToken;
     token.receivedAt = outside.wallClock();
     // A provider's number may be anything; ten years are as good as for ever.
-    token.lifetime = std::clamp<std::int64_t>(answer.lifetime.count(), 0, 10 * 365 * 86'400LL);
+    token.lifetime = std::clamp<std::int64_t>(answer.lifetime.count(), 0, 10LL * 365 * 86'400);
     clock.Received(target.Key(), token);
     return token;
 }

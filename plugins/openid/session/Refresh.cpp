@@ -183,7 +183,7 @@ std::optional<StoredToken> Session::Hidden::Accept(Target const& target, TokenSp
     StoredToken const token = TakeToken(target, kept, answer);
     bool const isRotated = !answer.refreshToken->empty();
     if (isRotated)
-        login.refreshToken = std::move(answer.refreshToken);
+        login.refreshToken = answer.refreshToken;
     if (!answer.idToken->empty()) {
         // The refresh token of before is gone, whatever is said of the rest, and however long
         // the provider's keys may take.

@@ -79,7 +79,7 @@ std::vector<fs::path> FilesSetAside(fs::path const& file)
 fs::path FreeName(fs::path const& file)
 {
     for (int number = 1;; ++number) {
-        fs::path const name = fs::path(file) += SetAsideEnding + std::to_string(number);
+        fs::path name = fs::path(file) += SetAsideEnding + std::to_string(number);
         std::error_code error;
         if (!fs::exists(fs::symlink_status(name, error)))
             return name;

@@ -31,7 +31,7 @@ bool Session::RestoreLogin()
 
 TokenView Session::AccessToken(TokenSpec const& asked)
 {
-    TokenView const stored = TokenAtHand(asked);
+    TokenView stored = TokenAtHand(asked);
     if (stored.usable)
         return stored;
     Target const target = hidden->Chosen();
