@@ -214,8 +214,7 @@ std::optional<Failure> Session::Hidden::TakeIdToken(Target const& target, TokenA
         return claims.Why(); // of another user, perhaps; or the clock is wrong
     // While the keys cannot be had nobody can say that it is bad, and nothing of it is taken over.
     // But a token of another user is told by what it says itself.
-    auto change =
-        FindChange(claims ? *claims : UnverifiedClaims(*answer.idToken), login.claims);
+    auto change = FindChange(claims ? *claims : UnverifiedClaims(*answer.idToken), login.claims);
     if (change || !claims)
         return change;
     AddClaims(login.claims, *claims, true);
