@@ -10,6 +10,7 @@
 #include "openid/platform/Files.h"
 
 using namespace Halvorix::OpenId;
+using Rig::All;
 using Rig::SessionWorld;
 using Rig::TestProvider;
 using std::chrono::milliseconds;
@@ -21,8 +22,6 @@ namespace fs = std::filesystem;
 namespace {
 
 using Behaviour = TestProvider::Behaviour;
-
-TokenSpec const All{1, ""};
 
 fs::path SetAside(Session const& session, int number)
 {

@@ -8,6 +8,7 @@
 #include "openid/session/TokenStore.h"
 
 using namespace Halvorix::OpenId;
+using Rig::All;
 using Rig::SessionWorld;
 using Rig::TestProvider;
 using std::chrono::milliseconds;
@@ -19,12 +20,11 @@ namespace {
 
 using Behaviour = TestProvider::Behaviour;
 
-TokenSpec const All{1, ""};
 std::string const AllScopes = "data:read offline_access openid profile";
 
 /// A world where somebody is signed in, and a process that knows nothing of it but the store.
-struct SignedIn : SessionWorld {
-    explicit SignedIn(Json::Value const& idTokenClaims = {})
+struct SignedInBefore : SessionWorld {
+    explicit SignedInBefore(Json::Value const& idTokenClaims = {})
     {
         configuration.servers["production"].scopes = AllScopes;
         configuration.networkTimeout = seconds(3);
@@ -57,7 +57,7 @@ struct SignedIn : SessionWorld {
 
 TEST(SessionRefresh, KeepsTheRotatedTokenBeforeItAsksTheNetworkAgain)
 {
-    SignedIn world;
+    SignedInBefore world;
     world.Pass(seconds(3600));
     int asked = 0;
     world.Order([&](Behaviour& behaviour) {
@@ -75,7 +75,7 @@ TEST(SessionRefresh, KeepsTheRotatedTokenBeforeItAsksTheNetworkAgain)
 
 TEST(SessionRefresh, CountsTheEndOfATokenFromItsReceipt)
 {
-    SignedIn world;
+    SignedInBefore world;
     world.Pass(seconds(3600));
     world.Order([&](Behaviour& behaviour) {
         behaviour.onRequest = [&](std::string const& endpoint) {
@@ -93,7 +93,7 @@ TEST(SessionRefresh, CountsTheEndOfATokenFromItsReceipt)
 
 TEST(SessionRefresh, HasOneTimeLimitForAllItsRequests)
 {
-    SignedIn world;
+    SignedInBefore world;
     world.Order([](Behaviour& behaviour) {
         behaviour.scopes.erase("profile");
         behaviour.refusesScopesByStatusAlone = true;
@@ -119,7 +119,7 @@ TEST(SessionRefresh, TakesNoIdTokenOfAnotherSignIn)
          {Sample{"nonce", "another", "the id_token belongs to another sign-in (nonce)"},
           Sample{"auth_time", 1'700'000'001,
                  "the id_token tells another time of the sign-in (auth_time)"}}) {
-        SignedIn world(claims);
+        SignedInBefore world(claims);
         std::string const first = world.Token();
         world.Order(
             [&](Behaviour& behaviour) { behaviour.idTokenClaims[sample.claim] = sample.value; });
@@ -138,7 +138,7 @@ TEST(SessionRefresh, TakesAnIdTokenThatRepeatsWhatTheSignInSaid)
 {
     Json::Value claims;
     claims["auth_time"] = 1'700'000'000;
-    SignedIn world(claims);
+    SignedInBefore world(claims);
     std::string const nonce = world.provider.Last("nonce");
     world.Order([&](Behaviour& behaviour) {
         behaviour.idTokenClaims["nonce"] = nonce;
@@ -154,7 +154,7 @@ TEST(SessionRefresh, TakesAnIdTokenThatRepeatsWhatTheSignInSaid)
 TEST(SessionRefresh, TakesNoTokenOfAnotherUserWhileTheKeysCannotBeHad)
 {
     for (int const status : {404, 500, 503}) {
-        SignedIn world;
+        SignedInBefore world;
         std::string const first = world.Token(), idToken = world.provider.Last("id_token");
         world.Order([&](Behaviour& behaviour) {
             behaviour.keysStatus = status;
@@ -179,7 +179,7 @@ TEST(SessionRefresh, TakesNoTokenOfAnotherUserWhileTheKeysCannotBeHad)
 
 TEST(SessionRefresh, AsksForNoScopeThatTheSignInWasNotGranted)
 {
-    SignedIn world;
+    SignedInBefore world;
     for (char const* const scope : {"Data:Read", "data:read Data:Read"}) {
         EXPECT_EQ(world.Token({1, scope}), "");
         EXPECT_FALSE(world.session->RefreshToken({1, scope}));
@@ -194,7 +194,7 @@ TEST(SessionRefresh, AsksForNoScopeThatTheSignInWasNotGranted)
 
 TEST(SessionRefresh, GivesNoTokenOfANarrowerScopeForWhatWasAsked)
 {
-    SignedIn world;
+    SignedInBefore world;
     world.Order([](Behaviour& behaviour) { behaviour.scopeOfRefresh = "profile"; });
     TokenSpec const both{1, "data:read profile"};
     EXPECT_EQ(world.Token(both), "");
@@ -210,7 +210,7 @@ TEST(SessionRefresh, GivesNoTokenOfANarrowerScopeForWhatWasAsked)
 
 TEST(SessionRefresh, TakesAwayWhatTheProviderTookBack)
 {
-    SignedIn world;
+    SignedInBefore world;
     EXPECT_EQ(world.session->State()["scopes"], AllScopes);
     world.Order([](Behaviour& behaviour) { behaviour.scopeOfRefresh = "openid profile"; });
     EXPECT_TRUE(world.session->RefreshToken(All));
@@ -224,7 +224,7 @@ TEST(SessionRefresh, TakesAwayWhatTheProviderTookBack)
 
 TEST(SessionRefresh, IsOfAllScopesAlsoWhereTheProviderNamesFewer)
 {
-    SignedIn world;
+    SignedInBefore world;
     world.Order([](Behaviour& behaviour) { behaviour.scopeOfRefresh = "data:read profile"; });
     EXPECT_TRUE(world.session->RefreshToken(All));
     EXPECT_EQ(world.Token({1, AllScopes}), world.provider.Last("access_token"));

@@ -11,6 +11,7 @@
 #include "openid/platform/Files.h"
 
 using namespace Halvorix::OpenId;
+using Rig::All;
 using Rig::SessionWorld;
 using Rig::TestProvider;
 using std::chrono::seconds;
@@ -19,8 +20,6 @@ using testing::IsEmpty;
 namespace fs = std::filesystem;
 
 namespace {
-
-TokenSpec const All{1, ""};
 
 /// The files below a folder that hold one of the provider's secrets.
 std::vector<std::string> FilesWithSecrets(fs::path const& folder, TestProvider const& provider)

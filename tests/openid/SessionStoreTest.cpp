@@ -11,6 +11,7 @@
 #include "openid/session/TokenStore.h"
 
 using namespace Halvorix::OpenId;
+using Rig::All;
 using Rig::SessionWorld;
 using Rig::TestProvider;
 using std::chrono::milliseconds;
@@ -20,8 +21,6 @@ using testing::HasSubstr;
 namespace fs = std::filesystem;
 
 namespace {
-
-TokenSpec const All{1, ""};
 
 /// Makes the store's file one that cannot be replaced: a folder lies where the new one is written.
 class InTheWay {

@@ -15,6 +15,7 @@
 #include "openid/SessionWorld.h"
 
 using namespace Halvorix::OpenId;
+using Rig::All;
 using Rig::SessionWorld;
 using Rig::TestProvider;
 using std::chrono::milliseconds;
@@ -23,8 +24,6 @@ using std::chrono::seconds;
 namespace {
 
 using Behaviour = TestProvider::Behaviour;
-
-TokenSpec const All{1, ""};
 
 void Together(int count, std::function<void()> const& action)
 {

@@ -8,6 +8,7 @@
 #include "openid/session/TokenStore.h"
 
 using namespace Halvorix::OpenId;
+using Rig::All;
 using Rig::SessionWorld;
 using Rig::TestProvider;
 using std::chrono::hours;
@@ -18,8 +19,6 @@ using testing::Not;
 namespace {
 
 using Behaviour = TestProvider::Behaviour;
-
-TokenSpec const All{1, ""};
 
 /// A world where somebody is signed in.
 struct SignedIn : SessionWorld {

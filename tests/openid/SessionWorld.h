@@ -16,6 +16,9 @@
 
 namespace Rig {
 
+/// All that the login was granted.
+inline Halvorix::OpenId::TokenSpec const All{1, ""};
+
 /// What sessions of one user live in: a store, a provider, a browser, clocks that the test sets.
 /// Each session stands for a process of its own, but for the locks between processes.
 class SessionWorld {

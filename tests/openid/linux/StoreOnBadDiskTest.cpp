@@ -14,6 +14,7 @@
 #include "openid/SessionWorld.h"
 
 using namespace Halvorix::OpenId;
+using Rig::All;
 using Rig::SessionWorld;
 using std::chrono::seconds;
 using testing::HasSubstr;
@@ -21,8 +22,6 @@ using testing::HasSubstr;
 namespace fs = std::filesystem;
 
 namespace {
-
-TokenSpec const All{1, ""};
 
 bool GetsANewToken(Session& session, SessionWorld& world)
 {

@@ -36,7 +36,7 @@ private:
 };
 
 /// Ends the child with the number of its line.
-#define EXPECT_STEP(condition)                                                                     \
+#define EXPECT_OR_LINE(condition)                                                                  \
     if (!(condition))                                                                              \
     return __LINE__ % 256
 
@@ -89,12 +89,12 @@ CHILD_PROGRAM(ReadsADamagedStoreWithOneHandle)
     Handles handles;
     handles.Leave(1);
     auto const read = store.Read("https://login.example", "desktop");
-    EXPECT_STEP(!read);
-    EXPECT_STEP(read.Why().reason.find(" cannot be read for now: ") != std::string::npos);
+    EXPECT_OR_LINE(!read);
+    EXPECT_OR_LINE(read.Why().reason.find(" cannot be read for now: ") != std::string::npos);
     handles.LeaveAll();
     auto const again = store.Read("https://login.example", "desktop");
-    EXPECT_STEP(!again);
-    EXPECT_STEP(again.Why().reason.find("was set aside as ") != std::string::npos);
+    EXPECT_OR_LINE(!again);
+    EXPECT_OR_LINE(again.Why().reason.find("was set aside as ") != std::string::npos);
     return 0;
 }
 
@@ -118,25 +118,25 @@ CHILD_PROGRAM(RefreshesWithoutHandles)
     TokenSpec const all{1, ""};
     Rig::SessionWorld world;
     auto const session = world.NewSession();
-    EXPECT_STEP(session->LoginInBrowser(""));
+    EXPECT_OR_LINE(session->LoginInBrowser(""));
     Handles handles;
     world.provider.Order([&](Rig::TestProvider::Behaviour& behaviour) {
         behaviour.onRequest = [&](std::string const&) { handles.Leave(0); };
     });
     world.Pass(std::chrono::seconds(3600));
     std::string const token = *session->AccessToken(all).text;
-    EXPECT_STEP(token == world.provider.Last("access_token"));
+    EXPECT_OR_LINE(token == world.provider.Last("access_token"));
     // The store can be neither read nor written, and the login is not lost.
-    EXPECT_STEP(session->IsLoggedIn());
-    EXPECT_STEP(*session->TokenAtHand(all).text == token);
+    EXPECT_OR_LINE(session->IsLoggedIn());
+    EXPECT_OR_LINE(*session->TokenAtHand(all).text == token);
     handles.LeaveAll();
-    EXPECT_STEP(session->IsLoggedIn());
-    EXPECT_STEP(*session->TokenAtHand(all).text == token);
+    EXPECT_OR_LINE(session->IsLoggedIn());
+    EXPECT_OR_LINE(*session->TokenAtHand(all).text == token);
     // Nor does it come back once another process has signed out.
     TokenStore another(session->StoreFolder());
-    EXPECT_STEP(another.Remove(world.provider.Issuer(), "client-1"));
-    EXPECT_STEP(!session->IsLoggedIn());
-    EXPECT_STEP(session->AccessToken(all).text->empty());
+    EXPECT_OR_LINE(another.Remove(world.provider.Issuer(), "client-1"));
+    EXPECT_OR_LINE(!session->IsLoggedIn());
+    EXPECT_OR_LINE(session->AccessToken(all).text->empty());
     return 0;
 }
 
