@@ -65,3 +65,28 @@ TEST(RequestBounds, SendNothingOnceTheirTimeIsOver)
     EXPECT_EQ(response.failure, HttpFailure::Timeout);
     EXPECT_EQ(response.reason, "the requests before it took all the time");
 }
+
+TEST(SharedConnections, AreThoseOfTheirThreadAndLife)
+{
+    Sender sender;
+    sender.Send();
+    EXPECT_EQ(sender.last.connections, nullptr);
+    {
+        SharedConnections const outer;
+        sender.Send();
+        HttpConnections* const shared = sender.last.connections;
+        EXPECT_NE(shared, nullptr);
+        {
+            SharedConnections const inner;
+            sender.Send();
+            EXPECT_NE(sender.last.connections, nullptr);
+            EXPECT_NE(sender.last.connections, shared);
+        }
+        sender.Send();
+        EXPECT_EQ(sender.last.connections, shared);
+        std::thread([&] { sender.Send(); }).join();
+        EXPECT_EQ(sender.last.connections, nullptr);
+    }
+    sender.Send();
+    EXPECT_EQ(sender.last.connections, nullptr);
+}

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -30,6 +31,21 @@ struct ProxyCredential {
     std::string user, password;
 };
 
+/// Connections that requests of one thread use one after another, closed at its end and after a
+/// request that failed; on Linux, where each new one reads all authorities. Only a GET takes one
+/// that is there already: what a server has closed meanwhile is asked once more, and a code or a
+/// refresh token is sent once. Behind a proxy each request has its own.
+class HttpConnections {
+public:
+    HttpConnections();
+    ~HttpConnections();
+    HttpConnections(HttpConnections const&) = delete;
+    HttpConnections& operator=(HttpConnections const&) = delete;
+
+    struct Kept;
+    std::unique_ptr<Kept> const kept; ///< For SendHttp; may be null.
+};
+
 struct HttpRequest {
     std::string method = "GET";
     std::string url; ///< https, or http at a loopback address; nothing else is sent.
@@ -39,6 +55,7 @@ struct HttpRequest {
     std::size_t maxBody = 1 << 20;             ///< Of the answer, in bytes.
     std::vector<ProxyCredential> proxyCredentials;
     std::atomic<bool> const* cancelled = nullptr; ///< Asked ten times a second.
+    HttpConnections* connections = nullptr;       ///< None: the request has its own.
 };
 
 struct HttpResponse {

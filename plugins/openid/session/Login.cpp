@@ -1,6 +1,7 @@
 // Signing in: the authorization code with PKCE in the system's browser, and what every sign-in has.
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "openid/protocol/Texts.h"
@@ -170,6 +171,15 @@ Outcome<StoredLogin> Session::Hidden::Identify(PendingLogin& login, TokenAnswer 
     return result;
 }
 
+Outcome<StoredLogin> Session::Hidden::Obtain(PendingLogin& login)
+{
+    std::optional<SharedConnections> connections;
+    if (!login.device) // Polling would leave one behind every few seconds.
+        connections.emplace();
+    auto answer = login.device ? PollForTokens(login) : AskForTokens(login);
+    return answer ? Identify(login, std::move(*answer)) : Outcome<StoredLogin>(answer.Why());
+}
+
 Outcome<bool> Session::Hidden::Commit(PendingLogin& login, StoredLogin const& result)
 {
     std::optional<StoredLogin> replaced;
@@ -262,9 +272,7 @@ bool Session::FinishLogin(BegunLogin const& begun)
         return false;
     }
     AtEnd const ending([&] { hidden->End(login); });
-    auto answer = login->device ? hidden->PollForTokens(*login) : hidden->AskForTokens(*login);
-    return hidden->Conclude(*login, answer ? hidden->Identify(*login, std::move(*answer))
-                                           : Outcome<StoredLogin>(answer.Why()));
+    return hidden->Conclude(*login, hidden->Obtain(*login));
 }
 
 bool Session::LoginInBrowser(std::string const& loginHint)

@@ -10,6 +10,7 @@ namespace Halvorix::OpenId {
 namespace {
 
 thread_local RequestBounds const* current = nullptr;
+thread_local HttpConnections* connections = nullptr;
 
 /// A copy of a request, wiped at its end.
 struct OwnRequest {
@@ -53,6 +54,10 @@ bool RequestBounds::Apply(HttpRequest& request)
     return request.timeout > Limit(0);
 }
 
+SharedConnections::SharedConnections() : outer(connections) { connections = &own; }
+
+SharedConnections::~SharedConnections() { connections = outer; }
+
 HttpResponse SendWithin(HttpRequest const& request, Provider::Send const& send,
                         ProxyCredentials const& proxies)
 {
@@ -63,6 +68,7 @@ HttpResponse SendWithin(HttpRequest const& request, Provider::Send const& send,
         late.reason = "the requests before it took all the time";
         return late;
     }
+    own.request.connections = connections;
     own.request.proxyCredentials = proxies.All();
     return send(own.request);
 }

@@ -34,6 +34,19 @@ private:
     RequestBounds const* const outer;
 };
 
+/// Lets the requests of the calling thread share connections, for as long as it lives.
+class SharedConnections {
+public:
+    SharedConnections();
+    ~SharedConnections();
+    SharedConnections(SharedConnections const&) = delete;
+    SharedConnections& operator=(SharedConnections const&) = delete;
+
+private:
+    HttpConnections own;
+    HttpConnections* const outer;
+};
+
 /// Sends within the calling thread's bounds, with the host's credentials, and leaves nothing of
 /// either in memory.
 HttpResponse SendWithin(HttpRequest const& request, Provider::Send const& send,

@@ -122,6 +122,8 @@ struct Session::Hidden {
     Outcome<TokenAnswer> AskForTokens(PendingLogin& login);
     /// Who signed in, by what the token endpoint gave.
     Outcome<StoredLogin> Identify(PendingLogin& login, TokenAnswer answer);
+    /// Tokens, and whose they are.
+    Outcome<StoredLogin> Obtain(PendingLogin& login);
     Outcome<bool> Commit(PendingLogin& login, StoredLogin const& result);
     /// Keeps what a sign-in came to, and tells the log and the host.
     bool Conclude(PendingLogin& login, Outcome<StoredLogin> const& result);

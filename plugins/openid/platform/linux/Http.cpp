@@ -113,6 +113,33 @@ ProxyCredential const* CredentialFor(HttpRequest const& request)
                                  port.empty() ? usual : std::atoi(port.c_str()));
 }
 
+} // namespace
+
+struct HttpConnections::Kept {
+    ~Kept() { Close(); }
+
+    CURLM* Open()
+    {
+        if (!multi)
+            multi.reset(::curl_multi_init());
+        return multi.get();
+    }
+    // A connection says goodbye when it is closed.
+    void Close()
+    {
+        WithoutPipeSignal const quiet;
+        multi.reset();
+        ::ERR_clear_error();
+    }
+
+    Multi multi;
+};
+
+HttpConnections::HttpConnections() : kept(std::make_unique<Kept>()) {}
+HttpConnections::~HttpConnections() = default;
+
+namespace {
+
 /// One request, once.
 class Transfer {
 public:
@@ -134,7 +161,7 @@ private:
     }
     void SetUp(Url const& url, ProxyCredential const* credential);
     void SetHeaders();
-    CURLcode Perform(Clock::time_point deadline);
+    CURLcode Perform(CURLM* multi, Clock::time_point deadline);
     bool IsCancelled() const { return request.cancelled != nullptr && request.cancelled->load(); }
     HttpResponse Answer(CURLcode result);
     bool TakeHeader(char const* bytes, std::size_t size);
@@ -210,6 +237,7 @@ void Transfer::SetUp(Url const& url, ProxyCredential const* credential)
     Set(CURLOPT_WRITEFUNCTION, &Call<&Transfer::TakeBody>);
     Set(CURLOPT_WRITEDATA, this);
     if (request.method == "POST") {
+        Set(CURLOPT_FRESH_CONNECT, 1L);
         Set(CURLOPT_POST, 1L);
         Set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
         Set(CURLOPT_POSTFIELDS, request.body.data()); // which is not copied
@@ -236,10 +264,9 @@ bool Transfer::TakeBody(char const* bytes, std::size_t size)
 
 /// By curl's interface for several requests: the other one asks its caller once a second at most
 /// whether to go on.
-CURLcode Transfer::Perform(Clock::time_point deadline)
+CURLcode Transfer::Perform(CURLM* multi, Clock::time_point deadline)
 {
-    Multi const multi(::curl_multi_init());
-    if (!multi || ::curl_multi_add_handle(multi.get(), easy.get()) != CURLM_OK)
+    if (multi == nullptr || ::curl_multi_add_handle(multi, easy.get()) != CURLM_OK)
         throw std::bad_alloc();
     CURLcode result = CURLE_OK;
     for (int running = 1; running != 0;) {
@@ -247,18 +274,17 @@ CURLcode Transfer::Perform(Clock::time_point deadline)
             result = CURLE_ABORTED_BY_CALLBACK;
         else if (Clock::now() >= deadline)
             result = CURLE_OPERATION_TIMEDOUT;
-        else if (::curl_multi_perform(multi.get(), &running) != CURLM_OK ||
-                 (running != 0 &&
-                  ::curl_multi_poll(multi.get(), nullptr, 0, 100, nullptr) != CURLM_OK))
+        else if (::curl_multi_perform(multi, &running) != CURLM_OK ||
+                 (running != 0 && ::curl_multi_poll(multi, nullptr, 0, 100, nullptr) != CURLM_OK))
             result = CURLE_OUT_OF_MEMORY;
         if (result != CURLE_OK)
             break;
     }
     int others = 0;
-    while (CURLMsg const* const message = ::curl_multi_info_read(multi.get(), &others))
+    while (CURLMsg const* const message = ::curl_multi_info_read(multi, &others))
         if (message->msg == CURLMSG_DONE && result == CURLE_OK)
             result = message->data.result;
-    ::curl_multi_remove_handle(multi.get(), easy.get());
+    ::curl_multi_remove_handle(multi, easy.get());
     return result;
 }
 
@@ -322,7 +348,14 @@ HttpResponse Transfer::Run(Url const& url, ProxyCredential const* credential,
     WipeAtEnd const wiping(response.body);
     WithoutPipeSignal const quiet;
     SetUp(url, credential);
-    CURLcode const result = Perform(deadline);
+    // A way through a proxy belongs to the credentials that opened it.
+    bool const shares = request.connections != nullptr && !ProxyOfEnvironment();
+    HttpConnections own;
+    HttpConnections::Kept& kept = *(shares ? *request.connections : own).kept;
+    CURLcode const result = Perform(kept.Open(), deadline);
+    // By HTTP/2 a connection outlives what was cancelled on it, or refused as too large.
+    if (result != CURLE_OK)
+        kept.Close();
     // What curl leaves in OpenSSL's list would be found by the host's own code on this thread.
     ::ERR_clear_error();
     return Answer(result);

@@ -315,6 +315,11 @@ HttpResponse Transfer::Run()
 
 } // namespace
 
+struct HttpConnections::Kept {};
+
+HttpConnections::HttpConnections() = default;
+HttpConnections::~HttpConnections() = default;
+
 HttpResponse SendHttp(HttpRequest const& request)
 {
     HttpResponse refused;
