@@ -36,4 +36,8 @@ std::string Run(std::string const& program, std::vector<std::string> const& argu
 std::chrono::nanoseconds OwnTime();
 std::chrono::nanoseconds TimeWithChildren();
 
+/// How often this process has read from files, pipes and sockets, but for this function's own
+/// reads; 0 where the system does not count.
+long long ReadsSoFar();
+
 } // namespace Bench

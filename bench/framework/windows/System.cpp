@@ -77,4 +77,11 @@ std::chrono::nanoseconds OwnTime() { return std::chrono::steady_clock::now().tim
 
 std::chrono::nanoseconds TimeWithChildren() { return OwnTime(); }
 
+long long ReadsSoFar()
+{
+    IO_COUNTERS counters{};
+    ::GetProcessIoCounters(::GetCurrentProcess(), &counters);
+    return static_cast<long long>(counters.ReadOperationCount);
+}
+
 } // namespace Bench

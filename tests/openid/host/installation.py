@@ -30,14 +30,16 @@ PATIENCE = 60
 class Installation:
     """Layout: app/ with host and library, server/ with the plugin, store/ with what it keeps."""
 
+    program, plugin = "openid-host", "HxSSOOpenID"
+
     def __init__(self, root, programs, emulator, provider=None):
         self.root, self.provider = root, provider
         self.emulator = [os.path.abspath(word) for word in emulator]
-        self.is_windows = (programs / "openid-host.exe").exists()
-        program, module = (".exe", ".dll") if self.is_windows else ("", ".so")
+        self.is_windows = (programs / (self.program + ".exe")).exists()
+        ending, module = (".exe", ".dll") if self.is_windows else ("", ".so")
         library = "HxSSOServices.dll" if self.is_windows else "libHxSSOServices.so.10"
-        self.host = root / "app" / ("openid-host" + program)
-        self.module = root / "server" / ("HxSSOOpenID" + module)
+        self.host = root / "app" / (self.program + ending)
+        self.module = root / "server" / (self.plugin + module)
         self.settings = root / "server/HxSSOOpenID.json"
         self.store, self.addresses = root / "store", root / "addresses"
         for folder in ("app", "server", "xdg/Halvorix/HxSSO", "home"):
