@@ -109,6 +109,7 @@ TEST(SessionDeviceLogin, AsksAsSeldomAsTheProviderWants)
                 ElementsAre(5, 10, 20, 30, 50, 90, 100));
     EXPECT_TRUE(isDone) << world.LogText();
     EXPECT_EQ(world.LinesWith("Error "), 0) << world.LogText();
+    EXPECT_EQ(world.sharing, 0); // of connections that each poll would leave behind
 }
 
 TEST(SessionDeviceLogin, EndsWithItsTime)

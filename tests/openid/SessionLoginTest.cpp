@@ -76,6 +76,20 @@ TEST(SessionLogin, KnowsTheUserByIdTokenAndUserinfo)
     EXPECT_EQ(state["scopes"], "offline_access openid profile");
 }
 
+TEST(SessionLogin, SharesConnectionsFromItsCallbackOnAndNoLonger)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    auto const login = session->BeginLogin("");
+    ASSERT_TRUE(login);
+    EXPECT_EQ(world.sharing, 0);
+    world.browser.Open(*login->url);
+    ASSERT_TRUE(session->FinishLogin(*login)) << world.LogText();
+    EXPECT_EQ(world.sharing, 3); // token, keys, userinfo
+    EXPECT_TRUE(session->RefreshToken({1, ""})) << world.LogText();
+    EXPECT_EQ(world.sharing, 3);
+}
+
 TEST(SessionLogin, LetsAHostOpenTheBrowserItself)
 {
     SessionWorld world;

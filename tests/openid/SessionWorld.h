@@ -40,7 +40,10 @@ public:
         auto log = std::make_shared<LogFile>();
         log->Open(folder.Path() / "log");
         Outside outside;
-        outside.send = [this](HttpRequest const& request) { return provider.Answer(request); };
+        outside.send = [this](HttpRequest const& request) {
+            sharing += request.connections != nullptr ? 1 : 0;
+            return provider.Answer(request);
+        };
         outside.openBrowser = [this](std::string const& url, std::string& reason) {
             reason = "there is none";
             if (beforeBrowser)
@@ -84,6 +87,7 @@ public:
     TestProvider provider;
     Halvorix::OpenId::PluginConfiguration configuration;
     std::atomic<bool> hasBrowser{true}, hasScreen{true}, sleepsInNoTime{false};
+    std::atomic<int> sharing{0};         ///< Requests that may take a connection of those before.
     std::function<void()> beforeBrowser; ///< Called when a session wants to open it.
 
 private:
