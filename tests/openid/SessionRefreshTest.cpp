@@ -192,6 +192,19 @@ TEST(SessionRefresh, AsksForNoScopeThatTheSignInWasNotGranted)
     EXPECT_FALSE(world.Token({1, "data:read"}).empty());
 }
 
+TEST(SessionRefresh, AsksForAScopeThatIsNotInTheFirstToken)
+{
+    SessionWorld world;
+    world.configuration.servers["production"].scopes = AllScopes;
+    world.provider.Order(
+        [](Behaviour& behaviour) { behaviour.scopeOfSignIn = "offline_access openid"; });
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->LoginInBrowser("")) << world.LogText();
+    EXPECT_EQ(session->State()["scopes"], "offline_access openid");
+    EXPECT_FALSE(session->AccessToken({1, "data:read"}).text->empty()) << world.LogText();
+    EXPECT_EQ(world.provider.Count("refresh"), 1);
+}
+
 TEST(SessionRefresh, GivesNoTokenOfANarrowerScopeForWhatWasAsked)
 {
     SignedInBefore world;

@@ -243,6 +243,8 @@ HttpResponse TestProvider::Exchange(Parameters const& form)
         code->second.challenge != ToBase64Url(Sha2(256, verifier)))
         return Error("invalid_grant");
     Json::Value json = NewTokens(code->second.scope, ++families);
+    if (!behaviour.scopeOfSignIn.empty())
+        json["scope"] = behaviour.scopeOfSignIn;
     if (behaviour.givesIdToken)
         json["id_token"] = IdToken(behaviour.subject,
                                    behaviour.nonce.empty() ? code->second.nonce : behaviour.nonce);

@@ -34,8 +34,9 @@ public:
         std::string subjectOfRefresh;  ///< Of the id_token that a refresh then gives.
         std::string nonce;             ///< If it is to be another one.
         std::string clientOfIdToken = "client-1";
-        Json::Value idTokenClaims;  ///< In place of its own, in all id_tokens.
-        std::string scopeOfRefresh; ///< What a refresh is told to have granted.
+        Json::Value idTokenClaims; ///< In place of its own, in all id_tokens.
+        /// What a sign-in or a refresh is told to have granted.
+        std::string scopeOfSignIn, scopeOfRefresh;
         bool givesIdToken = true, givesRefreshToken = true, rotates = true;
         int lifetime = 3600; ///< 0: not told.
         /// Scopes that it knows; a refresh for others is refused, by an error or its status alone.

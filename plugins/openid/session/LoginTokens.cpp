@@ -83,7 +83,9 @@ TokenSpec NormalSpec(TokenSpec const& spec, StoredLogin const& login)
 
 bool IsGranted(TokenSpec const& spec, StoredLogin const& login)
 {
-    return Without(spec.scope, login.scopes).empty();
+    // What a provider tells of the first token may be less than it granted: some give one token
+    // for themselves and others for each service.
+    return Without(Without(spec.scope, login.askedFor), login.scopes).empty();
 }
 
 TokenSpec GrantedSpec(TokenSpec const& spec, std::string const& granted, StoredLogin& login)

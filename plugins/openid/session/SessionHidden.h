@@ -199,7 +199,7 @@ StoredToken const* FindToken(StoredLogin const& login, TokenSpec const& spec);
 /// The spec in normal form, with an empty scope where it is all that the login asked for or was
 /// granted: that needs no token of its own.
 TokenSpec NormalSpec(TokenSpec const& spec, StoredLogin const& login);
-/// Whether a refresh may ask for it: for nothing that the login was not granted.
+/// Whether a refresh may ask for it: for nothing that the login neither asked for nor was granted.
 bool IsGranted(TokenSpec const& spec, StoredLogin const& login);
 /// Under which spec a new token is kept, by the scope that the provider says it has (empty if it
 /// is not told). A narrower one for all of the login narrows the login.
