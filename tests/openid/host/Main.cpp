@@ -96,16 +96,23 @@ private:
         return answer;
     }
 
-    // Not std::async, whose future would wait when the process ends.
+    struct Started {
+        std::future<Json::Value> answer;
+        std::thread thread;
+    };
+
+    // Not std::async, whose future would wait when the process ends. Not detached either: MinGW's
+    // threads fail where one ends in the moment in which it is detached and others are started.
     Json::Value Begin(std::string const& line)
     {
         std::promise<Json::Value> promise;
-        started.push_back(promise.get_future());
-        std::thread([this, line, promise = std::move(promise)]() mutable {
+        auto future = promise.get_future();
+        std::thread thread([this, line, promise = std::move(promise)]() mutable {
             Arguments arguments(line);
             std::string const name = arguments.Word();
             promise.set_value(Run(name, arguments));
-        }).detach();
+        });
+        started.push_back({std::move(future), std::move(thread)});
         Json::Value answer;
         answer["answer"] = true;
         return answer;
@@ -115,7 +122,8 @@ private:
     {
         if (started.empty())
             return "nothing was begun";
-        Json::Value answer = started.front().get();
+        Json::Value answer = started.front().answer.get();
+        started.front().thread.join();
         started.pop_front();
         return answer;
     }
@@ -129,7 +137,7 @@ private:
     }
 
     Commands commands;
-    std::deque<std::future<Json::Value>> started;
+    std::deque<Started> started;
 };
 
 } // namespace

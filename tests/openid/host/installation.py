@@ -137,7 +137,8 @@ class Host:
             line = self.process.stdout.readline()
         finally:
             watch.cancel()
-        assert line, f"the host ended or was silent: {self.process.communicate()}"
+        assert line, (f"the host ended or was silent: {self.process.communicate()}, "
+                      f"status {self.process.returncode}")
         answer = json.loads(line)
         assert "answer" in answer, answer
         return answer["answer"]
