@@ -2,6 +2,7 @@
 """A machine that is no laboratory: two users, a full disk, a proxy, an account that is gone."""
 
 import contextlib
+import http.client
 import os
 import pathlib
 import subprocess
@@ -40,7 +41,26 @@ class Person:
             self.words(self.place.hxsso, *arguments), env=self.environment(home), cwd="/",
             stdin=subprocess.DEVNULL, capture_output=True, timeout=PATIENCE, check=False))
 
-    def sign_in(self):
+    def browses(self, address):
+        """Whether this user's browser comes to a page at the end."""
+        visitor = browser.Browser(str(self.place.provider.authority.bundle))
+        child = os.fork()
+        if child == 0:
+            try:
+                os.setgroups([])
+                os.setgid(self.number)
+                os.setuid(self.number)
+                visitor.visit(address)
+                os._exit(0)
+            except http.client.RemoteDisconnected:
+                os._exit(1)
+            finally:
+                os._exit(2)
+        status = os.waitstatus_to_exitcode(os.waitpid(child, 0)[1])
+        assert status < 2, "the browser failed"
+        return status == 0
+
+    def sign_in(self, intruder=None):
         words = self.words(self.place.hxsso, "login", "--no-browser", "--hint", self.name)
         process = subprocess.Popen(words, env=self.environment(), cwd="/",
                                    stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
@@ -49,7 +69,9 @@ class Person:
         while not address.startswith("https://"):
             address = process.stderr.readline()
             assert address, process.communicate()
-        browser.Browser(str(self.place.provider.authority.bundle)).visit(address.strip())
+        # Whoever else has read the address, with his own browser, is not let in.
+        assert not intruder or not intruder.browses(address.strip())
+        assert self.browses(address.strip())
         output, errors = process.communicate(timeout=PATIENCE)
         assert process.returncode == 0, errors
         return output
@@ -79,7 +101,7 @@ def TwoUsersOfOneMachine(place, provider):
     alice, bob = Person(place, 60001, "alice"), Person(place, 60002, "bob")
     root = Person(place, 0, "root")
 
-    assert alice.sign_in().startswith("Signed in as Alice")
+    assert alice.sign_in(intruder=bob).startswith("Signed in as Alice")
     failed(bob.run("token"), 1, "nobody is signed in at production")
     assert bob.sign_in().startswith("Signed in as Bob")
     assert (alice.run("whoami").text, bob.run("whoami").text) == ("alice\n", "bob\n")
