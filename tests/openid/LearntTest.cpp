@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <future>
+#include <optional>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -139,6 +140,36 @@ TEST(Learnt, IsAskedByTheNextWhenTheFirstIsCancelled)
     EXPECT_TRUE(own ? *own == 1 : own.Why().reason == "cancelled");
     for (auto& other : others)
         EXPECT_EQ(*other.get(), 1);
+}
+
+TEST(Learnt, IsNotWaitedForByOneThatMayWaitNoLonger)
+{
+    std::atomic<bool> isOver{false};
+    Learnt<int> learnt([&]() -> std::optional<Failure> {
+        if (!isOver)
+            return std::nullopt;
+        return Failure{Failure::Kind::Cancelled, "over", "", "", 0};
+    });
+    std::promise<void> asked, release;
+    auto first = std::async(std::launch::async, [&] {
+        return learnt.Get(0min, [&]() -> Outcome<int> {
+            asked.set_value();
+            release.get_future().wait();
+            return 1;
+        });
+    });
+    asked.get_future().wait();
+    auto second = std::async(std::launch::async,
+                             [&] { return learnt.Get(0min, []() -> Outcome<int> { return 2; }); });
+    EXPECT_EQ(second.wait_for(200ms), std::future_status::timeout) << "it did not wait";
+    isOver = true;
+    EXPECT_EQ(second.wait_for(5s), std::future_status::ready) << "it waited on";
+    release.set_value();
+    auto const answer = second.get();
+    ASSERT_FALSE(answer);
+    EXPECT_EQ(answer.Why().reason, "over");
+    EXPECT_EQ(*first.get(), 1);
+    EXPECT_EQ(*learnt.Get(0min, []() -> Outcome<int> { return 3; }), 1);
 }
 
 TEST(Learnt, IsNotTriedLessOftenBecauseOfOneThatWasCancelled)

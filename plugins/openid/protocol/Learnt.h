@@ -11,6 +11,9 @@
 
 namespace Halvorix::OpenId {
 
+/// Why there is no more time, or the host ended it; no value while it may go on.
+using WhyOver = std::function<std::optional<Failure>()>;
+
 /// Something that a provider tells and seldom changes. One thread asks, those that come meanwhile
 /// wait for the same answer, and no lock is held. If the one that asks is cancelled, another of
 /// them asks. Times are those of SinceBoot.
@@ -18,6 +21,10 @@ template <class Value>
 class Learnt {
 public:
     using Ask = std::function<Outcome<Value>()>;
+
+    /// @param whyOver why the calling thread is not to wait for others any longer; for ever if
+    /// there is none
+    explicit Learnt(WhyOver whyOver = nullptr) : whyOver(std::move(whyOver)) {}
 
     /// Asked anew after an hour. What was learnt stays good while asking fails, which is then
     /// tried once a minute.
@@ -58,6 +65,15 @@ private:
         return std::nullopt;
     }
 
+    /// No value once it is there.
+    std::optional<Failure> WaitFor(std::shared_future<Outcome<Value>> const& answer) const
+    {
+        while (answer.wait_for(std::chrono::milliseconds(100)) != std::future_status::ready)
+            if (auto over = whyOver ? whyOver() : std::nullopt)
+                return over;
+        return std::nullopt;
+    }
+
     Outcome<Value> AskTogether(std::chrono::milliseconds now, Ask const& ask, bool isRenewal)
     {
         std::promise<Outcome<Value>> promise;
@@ -69,6 +85,8 @@ private:
                 break;
             auto const others = asking;
             lock.unlock();
+            if (auto const over = WaitFor(others))
+                return *over;
             Outcome<Value> answer = others.get();
             if (!IsCancelled(answer))
                 return answer;
@@ -108,6 +126,7 @@ private:
         learntAt = now;
     }
 
+    WhyOver const whyOver;
     std::mutex mutex; ///< Of all that follows.
     std::optional<Value> value;
     std::optional<Outcome<Value>> renewed; ///< The last renewal's.

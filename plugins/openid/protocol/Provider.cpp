@@ -68,8 +68,8 @@ Failure NotVerified(Failure why)
 
 } // namespace
 
-Provider::Provider(Client identity, Send sender)
-    : client(std::move(identity)), send(std::move(sender))
+Provider::Provider(Client identity, Send sender, WhyOver const& whyOver)
+    : client(std::move(identity)), send(std::move(sender)), metadata(whyOver), keys(whyOver)
 {
 }
 

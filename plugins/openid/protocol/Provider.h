@@ -59,7 +59,8 @@ public:
     /// By reference, so that no copy of a body with secrets stays behind.
     using Send = std::function<HttpResponse(HttpRequest const&)>;
 
-    Provider(Client client, Send send);
+    /// @param whyOver asked by a thread that waits for what another one asks already
+    Provider(Client client, Send send, WhyOver const& whyOver = nullptr);
 
     Client const& GetClient() const { return client; }
     /// Asked once an hour; what was learnt before stays good while the network is away.

@@ -58,6 +58,26 @@ SharedConnections::SharedConnections() : outer(connections) { connections = &own
 
 SharedConnections::~SharedConnections() { connections = outer; }
 
+std::optional<Failure> RequestBounds::WhyOver()
+{
+    if (current == nullptr)
+        return std::nullopt;
+    Failure failure;
+    if (current->cancelled != nullptr && *current->cancelled) {
+        failure.kind = Failure::Kind::Cancelled;
+        failure.reason = "the host ended it";
+        failure.remedy = "sign in again when it is wanted";
+        return failure;
+    }
+    if (current->deadline && SinceBoot() >= *current->deadline) {
+        failure.kind = Failure::Kind::Network;
+        failure.reason = "the provider did not answer in time";
+        failure.remedy = "try again later, and check the network connection";
+        return failure;
+    }
+    return std::nullopt;
+}
+
 HttpResponse SendWithin(HttpRequest const& request, Provider::Send const& send,
                         ProxyCredentials const& proxies)
 {

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "openid/platform/Http.h"
+#include "openid/protocol/Outcome.h"
 #include "openid/protocol/Provider.h"
 #include "openid/session/ProxyCredentials.h"
 
@@ -26,6 +27,8 @@ public:
 
     /// The calling thread's bounds, in place of wider ones. False if no time is left.
     static bool Apply(HttpRequest& request);
+    /// Why the calling thread is not to wait any longer; no value while it may.
+    static std::optional<Failure> WhyOver();
 
 private:
     std::atomic<bool> const* const cancelled;

@@ -72,7 +72,8 @@ Target Session::Hidden::Chosen()
                                               target.server.scopes, configuration->networkTimeout},
                                        [this](HttpRequest const& request) {
                                            return SendWithin(request, outside.send, proxies);
-                                       });
+                                       },
+                                       RequestBounds::WhyOver);
     target.provider = provider;
     return target;
 }
