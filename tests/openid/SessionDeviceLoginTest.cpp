@@ -144,13 +144,31 @@ TEST(SessionDeviceLogin, EndsWithItsCode)
         "Cannot sign in: the code ended before anybody signed in with it. Fix: sign in again");
 }
 
+TEST(SessionDeviceLogin, AsksOnceMoreAtTheEndOfItsTime)
+{
+    DeviceWorld world;
+    auto const session = world.NewSession();
+    bool isDone = false;
+    // The network is back, and so is the user.
+    EXPECT_THAT(world.PollsOf(*session, {"timeout", "timeout"}, isDone), ElementsAre(5, 15, 20));
+    EXPECT_TRUE(isDone) << world.LogText();
+    EXPECT_TRUE(session->IsLoggedIn());
+
+    // But not sooner than the provider permits.
+    auto const another = world.NewSession();
+    ASSERT_TRUE(another->Logout());
+    std::deque<std::string> const slow(100, "slow_down");
+    EXPECT_THAT(world.PollsOf(*another, slow, isDone), ElementsAre(5, 15));
+    EXPECT_FALSE(isDone);
+}
+
 TEST(SessionDeviceLogin, TellsWhyTheNetworkLetItDown)
 {
     DeviceWorld world;
     auto const session = world.NewSession();
     std::deque<std::string> const forever(100, "timeout");
     bool isDone = true;
-    EXPECT_THAT(world.PollsOf(*session, forever, isDone), ElementsAre(5, 15));
+    EXPECT_THAT(world.PollsOf(*session, forever, isDone), ElementsAre(5, 15, 20));
     EXPECT_FALSE(isDone);
     ExpectNobodySignedIn(world, *session,
                          "Cannot sign in: the token endpoint https://login.example/token did not "

@@ -40,7 +40,8 @@ Failure Final(Failure answer)
 
 } // namespace
 
-DevicePolling::DevicePolling(Time interval, Time begin) : interval(interval), next(begin + interval)
+DevicePolling::DevicePolling(Time interval, Time begin)
+    : interval(interval), permitted(begin + interval), next(permitted)
 {
 }
 
@@ -56,6 +57,7 @@ std::optional<Failure> DevicePolling::Answered(Failure const& answer, Time now)
     if (isSlowDown)
         interval = std::min<Time>(interval + SlowedDownBy, LongestPace);
     Time const backOff = std::min<Time>(interval * (1 << failures), LongestBackOff);
+    permitted = now + interval;
     next = now + std::max(interval, backOff);
     return std::nullopt;
 }

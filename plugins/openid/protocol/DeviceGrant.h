@@ -18,6 +18,8 @@ public:
 
     /// When to ask next.
     Time Next() const { return next; }
+    /// Whether the provider permits to ask now, however long its troubles make the pause.
+    bool MayAsk(Time now) const { return now >= permitted; }
     /// After an answer without tokens.
     /// @return why there is no use in asking again; no value if there is
     std::optional<Failure> Answered(Failure const& answer, Time now);
@@ -26,7 +28,7 @@ public:
 
 private:
     Time interval; ///< The provider's.
-    Time next;
+    Time permitted, next;
     int failures = 0;               ///< In a row.
     std::optional<Failure> trouble; ///< The last of them.
 };

@@ -52,7 +52,10 @@ Outcome<TokenAnswer> Session::Hidden::PollForTokens(PendingLogin& login)
             outside.sleep(Tick);
         if (login.cancelled)
             return WasCancelled();
-        if (outside.sinceBoot() >= login.deadline)
+        // Once more at the end, after a pause that the network's troubles had made long.
+        milliseconds const now = outside.sinceBoot();
+        bool const isLast = now >= login.deadline;
+        if (isLast && !polling.MayAsk(now))
             return polling.OutOfTime();
         auto answer = login.target.provider->PollDevice(*login.device->code);
         if (answer)
@@ -60,6 +63,8 @@ Outcome<TokenAnswer> Session::Hidden::PollForTokens(PendingLogin& login)
         auto const end = polling.Answered(answer.Why(), outside.sinceBoot());
         if (end)
             return *end;
+        if (isLast)
+            return polling.OutOfTime();
     }
 }
 
