@@ -319,7 +319,8 @@ public:
     int GetUrl(WebServicesUrlCode code, wchar_t* buffer, int capacity) override
     {
         return Ask([&](Session& session) {
-            return CopyText(session.Url(UrlName(code)), buffer, capacity);
+            // A part of an address leads somewhere else.
+            return CopyWhole(Secret(session.Url(UrlName(code))), buffer, capacity);
         });
     }
 
