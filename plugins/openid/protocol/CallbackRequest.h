@@ -16,7 +16,7 @@ constexpr char const* CallbackPath = "/callback";
 
 /// What a listener expects of a request.
 struct ExpectedCallback {
-    std::string host;  ///< "127.0.0.1:PORT" or "[::1]:PORT"
+    std::string host;  ///< "127.0.0.1:PORT" or "[::1]:PORT"; without the port if it is 80.
     std::string state; ///< Of the authorization request.
 };
 

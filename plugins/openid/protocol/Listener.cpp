@@ -120,10 +120,11 @@ private:
             acceptor.bind(address, error);
         if (!error)
             acceptor.listen(asio::socket_base::max_listen_connections, error);
-        if (!error)
-            expected.host = (isIpv6 ? "[::1]:" : "127.0.0.1:") +
-                            std::to_string(acceptor.local_endpoint(error).port());
-        redirectUri = "http://" + expected.host + CallbackPath;
+        std::string const name = isIpv6 ? "[::1]" : "127.0.0.1";
+        unsigned const port = error ? 0 : acceptor.local_endpoint(error).port();
+        redirectUri = "http://" + name + ':' + std::to_string(port) + CallbackPath;
+        // A browser leaves out the port that http has by itself.
+        expected.host = port == 80 ? name : name + ':' + std::to_string(port);
         if (error) {
             Error ignored;
             acceptor.close(ignored);
