@@ -235,6 +235,53 @@ TEST(SessionLogin, EndsInTheMiddleOfASlowRequestWhenTheHostSignsOut)
     EXPECT_FALSE(session->IsLoginInProgress());
 }
 
+TEST(SessionLogin, EndsWhileItWaitsForTheStoreWhenItsHolderCancels)
+{
+    SessionWorld world;
+    TokenStore another(world.configuration.store); // as another process
+    auto const session = world.NewSession();
+    auto const login = session->BeginLogin("");
+    ASSERT_TRUE(login);
+    auto lock = another.Acquire(world.provider.Issuer(), "client-1", milliseconds(0));
+    ASSERT_TRUE(lock);
+    world.browser.Open(*login->url);
+    std::thread host([&] {
+        while (world.provider.Count("userinfo") == 0)
+            std::this_thread::sleep_for(milliseconds(10));
+        std::this_thread::sleep_for(milliseconds(500));
+        EXPECT_TRUE(session->IsLoginInProgress()) << "it did not wait";
+        session->CancelLogin(*login);
+    });
+    auto const start = SinceBoot();
+    EXPECT_FALSE(session->FinishLogin(*login));
+    EXPECT_LT(SinceBoot() - start, milliseconds(8000));
+    host.join();
+    // What nobody knows is not to stay good.
+    EXPECT_FALSE(world.provider.IsGood(world.provider.Last("refresh_token")));
+    lock = Failure();
+    ExpectNobodySignedIn(world, *session, "Cannot sign in: the host ended it");
+}
+
+TEST(SessionLogin, WaitsForTheStoreAsLongAsOneThatIsNotCancelled)
+{
+    SessionWorld world;
+    TokenStore another(world.configuration.store);
+    auto const session = world.NewSession();
+    auto const login = session->BeginLogin("");
+    ASSERT_TRUE(login);
+    std::thread other([&] {
+        auto const lock = another.Acquire(world.provider.Issuer(), "client-1", milliseconds(0));
+        EXPECT_TRUE(lock);
+        world.browser.Open(*login->url);
+        while (world.provider.Count("userinfo") == 0)
+            std::this_thread::sleep_for(milliseconds(10));
+        std::this_thread::sleep_for(milliseconds(700));
+    });
+    EXPECT_TRUE(session->FinishLogin(*login)) << world.LogText();
+    other.join();
+    EXPECT_TRUE(session->IsLoggedIn());
+}
+
 TEST(SessionLogin, NeedsABrowser)
 {
     SessionWorld world;

@@ -144,6 +144,57 @@ TEST(SessionLogout, ForgetsWhatWasSetAsideAlsoIfNobodyIsSignedIn)
     EXPECT_EQ(world.LinesWith("Cannot sign out"), 0) << world.LogText();
 }
 
+TEST(SessionLogout, ForgetsWhatAKilledProcessLeftAlsoIfNobodyIsSignedIn)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    ASSERT_TRUE(session->Logout());
+    session->Events().Clear();
+    for (char const* const ending : {".new", ".gone"})
+        Rig::WriteTo(fs::path(session->StoreFile(0)) += ending, "tokens");
+    EXPECT_FALSE(session->Logout());
+    for (char const* const ending : {".new", ".gone"})
+        EXPECT_FALSE(fs::exists(fs::path(session->StoreFile(0)) += ending)) << ending;
+    EXPECT_FALSE(session->Events().HasEvent());
+    EXPECT_EQ(world.LinesWith("Error "), 0) << world.LogText();
+}
+
+TEST(SessionLogout, RevokesThoughWhatAKilledProcessLeftCannotBeRemoved)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    std::string const token = world.provider.Last("refresh_token");
+    auto const inTheWay = fs::path(session->StoreFile(0)) += ".new";
+    fs::create_directories(inTheWay / "something");
+    EXPECT_TRUE(session->Logout()) << world.LogText();
+    EXPECT_FALSE(session->IsLoggedIn());
+    EXPECT_FALSE(world.provider.IsGood(token));
+    EXPECT_EQ(world.LinesWith("Cannot sign out"), 0) << world.LogText();
+    EXPECT_EQ(world.LinesWith("Error A part of the login stays in the store: "), 1);
+    EXPECT_THAT(world.LogText(), HasSubstr(".gone or .new beside it cannot be removed. Fix: "));
+}
+
+TEST(SessionLogout, RevokesTheAccessTokensOfALoginWithoutARefreshToken)
+{
+    SessionWorld world;
+    world.provider.Order([](Behaviour& behaviour) { behaviour.givesRefreshToken = false; });
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    EXPECT_TRUE(session->Logout());
+    EXPECT_EQ(world.provider.Count("revocation"), 1);
+    // One that has expired is of no use to anybody.
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    world.Pass(seconds(3600));
+    EXPECT_TRUE(session->Logout());
+    EXPECT_EQ(world.provider.Count("revocation"), 1);
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    world.provider.Order([](Behaviour& behaviour) { behaviour.revocationStatus = 503; });
+    EXPECT_TRUE(session->Logout());
+    EXPECT_EQ(world.LinesWith("Error An access token was forgotten, but not revoked: "), 1);
+}
+
 TEST(SessionLogout, TellsWhatWasSetAsideAndCannotBeRemoved)
 {
     SessionWorld world;

@@ -22,6 +22,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
+using Behaviour = TestProvider::Behaviour;
+
 /// Makes the store's file one that cannot be replaced: a folder lies where the new one is written.
 class InTheWay {
 public:
@@ -77,6 +79,63 @@ TEST(SessionStore, ThatCannotBeWrittenLeavesTheLoginToThisProcess)
     auto const another = world.NewSession();
     EXPECT_TRUE(another->IsLoggedIn());
     EXPECT_EQ(*another->AccessToken(All).text, world.provider.Last("access_token"));
+}
+
+TEST(SessionStore, ThatCannotBeWrittenKeepsALoginThatGoesOn)
+{
+    SessionWorld world;
+    auto const session = world.NewSession();
+    ASSERT_TRUE(session->LoginInBrowser(""));
+    std::string const old = world.provider.Last("refresh_token");
+    InTheWay const way(session->StoreFile(0));
+    world.provider.Order([](Behaviour& behaviour) { behaviour.subject = "bob-2"; });
+    ASSERT_TRUE(session->LoginInBrowser("")) << world.LogText();
+    EXPECT_TRUE(world.provider.IsGood(old));
+    EXPECT_EQ(world.provider.Count("revocation"), 0);
+    EXPECT_EQ(world.NewSession()->Claims()["sub"], "alice-1");
+    EXPECT_EQ(session->Claims()["sub"], "bob-2");
+}
+
+TEST(SessionStore, ThatOthersWriteDoesNotBringBackAnOlderUser)
+{
+    enum class Change { Renewed, SignedOut, SignedIn };
+    for (Change const change : {Change::Renewed, Change::SignedOut, Change::SignedIn}) {
+        SCOPED_TRACE(static_cast<int>(change));
+        SessionWorld world;
+        auto const session = world.NewSession();
+        auto const another = world.NewSession();
+        ASSERT_TRUE(session->LoginInBrowser(""));
+        world.Pass(seconds(10));
+        {
+            InTheWay const way(session->StoreFile(0));
+            world.provider.Order([](Behaviour& behaviour) { behaviour.subject = "bob-2"; });
+            ASSERT_TRUE(session->LoginInBrowser("")) << world.LogText();
+        }
+        std::string const token = *session->AccessToken(All).text;
+        world.provider.Order([](Behaviour& behaviour) { behaviour.subject = "carol-3"; });
+        world.Pass(seconds(10));
+        ASSERT_EQ(another->Claims()["sub"], "alice-1");
+        switch (change) {
+        case Change::Renewed:
+            world.provider.Order([](Behaviour& behaviour) { behaviour.subject = "alice-1"; });
+            ASSERT_TRUE(another->RefreshToken(All)) << world.LogText();
+            break;
+        case Change::SignedOut:
+            ASSERT_TRUE(another->Logout());
+            break;
+        case Change::SignedIn:
+            ASSERT_TRUE(another->LoginInBrowser(""));
+            break;
+        }
+        if (change == Change::SignedIn) {
+            EXPECT_EQ(session->Claims()["sub"], "carol-3");
+            continue;
+        }
+        for (int i = 0; i < 2; ++i) {
+            EXPECT_EQ(session->Claims()["sub"], "bob-2");
+            EXPECT_EQ(*session->AccessToken(All).text, token);
+        }
+    }
 }
 
 TEST(SessionStore, ThatCannotBeWrittenIsFoundOutBeforeTheRefreshTokenIsUsed)

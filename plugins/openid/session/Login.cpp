@@ -183,8 +183,9 @@ Outcome<StoredLogin> Session::Hidden::Obtain(PendingLogin& login)
 Outcome<bool> Session::Hidden::Commit(PendingLogin& login, StoredLogin const& result)
 {
     std::optional<StoredLogin> replaced;
+    bool isStored = false;
     {
-        auto const lock = Lock(login.target);
+        auto const lock = LockUnless(login.cancelled, login.target);
         if (!lock)
             return lock.Why();
         // A host that signs out raises the flag before it asks for this lock, and removes what
@@ -192,9 +193,10 @@ Outcome<bool> Session::Hidden::Commit(PendingLogin& login, StoredLogin const& re
         if (login.cancelled)
             return WasCancelled();
         replaced = Current(login.target);
-        Keep(login.target, result);
+        isStored = Keep(login.target, result);
     }
-    if (replaced)
+    // What stays in the store is other processes' login, and this one's after its end.
+    if (replaced && isStored)
         RevokeReplaced(login.target, *replaced, result);
     return true;
 }
@@ -212,6 +214,9 @@ bool Session::Hidden::Conclude(PendingLogin& login, Outcome<StoredLogin> const& 
     auto const committed = result ? Commit(login, *result) : Outcome<bool>(result.Why());
     if (!committed) {
         log->Failed(CannotSignIn, committed.Why());
+        // Nobody else knows it, and so nobody would ever end it.
+        if (result)
+            Revoke(login.target, *result);
         return false;
     }
     log->Info("Signed in at " + result->issuer);

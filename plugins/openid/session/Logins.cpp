@@ -16,6 +16,20 @@ std::string IdentityOf(StoredLogin const& login)
     return login.subject + '\n' + std::to_string(login.signedInAt);
 }
 
+std::string IdentityIfAny(std::optional<StoredLogin> const& login)
+{
+    return login ? IdentityOf(*login) : std::string();
+}
+
+/// Whether a store that has changed says nothing against a login that it could not be told: others
+/// renewed the older login in it, or signed that one out.
+/// @param before whose login was in the store
+bool IsOlder(std::optional<StoredLogin> const& stored, std::string const& before,
+             StoredLogin const& unsaved)
+{
+    return stored ? stored->signedInAt < unsaved.signedInAt : before != IdentityOf(unsaved);
+}
+
 /// Tells whether somebody has written to the store since; the hash of a secret is none itself.
 std::string StateOf(std::optional<StoredLogin> const& login)
 {
@@ -74,14 +88,16 @@ Outcome<std::optional<StoredLogin>> Session::Hidden::Look(Target const& target)
     std::lock_guard<std::mutex> const guard(mutex);
     account.told.clear();
     account.stored = StateOf(login);
-    if (account.unsaved && account.unsavedOver.value_or(*account.stored) == *account.stored) {
+    std::string const before = std::exchange(account.storedIdentity, IdentityIfAny(login));
+    if (account.unsaved && (account.unsavedOver.value_or(*account.stored) == *account.stored ||
+                            IsOlder(login, before, *account.unsaved))) {
         login = account.unsaved;
         account.unsavedOver = account.stored;
     } else {
         account.unsaved.reset();
     }
     // Another process may have signed in or out.
-    std::string const now = login ? IdentityOf(*login) : std::string();
+    std::string const now = IdentityIfAny(login);
     if (account.seen && *account.seen != now)
         events.Raise(login ? Event::LoggedIn : Event::LoggedOut);
     account.seen = now;
@@ -125,14 +141,15 @@ Outcome<bool> Session::Hidden::MakeSureOfStore(Target const& target, StoredLogin
         written = store.Write(login);
     Account& account = AccountOf(target);
     std::lock_guard<std::mutex> const guard(mutex);
-    if (written)
-        account.unsaved.reset();
-    else if (account.unsaved)
-        return true;
-    return written;
+    if (!written)
+        return account.unsaved ? Outcome<bool>(true) : written;
+    account.unsaved.reset();
+    account.stored = StateOf(login);
+    account.storedIdentity = IdentityOf(login);
+    return true;
 }
 
-void Session::Hidden::Keep(Target const& target, StoredLogin const& login)
+bool Session::Hidden::Keep(Target const& target, StoredLogin const& login)
 {
     auto const written = store.Write(login);
     std::optional<std::string> there;
@@ -149,6 +166,7 @@ void Session::Hidden::Keep(Target const& target, StoredLogin const& login)
         account.unsaved.reset();
         if (written) {
             account.stored = StateOf(login);
+            account.storedIdentity = IdentityOf(login);
         } else {
             account.unsaved = login;
             account.unsavedOver = there ? there : account.stored;
@@ -156,11 +174,29 @@ void Session::Hidden::Keep(Target const& target, StoredLogin const& login)
     }
     if (isNews)
         log->Failed("The login is known to this process alone, until it ends", written.Why());
+    return static_cast<bool>(written);
+}
+
+Outcome<bool> Session::Hidden::RemoveStored(Target const& target)
+{
+    auto removed = store.Remove(target.server.issuer, target.server.clientId);
+    if (removed)
+        return removed;
+    auto const left = store.Read(target.server.issuer, target.server.clientId);
+    if (!left || *left)
+        return removed;
+    // The login is gone, and its tokens are to be revoked all the same.
+    Failure why;
+    why.reason = PathText(store.FileOf(target.server.issuer, target.server.clientId)) +
+                 ".gone or .new beside it cannot be removed";
+    why.remedy = "remove it";
+    log->Failed("A part of the login stays in the store", why);
+    return true;
 }
 
 Outcome<bool> Session::Hidden::Forget(Target const& target)
 {
-    auto removed = store.Remove(target.server.issuer, target.server.clientId);
+    auto removed = RemoveStored(target);
     if (!removed)
         return removed;
     clock.Forget(target.Key());
@@ -175,9 +211,38 @@ Outcome<bool> Session::Hidden::Forget(Target const& target)
 
 Outcome<std::unique_ptr<TokenStore::Lock>> Session::Hidden::Lock(Target const& target)
 {
+    return store.Acquire(target.server.issuer, target.server.clientId, LimitForLock());
+}
+
+/// In slices, since what waits for a lock file looks at no flag.
+Outcome<std::unique_ptr<TokenStore::Lock>>
+Session::Hidden::LockUnless(std::atomic<bool> const& cancelled, Target const& target)
+{
+    using std::chrono::milliseconds;
+    constexpr milliseconds slice{200};
+    auto const& server = target.server;
+    auto const end = SinceBoot() + LimitForLock();
+    for (;;) {
+        auto const begin = SinceBoot();
+        auto lock = store.Acquire(server.issuer, server.clientId, slice);
+        // What fails sooner than that fails for another reason than that others have it.
+        if (lock || SinceBoot() - begin < slice / 2)
+            return lock;
+        if (cancelled)
+            return WasCancelled();
+        if (SinceBoot() >= end) {
+            Failure why = lock.Why();
+            why.reason = PathText(store.FileOf(server.issuer, server.clientId)) +
+                         ": it is locked, and was not released in time";
+            return why;
+        }
+    }
+}
+
+std::chrono::milliseconds Session::Hidden::LimitForLock() const
+{
     // Longer than another process may have it, by what the files take.
-    return store.Acquire(target.server.issuer, target.server.clientId,
-                         LimitUnderLock() + std::chrono::seconds(5));
+    return LimitUnderLock() + std::chrono::seconds(5);
 }
 
 std::chrono::milliseconds Session::Hidden::LimitUnderLock() const { return 2 * NetworkLimit(); }

@@ -40,7 +40,25 @@ std::vector<Secret> Session::Hidden::ForgetSetAside(Target const& target)
     return tokens;
 }
 
-void Session::Hidden::Revoke(Target const& target, std::vector<Secret> const& refreshTokens)
+std::vector<Secret> Session::Hidden::AccessTokensToRevoke(Target const& target,
+                                                          StoredLogin const& login)
+{
+    std::vector<Secret> texts;
+    if (!login.refreshToken->empty())
+        return texts;
+    for (StoredToken const& token : login.tokens)
+        if (clock.IsGood(target.Key(), token))
+            texts.push_back(token.text);
+    return texts;
+}
+
+void Session::Hidden::Revoke(Target const& target, StoredLogin const& login)
+{
+    Revoke(target, {login.refreshToken}, AccessTokensToRevoke(target, login));
+}
+
+void Session::Hidden::Revoke(Target const& target, std::vector<Secret> const& refreshTokens,
+                             std::vector<Secret> const& accessTokens)
 {
     RequestBounds const bounds(nullptr, LimitForRevocation, LimitForRevocation);
     for (Secret const& token : refreshTokens) {
@@ -49,6 +67,11 @@ void Session::Hidden::Revoke(Target const& target, std::vector<Secret> const& re
         auto const revoked = target.provider->Revoke(*token, "refresh_token");
         if (!revoked)
             log->Failed("The refresh token was forgotten, but not revoked", revoked.Why());
+    }
+    for (Secret const& token : accessTokens) {
+        auto const revoked = target.provider->Revoke(*token, "access_token");
+        if (!revoked)
+            log->Failed("An access token was forgotten, but not revoked", revoked.Why());
     }
 }
 
@@ -62,7 +85,7 @@ void Session::Hidden::RevokeReplaced(Target const& target, StoredLogin const& re
     bool const areApart = replaced.subject != login.subject ||
                           (!session.empty() && !newSession.empty() && session != newSession);
     if (areApart)
-        Revoke(target, {replaced.refreshToken});
+        Revoke(target, replaced);
 }
 
 std::string Session::EndSessionAddress()
@@ -89,7 +112,7 @@ bool Session::Logout()
     if (!target)
         return false;
     bool isSignedOut = false;
-    std::vector<Secret> tokens;
+    std::vector<Secret> tokens, accessTokens;
     {
         Ending const ending(hidden->AccountOf(target));
         auto const lock = hidden->Lock(target);
@@ -98,21 +121,24 @@ bool Session::Logout()
             return false;
         }
         auto const login = hidden->Look(target);
+        if (login && *login)
+            accessTokens = hidden->AccessTokensToRevoke(target, **login);
+        // Without a login, too: a killed process may have left its tokens beside it.
         auto const removed = !login   ? Outcome<bool>(login.Why())
                              : *login ? hidden->Forget(target)
-                                      : Outcome<bool>(false);
+                                      : hidden->RemoveStored(target);
         if (!removed) {
             hidden->log->Failed(CannotSignOut, removed.Why());
             return false;
         }
-        isSignedOut = *removed;
+        isSignedOut = login->has_value();
         tokens = hidden->ForgetSetAside(target);
         if (isSignedOut)
             tokens.push_back((*login)->refreshToken);
     }
     if (isSignedOut)
         hidden->log->Info("Signed out at " + target.server.issuer);
-    hidden->Revoke(target, tokens);
+    hidden->Revoke(target, tokens, accessTokens);
     return isSignedOut;
 }
 

@@ -67,6 +67,8 @@ struct Account {
     // Under the session's mutex.
     /// The state of the store when it was last read or written; no value before.
     std::optional<std::string> stored;
+    /// Whose login that was; empty for nobody.
+    std::string storedIdentity;
     /// What could not be written, and the state of the store that it stands for. Without a value
     /// that is the state in which the store is found next.
     std::optional<StoredLogin> unsaved;
@@ -148,10 +150,17 @@ struct Session::Hidden {
     /// login that is known to this process alone may go on without.
     Outcome<bool> MakeSureOfStore(Target const& target, StoredLogin const& login);
     /// Writes, under the store's lock; what cannot be written stays in memory, and is told.
-    void Keep(Target const& target, StoredLogin const& login);
+    /// @return whether it was written
+    bool Keep(Target const& target, StoredLogin const& login);
     /// Removes, under the store's lock, and tells the host. What cannot be removed stays known.
     Outcome<bool> Forget(Target const& target);
+    /// Removes the login's file, if there is one, with what killed processes left beside it; under
+    /// the store's lock. What is left then is told.
+    Outcome<bool> RemoveStored(Target const& target);
     Outcome<std::unique_ptr<TokenStore::Lock>> Lock(Target const& target);
+    Outcome<std::unique_ptr<TokenStore::Lock>> LockUnless(std::atomic<bool> const& cancelled,
+                                                          Target const& target);
+    std::chrono::milliseconds LimitForLock() const;
     /// For all requests of one who has the store's lock.
     std::chrono::milliseconds LimitUnderLock() const;
 
@@ -185,7 +194,12 @@ struct Session::Hidden {
     /// Under the store's lock. Answers the refresh tokens that could be read.
     std::vector<Secret> ForgetSetAside(Target const& target);
     /// At best effort; what fails is told.
-    void Revoke(Target const& target, std::vector<Secret> const& refreshTokens);
+    void Revoke(Target const& target, std::vector<Secret> const& refreshTokens,
+                std::vector<Secret> const& accessTokens = {});
+    /// What a login nobody knows any more could still be used by.
+    void Revoke(Target const& target, StoredLogin const& login);
+    /// Those that are still good; none where there is a refresh token, with which they end.
+    std::vector<Secret> AccessTokensToRevoke(Target const& target, StoredLogin const& login);
     void RevokeReplaced(Target const& target, StoredLogin const& replaced,
                         StoredLogin const& login);
 };
