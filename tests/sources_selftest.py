@@ -92,6 +92,13 @@ OF_LAYERS = [
     ("plugins/openid/protocol/Texts.h", "", '#include "support/LogSink.h"',
      "the plugin may not include support/LogSink.h"),
     ("plugins/openid/protocol/Texts.h", "", "#ifdef _WIN32", "asks for the system"),
+    ("tests/openid/LostTest.cpp", "", "",
+     "tests/openid/LostTest.cpp: tests/openid/CMakeLists.txt does not name it"),
+    ("plugins/openid/session/Lost.cpp", "", "", "plugins/openid/CMakeLists.txt does not name it"),
+    ("tests/openid/CMakeLists.txt", "        linux/PeerTest.cpp\n", "",
+     "tests/openid/linux/PeerTest.cpp: tests/openid/CMakeLists.txt does not name it"),
+    ("plugins/openid/CMakeLists.txt", "    session/Tokens.cpp)", "    # session/Tokens.cpp\n)",
+     "plugins/openid/session/Tokens.cpp: plugins/openid/CMakeLists.txt does not name it"),
     ("src/other/Other.cpp", "", "", "the layers do not know its folder"),
     ("docs/architecture.md", "", "| `src/support/` | `src/api/` | |", "the row of src/support/"),
 ]

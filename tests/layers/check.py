@@ -16,6 +16,10 @@ Questions about the system or the compiler (#if _WIN32 and the like) stand in
 src/platform/, in the export header, in include/plugin/ and in the platform folder of the
 open plugin, which has layers of its own, nowhere else. The table in docs/architecture.md
 has to say the same.
+
+Each source of the open plugin and its tests is named in the CMakeLists.txt of its folder, or
+in the nearest above: one that is not would be compiled by nobody, and its tests would fail
+nowhere.
 """
 
 import argparse
@@ -57,6 +61,8 @@ ROOTS = {
 PLUGIN = "plugins/openid/"
 PLUGIN_LAYERS = ("interfaces", "session", "protocol", "platform")
 FOR_THE_PLUGIN = "support/SecretText.h"
+# Whose CMakeLists.txt have a list of them.
+NAMED_ONE_BY_ONE = ("plugins", "tests/openid")
 # Built by itself, from what is installed.
 APART = "tests/package/"
 
@@ -164,6 +170,23 @@ def check_files(root):
     return wrong, count
 
 
+def check_builds(root):
+    """Sources that no build compiles, of those that are named one by one."""
+    wrong = []
+    for top in NAMED_ONE_BY_ONE:
+        for path in sorted((root / top).rglob("*.cpp")):
+            build = next(folder / "CMakeLists.txt" for folder in path.parents
+                         if (folder / "CMakeLists.txt").is_file())
+            text = re.sub(r"#[^\n]*", "", build.read_text(encoding="utf-8"))
+            name = path.relative_to(build.parent).as_posix()
+            # By the system's folder, where each system has a file of that name.
+            names = {name, re.sub(r"\b(linux|windows)/", "${system}/", name)}
+            if not names & set(re.split(r"[\s()]+", text)):
+                wrong.append(f"{path.relative_to(root).as_posix()}: "
+                             f"{build.relative_to(root).as_posix()} does not name it")
+    return wrong
+
+
 def check_page(root):
     """The table in docs/architecture.md."""
     page = root / "docs/architecture.md"
@@ -191,7 +214,7 @@ def main(arguments=None):
                         default=pathlib.Path(__file__).resolve().parents[2])
     root = parser.parse_args(arguments).root
     wrong, count = check_files(root)
-    wrong += check_table() + check_page(root)
+    wrong += check_builds(root) + check_table() + check_page(root)
     for text in wrong:
         print(f"failed: {text}")
     if not wrong:
