@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <exception>
 #include <memory>
 
 #include <json/reader.h>
@@ -104,11 +103,14 @@ Json::Value ParseJsonObject(std::string_view text, std::string& reason, int deep
             WipeJson(json);
             return Json::Value();
         }
-    } catch (std::exception const& error) {
-        // Nested too deeply, among others.
+    } catch (Json::Exception const& error) {
+        // Nested too deeply, among others. A want of memory says nothing of the text.
         reason = "is not valid JSON: " + FirstError(error.what());
         WipeJson(json);
         return Json::Value();
+    } catch (...) {
+        WipeJson(json);
+        throw;
     }
     if (HasHalfCharacter(json)) {
         reason = "is not valid JSON: it has half of a character";

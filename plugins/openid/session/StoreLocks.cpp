@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "openid/session/AtEnd.h"
+
 namespace Halvorix::OpenId {
 
 namespace {
@@ -42,14 +44,18 @@ std::unique_ptr<StoreLocks::Turn> StoreLocks::Take(fs::path const& file, Limit l
     }
     entry.isTaken = true;
     entry.owner = std::this_thread::get_id();
-    auto processes = KeepProcessesOut(lock, file, deadline, reason);
-    if (!processes) {
+    std::unique_ptr<Turn> turn;
+    // Also if there is no memory left for it.
+    AtEnd const givingBack([&] {
+        if (turn)
+            return;
         entry.isTaken = false;
+        entry.owner = {};
         changed.notify_all();
-        return nullptr;
-    }
-    lock.unlock();
-    return std::make_unique<Turn>(*this, file, std::move(processes));
+    });
+    if (auto processes = KeepProcessesOut(lock, file, deadline, reason))
+        turn = std::make_unique<Turn>(*this, file, std::move(processes));
+    return turn;
 }
 
 void StoreLocks::GiveBack(fs::path const& file, std::shared_ptr<FileLock> processes)
@@ -87,12 +93,17 @@ std::shared_ptr<FileLock> StoreLocks::KeepProcessesOut(std::unique_lock<std::mut
     if (auto shared = entry.processes.lock())
         return shared;
     entry.isBeingOpened = true;
-    lock.unlock();
-    std::shared_ptr<FileLock> opened = FileLock::Acquire(LockFile(file), Until(deadline), reason);
-    lock.lock();
+    std::shared_ptr<FileLock> opened;
+    {
+        AtEnd const isOpened([&] {
+            lock.lock();
+            entry.isBeingOpened = false;
+            changed.notify_all();
+        });
+        lock.unlock();
+        opened = FileLock::Acquire(LockFile(file), Until(deadline), reason);
+    }
     entry.processes = opened;
-    entry.isBeingOpened = false;
-    changed.notify_all();
     return opened;
 }
 
