@@ -34,7 +34,6 @@ StoredLogin NewLogin()
     login.clientId = ClientId;
     login.subject = "alice-1";
     login.refreshToken = std::string("refresh-\xC3\xA9\"\\\x01");
-    login.idToken = std::string("id-token");
     login.askedFor = "openid profile";
     login.scopes = "openid";
     login.claims["name"] = "Alice";
@@ -96,7 +95,6 @@ TEST(TokenStore, GivesBackWhatWasWritten)
         EXPECT_EQ(login.clientId, ClientId);
         EXPECT_EQ(login.subject, "alice-1");
         EXPECT_EQ(*login.refreshToken, *NewLogin().refreshToken);
-        EXPECT_EQ(*login.idToken, "id-token");
         EXPECT_EQ(login.askedFor, "openid profile");
         EXPECT_EQ(login.scopes, "openid");
         EXPECT_EQ(login.claims, NewLogin().claims);
@@ -108,6 +106,22 @@ TEST(TokenStore, GivesBackWhatWasWritten)
         EXPECT_EQ(login.tokens[0].receivedAt, 1'700'000'001);
         EXPECT_EQ(login.tokens[0].lifetime, 3600);
     }
+}
+
+TEST(TokenStore, ReadsAnOlderFileAndKeepsItsIdTokenNoLonger)
+{
+    TestFolder const folder;
+    TokenStore store(StoreIn(folder));
+    auto const file = store.FileOf(Issuer, ClientId);
+    ASSERT_TRUE(store.Write(NewLogin()));
+    std::string reason;
+    ASSERT_TRUE(ReplacePrivateFile(
+        file, Changed(file, "\"issuer\"", "\"idToken\":\"a.b.c\",\"issuer\""), reason));
+    EXPECT_EQ(Look(store), "signed in as alice-1");
+    auto const read = store.Read(Issuer, ClientId);
+    ASSERT_TRUE(read && *read);
+    ASSERT_TRUE(store.Write(**read));
+    EXPECT_THAT(Unprotect(Rig::ContentOf(file), reason), Not(HasSubstr("a.b.c")));
 }
 
 /// What another process then reads.
@@ -139,7 +153,7 @@ TEST(TokenStore, GivesBackTheLargestTokensThatAProviderMayGive)
     TestFolder const folder;
     StoredLogin login = NewLogin();
     std::string const most(65'536, 'x');
-    login.refreshToken = login.idToken = most;
+    login.refreshToken = most;
     login.tokens.resize(32, login.tokens[0]);
     for (StoredToken& token : login.tokens)
         token.text = most;
@@ -372,7 +386,7 @@ CHILD_PROGRAM(WritesLoginsForEver)
     TokenStore store(PathFromText(arguments.at(0)));
     StoredLogin login = NewLogin();
     for (int i = 0;; ++i) {
-        login.idToken = std::string(static_cast<std::size_t>(i * 7919 % 50'000), 'x');
+        login.refreshToken = std::string(static_cast<std::size_t>(i * 7919 % 50'000), 'x');
         auto const lock = store.Acquire(Issuer, ClientId, std::chrono::minutes(1));
         if (!lock || !store.Write(login))
             return 1;

@@ -167,7 +167,6 @@ Outcome<StoredLogin> Session::Hidden::Identify(PendingLogin& login, TokenAnswer 
     result.signedInAt = outside.wallClock();
     result.tokens.push_back(token);
     result.refreshToken = std::move(*answer.refreshToken);
-    result.idToken = std::move(*answer.idToken);
     return result;
 }
 

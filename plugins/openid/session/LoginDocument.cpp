@@ -142,7 +142,6 @@ bool ReadMembers(Json::Value const& json, StoredLogin& login)
     login.clientId = members.Text("clientId");
     login.subject = members.Text("subject");
     login.refreshToken = members.Text("refreshToken");
-    login.idToken = members.Text("idToken");
     login.askedFor = members.Text("askedFor");
     login.scopes = members.Text("scopes");
     login.signedInAt = members.Number("signedInAt", LatestTime);
@@ -165,7 +164,6 @@ Outcome<Secret> WriteLogin(StoredLogin const& login)
     json.value["clientId"] = login.clientId;
     json.value["subject"] = login.subject;
     json.value["refreshToken"] = *login.refreshToken;
-    json.value["idToken"] = *login.idToken;
     json.value["askedFor"] = login.askedFor;
     json.value["scopes"] = login.scopes;
     json.value["claims"] = login.claims.isObject() ? login.claims : Json::Value(Json::objectValue);

@@ -218,7 +218,6 @@ std::optional<Failure> Session::Hidden::TakeIdToken(Target const& target, TokenA
     if (change || !claims)
         return change;
     AddClaims(login.claims, *claims, true);
-    login.idToken = answer.idToken;
     return std::nullopt;
 }
 

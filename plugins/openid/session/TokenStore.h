@@ -28,7 +28,7 @@ struct StoredToken {
 /// The login of one user at one issuer with one client.
 struct StoredLogin {
     std::string issuer, clientId, subject;
-    Secret refreshToken, idToken;
+    Secret refreshToken;
     std::string askedFor; ///< The scopes of the authorization request, in normal form.
     std::string scopes;   ///< Those of them that were granted, in normal form.
     Json::Value claims;   ///< Verified id_token's, then userinfo's.

@@ -31,8 +31,7 @@ StoredLogin NewLogin()
     login.issuer = "https://login.example";
     login.clientId = "desktop";
     login.subject = "alice-1";
-    login.refreshToken = Token + "-refresh";
-    login.idToken = Token + std::string(3000, '.');
+    login.refreshToken = Token + std::string(3000, '.');
     login.claims["name"] = "Alice";
     for (int i = 0; i < 5; ++i) {
         StoredToken token;
