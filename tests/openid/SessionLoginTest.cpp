@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 #include "openid/SessionWorld.h"
+#include "openid/session/TokenStore.h"
 
 using namespace Halvorix::OpenId;
 using Rig::SessionWorld;

@@ -67,13 +67,13 @@ Target Session::Hidden::Chosen()
     target.server = WithHostsClient(server);
     auto& provider = providers[target.Key() + '\n' + target.server.scopes];
     if (!provider)
-        provider =
-            std::make_shared<Provider>(Client{target.server.issuer, target.server.clientId,
-                                              target.server.scopes, configuration->networkTimeout},
-                                       [this](HttpRequest const& request) {
-                                           return SendWithin(request, outside.send, proxies);
-                                       },
-                                       RequestBounds::WhyOver);
+        provider = std::make_shared<Provider>(
+            Client{target.server.issuer, target.server.clientId, target.server.scopes,
+                   configuration->networkTimeout},
+            [this](HttpRequest const& request) {
+                return SendWithin(request, outside.send, proxies);
+            },
+            RequestBounds::WhyOver);
     target.provider = provider;
     return target;
 }
