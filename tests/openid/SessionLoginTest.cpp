@@ -238,29 +238,41 @@ TEST(SessionLogin, EndsInTheMiddleOfASlowRequestWhenTheHostSignsOut)
 
 TEST(SessionLogin, EndsWhileItWaitsForTheStoreWhenItsHolderCancels)
 {
-    SessionWorld world;
-    TokenStore another(world.configuration.store); // as another process
-    auto const session = world.NewSession();
-    auto const login = session->BeginLogin("");
-    ASSERT_TRUE(login);
-    auto lock = another.Acquire(world.provider.Issuer(), "client-1", milliseconds(0));
-    ASSERT_TRUE(lock);
-    world.browser.Open(*login->url);
-    std::thread host([&] {
-        while (world.provider.Count("userinfo") == 0)
-            std::this_thread::sleep_for(milliseconds(10));
-        std::this_thread::sleep_for(milliseconds(500));
-        EXPECT_TRUE(session->IsLoginInProgress()) << "it did not wait";
-        session->CancelLogin(*login);
-    });
-    auto const start = SinceBoot();
-    EXPECT_FALSE(session->FinishLogin(*login));
-    EXPECT_LT(SinceBoot() - start, milliseconds(8000));
-    host.join();
-    // What nobody knows is not to stay good.
-    EXPECT_FALSE(world.provider.IsGood(world.provider.Last("refresh_token")));
-    lock = Failure();
-    ExpectNobodySignedIn(world, *session, "Cannot sign in: the host ended it");
+    for (char const* const before : {"", "bob-2", "alice-1"}) {
+        SCOPED_TRACE(before);
+        SessionWorld world;
+        TokenStore another(world.configuration.store); // as another process
+        auto const session = world.NewSession();
+        if (*before != '\0') {
+            world.provider.Order([&](Behaviour& behaviour) { behaviour.subject = before; });
+            ASSERT_TRUE(session->LoginInBrowser("")) << world.LogText();
+            world.provider.Order([](Behaviour& behaviour) { behaviour.subject = "alice-1"; });
+        }
+        std::string const old = world.provider.Last("refresh_token");
+        int const asked = world.provider.Count("userinfo");
+        auto const login = session->BeginLogin("");
+        ASSERT_TRUE(login);
+        auto lock = another.Acquire(world.provider.Issuer(), "client-1", milliseconds(0));
+        ASSERT_TRUE(lock);
+        world.browser.Open(*login->url);
+        std::thread host([&] {
+            while (world.provider.Count("userinfo") == asked)
+                std::this_thread::sleep_for(milliseconds(10));
+            std::this_thread::sleep_for(milliseconds(500));
+            EXPECT_TRUE(session->IsLoginInProgress()) << "it did not wait";
+            session->CancelLogin(*login);
+        });
+        auto const start = SinceBoot();
+        EXPECT_FALSE(session->FinishLogin(*login));
+        EXPECT_LT(SinceBoot() - start, milliseconds(8000));
+        host.join();
+        EXPECT_THAT(world.LogText(), HasSubstr("Cannot sign in: the host ended it"));
+        EXPECT_EQ(session->Claims()["sub"], *before == '\0' ? Json::Value() : before);
+        // What nobody knows is not to stay good, unless the stored one could end with it.
+        EXPECT_EQ(world.provider.IsGood(world.provider.Last("refresh_token")),
+                  std::string(before) == "alice-1");
+        EXPECT_EQ(world.provider.IsGood(old), *before != '\0');
+    }
 }
 
 TEST(SessionLogin, WaitsForTheStoreAsLongAsOneThatIsNotCancelled)

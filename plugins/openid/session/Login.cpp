@@ -213,9 +213,8 @@ bool Session::Hidden::Conclude(PendingLogin& login, Outcome<StoredLogin> const& 
     auto const committed = result ? Commit(login, *result) : Outcome<bool>(result.Why());
     if (!committed) {
         log->Failed(CannotSignIn, committed.Why());
-        // Nobody else knows it, and so nobody would ever end it.
         if (result)
-            Revoke(login.target, *result);
+            RevokeGivenUp(login.target, *result);
         return false;
     }
     log->Info("Signed in at " + result->issuer);

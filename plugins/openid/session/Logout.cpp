@@ -88,6 +88,16 @@ void Session::Hidden::RevokeReplaced(Target const& target, StoredLogin const& re
         Revoke(target, replaced);
 }
 
+/// Nobody else knows its tokens, and so nobody would ever end them.
+void Session::Hidden::RevokeGivenUp(Target const& target, StoredLogin const& login)
+{
+    auto const stored = Current(target);
+    if (stored && !AccountOf(target).isEnding)
+        RevokeReplaced(target, login, *stored);
+    else
+        Revoke(target, login);
+}
+
 std::string Session::EndSessionAddress()
 {
     Target const target = hidden->Chosen();

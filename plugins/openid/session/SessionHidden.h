@@ -196,8 +196,10 @@ struct Session::Hidden {
     /// At best effort; what fails is told.
     void Revoke(Target const& target, std::vector<Secret> const& refreshTokens,
                 std::vector<Secret> const& accessTokens = {});
-    /// What a login nobody knows any more could still be used by.
+    /// The same of a login: of its access tokens only those that have no refresh token.
     void Revoke(Target const& target, StoredLogin const& login);
+    /// Of a sign-in that was ended after its tokens had come.
+    void RevokeGivenUp(Target const& target, StoredLogin const& login);
     /// Those that are still good; none where there is a refresh token, with which they end.
     std::vector<Secret> AccessTokensToRevoke(Target const& target, StoredLogin const& login);
     void RevokeReplaced(Target const& target, StoredLogin const& replaced,
