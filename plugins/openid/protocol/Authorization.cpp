@@ -79,20 +79,25 @@ std::string AuthorizationUrl(Metadata const& metadata, Client const& client,
                              std::string const& redirectUri, AuthorizationSecrets const& secrets,
                              std::string const& loginHint)
 {
-    Parameters parameters{{"response_type", "code"},
-                          {"client_id", client.clientId},
-                          {"redirect_uri", redirectUri},
-                          {"scope", client.scopes},
-                          {"state", secrets.state},
-                          {"nonce", secrets.nonce},
-                          {"code_challenge", ChallengeOf(secrets.verifier)},
-                          {"code_challenge_method", "S256"}};
+    Parameters parameters;
+    parameters.reserve(10); // a list, or growth, would leave copies of secrets behind
+    parameters.emplace_back("response_type", "code");
+    parameters.emplace_back("client_id", client.clientId);
+    parameters.emplace_back("redirect_uri", redirectUri);
+    parameters.emplace_back("scope", client.scopes);
+    parameters.emplace_back("state", secrets.state);
+    parameters.emplace_back("nonce", secrets.nonce);
+    parameters.emplace_back("code_challenge", ChallengeOf(secrets.verifier));
+    parameters.emplace_back("code_challenge_method", "S256");
     // Without it a provider passes over the scope (OpenID Connect Core, section 11).
     if (HasScope(client.scopes, "offline_access"))
         parameters.emplace_back("prompt", "consent");
     if (!loginHint.empty())
         parameters.emplace_back("login_hint", loginHint);
-    return WithQuery(metadata.authorizationEndpoint, parameters);
+    std::string url = WithQuery(metadata.authorizationEndpoint, parameters);
+    for (auto& parameter : parameters)
+        SSOServices::Wipe(parameter.second);
+    return url;
 }
 
 Outcome<std::string> ReadAuthorizationResponse(Parameters const& response,
@@ -101,7 +106,7 @@ Outcome<std::string> ReadAuthorizationResponse(Parameters const& response,
 {
     if (HasRepetition(response))
         return BadResponse("has a parameter more than once");
-    if (secrets.state.empty() || !EqualSecrets(Find(response, "state"), secrets.state))
+    if (secrets.state.empty() || !EqualSecrets(*Secret(Find(response, "state")), secrets.state))
         return BadResponse("belongs to another sign-in (state)");
     bool const namesIssuer = std::any_of(response.begin(), response.end(),
                                          [](auto const& one) { return one.first == "iss"; });

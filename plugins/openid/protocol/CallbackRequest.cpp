@@ -1,8 +1,12 @@
 #include "openid/protocol/CallbackRequest.h"
 
+#include <algorithm>
+
 #include <boost/asio/buffer.hpp>
 #include <boost/beast/http/empty_body.hpp>
 #include <boost/beast/http/parser.hpp>
+
+#include "support/SecretText.h"
 
 namespace Halvorix::OpenId {
 
@@ -59,8 +63,8 @@ CallbackAnswer ReadTarget(std::string_view target, ExpectedCallback const& expec
     if (!parameters || parameters->size() > MostParameters)
         return RefusedRequest(400, "This request cannot be read.");
     std::size_t count = 0;
-    std::string const state = Find(*parameters, "state", count);
-    if (expected.state.empty() || count != 1 || !EqualSecrets(state, expected.state))
+    SSOServices::SecretText<char> const state(Find(*parameters, "state", count));
+    if (expected.state.empty() || count != 1 || !EqualSecrets(*state, expected.state))
         return RefusedRequest(400, "This page does not belong to the sign-in that is waited for.");
     return AnswerResponse(std::move(*parameters));
 }
@@ -108,12 +112,10 @@ std::string Escaped(std::string const& text)
     return result;
 }
 
-} // namespace
-
-CallbackAnswer ReadCallback(std::string_view head, ExpectedCallback const& expected)
+/// @param target what stood in the place of the head's
+CallbackAnswer ReadRequest(std::string_view head, std::string_view target,
+                           ExpectedCallback const& expected)
 {
-    if (head.size() > LargestRequest)
-        return RefusedRequest(431, "This request is too large.");
     http::request_parser<http::empty_body> parser;
     parser.header_limit(LargestRequest);
     boost::beast::error_code error;
@@ -128,7 +130,38 @@ CallbackAnswer ReadCallback(std::string_view head, ExpectedCallback const& expec
         return RefusedRequest(405, "Only GET is answered.");
     if (parser.chunked() || parser.content_length().value_or(0) != 0)
         return RefusedRequest(400, "A request with a content is not answered.");
-    return ReadTarget({request.target().data(), request.target().size()}, expected);
+    return ReadTarget(target, expected);
+}
+
+/// Between the method and the version: visible characters alone.
+std::string_view TargetOf(std::string_view head)
+{
+    std::size_t const blank = head.find(' ');
+    if (blank == std::string_view::npos)
+        return {};
+    head.remove_prefix(blank + 1);
+    std::string_view const target = head.substr(0, head.find(' '));
+    bool const isVisible = std::all_of(target.begin(), target.end(), [](char character) {
+        return static_cast<unsigned char>(character) > 0x20 && character != 0x7F;
+    });
+    return isVisible ? target : std::string_view();
+}
+
+} // namespace
+
+CallbackAnswer ReadCallback(std::string_view head, ExpectedCallback const& expected)
+{
+    if (head.size() > LargestRequest)
+        return RefusedRequest(431, "This request is too large.");
+    std::string_view const target = TargetOf(head);
+    if (target.empty())
+        return RefusedRequest(400, "This request cannot be read.");
+    // Beast would leave copies of the code behind: it sees a target without it.
+    auto const before = static_cast<std::size_t>(target.data() - head.data());
+    std::string request(head.substr(0, before));
+    request += '/';
+    request += head.substr(before + target.size());
+    return ReadRequest(request, target, expected);
 }
 
 std::string WriteAnswer(CallbackAnswer const& answer)

@@ -1,5 +1,6 @@
 #include "openid/protocol/Texts.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace Halvorix::OpenId {
@@ -42,6 +43,7 @@ int HexDigit(char character)
 std::optional<std::string> Decoded(std::string_view text)
 {
     std::string result;
+    result.reserve(text.size()); // growth would leave copies of secrets behind
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] != '%') {
             result += text[i] == '+' ? ' ' : text[i];
@@ -81,6 +83,7 @@ std::string EncodeForm(Parameters const& parameters)
 std::optional<Parameters> DecodeForm(std::string_view query)
 {
     Parameters parameters;
+    parameters.reserve(1 + static_cast<std::size_t>(std::count(query.begin(), query.end(), '&')));
     while (!query.empty()) {
         std::size_t const end = query.find('&');
         std::string_view const piece = query.substr(0, end);

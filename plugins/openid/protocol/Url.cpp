@@ -8,6 +8,8 @@
 #include <boost/url/parse.hpp>
 #include <boost/url/url_view.hpp>
 
+#include "support/SecretText.h"
+
 namespace Halvorix::OpenId {
 
 namespace {
@@ -63,12 +65,17 @@ std::string WithQuery(std::string const& url, Parameters const& parameters)
     if (parameters.empty())
         return url;
     std::size_t const fragment = std::min(url.find('#'), url.size());
-    std::string result = url.substr(0, fragment);
+    std::string encoded = EncodeForm(parameters);
+    std::string result;
+    result.reserve(url.size() + 1 + encoded.size()); // growth would leave copies of secrets
+    result.append(url, 0, fragment);
     if (result.find('?') == std::string::npos)
         result += '?';
     else if (result.back() != '?' && result.back() != '&')
         result += '&';
-    return result + EncodeForm(parameters) + url.substr(fragment);
+    result.append(encoded).append(url, fragment, std::string::npos);
+    SSOServices::Wipe(encoded);
+    return result;
 }
 
 std::string ForLog(std::string const& url)

@@ -10,6 +10,8 @@
 #include "memory/FreedMemory.h"
 #include "openid/TestFolder.h"
 #include "openid/interfaces/HostTexts.h"
+#include "openid/protocol/Authorization.h"
+#include "openid/protocol/CallbackRequest.h"
 #include "openid/protocol/Texts.h"
 #include "openid/session/ProxyCredentials.h"
 #include "openid/session/Requests.h"
@@ -124,6 +126,31 @@ TEST(SessionMemory, HasNothingLeftOfATokenForAHost)
         EXPECT_EQ(CopyWhole(token, small, 4), 0);
     });
     EXPECT_EQ(std::wstring(large), ToWide(*token));
+}
+
+TEST(SessionMemory, HasNothingLeftOfAnAuthorizationAndItsAnswer)
+{
+    Client client;
+    client.scopes = "openid offline_access";
+    Metadata metadata;
+    metadata.authorizationEndpoint = "https://login.example/authorization";
+    AuthorizationSecrets const secrets{Token + "-state", Token + "-nonce", Token + "-verifier"};
+    std::string const target = "/callback?iss=x&code=" + Token + "&state=" + Token + "-state";
+    std::string const head =
+        "GET " + target + " HTTP/1.1\r\nHost: 127.0.0.1:1\r\nReferer: a\r\n\r\n";
+    ExpectedCallback const expected{"127.0.0.1:1", secrets.state};
+    ExpectNothingLeft([&] {
+        Secret const url(
+            AuthorizationUrl(metadata, client, "http://127.0.0.1:1/callback", secrets, "alice"));
+        EXPECT_NE(url->find(Token), std::string::npos);
+        CallbackAnswer answer = ReadCallback(head, expected);
+        ASSERT_TRUE(answer.response);
+        auto code = ReadAuthorizationResponse(*answer.response, secrets, metadata, "x");
+        EXPECT_TRUE(code) << code.Why().reason;
+        Secret const taken(std::move(*code));
+        for (auto& parameter : *answer.response)
+            Halvorix::SSOServices::Wipe(parameter.second);
+    });
 }
 
 TEST(SessionMemory, HasNothingLeftOfARequest)
