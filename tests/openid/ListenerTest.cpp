@@ -320,6 +320,18 @@ TEST(Listener, TakesTheFirstOfItsPortsThatIsFree)
     EXPECT_EQ(PortOf(**third), second);
 }
 
+TEST(Listener, IsFoundAtThePortThatBrowsersLeaveOut)
+{
+    auto opened = Listener::Open({80});
+    if (!opened)
+        GTEST_SKIP() << opened.Why().reason;
+    EXPECT_EQ((*opened)->RedirectUri(), "http://127.0.0.1:80/callback");
+    Peer browser(80);
+    browser.Send("GET /callback?state=right HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
+    EXPECT_TRUE((*opened)->Wait("right", 10s, nullptr, {}));
+    EXPECT_THAT(browser.Receive(), StartsWith("HTTP/1.1 200 "));
+}
+
 TEST(Listener, CanHaveItsPortAgainForTheNextLogin)
 {
     int port = 0;

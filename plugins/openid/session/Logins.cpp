@@ -219,15 +219,16 @@ Outcome<std::unique_ptr<TokenStore::Lock>>
 Session::Hidden::LockUnless(std::atomic<bool> const& cancelled, Target const& target)
 {
     using std::chrono::milliseconds;
-    constexpr milliseconds slice{200};
+    // The first is longer than a lock file may take that cannot be opened, and fails sooner then.
+    milliseconds slice{2'500};
     auto const& server = target.server;
     auto const end = SinceBoot() + LimitForLock();
     for (;;) {
         auto const begin = SinceBoot();
         auto lock = store.Acquire(server.issuer, server.clientId, slice);
-        // What fails sooner than that fails for another reason than that others have it.
-        if (lock || SinceBoot() - begin < slice / 2)
+        if (lock || SinceBoot() - begin < slice - milliseconds(100))
             return lock;
+        slice = milliseconds(200);
         if (cancelled)
             return WasCancelled();
         if (SinceBoot() >= end) {
