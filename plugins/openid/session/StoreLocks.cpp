@@ -44,17 +44,20 @@ std::unique_ptr<StoreLocks::Turn> StoreLocks::Take(fs::path const& file, Limit l
     }
     entry.isTaken = true;
     entry.owner = std::this_thread::get_id();
-    std::unique_ptr<Turn> turn;
+    bool isHandedOut = false;
     // Also if there is no memory left for it.
     AtEnd const givingBack([&] {
-        if (turn)
+        if (isHandedOut)
             return;
         entry.isTaken = false;
         entry.owner = {};
         changed.notify_all();
     });
-    if (auto processes = KeepProcessesOut(lock, file, deadline, reason))
-        turn = std::make_unique<Turn>(*this, file, std::move(processes));
+    auto processes = KeepProcessesOut(lock, file, deadline, reason);
+    if (!processes)
+        return nullptr;
+    auto turn = std::make_unique<Turn>(*this, file, std::move(processes));
+    isHandedOut = true;
     return turn;
 }
 
