@@ -1,6 +1,5 @@
 #include "hxsso/ConfigurationFile.h"
 
-#include <cerrno>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -9,6 +8,8 @@
 
 #include <json/reader.h>
 #include <json/writer.h>
+
+#include "hxsso/System.h"
 
 namespace Halvorix::HxSSO {
 
@@ -106,15 +107,10 @@ bool ConfigurationFile::Replace(std::string const& text, std::string& reason) co
 {
     fs::path other = path;
     other += ".new";
+    if (!WriteNewFile(other, text, reason))
+        return false;
     std::error_code error;
-    errno = 0;
-    if (!(std::ofstream(other, std::ios::binary | std::ios::trunc) << text).flush())
-        error.assign(errno == 0 ? EIO : errno, std::generic_category());
-    // Every user's programs read it, whatever this user's files are like otherwise.
-    if (!error)
-        fs::permissions(other, fs::perms(0644), error);
-    if (!error)
-        fs::rename(other, path, error);
+    fs::rename(other, path, error);
     if (!error)
         return true;
     reason = error.message();

@@ -12,6 +12,7 @@
 #include "hxsso/ConfigurationFile.h"
 #include "hxsso/PluginLog.h"
 #include "hxsso/SignOn.h"
+#include "hxsso/System.h"
 #include "hxsso/Text.h"
 
 namespace Halvorix::HxSSO {
@@ -143,6 +144,8 @@ Answer Configure(Options const& options)
         return Failed(Status::Failed, Tools::Utf8(file.Path()) + " " + reason,
                       "correct it, or remove it");
     PutServer(configuration, options, name);
+    // No provider that nobody has checked is to stay for all programs.
+    InterruptsHeldBack const heldBack;
     if (!file.Write(configuration, reason))
         return Failed(Status::Failed, Tools::Utf8(file.Path()) + " cannot be written: " + reason,
                       "run it as who may write there");

@@ -1,5 +1,7 @@
 // hxsso-doctor lies beside this program, and looks at it.
 
+#include <algorithm>
+
 #include <SSOClientPrivate.h>
 
 #include "common/Utf8.h"
@@ -15,7 +17,9 @@ int RunDoctor(Options const& options)
     std::vector<std::string> arguments{"--exe", ProgramFile().u8string()};
     std::string const config =
         ToUtf8(SSOServices::SSOClientPrivate::GetSSOClientConfigFileOverride());
-    if (!config.empty())
+    bool const isNamed =
+        std::find(options.rest.begin(), options.rest.end(), "--config") != options.rest.end();
+    if (!config.empty() && !isNamed)
         arguments.insert(arguments.end(), {"--config", config});
     arguments.insert(arguments.end(), options.rest.begin(), options.rest.end());
     std::string reason;

@@ -123,6 +123,13 @@ Answer SignedIn(SignOn const& session, bool wasSignedIn)
     return answer;
 }
 
+/// The provider may renew the login for it, and what it gives then must not be lost.
+bool Restores(SignOn const& session)
+{
+    InterruptsHeldBack const heldBack;
+    return session.Manager().RestoreLogin();
+}
+
 /// A login that could not be written is of no use here.
 bool EndsWithThisProcess()
 {
@@ -141,7 +148,7 @@ Answer Login(Options const& options)
     if (session.Obstacle().status != Status::Done)
         return session.Obstacle();
     // Who names a user may mean another one.
-    if (!options.Has("--hint") && session.Manager().RestoreLogin())
+    if (!options.Has("--hint") && Restores(session))
         return SignedIn(session, true);
     EndOnInterrupt("\nhxsso: the sign-in was ended\n");
     std::string const hint = options.Value("--hint");
@@ -165,15 +172,22 @@ Answer Logout(Options const& options)
     if (session.Obstacle().status != Status::Done)
         return session.Obstacle();
     WebServicesManager& manager = session.Manager();
-    if (!manager.IsLoggedIn())
-        return session.NobodySignedIn();
     std::string const issuer = Issuer();
     Answer answer;
     answer.result = AsJson(UserOf(manager));
     answer.result["server"] = TextOrNull(NameOfServer(manager));
     answer.result["issuer"] = TextOrNull(issuer);
+    // Also while nobody seems to be signed in: a login that was set aside is forgotten, too.
     if (!manager.Logout())
-        return session.Refusal("the user is still signed in");
+        return ReasonInPluginLog(Status::Provider,
+                                 session.IsSignedIn()
+                                     ? Failed(Status::Provider, "the user is still signed in",
+                                              "the plugin's log tells the reason")
+                                     : session.NobodySignedIn());
+    // The user is signed out all the same.
+    Answer const left = ReasonInPluginLog(Status::Done, {}, "The refresh token was forgotten");
+    answer.error = left.error;
+    answer.remedy = left.remedy;
     answer.text = "Signed out" + (issuer.empty() ? issuer : " at " + issuer) + '\n';
     return answer;
 }

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <filesystem>
+#include <sstream>
 
 #include "hxsso/Commands.h"
 #include "hxsso/SignOn.h"
@@ -25,13 +26,39 @@ constexpr Entry Entries[] = {
     {"install", InstallForAll},
 };
 
+std::string Absolute(std::string const& path)
+{
+    return std::filesystem::absolute(std::filesystem::u8path(path)).u8string();
+}
+
+/// Of folders with semicolons between them. Those that begin with a variable stay.
+std::string AllAbsolute(std::string const& paths)
+{
+    std::istringstream parts(paths);
+    std::string all;
+    for (std::string part; std::getline(parts, part, ';');)
+        all += (all.empty() ? "" : ";") + (part.empty() || part[0] == '%' ? part : Absolute(part));
+    return all;
+}
+
+/// Paths as the user means them, before this process goes elsewhere.
+void MakeAbsolute(Options& options)
+{
+    if (options.Has("--folder"))
+        options.given["--folder"] = Absolute(options.Value("--folder"));
+    for (std::size_t i = 1; i < options.rest.size(); ++i) {
+        std::string const& name = options.rest[i - 1];
+        std::string& value = options.rest[i];
+        if (name == "--search")
+            value = AllAbsolute(value);
+        else if ((name == "--config" || name == "--library") && !value.empty())
+            value = Absolute(value);
+    }
+}
+
 int RunCommand(Options options)
 {
-    // As the user means it, before this process goes elsewhere.
-    if (options.Has("--folder"))
-        options.given["--folder"] =
-            std::filesystem::absolute(std::filesystem::u8path(options.Value("--folder")))
-                .u8string();
+    MakeAbsolute(options);
     BeginLibrary();
     if (options.command == "doctor")
         return RunDoctor(options);

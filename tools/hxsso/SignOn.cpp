@@ -50,6 +50,12 @@ Answer NoServerToSignInAt()
     return ReasonInPluginLog(Status::NoPlugin, answer, "Nobody can sign in");
 }
 
+/// Whether somebody is signed in is not known then.
+bool IsOfUnreadableStore(Answer const& answer)
+{
+    return answer.error.find(" cannot be read for now") != std::string::npos;
+}
+
 Answer Select(std::string const& name)
 {
     WebServices::Server const server = SSOClientPrivate::ServerNameToServer(ToWide(name));
@@ -68,6 +74,8 @@ void BeginLibrary()
     // program's, which is as good as the program: a user may be in a folder of anybody's.
     std::error_code unknown;
     fs::current_path(ProgramFile().parent_path(), unknown);
+    if (unknown) // without /proc, say
+        fs::current_path("/");
     bool const isFound =
         SSOClientPrivate::GetSSOClientConfigFile().find(L'/') != std::wstring::npos;
     fs::path const installed = InstalledClientConfig();
@@ -114,11 +122,18 @@ Answer SignOn::Refusal(std::string const& what) const
     if (IsSignedIn())
         return ReasonInPluginLog(
             Status::Provider, Failed(Status::Provider, what, "the plugin's log tells the reason"));
-    return ReasonInPluginLog(Status::NotSignedIn, NobodySignedIn());
+    Answer answer = ReasonInPluginLog(Status::NotSignedIn, NobodySignedIn());
+    if (IsOfUnreadableStore(answer))
+        answer.status = Status::Provider;
+    return answer;
 }
 
 Answer SignOn::NobodySignedIn() const
 {
+    Answer const reason =
+        ReasonInPluginLog(Status::Provider, {}, "The stored login cannot be used");
+    if (IsOfUnreadableStore(reason))
+        return reason;
     std::string const server = NameOfServer(Manager());
     return Failed(Status::NotSignedIn,
                   "nobody is signed in" + (server.empty() ? server : " at " + server),

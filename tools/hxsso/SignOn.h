@@ -27,6 +27,7 @@ public:
     /// What is behind a call that the plugin refused: nobody is signed in, or else the provider,
     /// the network or the store. With the reason as far as the plugin's log has it.
     Answer Refusal(std::string const& what) const;
+    /// Or that the store cannot be read for now, so that nobody knows.
     Answer NobodySignedIn() const;
 
 private:

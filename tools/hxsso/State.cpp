@@ -51,6 +51,11 @@ Answer TellStatus(Options const& options)
         return session.Obstacle();
     WebServicesManager const& manager = session.Manager();
     bool const isSignedIn = session.IsSignedIn();
+    if (!isSignedIn) {
+        Answer why = session.NobodySignedIn();
+        if (why.status != Status::NotSignedIn)
+            return why;
+    }
     User const user = UserOf(manager);
     std::string const name = NameOfServer(manager), issuer = Issuer();
     Json::Value const state = SessionState();
@@ -118,6 +123,11 @@ Answer ListServers(Options const&)
         if (name.empty() || !manager.SetServer(server))
             break;
         bool const isSignedIn = session.IsSignedIn();
+        if (!isSignedIn) {
+            Answer why = session.NobodySignedIn();
+            if (why.status != Status::NotSignedIn)
+                return why;
+        }
         std::string const issuer = Issuer();
         Json::Value entry = AsJson(isSignedIn ? UserOf(manager) : User());
         entry["server"] = name;

@@ -40,6 +40,13 @@ bool Ask(WebServicesManager& manager, OAuth2TokenSpec const& spec, TokenAtHand& 
     return true;
 }
 
+/// Another plugin may not tell.
+bool IsRefreshable()
+{
+    Json::Value const refreshable = SessionState()["refreshable"];
+    return !refreshable.isBool() || refreshable.asBool();
+}
+
 bool EndsBefore(TokenAtHand const& found, std::int64_t time)
 {
     return found.expiresAt != 0 && found.expiresAt < time;
@@ -110,6 +117,25 @@ int WriteToken(Options const& options, TokenAtHand const& found)
     return static_cast<int>(Status::Failed);
 }
 
+/// What the provider renews is stored, whoever interrupts: it may have ended the old one.
+bool Fetch(WebServicesManager& manager, Options const& options, TokenAtHand& found)
+{
+    InterruptsHeldBack const heldBack;
+    OAuth2TokenSpec const spec(OAuth2TokenTypeDefault, ToWide(options.Value("--scope")).c_str());
+    if (!Ask(manager, spec, found))
+        return false;
+    if (!options.Has("--min-valid"))
+        return true;
+    std::int64_t const needed = Now() + Seconds(options.Value("--min-valid"));
+    if (EndsBefore(found, needed) && IsRefreshable() &&
+        !(manager.RefreshOAuth2Token(spec, false) && Ask(manager, spec, found)))
+        return false;
+    if (EndsBefore(found, needed))
+        TellProgress("hxsso: the provider gives no token that lives so long; this one ends at " +
+                     AsTime(found.expiresAt));
+    return true;
+}
+
 Answer MisuseOfToken(Options const& options)
 {
     if (options.Has("--header") && options.Has("--json"))
@@ -138,20 +164,8 @@ int TellToken(Options const& options)
     if (session.Obstacle().status != Status::Done)
         return Tell("token", session.Obstacle(), asJson);
 
-    OAuth2TokenSpec const spec(OAuth2TokenTypeDefault, ToWide(options.Value("--scope")).c_str());
     TokenAtHand found;
-    bool isThere = Ask(session.Manager(), spec, found);
-    if (isThere && options.Has("--min-valid")) {
-        std::int64_t const needed = Now() + Seconds(options.Value("--min-valid"));
-        if (EndsBefore(found, needed))
-            isThere = session.Manager().RefreshOAuth2Token(spec, false) &&
-                      Ask(session.Manager(), spec, found);
-        if (isThere && EndsBefore(found, needed))
-            TellProgress(
-                "hxsso: the provider gives no token that lives so long; this one ends at " +
-                AsTime(found.expiresAt));
-    }
-    if (!isThere)
+    if (!Fetch(session.Manager(), options, found))
         return Tell("token", session.Refusal("there is no such token"), asJson);
     return WriteToken(options, found);
 }

@@ -294,7 +294,8 @@ Outcome<PluginConfiguration> ReadConfiguration(std::filesystem::path const& file
     bool const isMissing = content.state == FileContent::State::Missing;
     failure.reason =
         PathText(file) + (isMissing ? " is missing" : " cannot be read: " + content.reason);
-    failure.remedy = isMissing ? "put it there, with the providers of this machine"
+    failure.remedy = isMissing ? "let 'hxsso configure' write it, or put it there with the "
+                                 "providers of this machine"
                                : "make it a plain file that every user may read";
     return failure;
 }

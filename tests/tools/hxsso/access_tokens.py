@@ -7,7 +7,7 @@ import os
 import subprocess
 import time
 
-from hxsso_place import PATIENCE, User, failed, run, skip
+from hxsso_place import PATIENCE, PROGRAMS, Ended, User, failed, run, skip
 from tokens import claims_of  # noqa: E402
 
 
@@ -65,6 +65,19 @@ def TokenIsRenewedBeforeItEnds(place, provider):
         failed(place.run("token", "--min-valid", "5000"), 4, "status 500")
 
 
+def TokenWithoutRefresh(place, provider):
+    """What is at hand is better than none; that it is short is told."""
+    provider.lifetime = 1800
+    provider.misbehave("refresh-token-missing")
+    with User(place):
+        place.sign_in()
+    token = place.token("--min-valid", "600")
+    ended = place.run("token", "--min-valid", "3600")
+    assert (ended.status, ended.text) == (0, token + "\n"), ended
+    assert "gives no token that lives so long" in ended.errors, ended
+    assert provider.requests["token"] == 1
+
+
 def on_terminal(place, *words):
     """(status, what the terminal got), with the standard output on a terminal."""
     import pty
@@ -101,6 +114,25 @@ def TokenIsNotWrittenToATerminal(place, provider):
         assert status == 0 and json.loads(got)["result"]["token"] == token
         # Everything else may be read there.
         assert on_terminal(place, "whoami")[:2] == (0, "alice\r\n")
+
+
+def TokenIsNotWrittenToMintty(place, _provider):
+    """The terminal of Git Bash, which is a pipe to Windows."""
+    if not place.is_windows:
+        skip("a terminal is one on Linux")
+    with User(place):
+        place.sign_in()
+    helper = PROGRAMS / "hxsso-mintty.exe"
+
+    def in_pipe(name):
+        words = [*place.emulator, helper, name, place.native(place.hxsso), "token"]
+        return Ended(words, subprocess.run(
+            place.provider.authority.trusted(words), env=place.environment(), cwd=place.root,
+            stdin=subprocess.DEVNULL, capture_output=True, timeout=PATIENCE, check=False))
+    for name in ("msys-1888ae32e00d56aa-pty0-to-master", "cygwin-e022582115c10879-pty12-to-master"):
+        failed(in_pipe(name), 2, "not written to a terminal", "--show")
+    ended = in_pipe("msys-1888ae32e00d56aa-2345-pipe-0x1")
+    assert ended.status == 0 and ended.text.count(".") == 2, ended
 
 
 def TwentyShellsMakeOneRefresh(place, provider):

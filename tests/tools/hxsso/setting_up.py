@@ -4,8 +4,12 @@
 import json
 import os
 import re
+import signal
+import subprocess
+import threading
+import time
 
-from hxsso_place import User, failed, run, schema, skip
+from hxsso_place import PATIENCE, ROOT, User, failed, run, schema, skip
 
 from glewlwyd import free_ports
 
@@ -112,6 +116,41 @@ def ConfigureLeavesTheFileIfTheProviderIsNotRight(place, provider):
     assert "is not valid JSON" in ended.errors and place.settings.read_text() == '{"servers": ['
 
 
+def ConfigureThatIsInterrupted(place, provider):
+    """No provider stays for all programs that nobody has checked."""
+    if place.is_windows:
+        skip("no Ctrl-C reaches a program under Wine")
+    before = place.settings.read_bytes()
+    asked, goes_on = threading.Event(), threading.Event()
+
+    def failing(_parameters, _bearer):
+        asked.set()
+        goes_on.wait(PATIENCE)
+        return 500, {}, b""
+    provider.discovery = failing
+    process = place.begin("configure", "--issuer", provider.issuer, "--client-id", "another")
+    assert asked.wait(PATIENCE)
+    process.send_signal(signal.SIGINT)
+    time.sleep(0.3)
+    assert process.poll() is None, process.communicate()
+    goes_on.set()
+    process.communicate(timeout=PATIENCE)
+    assert process.returncode == -signal.SIGINT, process.returncode
+    assert place.settings.read_bytes() == before
+
+
+def ConfigureWritesThroughNoLink(place, provider):
+    """Where others may write, one of them may have put it there."""
+    if place.is_windows:
+        skip("links are for administrators there")
+    other = place.root / "of somebody"
+    other.write_text("precious")
+    place.settings.with_name(place.settings.name + ".new").symlink_to(other)
+    configured(place, provider)
+    assert other.read_text() == "precious" and not place.settings.is_symlink()
+    assert place.settings.stat().st_mode & 0o777 == 0o644
+
+
 def ConfigureElsewhere(place, provider):
     (place.root / "other folder").mkdir()
     ended = configured(place, provider, "--folder", "other folder")
@@ -169,6 +208,40 @@ def InstalledAsPackagesDo(place, provider):
     link.symlink_to(place.hxsso)
     place.hxsso = link
     assert place.run("status").status == 1 and place.run("doctor").status == 0
+
+
+def PackageNamesItsFolder(place, _provider):
+    """As dpkg runs it. A full disk once left an empty file, with which nobody could sign in."""
+    if place.is_windows:
+        skip("the package is Debian's")
+    root = place.root / "debian"
+    location = root / "etc/xdg/Halvorix/HxSSO/Location"
+
+    def configure():
+        subprocess.run(["sh", ROOT / "debian/hxsso-openid.postinst", "configure"], check=True,
+                       env={**os.environ, "DPKG_ROOT": str(root)}, timeout=PATIENCE)
+        assert [file.name for file in location.parent.iterdir()] == ["Location"]
+        return location.read_text()
+    assert configure() == "/usr/lib/HxSSO\n"
+    location.write_text("")
+    assert configure() == "/usr/lib/HxSSO\n"
+    assert location.stat().st_mode & 0o777 == 0o644
+    location.write_text("/opt/other\n")
+    assert configure() == "/opt/other\n"
+
+
+def InstallByAStrictRoot(place, _provider):
+    """Whose files nobody else may read: what he makes here is for all all the same."""
+    if place.is_windows:
+        skip("there are no masks")
+    ended = subprocess.run(
+        place.words("install", "--system", "--folder", str(place.root / "server")), umask=0o077,
+        env={**place.environment(), "XDG_CONFIG_DIRS": str(place.root / "new/xdg")},
+        capture_output=True, timeout=PATIENCE, check=False)
+    assert ended.returncode == 0, ended
+    made = [place.root / "new", *(place.root / "new").rglob("*")]
+    assert {path.name: path.stat().st_mode & 0o777 for path in made} == {
+        "new": 0o755, "xdg": 0o755, "Halvorix": 0o755, "HxSSO": 0o755, "Location": 0o644}
 
 
 def InstallForTheWholeMachine(place, _provider):

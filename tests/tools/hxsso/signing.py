@@ -5,6 +5,7 @@ import os
 import re
 import socket
 import subprocess
+import threading
 import time
 import urllib.parse
 
@@ -215,6 +216,41 @@ def InterruptOfATerminal(place, _provider):
     assert b"status 130" in got and b"the sign-in was ended" in got, got
 
 
+def InterruptLosesNoLogin(place, provider):
+    """The provider has ended the old refresh token by then: the new one is stored first."""
+    if place.is_windows:
+        skip("no Ctrl-C reaches a program under Wine")
+    import signal
+    provider.lifetime = 2
+    renewed, goes_on = threading.Event(), threading.Event()
+    original = provider._refreshed
+
+    def slowly(parameters):
+        answer = original(parameters)
+        renewed.set()
+        goes_on.wait(PATIENCE)
+        return answer
+
+    with User(place):
+        place.sign_in()
+    for words, number in ((["token"], signal.SIGINT), (["login"], signal.SIGTERM),
+                          (["token", "--min-valid", "1"], signal.SIGHUP)):
+        time.sleep(1.5)  # the token counts as ended in the second half of its short life
+        provider._refreshed = slowly
+        process = place.begin(*words)
+        assert renewed.wait(PATIENCE), words
+        process.send_signal(number)
+        time.sleep(0.3)
+        assert process.poll() is None, (words, process.communicate())
+        goes_on.set()
+        output, errors = process.communicate(timeout=PATIENCE)
+        assert (process.returncode, output) == (-number, b""), (words, process.returncode, errors)
+        provider._refreshed = original
+        renewed.clear()
+        goes_on.clear()
+        assert place.token() and place.run("status").status == 0, words
+
+
 def LoginThatEndsWithItsToken(place, provider):
     provider.lifetime = 3
     provider.misbehave("refresh-token-missing")
@@ -223,6 +259,18 @@ def LoginThatEndsWithItsToken(place, provider):
         assert "no refresh token" in place.run("status").text
         wait_until(lambda: place.run("status").status == 1)
         failed(place.run("token"), 1, "no refresh token")
+
+
+def LogoutForgetsWhatWasSetAside(place, provider):
+    """Nobody is signed in, and still there is a refresh token that the provider takes."""
+    with User(place):
+        place.sign_in()
+    [kept] = place.store.glob("login-*.dat")
+    kept.rename(f"{kept}.damaged-1")
+    assert place.run("status").status == 1
+    failed(place.run("logout"), 1, "nobody is signed in at production")
+    assert not list(place.store.glob("login-*.damaged-*")), list(place.store.iterdir())
+    assert provider.requests["revocation"] == 1
 
 
 def NobodyComesBack(place, _provider):

@@ -2,9 +2,11 @@
 """What is told, and with which exit status, where something is wrong."""
 
 import json
+import os
+import re
 import subprocess
 
-from hxsso_place import PATIENCE, User, failed, run, schema, skip
+from hxsso_place import PATIENCE, Ended, User, failed, run, schema, skip
 
 import hostile  # noqa: E402
 
@@ -53,7 +55,7 @@ def ConfigurationOfThePluginIsWrong(place, _provider):
         ended = failed(place.run(*words), 3, "Nobody can sign in: .*HxSSOOpenID.json", "https")
         assert "issuer is not an https address" in ended.errors, ended
     place.settings.unlink()
-    failed(place.run("status"), 3, "HxSSOOpenID.json is missing", "put it there")
+    failed(place.run("status"), 3, "HxSSOOpenID.json is missing", "hxsso configure")
 
 
 def UnknownServer(place, _provider):
@@ -80,6 +82,26 @@ def ProviderThatFails(place, provider):
         failed(place.run("token"), 1, "nobody is signed in")
 
 
+def StoreThatCannotBeRead(place, provider):
+    """Nobody knows then who is signed in: a script is to try again, not to ask for a login."""
+    if place.is_windows:
+        skip("a file that fails is made on Linux alone")
+    if os.geteuid() != 0:
+        skip("only root can put a file that fails over another")
+    with User(place):
+        place.sign_in()
+    [kept] = place.store.glob("login-*.dat")
+    # The program's memory: what it looks like is a file, and its beginning cannot be read.
+    script = 'mount --bind "/proc/$$/mem" "$1" && shift && exec "$@"'
+    for words in (["status"], ["whoami"], ["token"], ["servers"], ["logout"]):
+        ended = subprocess.run(
+            ["unshare", "-m", "sh", "-c", script, "sh", kept, *place.words(*words)],
+            env=place.environment(), capture_output=True, timeout=PATIENCE, check=False)
+        failed(Ended(words, ended), 4, "cannot be read for now", "disk works")
+    assert kept.exists() and place.run("status").status == 0
+    assert provider.requests["revocation"] == 0
+
+
 def ProviderThatIsAway(place, provider):
     with User(place):
         place.sign_in()
@@ -90,10 +112,47 @@ def ProviderThatIsAway(place, provider):
         assert place.run("status").status == 0 and place.run("whoami").text == "alice\n"
         failed(place.run("token", "--scope", "data:read"), 4, "could not be reached")
         ended = place.run("logout")
-        assert ended.status == 0, ended
+        assert ended.status == 0 and ended.text.startswith("Signed out"), ended
+        assert "hxsso: The refresh token was forgotten, but not revoked" in ended.errors, ended
+        assert "Fix: " in ended.errors, ended
         failed(place.run("login"), 4, "could not be reached")
     finally:
         provider.start()
+
+
+def DoctorTakesPathsOfTheUser(place, _provider):
+    """They are relative to his folder, not to the program's."""
+    mine = place.root / "mine"
+    (mine / "b").mkdir(parents=True)
+    config = (place.root / "app/SSOClient.config").read_bytes()
+    (place.root / "app/SSOClient.config").unlink()
+    for file in (mine / "mine.config", mine / "b/SSOClient.config"):
+        file.write_bytes(config)
+    for words, file in ((["--config", "mine.config"], mine / "mine.config"),
+                        (["--search", "a;b"], mine / "b/SSOClient.config")):
+        ended = place.run("doctor", "--verbose", *words, folder=mine)
+        told = ended.text.replace("\\", "/")
+        assert re.search(re.escape(str(file)) + " +read", told), (file, ended)
+
+
+def NoFolderOfTheProgram(place, _provider):
+    """Without /proc nobody knows it. The user's folder does not stand in for it."""
+    if place.is_windows:
+        skip("there a program always knows where it lies")
+    if os.geteuid() != 0:
+        skip("only root can hide /proc")
+    evil = place.root / "evil"
+    evil.mkdir()
+    (place.root / "app/SSOClient.config").unlink()
+    (evil / "SSOClient.config").write_text(json.dumps(
+        {"ssoServer": {"searchPaths": str(place.root / "server")}}))
+    (place.root / "xdg/Halvorix/HxSSO/Location").unlink()
+    script = 'mount -t tmpfs tmpfs /proc && exec "$@"'
+    ended = subprocess.run(["unshare", "-m", "sh", "-c", script, "sh", place.hxsso, "status"],
+                           cwd=evil, capture_output=True,
+                           env={**place.environment(), "LD_LIBRARY_PATH": str(place.home)},
+                           timeout=PATIENCE, check=False)
+    failed(Ended(["status"], ended), 3, "there is no sign-on plugin")
 
 
 def Doctor(place, provider):

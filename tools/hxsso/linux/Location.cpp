@@ -1,9 +1,10 @@
 #include "hxsso/Location.h"
 
-#include <cerrno>
 #include <cstdlib>
 #include <fstream>
 #include <system_error>
+
+#include "hxsso/System.h"
 
 namespace Halvorix::HxSSO {
 
@@ -33,6 +34,18 @@ fs::path LocationFile()
     return first.empty() ? fs::path("/etc/xdg/Halvorix/HxSSO/Location") : first;
 }
 
+/// All users' programs go through those that are made, whatever this user's mask is.
+void MakeFolders(fs::path const& folder, std::error_code& error)
+{
+    std::error_code unknown;
+    if (fs::is_directory(folder, unknown))
+        return;
+    if (folder.has_relative_path())
+        MakeFolders(folder.parent_path(), error);
+    if (!error && fs::create_directory(folder, error))
+        fs::permissions(folder, fs::perms(0755), error);
+}
+
 } // namespace
 
 std::string PlaceOfLocation() { return "the file " + LocationFile().string(); }
@@ -52,13 +65,10 @@ bool WriteLocation(fs::path const& folder, std::string& reason)
     fs::path other = file;
     other += ".new";
     std::error_code error;
-    fs::create_directories(file.parent_path(), error);
-    errno = 0;
+    MakeFolders(file.parent_path(), error);
     // Beside it and renamed, so that nobody reads half of it.
-    if (!error && !(std::ofstream(other, std::ios::trunc) << folder.string() << '\n').flush())
-        error.assign(errno, std::generic_category());
-    if (!error)
-        fs::permissions(other, fs::perms(0644), error); // every user's programs read it
+    if (!error && !WriteNewFile(other, folder.string() + '\n', reason))
+        return false;
     if (!error)
         fs::rename(other, file, error);
     if (!error)

@@ -1,6 +1,7 @@
 #include "hxsso/System.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -70,6 +71,45 @@ bool IsTerminal(Stream stream) { return ::isatty(DescriptorOf(stream)) != 0; }
 bool Write(Stream stream, std::string const& text)
 {
     return WriteAll(DescriptorOf(stream), text.data(), text.size());
+}
+
+bool WriteNewFile(std::filesystem::path const& file, std::string const& text, std::string& reason)
+{
+    ::unlink(file.c_str());
+    int const descriptor =
+        ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0644);
+    errno = descriptor == -1 ? errno : 0;
+    bool good = descriptor != -1 && WriteAll(descriptor, text.data(), text.size()) &&
+                ::fchmod(descriptor, 0644) == 0 && // whatever the user's other files are like
+                ::fsync(descriptor) == 0;
+    int const error = errno;
+    if (descriptor != -1)
+        good = ::close(descriptor) == 0 && good;
+    if (good)
+        return true;
+    reason = std::error_code(error == 0 ? EIO : error, std::generic_category()).message();
+    if (descriptor != -1)
+        ::unlink(file.c_str());
+    return false;
+}
+
+struct InterruptsHeldBack::Before {
+    sigset_t mask{};
+};
+
+InterruptsHeldBack::InterruptsHeldBack() : before(std::make_unique<Before>())
+{
+    // All threads that begin meanwhile hold them back, too.
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    for (int const number : {SIGINT, SIGTERM, SIGHUP})
+        ::sigaddset(&signals, number);
+    ::pthread_sigmask(SIG_BLOCK, &signals, &before->mask);
+}
+
+InterruptsHeldBack::~InterruptsHeldBack()
+{
+    ::pthread_sigmask(SIG_SETMASK, &before->mask, nullptr);
 }
 
 void EndOnInterrupt(char const* text)

@@ -4,6 +4,8 @@
 
 #include <shellapi.h>
 
+#include <atomic>
+#include <cstdint>
 #include <system_error>
 
 #include "hxsso/Text.h"
@@ -25,6 +27,24 @@ bool IsConsole(HANDLE handle)
     return ::GetConsoleMode(handle, &mode) != FALSE;
 }
 
+/// The terminals of Cygwin and of MSYS, such as Git Bash has them, are pipes to Windows.
+bool IsPipeOfTerminal(HANDLE handle)
+{
+    constexpr std::size_t longest = 32 * 1024;
+    if (::GetFileType(handle) != FILE_TYPE_PIPE)
+        return false;
+    std::vector<std::uint64_t> room((sizeof(FILE_NAME_INFO) + longest) / sizeof(std::uint64_t));
+    auto* const info = reinterpret_cast<FILE_NAME_INFO*>(room.data());
+    if (::GetFileInformationByHandleEx(handle, FileNameInfo, info,
+                                       static_cast<DWORD>(room.size() * sizeof(std::uint64_t))) ==
+        FALSE)
+        return false;
+    std::wstring const name(info->FileName, info->FileNameLength / sizeof(wchar_t));
+    bool const isTheirs =
+        name.find(L"msys-") != std::wstring::npos || name.find(L"cygwin-") != std::wstring::npos;
+    return isTheirs && name.find(L"-pty") != std::wstring::npos;
+}
+
 bool WriteToConsole(HANDLE console, std::string const& text)
 {
     std::wstring wide = ToWide(text);
@@ -39,6 +59,36 @@ bool WriteToConsole(HANDLE console, std::string const& text)
     }
     Wipe(wide);
     return good;
+}
+
+bool WriteAll(HANDLE handle, std::string const& text)
+{
+    for (std::size_t at = 0; at < text.size();) {
+        DWORD written = 0;
+        if (::WriteFile(handle, text.data() + at, static_cast<DWORD>(text.size() - at), &written,
+                        nullptr) == FALSE ||
+            written == 0)
+            return false;
+        at += written;
+    }
+    return true;
+}
+
+/// Of the process: the system's thread may wait for it to the end.
+HANDLE EndOfHold()
+{
+    static HANDLE const event = ::CreateEventW(nullptr, TRUE, TRUE, nullptr);
+    return event;
+}
+
+std::atomic<bool> isInterrupted{false};
+
+/// In a thread of the system's. Then the other handlers have their turn, as without this one.
+BOOL WINAPI WaitForEndOfHold(DWORD)
+{
+    isInterrupted = true;
+    ::WaitForSingleObject(EndOfHold(), INFINITE);
+    return FALSE;
 }
 
 BOOL WINAPI EndAtInterrupt(DWORD)
@@ -114,22 +164,51 @@ std::filesystem::path ProgramBeside(char const* name)
 
 std::uint64_t ProcessId() { return ::GetCurrentProcessId(); }
 
-bool IsTerminal(Stream stream) { return IsConsole(HandleOf(stream)); }
+bool IsTerminal(Stream stream)
+{
+    HANDLE const handle = HandleOf(stream);
+    return IsConsole(handle) || IsPipeOfTerminal(handle);
+}
 
 bool Write(Stream stream, std::string const& text)
 {
     HANDLE const handle = HandleOf(stream);
-    if (IsConsole(handle))
-        return WriteToConsole(handle, text);
-    for (std::size_t at = 0; at < text.size();) {
-        DWORD written = 0;
-        if (::WriteFile(handle, text.data() + at, static_cast<DWORD>(text.size() - at), &written,
-                        nullptr) == FALSE ||
-            written == 0)
-            return false;
-        at += written;
-    }
-    return true;
+    return IsConsole(handle) ? WriteToConsole(handle, text) : WriteAll(handle, text);
+}
+
+bool WriteNewFile(std::filesystem::path const& file, std::string const& text, std::string& reason)
+{
+    ::DeleteFileW(file.c_str());
+    HANDLE const handle = ::CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                        FILE_ATTRIBUTE_NORMAL, nullptr);
+    bool const isOpen = handle != INVALID_HANDLE_VALUE;
+    bool const good = isOpen && WriteAll(handle, text) && ::FlushFileBuffers(handle) != FALSE;
+    if (!good)
+        reason = ErrorText(::GetLastError());
+    if (isOpen)
+        ::CloseHandle(handle);
+    if (isOpen && !good)
+        ::DeleteFileW(file.c_str());
+    return good;
+}
+
+struct InterruptsHeldBack::Before {};
+
+InterruptsHeldBack::InterruptsHeldBack()
+{
+    ::ResetEvent(EndOfHold());
+    ::SetConsoleCtrlHandler(WaitForEndOfHold, TRUE);
+}
+
+InterruptsHeldBack::~InterruptsHeldBack()
+{
+    // First of all: no handler is removed while one runs.
+    ::SetEvent(EndOfHold());
+    // The system's thread ends the process now, and this one is to do nothing more.
+    constexpr DWORD longEnough = 5000;
+    if (isInterrupted)
+        ::Sleep(longEnough);
+    ::SetConsoleCtrlHandler(WaitForEndOfHold, FALSE);
 }
 
 void EndOnInterrupt(char const* text)
