@@ -2,7 +2,6 @@
 """A machine that is no laboratory: two users, a full disk, a proxy, an account that is gone."""
 
 import contextlib
-import http.client
 import os
 import pathlib
 import subprocess
@@ -52,7 +51,7 @@ class Person:
                 os.setuid(self.number)
                 visitor.visit(address)
                 os._exit(0)
-            except http.client.RemoteDisconnected:
+            except OSError:  # the connection was closed, early or late
                 os._exit(1)
             finally:
                 os._exit(2)
