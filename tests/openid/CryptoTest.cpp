@@ -375,8 +375,10 @@ TEST(Protect, IsUndoneByUnprotect)
         std::string const guarded = Protect(clear, reason);
 
         EXPECT_THAT(guarded, Not(IsEmpty())) << reason;
-        EXPECT_EQ(Unprotect(guarded, reason), clear) << reason;
-        EXPECT_EQ(reason, "");
+        Unprotected const back = Unprotect(guarded);
+        EXPECT_EQ(back.state, Unprotected::State::Clear) << back.reason;
+        EXPECT_EQ(back.bytes, clear);
+        EXPECT_EQ(back.reason, "");
     }
 }
 

@@ -354,8 +354,7 @@ TEST(SessionTokens, MayBringANewIdTokenThatIsNotKept)
     std::string const second = world.provider.Last("id_token");
     EXPECT_NE(first, second);
     // It has been verified, and is of no use to anybody but a thief.
-    std::string reason;
-    std::string const file = Unprotect(Rig::ContentOf(world.session->StoreFile(0)), reason);
+    std::string const file = Unprotect(Rig::ContentOf(world.session->StoreFile(0))).bytes;
     EXPECT_THAT(file, HasSubstr(world.provider.Last("access_token")));
     EXPECT_THAT(file, Not(HasSubstr(second)));
     EXPECT_EQ(world.session->Claims()["email"], "alice@login.example");

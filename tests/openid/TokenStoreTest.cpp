@@ -71,7 +71,7 @@ std::vector<std::string> FilesIn(fs::path const& folder)
 std::string Changed(fs::path const& file, std::string const& part, std::string const& other)
 {
     std::string reason;
-    std::string text = Unprotect(Rig::ContentOf(file), reason);
+    std::string text = Unprotect(Rig::ContentOf(file)).bytes;
     auto const at = text.find(part);
     EXPECT_NE(at, std::string::npos) << part;
     text.replace(at, part.size(), other);
@@ -121,7 +121,7 @@ TEST(TokenStore, ReadsAnOlderFileAndKeepsItsIdTokenNoLonger)
     auto const read = store.Read(Issuer, ClientId);
     ASSERT_TRUE(read && *read);
     ASSERT_TRUE(store.Write(**read));
-    EXPECT_THAT(Unprotect(Rig::ContentOf(file), reason), Not(HasSubstr("a.b.c")));
+    EXPECT_THAT(Unprotect(Rig::ContentOf(file)).bytes, Not(HasSubstr("a.b.c")));
 }
 
 /// What another process then reads.

@@ -35,7 +35,18 @@ bool VerifySignature(SignatureScheme scheme, int hashBits, PublicKey const& key,
 /// What only this user on this machine can make clear again (DPAPI); the bytes as they are
 /// where a file's mode protects them. Empty if the system refuses, with its words in `reason`.
 std::string Protect(std::string_view clear, std::string& reason);
-/// The way back. Empty and a reason for what is another user's or damaged.
-std::string Unprotect(std::string_view guarded, std::string& reason);
+
+/// What the way back gave. The bytes may be a secret: their reader wipes them.
+struct Unprotected {
+    enum class State {
+        Clear,
+        Damaged, ///< Nobody can use them any more.
+        Failed,  ///< They may be good: another user's, or the system lacks this one's keys for now.
+    };
+    State state = State::Clear;
+    std::string bytes;
+    std::string reason; ///< Of anything but Clear.
+};
+Unprotected Unprotect(std::string_view guarded);
 
 } // namespace Halvorix::OpenId

@@ -27,6 +27,14 @@ Failure Damage(std::string reason)
     return failure;
 }
 
+Failure CannotBeMadeClear(std::string reason)
+{
+    Failure failure = Damage(std::move(reason));
+    failure.remedy = "log on to Windows with the password of the user whose login it is, or sign "
+                     "in again";
+    return failure;
+}
+
 /// A document whose texts are wiped at its end.
 struct SecretJson {
     Json::Value value;
@@ -181,11 +189,14 @@ Outcome<Secret> WriteLogin(StoredLogin const& login)
 
 Outcome<StoredLogin> ReadLogin(std::string const& bytes)
 {
-    std::string reason;
-    Secret const clear(Unprotect(bytes, reason));
+    Unprotected made = Unprotect(bytes);
+    Secret const clear(std::move(made.bytes));
+    if (made.state == Unprotected::State::Failed)
+        return CannotBeMadeClear(made.reason);
     if (clear->empty())
-        return Damage(reason.empty() ? "it is empty" : reason);
+        return Damage(made.reason.empty() ? "it is empty" : made.reason);
     SecretJson json;
+    std::string reason;
     // What a provider gave lies in it one level deeper.
     json.value = ParseJsonObject(*clear, reason, DeepestJson + 1);
     if (!json.value.isObject())

@@ -26,9 +26,8 @@ void ProxyCredentials::Set(ProxyCredential credential)
 
 ProxyCredential ProxyCredentials::InClear(Kept const& kept)
 {
-    std::string reason;
     return {kept.host, kept.port, kept.user,
-            kept.password->empty() ? std::string() : Unprotect(*kept.password, reason)};
+            kept.password->empty() ? std::string() : Unprotect(*kept.password).bytes};
 }
 
 std::optional<ProxyCredential> ProxyCredentials::Find(std::string const& host, int port) const

@@ -33,6 +33,7 @@ struct Look {
     FileContent::State state = FileContent::State::Missing;
     StoredLogin login;
     std::string reason;
+    std::string remedy; ///< Of what failed.
 };
 
 Look LookAt(fs::path const& file, std::string const& issuer, std::string const& clientId)
@@ -42,6 +43,7 @@ Look LookAt(fs::path const& file, std::string const& issuer, std::string const& 
     Secret const bytes(std::move(content.bytes));
     look.state = content.state;
     look.reason = content.reason;
+    look.remedy = "see that the disk works and the process has handles left";
     if (look.state != FileContent::State::Read)
         return look;
     Outcome<StoredLogin> read = ReadLogin(*bytes);
@@ -49,16 +51,18 @@ Look LookAt(fs::path const& file, std::string const& issuer, std::string const& 
         look.login = std::move(*read);
         return look;
     }
-    look.state = FileContent::State::Refused;
+    bool const mayBeGood = !read && !read.Why().remedy.empty();
+    look.state = mayBeGood ? FileContent::State::Failed : FileContent::State::Refused;
     look.reason = read ? "it is of another provider or client" : read.Why().reason;
+    if (mayBeGood)
+        look.remedy = read.Why().remedy;
     return look;
 }
 
 /// An error that may be gone the next time: it does not say that nobody is signed in.
-Failure CannotBeRead(fs::path const& file, std::string const& reason)
+Failure CannotBeRead(fs::path const& file, Look const& look)
 {
-    return Local(PathText(file) + " cannot be read for now: " + reason,
-                 "see that the disk works and the process has handles left");
+    return Local(PathText(file) + " cannot be read for now: " + look.reason, look.remedy);
 }
 
 constexpr char const* SetAsideEnding = ".damaged-";
@@ -201,7 +205,7 @@ Outcome<std::optional<StoredLogin>> TokenStore::State::ReadAnew(fs::path const& 
         // nothing is decided by it.
         if (!locks.IsMine(file) && FindLast(file, login))
             return login;
-        return CannotBeRead(file, look.reason);
+        return CannotBeRead(file, look);
     case FileContent::State::Refused:
         break;
     }
@@ -223,7 +227,7 @@ Outcome<std::optional<StoredLogin>> TokenStore::State::SetAside(fs::path const& 
     if (look.state == FileContent::State::Read)
         return std::optional<StoredLogin>(std::move(look.login));
     if (look.state == FileContent::State::Failed)
-        return CannotBeRead(file, look.reason);
+        return CannotBeRead(file, look);
     if (look.state == FileContent::State::Missing)
         return std::optional<StoredLogin>();
     fs::path const aside = FreeName(file);

@@ -48,8 +48,8 @@ public:
 
     /// No value if nobody is signed in. A damaged, foreign or newer file is set aside (not
     /// deleted), counts as signed out, and is told as a failure once. Also fails while the file
-    /// cannot be read. A copy that was read is used again while the file's time and size are the
-    /// same; under the lock it is read anew.
+    /// cannot be read or made clear. A copy that was read is used again while the file's time and
+    /// size are the same; under the lock it is read anew.
     Outcome<std::optional<StoredLogin>> Read(std::string const& issuer,
                                              std::string const& clientId);
     /// Replaces the login; under the lock.

@@ -12,6 +12,8 @@
 #include "openid/platform/Crypto.h"
 #include "openid/platform/Files.h"
 #include "openid/platform/System.h"
+#include "openid/platform/windows/Windows.h"
+#include "openid/session/TokenStore.h"
 
 namespace Halvorix::OpenId {
 
@@ -22,6 +24,40 @@ using Rig::WriteTo;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
+
+constexpr char const* NotNeeded = "this system's DPAPI needs nothing that a process can lose";
+
+/// While it lives, the process finds no provider of cryptography, which Wine's DPAPI needs.
+class WithoutProviders {
+public:
+    WithoutProviders()
+    {
+        ::RegCreateKeyExW(HKEY_CURRENT_USER, Name, 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS,
+                          nullptr, &empty, nullptr);
+        ::RegOverridePredefKey(HKEY_LOCAL_MACHINE, empty);
+    }
+    ~WithoutProviders()
+    {
+        ::RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
+        ::RegCloseKey(empty);
+        ::RegDeleteKeyW(HKEY_CURRENT_USER, Name);
+    }
+    WithoutProviders(WithoutProviders const&) = delete;
+    WithoutProviders& operator=(WithoutProviders const&) = delete;
+
+private:
+    static constexpr wchar_t const* Name = L"Software\\HxSSOOpenIDTestWithoutProviders";
+    HKEY empty = nullptr;
+};
+
+void ExpectDamaged(std::string const& bytes)
+{
+    SCOPED_TRACE(bytes.substr(0, 20));
+    Unprotected const made = Unprotect(bytes);
+    EXPECT_EQ(made.state, Unprotected::State::Damaged) << made.reason;
+    EXPECT_EQ(made.bytes, "");
+    EXPECT_THAT(made.reason, Not(IsEmpty()));
+}
 
 } // namespace
 
@@ -43,16 +79,57 @@ TEST(Unprotect, RefusesWhatIsDamaged)
     for (std::size_t const at : {guarded.size() / 2, guarded.size() - 40, guarded.size() - 1}) {
         std::string damaged = guarded;
         damaged[at] = static_cast<char>(damaged[at] ^ 0x55);
-        reason.clear();
-        EXPECT_EQ(Unprotect(damaged, reason), "") << at;
-        EXPECT_THAT(reason, Not(IsEmpty())) << at;
+        ExpectDamaged(damaged);
     }
     for (std::string const& foreign : {std::string(), std::string("{}"), guarded.substr(1),
-                                       guarded.substr(0, 10), std::string(1000, '\0')}) {
-        reason.clear();
-        EXPECT_EQ(Unprotect(foreign, reason), "");
-        EXPECT_THAT(reason, Not(IsEmpty()));
+                                       guarded.substr(0, 10), std::string(1000, '\0')})
+        ExpectDamaged(foreign);
+}
+
+// As in a logon without the user's password, by a key of SSH or of a task.
+TEST(Unprotect, TellsWhatDpapiCannotAnswerForNow)
+{
+    std::string reason;
+    std::string const guarded = Protect("a secret", reason);
+    {
+        WithoutProviders const none;
+        Unprotected const now = Unprotect(guarded);
+        if (now.state == Unprotected::State::Clear)
+            GTEST_SKIP() << NotNeeded;
+        EXPECT_EQ(now.state, Unprotected::State::Failed) << now.reason;
+        EXPECT_EQ(now.bytes, "");
+        EXPECT_THAT(now.reason, Not(IsEmpty()));
+        ExpectDamaged("{}");
+        ExpectDamaged(std::string(1000, '\0'));
     }
+    EXPECT_EQ(Unprotect(guarded).bytes, "a secret");
+}
+
+TEST(TokenStore, SetsNothingAsideThatDpapiCannotMakeClearForNow)
+{
+    TestFolder const folder;
+    StoredLogin login;
+    login.issuer = "https://login.example";
+    login.clientId = "desktop";
+    login.subject = "alice-1";
+    TokenStore store(folder.Path());
+    ASSERT_TRUE(store.Write(login));
+    auto const file = store.FileOf(login.issuer, login.clientId);
+    std::string const content = Rig::ContentOf(file);
+    {
+        WithoutProviders const none;
+        if (Unprotect(content).state == Unprotected::State::Clear)
+            GTEST_SKIP() << NotNeeded;
+        auto const read = store.Read(login.issuer, login.clientId);
+        ASSERT_FALSE(read);
+        EXPECT_THAT(read.Why().reason, HasSubstr(PathText(file) + " cannot be read for now: "));
+        EXPECT_EQ(read.Why().remedy, "log on to Windows with the password of the user whose login "
+                                     "it is, or sign in again");
+    }
+    EXPECT_EQ(Rig::ContentOf(file), content);
+    auto const read = store.Read(login.issuer, login.clientId);
+    ASSERT_TRUE(read && *read);
+    EXPECT_EQ((*read)->subject, "alice-1");
 }
 
 // cmd.exe would run what stands behind an "&" of the address.

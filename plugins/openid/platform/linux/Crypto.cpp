@@ -173,6 +173,9 @@ bool VerifySignature(SignatureScheme scheme, int hashBits, PublicKey const& key,
 // The file's mode protects it.
 std::string Protect(std::string_view clear, std::string&) { return std::string(clear); }
 
-std::string Unprotect(std::string_view guarded, std::string&) { return std::string(guarded); }
+Unprotected Unprotect(std::string_view guarded)
+{
+    return {Unprotected::State::Clear, std::string(guarded), {}};
+}
 
 } // namespace Halvorix::OpenId

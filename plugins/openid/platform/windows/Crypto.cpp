@@ -142,6 +142,13 @@ std::string Taken(DATA_BLOB const& made)
     return bytes;
 }
 
+/// Whether it begins as what DPAPI makes: its version, a GUID, the version of the key.
+bool IsProtected(std::string_view bytes)
+{
+    constexpr std::string_view version("\1\0\0\0", 4);
+    return bytes.size() >= 24 && bytes.substr(0, version.size()) == version;
+}
+
 } // namespace
 
 std::string RandomBytes(std::size_t size)
@@ -203,16 +210,20 @@ std::string Protect(std::string_view clear, std::string& reason)
     return {};
 }
 
-std::string Unprotect(std::string_view guarded, std::string& reason)
+Unprotected Unprotect(std::string_view guarded)
 {
+    using State = Unprotected::State;
     std::string copy(guarded);
     DATA_BLOB input = BlobOf(copy);
     DATA_BLOB output{};
     if (::CryptUnprotectData(&input, nullptr, nullptr, nullptr, nullptr, CRYPTPROTECT_UI_FORBIDDEN,
                              &output))
-        return Taken(output);
-    reason = ErrorText(::GetLastError());
-    return {};
+        return {State::Clear, Taken(output), {}};
+    DWORD const error = ::GetLastError();
+    // In a logon without a password, or of another user, the error is one of keys or files. What
+    // DPAPI did not make has more errors than one.
+    bool const isDamaged = error == ERROR_INVALID_DATA || !IsProtected(guarded);
+    return {isDamaged ? State::Damaged : State::Failed, {}, ErrorText(error)};
 }
 
 } // namespace Halvorix::OpenId
