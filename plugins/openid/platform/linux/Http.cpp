@@ -90,20 +90,33 @@ Url ParseUrl(std::string const& text, unsigned flags)
     return url;
 }
 
-/// The proxy for https that the environment names, as curl finds it.
-Url ProxyOfEnvironment()
+/// The proxy for https that the environment names, as curl finds it; null if there is none.
+char const* ProxyOfEnvironment()
 {
     for (char const* const name : {"https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"}) {
         char const* const value = ::secure_getenv(name);
         if (value != nullptr && *value != '\0')
-            return ParseUrl(value, CURLU_GUESS_SCHEME | CURLU_NON_SUPPORT_SCHEME);
+            return value;
     }
     return nullptr;
 }
 
+/// curl's words for a failure, but its general ones where the others may hold what the environment
+/// has for a proxy, and with it a password.
+std::string TextOf(CURLcode result, std::string const& error)
+{
+    char const* const proxy = ProxyOfEnvironment();
+    bool const isOfProxy = result == CURLE_COULDNT_RESOLVE_PROXY ||
+                           error.find("Unsupported proxy") != std::string::npos ||
+                           (proxy != nullptr && error.find(proxy) != std::string::npos);
+    return error.empty() || isOfProxy ? ::curl_easy_strerror(result) : error;
+}
+
 ProxyCredential const* CredentialFor(HttpRequest const& request)
 {
-    Url const proxy = ProxyOfEnvironment();
+    char const* const named = ProxyOfEnvironment();
+    Url const proxy =
+        named ? ParseUrl(named, CURLU_GUESS_SCHEME | CURLU_NON_SUPPORT_SCHEME) : nullptr;
     if (!proxy)
         return nullptr;
     // Where curl looks for a proxy that has no port.
@@ -336,7 +349,7 @@ HttpResponse Transfer::Answer(CURLcode result)
     else if (result == CURLE_ABORTED_BY_CALLBACK)
         Fail(response, HttpFailure::Cancelled, "cancelled");
     else if (result != CURLE_OK)
-        Fail(response, FailureOf(result), error[0] != '\0' ? error : ::curl_easy_strerror(result));
+        Fail(response, FailureOf(result), TextOf(result, error));
     else
         CheckWhole(response);
     return std::move(response);
