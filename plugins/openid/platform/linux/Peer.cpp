@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 
 #include <cstdio>
@@ -70,11 +71,21 @@ std::string UserIn(char const* table, std::string const& from, std::string const
     return user;
 }
 
-std::string UserOf(End const& from, End const& to)
+/// Whether the other end has not closed it yet, nor said that nothing more comes.
+bool IsOpen(int connection)
+{
+    tcp_info about{};
+    socklen_t size = sizeof about;
+    return ::getsockopt(connection, IPPROTO_TCP, TCP_INFO, &about, &size) != 0 ||
+           about.tcpi_state == TCP_ESTABLISHED;
+}
+
+std::string UserOf(int connection, End const& from, End const& to)
 {
     std::string user;
-    // A table is read in pieces, between which a row may move out of sight.
-    for (int look = 0; look < 3 && user.empty(); ++look) {
+    // A table is read in pieces, between which a row may move out of sight. Tables may be long, and
+    // have no row of a connection that has ended.
+    for (int look = 0; look < 3 && user.empty() && IsOpen(connection); ++look) {
         if (!from.in4.empty())
             user = UserIn(Table, from.in4, to.in4);
         if (user.empty())
@@ -108,7 +119,7 @@ Peer PeerOf(std::intptr_t connection)
     int const error = ErrorAtOpening(table);
     if (error == ENOENT || error == EACCES || error == EPERM)
         return {Peer::User::Untold, std::string(table) + ": " + ErrorText(error)};
-    std::string const user = UserOf(End(other), End(own));
+    std::string const user = UserOf(descriptor, End(other), End(own));
     if (user.empty())
         return Stranger("whose it is cannot be told, since it has ended or no program of this "
                         "machine has made it");
