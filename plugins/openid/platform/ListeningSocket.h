@@ -8,5 +8,8 @@ namespace Halvorix::OpenId {
 /// can take over its port; one on which connections ended a moment ago is free. -1 if there is
 /// none.
 std::intptr_t NewListeningSocket(bool isIpv6);
+/// The same for one that was accepted, which Boost.Asio makes without it. A child that is started
+/// just before inherits it.
+void KeepFromChildren(std::intptr_t socket);
 
 } // namespace Halvorix::OpenId

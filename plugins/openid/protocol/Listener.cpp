@@ -153,6 +153,7 @@ private:
                 acceptAgain = Clock::now() + Tick;
                 return;
             }
+            KeepFromChildren(static_cast<std::intptr_t>(socket.native_handle()));
             if (connections.size() >= MostConnections)
                 Drop(connections.front());
             connections.push_back(std::make_shared<Connection>(std::move(socket)));

@@ -1,5 +1,6 @@
 #include "openid/platform/ListeningSocket.h"
 
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 
@@ -15,6 +16,11 @@ std::intptr_t NewListeningSocket(bool isIpv6)
     if (descriptor >= 0)
         setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
     return descriptor;
+}
+
+void KeepFromChildren(std::intptr_t socket)
+{
+    ::fcntl(static_cast<int>(socket), F_SETFD, FD_CLOEXEC);
 }
 
 } // namespace Halvorix::OpenId

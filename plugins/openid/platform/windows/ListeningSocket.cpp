@@ -39,4 +39,9 @@ std::intptr_t NewListeningSocket(bool isIpv6)
     return static_cast<std::intptr_t>(handle);
 }
 
+void KeepFromChildren(std::intptr_t socket)
+{
+    ::SetHandleInformation(reinterpret_cast<HANDLE>(socket), HANDLE_FLAG_INHERIT, 0);
+}
+
 } // namespace Halvorix::OpenId
