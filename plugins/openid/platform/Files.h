@@ -46,7 +46,8 @@ bool ReplacePrivateFile(std::filesystem::path const& file, std::string const& by
 /// Adds to the end of a file (0600), whole even if other processes add too. False if it cannot.
 bool AppendPrivateFile(std::filesystem::path const& file, std::string const& bytes);
 /// Overwrites a file and removes it, with what a killed replacement left beside it. True if there
-/// is none afterwards. Whoever reads meanwhile finds the whole file or none.
+/// is none afterwards; on Windows FILE.gone or FILE.new may stay, full of zeros, where another
+/// program has it open. Whoever reads meanwhile finds the whole file or none.
 bool RemovePrivateFile(std::filesystem::path const& file);
 /// Renames over whatever is there.
 bool RenameFile(std::filesystem::path const& from, std::filesystem::path const& to);
@@ -55,7 +56,9 @@ bool RenameFile(std::filesystem::path const& from, std::filesystem::path const& 
 std::string FileStamp(std::filesystem::path const& file);
 
 /// A lock that processes share, held for as long as the object lives. It ends with its process,
-/// so that a dead one leaves none. Not for the threads of one process among themselves.
+/// so that a dead one leaves none. But on Linux a child that was forked while it was held, and has
+/// started no other program, keeps it for a parent that dies without its end. Not for the threads
+/// of one process among themselves.
 class FileLock {
 public:
     virtual ~FileLock() = default;

@@ -1,4 +1,4 @@
-// DPAPI, and what is particular about starting programs on Windows.
+// DPAPI, and what is particular about files, sockets and starting programs on Windows.
 
 #include <gmock/gmock.h>
 
@@ -11,9 +11,12 @@
 #include "openid/TestFolder.h"
 #include "openid/platform/Crypto.h"
 #include "openid/platform/Files.h"
+#include "openid/platform/ListeningSocket.h"
 #include "openid/platform/System.h"
 #include "openid/platform/windows/Windows.h"
 #include "openid/session/TokenStore.h"
+
+#include <winsock2.h>
 
 namespace Halvorix::OpenId {
 
@@ -49,6 +52,12 @@ private:
     static constexpr wchar_t const* Name = L"Software\\HxSSOOpenIDTestWithoutProviders";
     HKEY empty = nullptr;
 };
+
+Handle OpenedBy(std::filesystem::path const& file, DWORD sharing)
+{
+    return Handle(::CreateFileW(file.c_str(), GENERIC_READ, sharing, nullptr, OPEN_EXISTING,
+                                FILE_ATTRIBUTE_NORMAL, nullptr));
+}
 
 void ExpectDamaged(std::string const& bytes)
 {
@@ -169,6 +178,86 @@ TEST(ReplacePrivateFile, WaitsForWhoeverHasTheFileOpenForAMoment)
     closing.join();
 
     EXPECT_EQ(Rig::ContentOf(folder / "file"), "new");
+}
+
+TEST(ReadFile, WaitsForWhoeverHasTheFileForHimselfForAMoment)
+{
+    TestFolder const folder;
+    WriteTo(folder / "file", "content");
+    FileContent content;
+    // A machine that is busy may let go too late once.
+    for (int tries = 0; tries < 20 && content.state != FileContent::State::Read; ++tries) {
+        auto other = std::make_unique<Handle>(OpenedBy(folder / "file", 0));
+        ASSERT_TRUE(*other);
+        std::thread closing([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(30));
+            other.reset();
+        });
+        content = ReadFile(folder / "file", 100);
+        closing.join();
+    }
+    EXPECT_EQ(content.bytes, "content") << content.reason;
+}
+
+TEST(RemovePrivateFile, WaitsForWhoeverHasTheFileForHimselfForAMoment)
+{
+    TestFolder const folder;
+    WriteTo(folder / "file", "a secret");
+    WriteTo(folder / "file.new", "another");
+    auto other = std::make_unique<Handle>(OpenedBy(folder / "file.new", 0));
+    ASSERT_TRUE(*other);
+    std::thread closing([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        other.reset();
+    });
+
+    EXPECT_TRUE(RemovePrivateFile(folder / "file"));
+    closing.join();
+
+    EXPECT_FALSE(exists(folder / "file"));
+    EXPECT_FALSE(exists(folder / "file.new"));
+}
+
+TEST(RemovePrivateFile, LeavesNothingButZerosWhereSomebodyKeepsItOpen)
+{
+    TestFolder const folder;
+    WriteTo(folder / "file", "a secret");
+    WriteTo(folder / "file.new", "another");
+    Handle const other = OpenedBy(folder / "file.new", FILE_SHARE_READ | FILE_SHARE_WRITE);
+    ASSERT_TRUE(other);
+
+    EXPECT_TRUE(RemovePrivateFile(folder / "file"));
+
+    EXPECT_FALSE(exists(folder / "file"));
+    EXPECT_FALSE(exists(folder / "file.gone"));
+    EXPECT_EQ(Rig::ContentOf(folder / "file.new"), std::string(7, '\0'));
+}
+
+TEST(RemovePrivateFile, FailsWhereTheContentStays)
+{
+    TestFolder const folder;
+    WriteTo(folder / "file.new", "another");
+    Handle const other = OpenedBy(folder / "file.new", FILE_SHARE_READ);
+    ASSERT_TRUE(other);
+
+    EXPECT_FALSE(RemovePrivateFile(folder / "file"));
+}
+
+TEST(KeepFromChildren, KeepsASocketFromThem)
+{
+    auto const socket = NewListeningSocket(false);
+    ASSERT_GE(socket, 0);
+    auto* const handle = reinterpret_cast<HANDLE>(socket);
+    ::SetHandleInformation(handle, HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT);
+    DWORD flags = 0;
+    ASSERT_TRUE(::GetHandleInformation(handle, &flags));
+    ASSERT_EQ(flags & HANDLE_FLAG_INHERIT, DWORD{HANDLE_FLAG_INHERIT});
+
+    KeepFromChildren(socket);
+
+    ASSERT_TRUE(::GetHandleInformation(handle, &flags));
+    EXPECT_EQ(flags & HANDLE_FLAG_INHERIT, 0u);
+    ::closesocket(static_cast<SOCKET>(socket));
 }
 
 } // namespace Halvorix::OpenId

@@ -71,6 +71,21 @@ bool Persistently(Action action, std::chrono::milliseconds limit = 2s)
     return true;
 }
 
+/// Waits for whoever has the file open for a moment.
+Handle OpenPersistently(std::wstring const& name, DWORD access, DWORD sharing, DWORD disposition,
+                        std::chrono::milliseconds limit = 2s)
+{
+    HANDLE opened = INVALID_HANDLE_VALUE;
+    Persistently(
+        [&] {
+            opened = ::CreateFileW(name.c_str(), access, sharing, nullptr, disposition,
+                                   FILE_ATTRIBUTE_NORMAL, nullptr);
+            return opened != INVALID_HANDLE_VALUE;
+        },
+        limit);
+    return Handle(opened);
+}
+
 FileContent Refused(std::string reason)
 {
     return {FileContent::State::Refused, {}, std::move(reason)};
@@ -126,22 +141,25 @@ bool MoveOverOpened(Handle const& file, std::wstring const& to)
                                         static_cast<DWORD>(memory.size())) != FALSE;
 }
 
-void Overwrite(std::wstring const& name)
+/// Whether nothing is left of its content.
+bool Overwrite(std::wstring const& name)
 {
-    Handle const file = Open(name, GENERIC_WRITE, AnybodyElse, OPEN_EXISTING);
+    Handle const file = OpenPersistently(name, GENERIC_WRITE, AnybodyElse, OPEN_EXISTING);
     LARGE_INTEGER size{};
     if (!file || !::GetFileSizeEx(file.Get(), &size))
-        return;
+        return false;
     // What is larger than any of ours need not fit into memory.
-    auto const erased = static_cast<std::size_t>(std::min<long long>(size.QuadPart, 16 << 20));
-    if (WriteAll(file, std::string(erased, '\0')))
-        ::FlushFileBuffers(file.Get());
+    long long const erased = std::min<long long>(size.QuadPart, 16 << 20);
+    return WriteAll(file, std::string(static_cast<std::size_t>(erased), '\0')) &&
+           ::FlushFileBuffers(file.Get()) && erased == size.QuadPart;
 }
 
+/// A file of zeros may stay: somebody has it open, and finds nothing in it.
 bool Erase(std::wstring const& name)
 {
-    Overwrite(name);
-    return ::DeleteFileW(name.c_str()) || IsMissing(::GetLastError());
+    bool const isEmptied = Overwrite(name);
+    return Persistently([&] { return ::DeleteFileW(name.c_str()) != FALSE; }) ||
+           IsMissing(::GetLastError()) || isEmptied;
 }
 
 path SystemFolder(KNOWNFOLDERID const& identifier)
@@ -238,7 +256,8 @@ path PathFromText(std::string const& text) { return WideFrom(text); }
 
 FileContent ReadFile(path const& file, std::size_t limit)
 {
-    Handle const opened = Open(LongName(file), GENERIC_READ, AnybodyElse, OPEN_EXISTING);
+    Handle const opened =
+        OpenPersistently(LongName(file), GENERIC_READ, AnybodyElse, OPEN_EXISTING, 200ms);
     DWORD const error = ::GetLastError();
     if (!opened && IsMissing(error))
         return {};
@@ -282,17 +301,13 @@ bool ReplacePrivateFile(path const& file, std::string const& bytes, std::string&
 {
     std::wstring const name = LongName(file);
     std::wstring const replacement = name + L".new";
-    HANDLE opened = INVALID_HANDLE_VALUE;
     // Nobody else may write to it until it has the other name.
-    Persistently([&] {
-        opened = ::CreateFileW(replacement.c_str(), GENERIC_WRITE | DELETE,
-                               FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, CREATE_ALWAYS,
-                               FILE_ATTRIBUTE_NORMAL, nullptr);
-        return opened != INVALID_HANDLE_VALUE;
-    });
-    Handle const written(opened);
+    Handle const written = OpenPersistently(replacement, GENERIC_WRITE | DELETE,
+                                            FILE_SHARE_READ | FILE_SHARE_DELETE, CREATE_ALWAYS);
+    // The other name is there for good only when it is written, too.
     if (written && WriteAll(written, bytes) && ::FlushFileBuffers(written.Get()) &&
-        (MoveOverOpened(written, name) || Move(replacement, name)))
+        (MoveOverOpened(written, name) ? ::FlushFileBuffers(written.Get()) != FALSE
+                                       : Move(replacement, name)))
         return true;
     reason = ErrorText(::GetLastError());
     return false;
@@ -342,20 +357,12 @@ std::string FileStamp(path const& file)
 std::unique_ptr<FileLock> FileLock::Acquire(path const& file, std::chrono::milliseconds limit,
                                             std::string& reason)
 {
-    std::wstring const name = LongName(file);
-    HANDLE handle = INVALID_HANDLE_VALUE;
-    bool const isOpened = Persistently(
-        [&] {
-            handle = ::CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, NobodyRemoves,
-                                   nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-            return handle != INVALID_HANDLE_VALUE;
-        },
-        std::min<std::chrono::milliseconds>(limit, 2s));
-    if (!isOpened) {
+    Handle opened = OpenPersistently(LongName(file), GENERIC_READ | GENERIC_WRITE, NobodyRemoves,
+                                     OPEN_ALWAYS, std::min<std::chrono::milliseconds>(limit, 2s));
+    if (!opened) {
         reason = ErrorText(::GetLastError());
         return nullptr;
     }
-    Handle opened(handle);
     return TakeLock(opened, limit, reason) ? std::make_unique<SystemLock>(std::move(opened))
                                            : nullptr;
 }
