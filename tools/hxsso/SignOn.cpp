@@ -130,8 +130,7 @@ Answer SignOn::Refusal(std::string const& what) const
 
 Answer SignOn::NobodySignedIn() const
 {
-    Answer const reason =
-        ReasonInPluginLog(Status::Provider, {}, "The stored login cannot be used");
+    Answer reason = ReasonInPluginLog(Status::Provider, {}, "The stored login cannot be used");
     if (IsOfUnreadableStore(reason))
         return reason;
     std::string const server = NameOfServer(Manager());
